@@ -1,0 +1,20 @@
+# One place for the language level and the warnings of every target.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+find_package(Threads REQUIRED)
+
+add_library(driftmark_compiler INTERFACE)
+target_compile_options(driftmark_compiler INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wold-style-cast -Wnon-virtual-dtor
+  -Woverloaded-virtual -Wimplicit-fallthrough -Werror
+  -fno-omit-frame-pointer)
+target_compile_definitions(driftmark_compiler INTERFACE
+  $<$<NOT:$<CONFIG:Release>>:_GLIBCXX_ASSERTIONS>)
+
+set(DRIFTMARK_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize takes them")
+if(DRIFTMARK_SANITIZE)
+  add_compile_options(-fsanitize=${DRIFTMARK_SANITIZE} -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${DRIFTMARK_SANITIZE})
+  add_compile_definitions(DRIFTMARK_SANITIZED)
+endif()

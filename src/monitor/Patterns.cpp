@@ -1,0 +1,103 @@
+#include "monitor/Patterns.h"
+
+#include <cstddef>
+
+namespace driftmark {
+
+namespace {
+
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+/// Takes the longest run of bytes that `belongs` accepts off the front of `text`.
+template <class Belongs> std::string_view takeRun(std::string_view& text, Belongs belongs) {
+  std::size_t length = 0;
+  while (length < text.size() && belongs(text[length]))
+    ++length;
+  const std::string_view run = text.substr(0, length);
+  text.remove_prefix(length);
+  return run;
+}
+
+bool takeLiteral(std::string_view& text, std::string_view literal) {
+  if (!text.starts_with(literal))
+    return false;
+  text.remove_prefix(literal.size());
+  return true;
+}
+
+/// The length of the colour sequence that begins at the escape character at the front of `text`.
+std::size_t ansiLength(std::string_view text) {
+  std::string_view rest = text;
+  if (!takeLiteral(rest, "\x1b["))
+    return 0;
+  takeRun(rest, [](char c) { return isDigit(c) || c == ';'; });
+  return takeLiteral(rest, "m") ? text.size() - rest.size() : 0;
+}
+
+} // namespace
+
+std::string_view withoutAnsi(std::string_view text, std::string& storage) {
+  std::size_t escape = text.find('\x1b');
+  if (escape == std::string_view::npos)
+    return text;
+  storage.clear();
+  std::size_t copied = 0;
+  for (; escape != std::string_view::npos; escape = text.find('\x1b', escape)) {
+    const std::size_t length = ansiLength(text.substr(escape));
+    if (length == 0) {
+      ++escape;
+      continue;
+    }
+    storage.append(text.substr(copied, escape - copied));
+    escape += length;
+    copied = escape;
+  }
+  storage.append(text.substr(copied));
+  return storage;
+}
+
+std::optional<std::string_view> firstPercent(std::string_view text) {
+  for (std::size_t sign = text.find('%'); sign != std::string_view::npos;
+       sign = text.find('%', sign + 1)) {
+    const auto digitsBefore = [&](std::size_t end) {
+      std::size_t begin = end;
+      while (begin > 0 && isDigit(text[begin - 1]))
+        --begin;
+      return begin;
+    };
+    std::size_t begin = digitsBefore(sign);
+    if (begin == sign)
+      continue;
+    // A point with digits on both sides belongs to the number.
+    if (begin > 0 && text[begin - 1] == '.') {
+      const std::size_t whole = digitsBefore(begin - 1);
+      if (whole < begin - 1)
+        begin = whole;
+    }
+    return text.substr(begin, sign - begin);
+  }
+  return std::nullopt;
+}
+
+std::optional<GlobalMatch> firstGlobal(std::string_view text) {
+  constexpr std::string_view opening = "Fraction completed: ";
+  for (std::size_t start = text.find(opening); start != std::string_view::npos;
+       start = text.find(opening, start + 1)) {
+    std::string_view rest = text.substr(start + opening.size());
+    GlobalMatch match;
+    match.fraction = takeRun(rest, [](char c) { return isDigit(c) || c == '.'; });
+    if (match.fraction.empty() || !takeLiteral(rest, " / Completed: "))
+      continue;
+    match.completed = takeRun(rest, isDigit);
+    if (match.completed.empty() || !takeLiteral(rest, " of "))
+      continue;
+    match.total = takeRun(rest, isDigit);
+    if (!match.total.empty())
+      return match;
+  }
+  return std::nullopt;
+}
+
+} // namespace driftmark

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <chrono>
+
+namespace driftmark {
+
+/// Durations are seconds, fractions included.
+using Seconds = std::chrono::duration<double>;
+
+/// A wall-clock moment. Moments compare and subtract exactly in the clock's own ticks.
+using Date = std::chrono::system_clock::time_point;
+
+/// Earlier than every real moment. Only compare it: subtracting from it overflows.
+inline constexpr Date distantPast = Date::min();
+
+/// `date` moved on by `delay`, rounded to the clock's tick.
+inline Date later(Date date, Seconds delay) {
+  return date + std::chrono::round<Date::duration>(delay);
+}
+
+/// The wall clock.
+class Clock {
+public:
+  virtual ~Clock() = default;
+
+  /// The current moment. Any thread.
+  virtual Date now() const = 0;
+};
+
+} // namespace driftmark

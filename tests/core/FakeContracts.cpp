@@ -1,0 +1,241 @@
+#include "support/TestPlatform.h"
+#include "support/contracts/BackgroundQueueContract.h"
+#include "support/contracts/ChildProcessesContract.h"
+#include "support/contracts/ClockContract.h"
+#include "support/contracts/EnvironmentContract.h"
+#include "support/contracts/FileSystemContract.h"
+#include "support/contracts/MainQueueContract.h"
+#include "support/contracts/SystemLogContract.h"
+#include "support/contracts/TextContract.h"
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace driftmark::test {
+namespace {
+
+class FakeMainQueue final : public MainQueueSubject {
+public:
+  FakeMainQueue() : queue_(std::make_unique<TestMainQueue>(clock_)) {}
+
+  MainQueue& queue() override { return *queue_; }
+
+  bool runUntil(const std::function<bool()>& done) override {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!done()) {
+      if (std::chrono::steady_clock::now() > deadline)
+        return false;
+      if (!queue_->advanceToNext())
+        std::this_thread::yield();
+    }
+    return true;
+  }
+
+  Seconds elapsed() const override { return clock_.now() - start_; }
+  void destroy() override { queue_.reset(); }
+
+private:
+  TestClock clock_;
+  Date start_ = clock_.now();
+  std::unique_ptr<TestMainQueue> queue_;
+};
+
+class FakeBackgroundQueue final : public BackgroundQueueSubject {
+public:
+  FakeBackgroundQueue() { queue_->setMode(TestBackgroundQueue::Mode::thread); }
+
+  BackgroundQueue& queue() override { return *queue_; }
+
+  bool waitUntil(const std::function<bool()>& done) override {
+    queue_->join();
+    queue_->join();
+    return done();
+  }
+
+  void destroy() override { queue_.reset(); }
+
+private:
+  std::unique_ptr<TestBackgroundQueue> queue_ = std::make_unique<TestBackgroundQueue>();
+};
+
+class FakeClock final : public ClockSubject {
+public:
+  Clock& clock() override { return clock_; }
+  void pass(Seconds duration) override { queue_.advance(duration); }
+
+private:
+  TestClock clock_;
+  TestMainQueue queue_{clock_};
+};
+
+class FakeEnvironment final : public EnvironmentSubject {
+public:
+  Environment& environment() override { return environment_; }
+  void set(const std::string& name, const std::string& value) override {
+    environment_.set(name, value);
+  }
+  void unset(const std::string& name) override { environment_.unset(name); }
+
+private:
+  TestEnvironment environment_;
+};
+
+class FakeFileSystem final : public FileSystemSubject {
+public:
+  FakeFileSystem() { fileSystem_.add(folder()); }
+
+  FileSystem& fileSystem() override { return fileSystem_; }
+  std::string folder() override { return fileSystem_.homeDirectory() + "/folder"; }
+  void createFile(const std::string& path) override { fileSystem_.add(path); }
+  void createFolder(const std::string& path) override { fileSystem_.add(path); }
+  void createLink(const std::string& path, const std::string& target) override {
+    fileSystem_.addLink(path, target);
+  }
+  void remove(const std::string& path) override { fileSystem_.remove(path); }
+
+private:
+  TestFileSystem fileSystem_;
+};
+
+class FakeSystemLog final : public SystemLogSubject {
+public:
+  SystemLog& systemLog() override { return log_; }
+  std::vector<std::string> lines(std::size_t count) override {
+    std::vector<std::string> lines = log_.lines();
+    lines.resize(std::min(count, lines.size()));
+    return lines;
+  }
+
+private:
+  TestSystemLog log_;
+};
+
+class FakeText final : public TextSubject {
+public:
+  Text& text() override { return text_; }
+
+private:
+  TestText text_;
+};
+
+/// Plays the helper tool's steps on the fake.
+class FakeChildProcesses final : public ChildProcessesSubject {
+public:
+  FakeChildProcesses() {
+    platform_.childProcesses.onSpawn(
+        [](TestChild& child) { play(child, child.command().arguments, 0); });
+  }
+
+  ChildProcesses& childProcesses() override { return platform_.childProcesses; }
+  bool runUntil(const std::function<bool()>& done) override { return platform_.runUntil(done); }
+  void async(std::function<void()> task) override { platform_.mainQueue.async(std::move(task)); }
+
+  ToolCommand tool(const std::vector<std::string>& steps) override {
+    ToolResult result;
+    for (std::size_t step = 0; step < steps.size(); ++step) {
+      if (const auto text = printed(steps, step)) {
+        if (steps[step] != "print-error")
+          result.output += *text;
+      } else if (steps[step] == "exit" || steps[step] == "raise") {
+        result.exitStatus = std::stoi(steps[step + 1]);
+        break;
+      } else if (steps[step] == "wait") {
+        platform_.childProcesses.hang(steps, result.output);
+        return {.executable = "/fake/tool", .arguments = steps};
+      }
+      step += operands(steps[step]);
+    }
+    platform_.childProcesses.script(steps, result);
+    return {.executable = "/fake/tool", .arguments = steps};
+  }
+
+  ToolCommand missingTool() override { return failing("missing", "no such file"); }
+  ToolCommand forbiddenTool() override { return failing("forbidden", "permission denied"); }
+
+private:
+  static std::size_t operands(const std::string& step) {
+    if (step == "wait" || step == "print-input-size")
+      return 0;
+    return step == "print-many" ? 2 : 1;
+  }
+
+  /// What a step prints at once; nothing for the other steps.
+  static std::optional<std::string> printed(const std::vector<std::string>& steps,
+                                            std::size_t step) {
+    std::string text;
+    if (steps[step] == "print" || steps[step] == "print-error") {
+      text = steps[step + 1];
+    } else if (steps[step] == "print-many") {
+      for (int count = std::stoi(steps[step + 1]); count > 0; --count)
+        text += steps[step + 2];
+    } else if (steps[step] == "print-bytes") {
+      for (std::size_t digit = 0; digit < steps[step + 1].size(); digit += 2)
+        text += static_cast<char>(std::stoi(steps[step + 1].substr(digit, 2), nullptr, 16));
+    } else if (steps[step] == "print-input-size") {
+      text = "0";
+    } else {
+      return std::nullopt;
+    }
+    return text;
+  }
+
+  static void play(TestChild& child, const std::vector<std::string>& steps, std::size_t step) {
+    for (; step < steps.size(); step += 1 + operands(steps[step])) {
+      if (const auto text = printed(steps, step)) {
+        child.print(*text);
+      } else if (steps[step] == "wait") {
+        return;
+      } else if (steps[step] == "print-when-terminated") {
+        child.onTerminate([steps, step](TestChild& terminated) {
+          terminated.print(steps[step + 1]);
+          play(terminated, steps, step + 2);
+        });
+        return;
+      } else {
+        break;
+      }
+    }
+    child.exit();
+  }
+
+  ToolCommand failing(const std::string& name, const std::string& description) {
+    platform_.childProcesses.failLaunches(
+        {name}, {.stage = LaunchError::Stage::launch, .description = description});
+    return {.executable = "/fake/" + name, .arguments = {name}};
+  }
+
+  TestPlatform platform_;
+};
+
+using testing::Values;
+
+INSTANTIATE_TEST_SUITE_P(Fake, MainQueueContract,
+                         Values(subject<MainQueueSubject, FakeMainQueue>("fake")), subjectName);
+INSTANTIATE_TEST_SUITE_P(Fake, BackgroundQueueContract,
+                         Values(subject<BackgroundQueueSubject, FakeBackgroundQueue>("fake")),
+                         subjectName);
+INSTANTIATE_TEST_SUITE_P(Fake, ClockContract, Values(subject<ClockSubject, FakeClock>("fake")),
+                         subjectName);
+INSTANTIATE_TEST_SUITE_P(Fake, EnvironmentContract,
+                         Values(subject<EnvironmentSubject, FakeEnvironment>("fake")), subjectName);
+INSTANTIATE_TEST_SUITE_P(Fake, FileSystemContract,
+                         Values(subject<FileSystemSubject, FakeFileSystem>("fake")), subjectName);
+INSTANTIATE_TEST_SUITE_P(Fake, SystemLogContract,
+                         Values(subject<SystemLogSubject, FakeSystemLog>("fake")), subjectName);
+INSTANTIATE_TEST_SUITE_P(Fake, TextContract, Values(subject<TextSubject, FakeText>("fake")),
+                         subjectName);
+INSTANTIATE_TEST_SUITE_P(Fake, ChildProcessesContract,
+                         Values(subject<ChildProcessesSubject, FakeChildProcesses>("fake")),
+                         subjectName);
+
+} // namespace
+} // namespace driftmark::test

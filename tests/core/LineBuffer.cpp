@@ -1,0 +1,64 @@
+#include "monitor/LineBuffer.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace driftmark::test {
+namespace {
+
+using namespace std::string_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::vector<std::string> linesOf(LineBuffer& buffer, std::string_view chunk) {
+  std::vector<std::string> lines;
+  buffer.append(chunk, [&](std::string_view line) { lines.emplace_back(line); });
+  return lines;
+}
+
+TEST(LineBufferTest, unfinishedLineWaitsForTheNextChunk) {
+  LineBuffer buffer;
+  EXPECT_THAT(linesOf(buffer, "ab"), IsEmpty());
+  EXPECT_THAT(linesOf(buffer, "c\r\nd\r\n"), ElementsAre("abc\r", "d\r"));
+  EXPECT_THAT(linesOf(buffer, "e\n\nf"), ElementsAre("e", ""));
+  EXPECT_THAT(linesOf(buffer, "\n"), ElementsAre("f"));
+  EXPECT_THAT(linesOf(buffer, "\n"), ElementsAre(""));
+  EXPECT_THAT(linesOf(buffer, ""), IsEmpty());
+}
+
+TEST(LineBufferTest, anyOtherByteBelongsToItsLine) {
+  LineBuffer buffer;
+  EXPECT_THAT(linesOf(buffer, "\r\0\xff\x1b[\r\n"s), ElementsAre("\r\0\xff\x1b[\r"s));
+}
+
+TEST(LineBufferTest, everyCutOfAStreamGivesTheSameLines) {
+  const std::string stream = "one\r\n\ntwo\nthree four\r\n\r\nfive";
+  LineBuffer whole;
+  const std::vector<std::string> expected = linesOf(whole, stream);
+  for (std::size_t size = 1; size <= stream.size(); ++size) {
+    LineBuffer buffer;
+    std::vector<std::string> lines;
+    for (std::size_t at = 0; at < stream.size(); at += size)
+      for (std::string& line : linesOf(buffer, std::string_view(stream).substr(at, size)))
+        lines.push_back(std::move(line));
+    EXPECT_EQ(lines, expected) << size;
+  }
+}
+
+TEST(LineBufferTest, endlessLineIsKeptWholeInSmallChunks) {
+  LineBuffer buffer;
+  const std::string chunk(640, 'x');
+  std::size_t size = 0;
+  for (; size < std::size_t{2} << 20; size += chunk.size())
+    ASSERT_THAT(linesOf(buffer, chunk), IsEmpty());
+  const auto lines = linesOf(buffer, "\nnext\n");
+  ASSERT_EQ(lines.size(), 2U);
+  EXPECT_EQ(lines[0], std::string(size, 'x'));
+  EXPECT_EQ(lines[1], "next");
+}
+
+} // namespace
+} // namespace driftmark::test

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "monitor/SyncMonitor.h"
+#include "support/TestPlatform.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace driftmark::test {
+
+inline const Arguments itemMonitor{"monitor", "-i", "com.apple.CloudDocs"};
+inline const Arguments globalMonitor{"monitor", "-g", "-i"};
+inline const Arguments statusReport{"status"};
+inline const Arguments quotaReport{"quota"};
+
+using Lines = std::vector<std::string>;
+
+/// A monitor on the test platform. What `brctl status` and `brctl quota` are not told to print is
+/// nothing, so that a started monitor soon only waits for the two feeds.
+class MonitorTest : public testing::Test {
+protected:
+  /// Makes the monitor, counting its change notifications.
+  void make() {
+    monitor = SyncMonitor::make(platform.platform());
+    monitor->onChange = [this] { ++changes; };
+  }
+
+  /// Makes and starts the monitor; forgets what starting logged and notified.
+  void start() {
+    make();
+    monitor->start();
+    platform.settle();
+    platform.systemLog.take();
+    changes = 0;
+  }
+
+  TestChild& items() { return platform.childProcesses.child(itemMonitor); }
+  TestChild& globals() { return platform.childProcesses.child(globalMonitor); }
+
+  /// Lets the per-item monitor print `bytes`. Returns how often the change was notified.
+  int print(std::string_view bytes) {
+    const int before = changes;
+    items().print(bytes);
+    platform.mainQueue.runAll();
+    return changes - before;
+  }
+
+  /// Lets the per-item monitor print one line as a terminal gives it. Whether it was notified.
+  bool line(const std::string& text) { return print(text + "\r\n") == 1; }
+
+  /// Lets the per-item monitor print that the item at `path` is in this state.
+  bool item(const std::string& path, const std::string& remainder) {
+    return line(" o " + path + remainder);
+  }
+
+  /// Lets the global monitor print one line. Whether it was notified.
+  bool global(const std::string& text) {
+    const int before = changes;
+    globals().print(text + "\r\n");
+    platform.mainQueue.runAll();
+    return changes - before == 1;
+  }
+
+  /// A line of the global monitor.
+  static std::string fraction(const std::string& done, const std::string& total) {
+    return "Fraction completed: " + done + " / Completed: 7 of " + total;
+  }
+
+  /// The path in the file system of a printed path.
+  static std::string full(const std::string& path) {
+    return "/Users/ada/Library/Mobile Documents" + path;
+  }
+
+  /// The transfer of a printed path; null when there is none.
+  const ActiveItem* active(const std::string& path) const {
+    const auto found = monitor->active().find(full(path));
+    return found == monitor->active().end() ? nullptr : &found->second;
+  }
+
+  /// The issue of a printed path; empty when there is none.
+  std::string issue(const std::string& path) const {
+    const auto found = monitor->issues().find(full(path));
+    return found == monitor->issues().end() ? std::string() : found->second;
+  }
+
+  /// Lets the file of a printed path exist.
+  void exists(const std::string& path) { platform.fileSystem.add(full(path)); }
+
+  Date now() const { return platform.clock.now(); }
+  void advance(double seconds) { platform.mainQueue.advance(Seconds(seconds)); }
+  Lines takeLog() { return platform.systemLog.take(); }
+
+  TestPlatform platform;
+  std::shared_ptr<SyncMonitor> monitor;
+  int changes = 0;
+};
+
+} // namespace driftmark::test

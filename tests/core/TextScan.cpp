@@ -1,0 +1,63 @@
+#include "monitor/TextScan.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace driftmark::test {
+namespace {
+
+using namespace std::string_literals;
+
+/// Texts with `middle` at every distance from a word's border, in front of it and behind.
+std::vector<std::string> placed(const std::string& middle) {
+  std::vector<std::string> texts;
+  for (std::size_t before = 0; before < 18; ++before)
+    for (std::size_t behind = 0; behind < 18; ++behind)
+      texts.push_back(std::string(before, 'a') + middle + std::string(behind, 'z'));
+  return texts;
+}
+
+TEST(TextScanTest, wellFormedTextIsUtf8Wherever) {
+  for (const std::string& middle :
+       {""s, "\0"s, "\x7f"s, "\u0080"s, "\u07ff"s, "\u0800"s, "\u2601"s, "\ud7ff"s, "\ue000"s,
+        "\uffff"s, "\U00010000"s, "\U0010ffff"s, "\u00e9\U0001f4f7\u2601"s})
+    for (const std::string& text : placed(middle))
+      ASSERT_TRUE(isUtf8(text)) << testing::PrintToString(text);
+}
+
+TEST(TextScanTest, illFormedTextIsNotUtf8Wherever) {
+  for (const std::string& middle :
+       {"\x80"s, "\xbf"s, "\xc0\xaf"s, "\xc1\xbf"s, "\xc3"s, "\xc3("s, "\xe0\x9f\xbf"s, "\xe2\x98"s,
+        "\xe2(\x81"s, "\xed\xa0\x80"s, "\xed\xbf\xbf"s, "\xf0\x8f\xbf\xbf"s, "\xf0\x9f\x93"s,
+        "\xf4\x90\x80\x80"s, "\xf5\x80\x80\x80"s, "\xfe"s, "\xff"s, "\u2601\x81"s})
+    for (const std::string& text : placed(middle))
+      ASSERT_FALSE(isUtf8(text)) << testing::PrintToString(text);
+}
+
+TEST(TextScanTest, plainFrontEndsAtTheFirstUnwantedByte) {
+  for (const std::string& stop : {"\u2601"s, "\x1b"s, "/"s, "\x80"s, "\x1b/"s, "/\u2601"s})
+    for (const std::string& text : placed(stop)) {
+      const auto firstOf = [&](auto unwanted) {
+        return static_cast<std::size_t>(std::find_if(text.begin(), text.end(), unwanted) -
+                                        text.begin());
+      };
+      const auto foreign = [](char c) { return static_cast<unsigned char>(c) >= 0x80; };
+      ASSERT_EQ(asciiLength(text), firstOf(foreign)) << testing::PrintToString(text);
+      ASSERT_EQ(unescapedLength(text), firstOf([&](char c) { return foreign(c) || c == '\x1b'; }))
+          << testing::PrintToString(text);
+      ASSERT_EQ(plainNameLength(text),
+                firstOf([&](char c) { return foreign(c) || c == '\x1b' || c == '/'; }))
+          << testing::PrintToString(text);
+    }
+}
+
+TEST(TextScanTest, neighboursOfTheUnwantedBytesArePlain) {
+  const std::string text = "\x1a\x1c.0\x7f\x01\0\x1a\x1c.0 ~\x0f\x0b\x2e"s;
+  EXPECT_EQ(plainNameLength(text), text.size());
+}
+
+} // namespace
+} // namespace driftmark::test

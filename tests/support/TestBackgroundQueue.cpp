@@ -1,0 +1,78 @@
+#include "support/TestBackgroundQueue.h"
+
+#include <utility>
+
+namespace driftmark::test {
+
+TestBackgroundQueue::~TestBackgroundQueue() {
+  join();
+}
+
+void TestBackgroundQueue::setMode(Mode mode) {
+  const std::lock_guard lock(mutex_);
+  mode_ = mode;
+}
+
+void TestBackgroundQueue::async(QualityOfService quality, Task task) {
+  {
+    const std::lock_guard lock(mutex_);
+    qualities_.push_back(quality);
+    if (mode_ == Mode::wait) {
+      tasks_.push_back(std::move(task));
+      return;
+    }
+    if (mode_ == Mode::thread) {
+      threads_.emplace_back(std::move(task));
+      return;
+    }
+  }
+  task();
+}
+
+bool TestBackgroundQueue::runNext() {
+  Task task;
+  {
+    const std::lock_guard lock(mutex_);
+    if (tasks_.empty())
+      return false;
+    task = std::move(tasks_.front());
+    tasks_.pop_front();
+  }
+  task();
+  return true;
+}
+
+std::size_t TestBackgroundQueue::runAll() {
+  std::size_t count = 0;
+  while (runNext())
+    ++count;
+  return count;
+}
+
+void TestBackgroundQueue::join() {
+  std::vector<std::thread> threads;
+  {
+    const std::lock_guard lock(mutex_);
+    threads.swap(threads_);
+  }
+  for (std::thread& thread : threads)
+    thread.join();
+}
+
+void TestBackgroundQueue::clear() {
+  std::deque<Task> dropped;
+  const std::lock_guard lock(mutex_);
+  dropped.swap(tasks_);
+}
+
+std::size_t TestBackgroundQueue::waiting() const {
+  const std::lock_guard lock(mutex_);
+  return tasks_.size();
+}
+
+std::vector<QualityOfService> TestBackgroundQueue::qualities() const {
+  const std::lock_guard lock(mutex_);
+  return qualities_;
+}
+
+} // namespace driftmark::test

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/Clock.h"
+
+#include <atomic>
+
+namespace driftmark::test {
+
+/// A clock that moves only when told.
+class TestClock final : public Clock {
+public:
+  Date now() const override { return Date(Date::duration(ticks_.load())); }
+
+  /// Moves on (or back) without running anything that waits in the queue: the wall clock was set.
+  void jump(Seconds distance) { move(std::chrono::round<Date::duration>(distance)); }
+
+  void move(Date::duration distance) { ticks_ += distance.count(); }
+
+  void set(Date date) { ticks_ = date.time_since_epoch().count(); }
+
+private:
+  static constexpr Date start = std::chrono::sys_days{std::chrono::year{2025} / 6 / 15};
+
+  std::atomic<Date::rep> ticks_ = Date(start).time_since_epoch().count();
+};
+
+} // namespace driftmark::test

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "support/TestBackgroundQueue.h"
+#include "support/TestChildProcesses.h"
+#include "support/TestClock.h"
+#include "support/TestEnvironment.h"
+#include "support/TestFileSystem.h"
+#include "support/TestMainQueue.h"
+#include "support/TestSystemLog.h"
+#include "support/TestText.h"
+
+#include <functional>
+
+namespace driftmark::test {
+
+/// Every port in memory, under the test's control. Make it before what uses it.
+class TestPlatform {
+public:
+  TestPlatform() = default;
+  TestPlatform(const TestPlatform&) = delete;
+  TestPlatform& operator=(const TestPlatform&) = delete;
+  ~TestPlatform();
+
+  /// The ports, as the core takes them.
+  Platform platform() {
+    return {.clock = clock,
+            .mainQueue = mainQueue,
+            .backgroundQueue = backgroundQueue,
+            .childProcesses = childProcesses,
+            .systemLog = systemLog,
+            .fileSystem = fileSystem,
+            .environment = environment,
+            .text = text};
+  }
+
+  /// Runs waiting background and main-queue tasks, without moving time, until none is left.
+  void settle() {
+    while (backgroundQueue.runAll() + mainQueue.runAll() > 0) {
+    }
+  }
+
+  /// Moves virtual time from event to event until `done`; gives threads a chance where nothing
+  /// waits in the queue. False when the deadline of ten real seconds is missed.
+  bool runUntil(const std::function<bool()>& done);
+
+  TestClock clock;
+  TestSystemLog systemLog;
+  TestFileSystem fileSystem;
+  TestEnvironment environment;
+  TestText text;
+  TestMainQueue mainQueue{clock};
+  TestChildProcesses childProcesses{mainQueue};
+  TestBackgroundQueue backgroundQueue;
+};
+
+} // namespace driftmark::test

@@ -1,0 +1,82 @@
+#include "support/contracts/BackgroundQueueContract.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <set>
+#include <thread>
+
+namespace driftmark::test {
+
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(BackgroundQueueContract);
+
+TEST_P(BackgroundQueueContract, everyTaskRunsOnceWhateverItsQuality) {
+  std::mutex mutex;
+  std::multiset<int> ran;
+  for (int task = 0; task < 100; ++task)
+    queue().async(task % 2 == 0 ? QualityOfService::utility : QualityOfService::userInitiated,
+                  [&, task] {
+                    const std::lock_guard lock(mutex);
+                    ran.insert(task);
+                  });
+  ASSERT_TRUE(waitUntil([&] {
+    const std::lock_guard lock(mutex);
+    return ran.size() >= 100;
+  }));
+  const std::lock_guard lock(mutex);
+  EXPECT_EQ(ran.size(), 100U);
+  for (int task = 0; task < 100; ++task)
+    EXPECT_EQ(ran.count(task), 1U) << task;
+}
+
+TEST_P(BackgroundQueueContract, tasksMayBeHandedOverByTasksAndByOtherThreads) {
+  std::atomic<int> ran = 0;
+  std::thread other([&] {
+    queue().async(QualityOfService::utility,
+                  [&] { queue().async(QualityOfService::userInitiated, [&] { ++ran; }); });
+  });
+  other.join();
+  EXPECT_TRUE(waitUntil([&] { return ran == 1; }));
+}
+
+TEST_P(BackgroundQueueContract, blockedTaskDoesNotHoldUpTheNext) {
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool secondRan = false;
+  std::atomic<bool> firstDone = false;
+  queue().async(QualityOfService::utility, [&] {
+    std::unique_lock lock(mutex);
+    changed.wait(lock, [&] { return secondRan; });
+    firstDone = true;
+  });
+  queue().async(QualityOfService::utility, [&] {
+    const std::lock_guard lock(mutex);
+    secondRan = true;
+    changed.notify_all();
+  });
+  EXPECT_TRUE(waitUntil([&] { return firstDone.load(); }));
+}
+
+TEST_P(BackgroundQueueContract, destructionWaitsForWhatRunsAndDropsWhatWaits) {
+  const auto token = std::make_shared<int>(0);
+  std::atomic<int> started = 0;
+  std::atomic<int> finished = 0;
+  for (int task = 0; task < 200; ++task)
+    queue().async(QualityOfService::utility, [&, token] {
+      ++started;
+      std::this_thread::yield();
+      ++finished;
+    });
+  subject_->destroy();
+  EXPECT_EQ(started, finished);
+  EXPECT_EQ(token.use_count(), 1);
+}
+
+TEST_P(BackgroundQueueContract, whatATaskHoldsIsReleasedOnceItHasRun) {
+  const auto token = std::make_shared<int>(0);
+  std::atomic<bool> ran = false;
+  queue().async(QualityOfService::utility, [token, &ran] { ran = true; });
+  EXPECT_TRUE(waitUntil([&] { return ran && token.use_count() == 1; }));
+}
+
+} // namespace driftmark::test

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/BackgroundQueue.h"
+#include "support/contracts/SubjectFactory.h"
+
+#include <functional>
+#include <memory>
+
+#include <gtest/gtest.h>
+
+namespace driftmark::test {
+
+/// A background queue under test.
+class BackgroundQueueSubject {
+public:
+  virtual ~BackgroundQueueSubject() = default;
+
+  virtual BackgroundQueue& queue() = 0;
+
+  /// Waits until `done`, which other threads make true; false when a generous deadline passes
+  /// first.
+  virtual bool waitUntil(const std::function<bool()>& done) = 0;
+
+  /// Destroys the queue.
+  virtual void destroy() = 0;
+};
+
+class BackgroundQueueContract
+    : public testing::TestWithParam<SubjectFactory<BackgroundQueueSubject>> {
+protected:
+  BackgroundQueue& queue() { return subject_->queue(); }
+  bool waitUntil(const std::function<bool()>& done) { return subject_->waitUntil(done); }
+
+  std::unique_ptr<BackgroundQueueSubject> subject_ = GetParam().make();
+};
+
+} // namespace driftmark::test

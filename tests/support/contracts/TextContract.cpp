@@ -1,0 +1,40 @@
+#include "support/contracts/TextContract.h"
+
+#include <cstdint>
+#include <limits>
+#include <set>
+#include <string>
+#include <thread>
+
+namespace driftmark::test {
+
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(TextContract);
+
+TEST_P(TextContract, sizesThatDifferGreatlyReadDifferently) {
+  const std::int64_t sizes[] = {0, 4096, 1'200'000, 3'400'000'000, 5'600'000'000'000};
+  std::set<std::string> texts;
+  for (const std::int64_t size : sizes)
+    texts.insert(text().byteCount(size));
+  EXPECT_EQ(texts.size(), std::size(sizes));
+  EXPECT_FALSE(texts.contains(""));
+}
+
+TEST_P(TextContract, everyCountHasOneLineOfText) {
+  for (const std::int64_t size :
+       {std::int64_t(0), std::int64_t(1), std::int64_t(-1),
+        std::numeric_limits<std::int64_t>::max(), std::numeric_limits<std::int64_t>::min()}) {
+    const std::string words = text().byteCount(size);
+    EXPECT_FALSE(words.empty()) << size;
+    EXPECT_EQ(words.find('\n'), std::string::npos) << size;
+  }
+}
+
+TEST_P(TextContract, sameCountReadsTheSameOnEveryThread) {
+  const std::string here = text().byteCount(123'456'789);
+  std::string there;
+  std::thread other([&] { there = text().byteCount(123'456'789); });
+  other.join();
+  EXPECT_EQ(there, here);
+}
+
+} // namespace driftmark::test
