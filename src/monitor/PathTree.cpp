@@ -44,10 +44,6 @@ void storeWord(void* to, std::uint32_t word) {
   std::memcpy(to, &word, sizeof word);
 }
 
-std::uint8_t tagOf(std::uint64_t hash) {
-  return static_cast<std::uint8_t>((hash >> 57) + 1);
-}
-
 } // namespace
 
 PathTree::PathTree() : folders_(1) {}
@@ -61,11 +57,11 @@ PathTree::Value PathTree::exchange(FolderIndex folder, std::string_view name, Va
                                    Value kept) {
   Reference reference = successor(folder, name);
   if (reference == noReference) {
-    const std::uint64_t hash = hashOf(name, value);
+    const std::uint32_t hash = hashOf(name, value);
     reference = lookUp(folder, name, value, hash);
     if (reference == noReference) {
       reference = append(folder, name, value);
-      link(folder, reference, hash);
+      link(folder, {reference, hash});
       ++size_;
       remember(folder, reference);
       return 0;
@@ -120,35 +116,33 @@ PathTree::FolderIndex PathTree::enter(std::string_view folder, bool create) {
 }
 
 PathTree::FolderIndex PathTree::subfolder(FolderIndex parent, std::string_view name, bool create) {
-  const std::uint64_t hash = hashOf(name, subfolderMark);
+  const std::uint32_t hash = hashOf(name, subfolderMark);
   Reference reference = lookUp(parent, name, subfolderMark, hash);
   if (reference == noReference) {
     if (!create)
       return noFolder;
     reference = append(parent, name, subfolderMark);
-    link(parent, reference, hash);
+    link(parent, {reference, hash});
   }
   return loadWord(read(reference).name.data() - sizeof(FolderIndex));
 }
 
 /// The entry of that name and kind; the kind is `subfolderMark` or any value.
 PathTree::Reference PathTree::lookUp(FolderIndex index, std::string_view name, Value kind,
-                                     std::uint64_t hash) const {
+                                     std::uint32_t hash) const {
   const Folder& folder = folders_[index];
   if (folder.capacity == 0)
     return noReference;
-  const std::byte* tags = folder.table.get() + std::size_t{folder.capacity} * sizeof(Reference);
-  const auto tag = std::byte{tagOf(hash)};
-  std::size_t slot = hash & (folder.capacity - 1);
-  for (; tags[slot] != std::byte{0}; slot = (slot + 1) & (folder.capacity - 1)) {
-    if (tags[slot] != tag)
+  for (std::uint32_t at = hash;; ++at) {
+    const Slot& slot = folder.slots[at & (folder.capacity - 1)];
+    if (slot.reference == noReference)
+      return noReference;
+    if (slot.hash != hash)
       continue;
-    const Reference reference = loadWord(folder.table.get() + slot * sizeof(Reference));
-    const Entry entry = read(reference);
+    const Entry entry = read(slot.reference);
     if (entry.name == name && (entry.value == subfolderMark) == (kind == subfolderMark))
-      return reference;
+      return slot.reference;
   }
-  return noReference;
 }
 
 /// The entry behind the one found last, when it is the one looked for: paths tend to come again in
@@ -204,40 +198,33 @@ PathTree::Reference PathTree::append(FolderIndex folder, std::string_view name, 
   return reference;
 }
 
-void PathTree::link(FolderIndex index, Reference reference, std::uint64_t hash) {
+void PathTree::link(FolderIndex index, Slot entry) {
   Folder& folder = folders_[index];
-  // An eighth stays free at least, so that every probe ends.
+  // An eighth stays free at least, so that every search ends.
   if ((std::uint64_t{folder.count} + 1) * 8 > std::uint64_t{folder.capacity} * 7)
     grow(folder);
-  std::byte* tags = folder.table.get() + std::size_t{folder.capacity} * sizeof(Reference);
-  std::size_t slot = hash & (folder.capacity - 1);
-  while (tags[slot] != std::byte{0})
-    slot = (slot + 1) & (folder.capacity - 1);
-  tags[slot] = std::byte{tagOf(hash)};
-  storeWord(folder.table.get() + slot * sizeof(Reference), reference);
+  place(folder, entry);
   ++folder.count;
 }
 
-void PathTree::grow(Folder& folder) const {
+void PathTree::grow(Folder& folder) {
   Folder larger;
   larger.capacity = nextCapacity(folder.capacity);
   larger.count = folder.count;
-  const std::size_t tagsAt = std::size_t{larger.capacity} * sizeof(Reference);
-  larger.table = std::make_unique<std::byte[]>(tagsAt + larger.capacity);
-
-  const std::byte* tags = folder.table.get() + std::size_t{folder.capacity} * sizeof(Reference);
-  for (std::size_t from = 0; from < folder.capacity; ++from) {
-    if (tags[from] == std::byte{0})
-      continue;
-    const Reference reference = loadWord(folder.table.get() + from * sizeof(Reference));
-    const Entry entry = read(reference);
-    std::size_t slot = hashOf(entry.name, entry.value) & (larger.capacity - 1);
-    while (larger.table[tagsAt + slot] != std::byte{0})
-      slot = (slot + 1) & (larger.capacity - 1);
-    larger.table[tagsAt + slot] = tags[from];
-    storeWord(larger.table.get() + slot * sizeof(Reference), reference);
-  }
+  larger.slots = std::make_unique_for_overwrite<Slot[]>(larger.capacity);
+  std::fill_n(larger.slots.get(), larger.capacity, Slot{noReference, 0});
+  for (std::uint32_t at = 0; at < folder.capacity; ++at)
+    if (folder.slots[at].reference != noReference)
+      place(larger, folder.slots[at]);
   folder = std::move(larger);
+}
+
+/// Puts an entry into the next free slot from its own on.
+void PathTree::place(const Folder& folder, Slot entry) {
+  std::uint32_t at = entry.hash;
+  while (folder.slots[at & (folder.capacity - 1)].reference != noReference)
+    ++at;
+  folder.slots[at & (folder.capacity - 1)] = entry;
 }
 
 char* PathTree::at(Reference reference) const {
@@ -264,8 +251,8 @@ void PathTree::remember(FolderIndex folder, Reference found) {
 }
 
 /// Hashes a name among the subfolders or among the other entries of a folder.
-std::uint64_t PathTree::hashOf(std::string_view name, Value value) {
-  const std::uint64_t hash = hashBytes(name);
+std::uint32_t PathTree::hashOf(std::string_view name, Value value) {
+  const auto hash = static_cast<std::uint32_t>(hashBytes(name));
   return value == subfolderMark ? ~hash : hash;
 }
 

@@ -47,11 +47,15 @@ private:
   /// Where an entry begins: its block in the upper bits, its byte there in the lower.
   using Reference = std::uint32_t;
 
-  /// An open-addressing table of the entries of one folder: tags first, so that a probe seldom
-  /// reads an entry in vain.
+  struct Slot {
+    Reference reference; ///< `noReference` in a free slot
+    std::uint32_t hash;  ///< of the name; spares most looks at entries that are not meant
+  };
+
+  /// An open-addressing table of the entries of one folder.
   struct Folder {
-    std::unique_ptr<std::byte[]> table; ///< `capacity` references, then as many tags
-    std::uint32_t capacity = 0;         ///< a power of two
+    std::unique_ptr<Slot[]> slots;
+    std::uint32_t capacity = 0; ///< a power of two
     std::uint32_t count = 0;
   };
 
@@ -73,16 +77,17 @@ private:
 
   FolderIndex enter(std::string_view folder, bool create);
   FolderIndex subfolder(FolderIndex parent, std::string_view name, bool create);
-  Reference lookUp(FolderIndex folder, std::string_view name, Value kind, std::uint64_t hash) const;
+  Reference lookUp(FolderIndex folder, std::string_view name, Value kind, std::uint32_t hash) const;
   Reference successor(FolderIndex folder, std::string_view name) const;
   Reference append(FolderIndex folder, std::string_view name, Value value);
-  void link(FolderIndex folder, Reference reference, std::uint64_t hash);
-  void grow(Folder& folder) const;
+  void link(FolderIndex folder, Slot entry);
+  static void grow(Folder& folder);
+  static void place(const Folder& folder, Slot entry);
 
   char* at(Reference reference) const;
   Entry read(Reference reference) const;
   void remember(FolderIndex folder, Reference found);
-  static std::uint64_t hashOf(std::string_view name, Value value);
+  static std::uint32_t hashOf(std::string_view name, Value value);
 
   std::vector<std::unique_ptr<char[]>> blocks_;
   std::size_t blockUsed_ = 0;     ///< bytes used of the last block

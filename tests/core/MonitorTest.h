@@ -21,6 +21,9 @@ inline const Arguments quotaReport{"quota"};
 
 using Lines = std::vector<std::string>;
 
+/// Names the instances of a test after the name of their parameter.
+inline constexpr auto caseName = [](const auto& info) { return info.param.name; };
+
 /// A monitor on the test platform. What `brctl status` and `brctl quota` are not told to print is
 /// nothing, so that a started monitor soon only waits for the two feeds.
 class MonitorTest : public testing::Test {

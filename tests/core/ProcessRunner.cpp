@@ -24,11 +24,11 @@ protected:
 
 /// Both monitors, which behave alike.
 struct MonitorCase {
-  std::string testName;
-  std::string name; ///< as the log calls it
+  std::string name;
+  std::string title; ///< as the log calls it
   Arguments arguments;
 
-  friend void PrintTo(const MonitorCase& monitor, std::ostream* out) { *out << monitor.testName; }
+  friend void PrintTo(const MonitorCase& monitor, std::ostream* out) { *out << monitor.name; }
 };
 
 class EachMonitorTest : public ProcessRunnerTest, public testing::WithParamInterface<MonitorCase> {
@@ -45,14 +45,14 @@ protected:
   }
 
   std::string exited() const {
-    return "Driftmark: " + GetParam().name + " exited, restarting in 10s";
+    return "Driftmark: " + GetParam().title + " exited, restarting in 10s";
   }
 };
 
 INSTANTIATE_TEST_SUITE_P(Monitors, EachMonitorTest,
                          testing::Values(MonitorCase{"items", "brctl monitor", itemMonitor},
                                          MonitorCase{"global", "brctl monitor -g", globalMonitor}),
-                         [](const auto& each) { return each.param.testName; });
+                         caseName);
 
 // ---- start ----
 
@@ -249,7 +249,7 @@ TEST_P(EachMonitorTest, monitorThatExitsIsRelaunchedTenSecondsLater) {
   EXPECT_EQ(spawned(arguments()), 1U);
   advance(0.001);
   EXPECT_EQ(spawned(arguments()), 2U);
-  EXPECT_EQ(takeLog(), Lines{started(GetParam().name, child())});
+  EXPECT_EQ(takeLog(), Lines{started(GetParam().title, child())});
   EXPECT_EQ(spawned(otherArguments()), 1U);
 }
 
@@ -276,7 +276,7 @@ TEST_P(EachMonitorTest, relaunchedMonitorIsReadAndRestartedLikeTheFirst) {
   child().exit();
   advance(10);
   EXPECT_EQ(spawned(arguments()), 3U);
-  EXPECT_EQ(takeLog(), (Lines{exited(), started(GetParam().name, child())}));
+  EXPECT_EQ(takeLog(), (Lines{exited(), started(GetParam().title, child())}));
 }
 
 TEST_P(EachMonitorTest, monitorThatExitsAtOnceAgainAndAgainIsRelaunchedEveryTenSeconds) {
@@ -389,7 +389,7 @@ INSTANTIATE_TEST_SUITE_P(
             "noTool", LaunchError::Stage::launch,
             "Driftmark: failed to launch brctl monitor -i com.apple.CloudDocs: no such file",
             "Driftmark: failed to launch brctl monitor -g -i: no such file"}),
-    [](const auto& each) { return each.param.name; });
+    caseName);
 
 TEST_P(LaunchFailureTest, isLoggedOncePerMonitorAndNotRetried) {
   platform.childProcesses.failAllLaunches(failure());
@@ -553,7 +553,7 @@ TEST_P(EachMonitorTest, relaunchScheduledBeforeTheStopStillRuns) {
   takeLog();
   advance(10);
   EXPECT_EQ(spawned(arguments()), 2U);
-  EXPECT_EQ(takeLog(), Lines{started(GetParam().name, child())});
+  EXPECT_EQ(takeLog(), Lines{started(GetParam().title, child())});
   EXPECT_TRUE(child().isRunning());
   child().print(changingLine("1") + "\r\n");
   platform.mainQueue.runAll();

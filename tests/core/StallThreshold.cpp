@@ -68,7 +68,7 @@ INSTANTIATE_TEST_SUITE_P(
         ThresholdCase{"comma", "90,5", 300}, ThresholdCase{"twoPoints", "9.0.5", 300},
         ThresholdCase{"nulBehind", std::string("90\0", 3), 300},
         ThresholdCase{"large", "86400", 86400}),
-    [](const auto& each) { return each.param.name; });
+    caseName);
 
 struct SweepCase {
   std::string threshold;

@@ -1,0 +1,466 @@
+#include "core/MonitorTest.h"
+
+#include <optional>
+#include <string>
+
+namespace driftmark::test {
+namespace {
+
+const std::string download = "> downloader{7 b.mov} downloading: 40%\n";
+const std::string upload = "> upload{9 c.txt} active\n";
+
+std::optional<StatusActivity> activity(int downloads, int uploads,
+                                       std::vector<std::string> directories) {
+  return StatusActivity{
+      .downloads = downloads, .uploads = uploads, .directories = std::move(directories)};
+}
+
+// ---- the report ----
+
+TEST(StatusReportTest, jobsAreCountedAndTheirDirectoriesListedInOrder) {
+  EXPECT_EQ(SyncMonitor::parseStatus("Under /A\n" + download + download + "Under /B\n" + upload),
+            activity(2, 1, {"/A", "/B"}));
+}
+
+TEST(StatusReportTest, directoryIsListedOnceInFirstSeenOrder) {
+  EXPECT_EQ(SyncMonitor::parseStatus("Under /B\n" + upload + "Under /A\n" + upload + "Under /B\n" +
+                                     download + upload),
+            activity(1, 3, {"/B", "/A"}));
+}
+
+TEST(StatusReportTest, directoryWithoutJobsIsNotListed) {
+  EXPECT_EQ(SyncMonitor::parseStatus("Under /A\nUnder /B\n" + upload + "Under /C\n"),
+            activity(0, 1, {"/B"}));
+}
+
+TEST(StatusReportTest, jobBeforeAnyDirectoryIsCountedWithoutOne) {
+  EXPECT_EQ(SyncMonitor::parseStatus(download), activity(1, 0, {}));
+  EXPECT_EQ(SyncMonitor::parseStatus(download + "Under /A\n" + upload), activity(1, 1, {"/A"}));
+}
+
+TEST(StatusReportTest, directoryIsTheTextFromTheSlashToTheTrimmedEnd) {
+  EXPECT_EQ(SyncMonitor::parseStatus(
+                " \tUnder /Users/ada/Library/Mobile Documents/com~apple~CloudDocs \t\n" + upload),
+            activity(0, 1, {"/Users/ada/Library/Mobile Documents/com~apple~CloudDocs"}));
+  EXPECT_EQ(SyncMonitor::parseStatus("Under /\n" + upload), activity(0, 1, {"/"}));
+  EXPECT_EQ(SyncMonitor::parseStatus("Under /A, B\n" + upload), activity(0, 1, {"/A, B"}));
+}
+
+TEST(StatusReportTest, otherLinesAreNoHeaders) {
+  for (const std::string line : {"Under A", "under /A", "Under  /A", "xUnder /A", "Under\t/A",
+                                 "Under", "Under ", "> Under /A"})
+    EXPECT_EQ(SyncMonitor::parseStatus("Under /old\n" + line + "\n" + upload),
+              activity(0, 1, {"/old"}))
+        << line;
+}
+
+TEST(StatusReportTest, indentedJobLinesAreRecognised) {
+  EXPECT_EQ(SyncMonitor::parseStatus("Under /A\n  " + download + "\t \t" + upload),
+            activity(1, 1, {"/A"}));
+}
+
+TEST(StatusReportTest, jobLineNeedsItsMarkAndASpace) {
+  for (const std::string mark : {"", ">", ">>", ">\t", "- ", "x> ", "\r> "})
+    EXPECT_EQ(SyncMonitor::parseStatus("Under /A\n" + mark + "upload{9} active\n"), std::nullopt)
+        << mark;
+}
+
+TEST(StatusReportTest, jobsNotAtWorkDoNotCount) {
+  for (const std::string line :
+       {"> downloader{7} waiting", "> downloading: 7", "> upload{9} waiting", "> upload{9}active",
+        "> active", "> uploader{9} inactive", "> Upload{9} active", "> upload {9} active",
+        "> Downloader{7} downloading:", "> downloader{7} Downloading:",
+        "> downloader {downloading:"})
+    EXPECT_EQ(SyncMonitor::parseStatus("Under /A\n" + line + "\n"), std::nullopt) << line;
+}
+
+TEST(StatusReportTest, downloaderThatDoesNotDownloadIsTestedAsUpload) {
+  EXPECT_EQ(SyncMonitor::parseStatus("> downloader{7} waits for upload{9} active\n"),
+            activity(0, 1, {}));
+}
+
+TEST(StatusReportTest, lineThatFitsBothIsADownload) {
+  EXPECT_EQ(SyncMonitor::parseStatus("> downloader{7} downloading: upload{9} active\n"),
+            activity(1, 0, {}));
+}
+
+TEST(StatusReportTest, markersMayStandInAnyOrder) {
+  EXPECT_EQ(SyncMonitor::parseStatus("> downloading: downloader{7}\n>  active upload{9}\n"),
+            activity(1, 1, {}));
+}
+
+TEST(StatusReportTest, colourCodesAroundTheMarkersDoNotMatter) {
+  EXPECT_EQ(SyncMonitor::parseStatus(
+                "\x1b[1mUnder \x1b[34m/A\x1b[0m\n"
+                " \x1b[32m>\x1b[0m down\x1b[1mloader{7}\x1b[m downloading\x1b[0m: 4%\n"
+                "\x1b[0m> upload\x1b[31m{9} \x1b[0mactive\n"),
+            activity(1, 1, {"/A"}));
+}
+
+TEST(StatusReportTest, carriageReturnsAreNotTrimmed) {
+  EXPECT_EQ(SyncMonitor::parseStatus("Under /A\r\n> upload{9} active\r\n"),
+            activity(0, 1, {"/A\r"}));
+}
+
+TEST(StatusReportTest, lastLineNeedsNoLineEnd) {
+  EXPECT_EQ(SyncMonitor::parseStatus("Under /A\n> upload{9} active"), activity(0, 1, {"/A"}));
+}
+
+TEST(StatusReportTest, reportWithoutJobsIsAbsent) {
+  EXPECT_EQ(SyncMonitor::parseStatus(""), std::nullopt);
+  EXPECT_EQ(SyncMonitor::parseStatus("\n\n \n"), std::nullopt);
+  EXPECT_EQ(SyncMonitor::parseStatus("Under /A\nnothing to do\n"), std::nullopt);
+}
+
+TEST(StatusReportTest, directoriesAreComparedByteForByte) {
+  EXPECT_EQ(SyncMonitor::parseStatus("Under /caf\u00e9\n" + upload + "Under /cafe\u0301\n" +
+                                     upload + "Under /caf\u00e9/\n" + upload),
+            activity(0, 3, {"/caf\u00e9", "/cafe\u0301", "/caf\u00e9/"}));
+}
+
+// ---- the chain of polls ----
+
+class StatusPollerTest : public MonitorTest {
+protected:
+  std::size_t polls() const { return platform.childProcesses.runs(statusReport).size(); }
+
+  void report(const std::string& text) { platform.childProcesses.script(statusReport, text); }
+
+  /// Moves time and lets the polls that become due run.
+  void pass(double seconds) {
+    advance(seconds);
+    platform.settle();
+  }
+
+  /// Starts with a first poll that finds one download under "/A".
+  void startBusy() {
+    report("Under /A\n" + download);
+    start();
+    ASSERT_EQ(polls(), 1U);
+    ASSERT_TRUE(monitor->statusActivity());
+  }
+};
+
+TEST_F(StatusPollerTest, pollRunsBrctlStatusWithItsOutputCapturedInTheBackground) {
+  make();
+  monitor->start();
+  const auto runs = platform.childProcesses.runs(statusReport);
+  ASSERT_EQ(runs.size(), 1U);
+  EXPECT_EQ(runs.front()->command().executable, "/usr/bin/brctl");
+  EXPECT_EQ(runs.front()->output(), ToolOutput::capture);
+  EXPECT_FALSE(runs.front()->wasLaunched());
+  for (const QualityOfService quality : platform.backgroundQueue.qualities())
+    EXPECT_EQ(quality, QualityOfService::utility);
+  platform.backgroundQueue.runAll();
+  EXPECT_TRUE(runs.front()->wasLaunched());
+}
+
+TEST_F(StatusPollerTest, resultArrivesThroughTheMainQueue) {
+  report("Under /A\n" + download);
+  make();
+  monitor->start();
+  platform.backgroundQueue.runAll();
+  EXPECT_EQ(monitor->statusActivity(), std::nullopt);
+  platform.mainQueue.runAll();
+  EXPECT_EQ(monitor->statusActivity(), activity(1, 0, {"/A"}));
+}
+
+TEST_F(StatusPollerTest, resultIsLoggedWithItsDirectoriesAndNotified) {
+  report("Under /A\n" + download + download + "Under /B c\n" + upload);
+  make();
+  monitor->start();
+  takeLog();
+  platform.settle();
+  EXPECT_EQ(takeLog(), Lines{"Driftmark: status confirms 2 download(s), 1 upload(s) in /A, /B c"});
+  EXPECT_EQ(changes, 1);
+}
+
+TEST_F(StatusPollerTest, resultWithoutDirectoriesIsLoggedWithNone) {
+  report(upload);
+  make();
+  monitor->start();
+  takeLog();
+  platform.settle();
+  EXPECT_EQ(takeLog(), Lines{"Driftmark: status confirms 0 download(s), 1 upload(s) in "});
+}
+
+TEST_F(StatusPollerTest, deliveredPollReleasesItsProcess) {
+  startBusy();
+  EXPECT_FALSE(platform.childProcesses.runs(statusReport).front()->isHeld());
+}
+
+TEST_F(StatusPollerTest, nextPollComesTwentySecondsAfterTheResult) {
+  report("Under /A\n" + download);
+  make();
+  monitor->start();
+  advance(7);
+  platform.settle();
+  pass(19.999);
+  EXPECT_EQ(polls(), 1U);
+  pass(0.001);
+  EXPECT_EQ(polls(), 2U);
+}
+
+TEST_F(StatusPollerTest, pollsNeverOverlap) {
+  report("Under /A\n" + download);
+  make();
+  monitor->start();
+  advance(600);
+  EXPECT_EQ(polls(), 1U);
+  platform.settle();
+  advance(600);
+  EXPECT_EQ(polls(), 2U);
+}
+
+TEST_F(StatusPollerTest, sameResultIsNeitherLoggedNorNotifiedButPollingGoesOn) {
+  startBusy();
+  pass(20);
+  EXPECT_EQ(polls(), 2U);
+  EXPECT_EQ(takeLog(), Lines{});
+  EXPECT_EQ(changes, 0);
+  pass(20);
+  EXPECT_EQ(polls(), 3U);
+}
+
+TEST_F(StatusPollerTest, everyDifferenceIsLoggedAndNotified) {
+  startBusy();
+  report("Under /A\n" + download + download);
+  pass(20);
+  report("Under /A\n" + download + upload);
+  pass(20);
+  report("Under /B\n" + download + upload);
+  pass(20);
+  EXPECT_EQ(takeLog(), (Lines{"Driftmark: status confirms 2 download(s), 0 upload(s) in /A",
+                              "Driftmark: status confirms 1 download(s), 1 upload(s) in /A",
+                              "Driftmark: status confirms 1 download(s), 1 upload(s) in /B"}));
+  EXPECT_EQ(changes, 3);
+}
+
+TEST_F(StatusPollerTest, pollThatFindsNothingClearsTheCountsAndEndsTheChain) {
+  startBusy();
+  report("");
+  pass(20);
+  EXPECT_EQ(monitor->statusActivity(), std::nullopt);
+  EXPECT_EQ(changes, 1);
+  EXPECT_EQ(takeLog(), Lines{});
+  EXPECT_TRUE(platform.mainQueue.waiting().empty());
+  pass(3600);
+  EXPECT_EQ(polls(), 2U);
+}
+
+TEST_F(StatusPollerTest, quietStartPollsOnce) {
+  start();
+  EXPECT_EQ(polls(), 1U);
+  EXPECT_EQ(changes, 0);
+  pass(3600);
+  EXPECT_EQ(polls(), 1U);
+}
+
+TEST_F(StatusPollerTest, pollThatFindsNothingGoesOnWhileTheGlobalFeedIsBusy) {
+  start();
+  global(fraction("0.5", "4096"));
+  platform.settle();
+  EXPECT_EQ(polls(), 2U);
+  for (std::size_t poll = 3; poll <= 4; ++poll) {
+    pass(20);
+    EXPECT_EQ(polls(), poll);
+  }
+  pass(20);
+  EXPECT_EQ(polls(), 5U);
+  pass(3600);
+  EXPECT_EQ(polls(), 5U);
+}
+
+TEST_F(StatusPollerTest, clearedCountsAreNotifiedOnceThoughPollingGoesOn) {
+  startBusy();
+  global(fraction("0.5", "4096"));
+  changes = 0;
+  report("");
+  pass(20);
+  EXPECT_EQ(changes, 1);
+  pass(20);
+  EXPECT_EQ(changes, 1);
+  EXPECT_EQ(polls(), 3U);
+}
+
+TEST_F(StatusPollerTest, globalTransferStartsAChainThatHadEnded) {
+  start();
+  pass(100);
+  EXPECT_EQ(polls(), 1U);
+  global(fraction("0.5", "4096"));
+  EXPECT_EQ(polls(), 2U);
+}
+
+TEST_F(StatusPollerTest, refreshedGlobalTransferRestartsAnEndedChainToo) {
+  start();
+  global(fraction("0.5", "4096"));
+  platform.clock.jump(Seconds(61));
+  platform.settle();
+  EXPECT_EQ(polls(), 2U);
+  platform.clock.jump(Seconds(-31));
+  ASSERT_TRUE(monitor->globalActivity());
+  EXPECT_FALSE(global(fraction("0.6", "4096")));
+  EXPECT_EQ(polls(), 3U);
+}
+
+TEST_F(StatusPollerTest, globalLinesDuringAChainStartNoSecondOne) {
+  startBusy();
+  global(fraction("0.5", "1"));
+  global(fraction("0.5", "2"));
+  platform.settle();
+  EXPECT_EQ(polls(), 1U);
+  pass(20);
+  EXPECT_EQ(polls(), 2U);
+}
+
+TEST_F(StatusPollerTest, globalLinesDuringAPollStartNoSecondOne) {
+  make();
+  monitor->start();
+  EXPECT_EQ(polls(), 1U);
+  global(fraction("0.5", "1"));
+  EXPECT_EQ(polls(), 1U);
+  platform.settle();
+  pass(20);
+  EXPECT_EQ(polls(), 2U);
+}
+
+TEST_F(StatusPollerTest, secondStartStartsNoSecondChain) {
+  startBusy();
+  monitor->start();
+  platform.settle();
+  EXPECT_EQ(polls(), 1U);
+  pass(20);
+  EXPECT_EQ(polls(), 2U);
+}
+
+TEST_F(StatusPollerTest, chainThatEndedIsStartedByTheNextStart) {
+  start();
+  monitor->start();
+  EXPECT_EQ(polls(), 2U);
+}
+
+// ---- failures ----
+
+TEST_F(StatusPollerTest, launchFailureIsLoggedAndFindsNothing) {
+  startBusy();
+  platform.childProcesses.failLaunches(
+      statusReport, {.stage = LaunchError::Stage::launch, .description = "permission denied"});
+  pass(20);
+  EXPECT_EQ(takeLog(), Lines{"Driftmark: brctl status failed: permission denied"});
+  EXPECT_EQ(monitor->statusActivity(), std::nullopt);
+  EXPECT_EQ(changes, 1);
+  pass(3600);
+  EXPECT_EQ(polls(), 2U);
+}
+
+TEST_F(StatusPollerTest, everyFailingPollIsLogged) {
+  start();
+  platform.childProcesses.failLaunches(
+      statusReport, {.stage = LaunchError::Stage::launch, .description = "permission denied"});
+  global(fraction("0.5", "4096"));
+  takeLog();
+  platform.settle();
+  pass(20);
+  pass(20);
+  EXPECT_EQ(takeLog(), Lines(3, "Driftmark: brctl status failed: permission denied"));
+}
+
+TEST_F(StatusPollerTest, outputThatIsNotUtf8FindsNothing) {
+  startBusy();
+  report("Under /A\n" + download + "\xff");
+  pass(20);
+  EXPECT_EQ(monitor->statusActivity(), std::nullopt);
+  EXPECT_EQ(takeLog(), Lines{});
+}
+
+TEST_F(StatusPollerTest, exitStatusDoesNotMatter) {
+  platform.childProcesses.script(statusReport,
+                                 ToolResult{.output = "Under /A\n" + download, .exitStatus = 70});
+  start();
+  EXPECT_EQ(monitor->statusActivity(), activity(1, 0, {"/A"}));
+}
+
+// ---- stopping ----
+
+TEST_F(StatusPollerTest, scheduledPollAfterTheStopRunsNothingAndKeepsTheCounts) {
+  startBusy();
+  monitor->stop();
+  changes = 0;
+  pass(3600);
+  EXPECT_EQ(polls(), 1U);
+  EXPECT_EQ(monitor->statusActivity(), activity(1, 0, {"/A"}));
+  EXPECT_EQ(changes, 0);
+}
+
+TEST_F(StatusPollerTest, resultThatArrivesAfterTheStopIsStoredAndEndsTheChain) {
+  report("Under /A\n" + download);
+  make();
+  monitor->start();
+  platform.backgroundQueue.runAll();
+  monitor->stop();
+  platform.settle();
+  EXPECT_EQ(monitor->statusActivity(), activity(1, 0, {"/A"}));
+  EXPECT_EQ(changes, 1);
+  pass(3600);
+  EXPECT_EQ(polls(), 1U);
+}
+
+TEST_F(StatusPollerTest, pollEndedByTheStopDeliversWhatItPrinted) {
+  startBusy();
+  platform.backgroundQueue.setMode(TestBackgroundQueue::Mode::thread);
+  platform.childProcesses.hang(statusReport, "Under /B\n" + upload);
+  advance(20);
+  ASSERT_TRUE(platform.childProcesses.awaitHanging(statusReport));
+  monitor->stop();
+  platform.backgroundQueue.join();
+  platform.settle();
+  EXPECT_EQ(monitor->statusActivity(), activity(0, 1, {"/B"}));
+  pass(3600);
+  EXPECT_EQ(polls(), 2U);
+}
+
+TEST_F(StatusPollerTest, pollEndedByTheStopWithoutOutputClearsTheCounts) {
+  startBusy();
+  platform.backgroundQueue.setMode(TestBackgroundQueue::Mode::thread);
+  platform.childProcesses.hang(statusReport);
+  advance(20);
+  ASSERT_TRUE(platform.childProcesses.awaitHanging(statusReport));
+  monitor->stop();
+  platform.backgroundQueue.join();
+  platform.settle();
+  EXPECT_EQ(monitor->statusActivity(), std::nullopt);
+}
+
+TEST_F(StatusPollerTest, nothingIsPolledAfterTheStop) {
+  start();
+  items().ignoreTerminate();
+  globals().ignoreTerminate();
+  monitor->stop();
+  global(fraction("0.5", "4096"));
+  EXPECT_TRUE(monitor->globalActivity());
+  platform.settle();
+  EXPECT_EQ(polls(), 1U);
+  pass(3600);
+  EXPECT_EQ(polls(), 1U);
+}
+
+TEST_F(StatusPollerTest, startAfterTheStopPollsNothing) {
+  make();
+  monitor->stop();
+  monitor->start();
+  platform.settle();
+  EXPECT_EQ(polls(), 0U);
+}
+
+TEST_F(StatusPollerTest, stopFromTheNotificationOfAResultEndsTheChain) {
+  startBusy();
+  report("Under /B\n" + upload);
+  monitor->onChange = [this] { monitor->stop(); };
+  pass(20);
+  EXPECT_EQ(polls(), 2U);
+  pass(3600);
+  EXPECT_EQ(polls(), 2U);
+}
+
+} // namespace
+} // namespace driftmark::test
