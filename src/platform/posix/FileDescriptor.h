@@ -1,0 +1,41 @@
+#pragma once
+
+#include <utility>
+
+#include <unistd.h>
+
+namespace driftmark {
+
+/// Owns a file descriptor and closes it when released. One thread at a time.
+class FileDescriptor {
+public:
+  FileDescriptor() = default;
+  explicit FileDescriptor(int number) : number_(number) {}
+  FileDescriptor(FileDescriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
+  }
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+  ~FileDescriptor() { reset(); }
+
+  bool isOpen() const { return number_ >= 0; }
+
+  /// The descriptor's number; -1 when there is none, which `poll` skips.
+  int number() const { return number_; }
+
+  /// Gives the descriptor up without closing it.
+  int release() { return std::exchange(number_, -1); }
+
+  /// Closes the descriptor, if there is one.
+  void reset() {
+    if (number_ >= 0)
+      ::close(std::exchange(number_, -1));
+  }
+
+private:
+  int number_ = -1;
+};
+
+} // namespace driftmark

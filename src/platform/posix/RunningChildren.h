@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/ChildProcesses.h"
+#include "platform/posix/PosixChildProcess.h"
+#include "platform/posix/SystemCalls.h"
+#include "platform/posix/ToolLauncher.h"
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace driftmark {
+
+/// Launches children and knows those that have not been reaped, so that all can be ended together.
+/// Any thread.
+class RunningChildren {
+public:
+  /// `systemRoot` is put before the path of every tool. Throws std::system_error when the system
+  /// has no descriptors left.
+  explicit RunningChildren(std::string systemRoot);
+
+  /// Starts a tool. Fails from the moment that `endAll` has begun. The caller waits for the child's
+  /// end on its exit descriptor and then calls `reap`.
+  std::variant<std::shared_ptr<PosixChildProcess>, LaunchError> launch(const ToolCommand& command,
+                                                                       OutputRouting output);
+
+  /// Reaps a child that has ended and forgets it. Returns its exit status.
+  int reap(PosixChildProcess& child);
+
+  /// Ends every child, first by SIGTERM, by SIGKILL where that does not do it soon. Returns when
+  /// all have been reaped by those who wait for them.
+  void endAll();
+
+  /// Polls as readable from the moment that `endAll` has begun.
+  int closingDescriptor() const { return closing_.readEnd.number(); }
+
+private:
+  void signalAll(void (PosixChildProcess::*signal)());
+  bool awaitAll();
+
+  const std::string systemRoot_;
+  std::mutex mutex_;
+  std::condition_variable reaped_;
+  std::vector<std::shared_ptr<PosixChildProcess>> children_;
+  system_calls::Pipe closing_;
+};
+
+} // namespace driftmark

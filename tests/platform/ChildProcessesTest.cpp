@@ -1,0 +1,77 @@
+#include "ChildProcessesTest.h"
+
+#include "EventLoop.h"
+
+#include <utility>
+#include <variant>
+
+#include <sys/wait.h>
+
+namespace driftmark::test {
+
+ChildProcessesTest::Tool ChildProcessesTest::spawn(const Steps& steps) {
+  return spawn(steps, nullptr);
+}
+
+ChildProcessesTest::Tool
+ChildProcessesTest::spawn(const Steps& steps, const std::function<void(std::string_view)>& onData) {
+  auto tool = std::make_shared<SpawnedTool>();
+  const std::weak_ptr weak = tool;
+  auto result = children_->spawn(
+      childTool(steps),
+      [weak, onData](std::string_view bytes) {
+        if (onData)
+          onData(bytes);
+        else if (const auto self = weak.lock())
+          self->output += bytes;
+      },
+      [weak] {
+        if (const auto self = weak.lock()) {
+          ++self->exits;
+          self->outputAtExit = self->output;
+        }
+      });
+  if (const auto* const error = std::get_if<LaunchError>(&result))
+    ADD_FAILURE() << "the helper tool did not start: " << error->description;
+  else
+    tool->child = std::get<TerminalChild>(std::move(result));
+  return tool;
+}
+
+std::string ChildProcessesTest::outputOf(const Steps& steps) {
+  const Tool tool = spawn(steps);
+  EXPECT_TRUE(runUntil([&] { return tool->exits > 0; }));
+  return tool->output;
+}
+
+ToolResult ChildProcessesTest::run(const Steps& steps, ToolOutput output) {
+  auto result = children_->prepare(childTool(steps), output)->run();
+  if (const auto* const error = std::get_if<LaunchError>(&result)) {
+    ADD_FAILURE() << "the helper tool did not start: " << error->description;
+    return {};
+  }
+  return std::get<ToolResult>(std::move(result));
+}
+
+LaunchError ChildProcessesTest::failedSpawn(const ToolCommand& command) {
+  auto result = children_->spawn(
+      command, [](std::string_view) { ADD_FAILURE() << "output came"; },
+      [] { ADD_FAILURE() << "an exit came"; });
+  if (!std::holds_alternative<LaunchError>(result)) {
+    ADD_FAILURE() << "the launch went well";
+    return {};
+  }
+  return std::get<LaunchError>(result);
+}
+
+int ChildProcessesTest::identifierFrom(const Tool& tool) {
+  EXPECT_TRUE(runUntil([&] { return tool->output.find('\n') != std::string::npos; }));
+  return std::stoi(tool->output);
+}
+
+bool hasChildren() {
+  siginfo_t information{};
+  return waitid(P_ALL, 0, &information, WEXITED | WNOHANG | WNOWAIT) == 0;
+}
+
+} // namespace driftmark::test

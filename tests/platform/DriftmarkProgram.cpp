@@ -1,0 +1,136 @@
+// The program as a process: what it says, how it ends, and what it leaves behind.
+
+#include "Orphans.h"
+#include "RunningProgram.h"
+#include "ScopedVariable.h"
+#include "TemporaryFolder.h"
+
+#include <csignal>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace driftmark::test {
+namespace {
+
+/// The program below a system root of its own.
+class DriftmarkProgram : public testing::Test {
+protected:
+  ~DriftmarkProgram() override {
+    program_.reset();
+    for (const int child : Orphans::children())
+      Orphans::end(child);
+  }
+
+  /// Gives the system root a `brctl` that runs these shell commands.
+  void setBrctl(const std::string& commands) { root_.writeScript("usr/bin/brctl", commands); }
+
+  void start() {
+    const ScopedVariable root("DRIFTMARK_SYSTEM_ROOT", rootVariable_);
+    const ScopedVariable home("HOME", root_.path("home"));
+    program_.emplace(DRIFTMARK_PROGRAM);
+  }
+
+  bool says(const std::string& text) { return program_->says(text); }
+  void send(int signal) { program_->send(signal); }
+  std::optional<int> exitStatus() { return program_->exitStatus(); }
+  const std::string& errors() { return program_->errors(); }
+
+  TemporaryFolder root_;
+  std::optional<std::string> rootVariable_ = root_.path();
+  Orphans orphans_;
+  std::optional<RunningProgram> program_;
+};
+
+constexpr const char* waitForever = "exec " CHILD_TOOL " wait";
+
+TEST_F(DriftmarkProgram, logsItsStateAndItsMonitorsFirst) {
+  setBrctl(waitForever);
+  start();
+  ASSERT_TRUE(says("brctl monitor -g started"));
+  send(SIGTERM);
+  EXPECT_EQ(exitStatus(), 0);
+  EXPECT_TRUE(
+      errors().starts_with("Driftmark: state -> idle\nDriftmark: brctl monitor started (pid "))
+      << errors();
+}
+
+TEST_F(DriftmarkProgram, endsInOrderOnEitherSignalAndLeavesNoChild) {
+  for (const int signal : {SIGTERM, SIGINT}) {
+    setBrctl(waitForever);
+    start();
+    ASSERT_TRUE(says("brctl monitor -g started"));
+    send(signal);
+    EXPECT_EQ(exitStatus(), 0) << signal;
+    EXPECT_TRUE(Orphans::children().empty()) << signal;
+    EXPECT_EQ(errors().find("restarting"), std::string::npos) << errors();
+  }
+}
+
+TEST_F(DriftmarkProgram, killsToolsThatIgnoreItsEnd) {
+  setBrctl("exec " CHILD_TOOL " ignore-terminate print ready wait");
+  start();
+  ASSERT_TRUE(says("brctl monitor -g started"));
+  send(SIGTERM);
+  send(SIGINT);
+  EXPECT_EQ(exitStatus(), 0);
+  EXPECT_TRUE(Orphans::children().empty());
+}
+
+TEST_F(DriftmarkProgram, endsWhileAToolFloodsIt) {
+  setBrctl("exec " CHILD_TOOL " flood-forever");
+  start();
+  ASSERT_TRUE(says("brctl monitor -g started"));
+  send(SIGTERM);
+  EXPECT_EQ(exitStatus(), 0);
+  EXPECT_TRUE(Orphans::children().empty());
+}
+
+TEST_F(DriftmarkProgram, logsChangesOfItsState) {
+  setBrctl("case \"$*\" in *CloudDocs) exec " CHILD_TOOL
+           " print ' o /com~apple~CloudDocs/a.txt \u2191 45%\n' wait;; esac\n"
+           "exec " CHILD_TOOL " wait");
+  start();
+  EXPECT_TRUE(says("Driftmark: uploading a.txt\nDriftmark: state -> uploading\n")) << errors();
+  send(SIGTERM);
+  EXPECT_EQ(exitStatus(), 0);
+}
+
+TEST_F(DriftmarkProgram, goesOnWithoutABrctl) {
+  start();
+  ASSERT_TRUE(says("Driftmark: failed to launch brctl monitor -i com.apple.CloudDocs: "
+                   "No such file or directory\n"));
+  ASSERT_TRUE(says("Driftmark: failed to launch brctl monitor -g -i: No such file or directory\n"));
+  send(SIGTERM);
+  EXPECT_EQ(exitStatus(), 0);
+}
+
+TEST_F(DriftmarkProgram, refusesAUselessSystemRoot) {
+  const std::vector<std::pair<std::string, std::string>> cases{
+      {"", "is empty"},
+      {"relative", "is not an absolute path: relative"},
+      {"/missing/folder", "names a folder that does not exist: /missing/folder"},
+      {"/dev/null", "does not name a folder: /dev/null"}};
+  for (const auto& [value, fault] : cases) {
+    rootVariable_ = value;
+    start();
+    EXPECT_EQ(exitStatus(), 2) << value;
+    EXPECT_EQ(errors(), "driftmark: DRIFTMARK_SYSTEM_ROOT " + fault + "\n");
+  }
+}
+
+TEST_F(DriftmarkProgram, saysNothingOfItsOwnInAPlainLocale) {
+  const ScopedVariable all("LC_ALL", "C");
+  setBrctl(waitForever);
+  start();
+  ASSERT_TRUE(says("brctl monitor -g started"));
+  send(SIGTERM);
+  EXPECT_EQ(exitStatus(), 0);
+  EXPECT_TRUE(errors().starts_with("Driftmark: state -> idle\n")) << errors();
+}
+
+} // namespace
+} // namespace driftmark::test

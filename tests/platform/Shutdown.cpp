@@ -1,0 +1,126 @@
+// How children, runs and handles fare when the child processes are shut down.
+
+#include "ChildProcessesTest.h"
+#include "Descriptors.h"
+#include "EventLoop.h"
+
+#include <array>
+#include <csignal>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace driftmark::test {
+namespace {
+
+class Shutdown : public ChildProcessesTest {};
+
+TEST_F(Shutdown, endsChildrenOnTerminals) {
+  const Tool waiting = spawn({"wait"});
+  const Tool flooding = spawn({"flood-forever"});
+  children_.reset();
+  EXPECT_FALSE(hasChildren());
+  EXPECT_FALSE(waiting->child.process->isRunning());
+  EXPECT_FALSE(flooding->child.process->isRunning());
+}
+
+TEST_F(Shutdown, killsAChildThatIgnoresTheRequest) {
+  const Tool tool = spawn({"ignore-terminate", "print", "ready", "wait"});
+  ASSERT_TRUE(runUntil([&] { return tool->output == "ready"; }));
+  children_.reset();
+  EXPECT_FALSE(hasChildren());
+}
+
+TEST_F(Shutdown, killsAStoppedChild) {
+  const Tool tool = spawn({"print", "ready", "wait"});
+  ASSERT_TRUE(runUntil([&] { return tool->output == "ready"; }));
+  kill(tool->child.process->identifier(), SIGSTOP);
+  children_.reset();
+  EXPECT_FALSE(hasChildren());
+}
+
+TEST_F(Shutdown, callsNoHandlerAnyMore) {
+  const auto token = std::make_shared<int>(0);
+  auto result = children_->spawn(
+      childTool({"flood-forever"}), [token](std::string_view) { ++*token; }, [token] { ++*token; });
+  ASSERT_TRUE(std::holds_alternative<TerminalChild>(result));
+  ASSERT_TRUE(runUntil([&] { return *token > 0; }));
+  const int calls = *token;
+  children_.reset();
+  EXPECT_EQ(token.use_count(), 1) << "the handlers should be gone";
+  runFor(Seconds(0.02));
+  EXPECT_EQ(*token, calls);
+}
+
+TEST_F(Shutdown, leavesHandlesAndChildrenSafeToUse) {
+  const Tool tool = spawn({"wait"});
+  const auto toolRun = children_->prepare(childTool({"print", "x"}), ToolOutput::capture);
+  children_.reset();
+  tool->child.process->terminate();
+  EXPECT_GT(tool->child.process->identifier(), 0);
+  tool->child.masterHandle->clearReadabilityHandler();
+  tool->child.masterHandle.reset();
+  const auto result = toolRun->run();
+  ASSERT_TRUE(std::holds_alternative<LaunchError>(result));
+  EXPECT_FALSE(std::get<LaunchError>(result).description.empty());
+}
+
+TEST_F(Shutdown, failsLaterLaunches) {
+  children_->shutdown();
+  EXPECT_EQ(failedSpawn(childTool({"print", "x"})).stage, LaunchError::Stage::launch);
+  const auto result = children_->prepare(childTool({}), ToolOutput::discard)->run();
+  EXPECT_TRUE(std::holds_alternative<LaunchError>(result));
+  children_->shutdown();
+}
+
+TEST_F(Shutdown, wakesThreadsThatRunTools) {
+  std::array<std::shared_ptr<ToolRun>, 3> runs{
+      children_->prepare(childTool({"wait"}), ToolOutput::capture),
+      children_->prepare(childTool({"ignore-terminate", "wait"}), ToolOutput::discard),
+      children_->prepare(childTool({"flood-forever"}), ToolOutput::capture)};
+  std::vector<std::thread> threads;
+  threads.reserve(runs.size());
+  for (const auto& each : runs)
+    threads.emplace_back([each] { each->run(); });
+  for (const auto& each : runs)
+    EXPECT_TRUE(pollUntil([&] { return each->isRunning(); }));
+  children_.reset();
+  for (std::thread& thread : threads)
+    thread.join();
+  EXPECT_FALSE(hasChildren());
+}
+
+TEST_F(Shutdown, meetsLaunchesOnOtherThreads) {
+  for (int time = 0; time < 20; ++time) {
+    children_.emplace(mainQueue_, "");
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 3; ++number)
+      threads.emplace_back([toolRun = children_->prepare(childTool({"wait"}),
+                                                         ToolOutput::capture)] { toolRun->run(); });
+    children_.reset();
+    for (std::thread& thread : threads)
+      thread.join();
+    EXPECT_FALSE(hasChildren());
+  }
+}
+
+TEST_F(Shutdown, leavesNoDescriptorOpen) {
+  children_.reset();
+  const auto before = openDescriptors();
+  children_.emplace(mainQueue_, "");
+  std::vector<Tool> tools;
+  for (int number = 0; number < 5; ++number)
+    tools.push_back(spawn({"print", "x", "wait"}));
+  EXPECT_EQ(openTerminals(), 5U);
+  children_.reset();
+  EXPECT_EQ(openTerminals(), 0U) << "handles still held must not keep them";
+  tools.clear();
+  runFor(Seconds(0.001)); // so that no delivery waits
+  EXPECT_EQ(openDescriptors(), before);
+}
+
+} // namespace
+} // namespace driftmark::test

@@ -1,0 +1,117 @@
+// Tools that are run to their end on a thread of the caller's.
+
+#include "ChildProcessesTest.h"
+#include "EventLoop.h"
+#include "Orphans.h"
+
+#include <csignal>
+#include <memory>
+#include <string>
+#include <thread>
+#include <variant>
+
+namespace driftmark::test {
+namespace {
+
+using Result = std::variant<ToolResult, LaunchError>;
+
+class ToolRuns : public ChildProcessesTest {};
+
+TEST_F(ToolRuns, standardDescriptorsAreNoTerminal) {
+  EXPECT_EQ(run({"print-terminals"}).output, "other other other ");
+}
+
+TEST_F(ToolRuns, captureMoreThanAPipeHolds) {
+  const ToolResult result = run({"print-many", "5000000", "0123456789"});
+  EXPECT_EQ(result.output.size(), 50'000'000U);
+  EXPECT_EQ(result.output.substr(49'999'980), "01234567890123456789");
+}
+
+TEST_F(ToolRuns, discardedOutputCannotBlockTheTool) {
+  EXPECT_EQ(
+      run({"print-many", "5000000", "0123456789", "exit", "3"}, ToolOutput::discard).exitStatus, 3);
+}
+
+/// Runs a tool that ends and leaves a process behind that keeps its pipe open.
+class LeftBehind {
+public:
+  explicit LeftBehind(const std::shared_ptr<ToolRun>& toolRun)
+      : thread_([this, toolRun] { result_ = toolRun->run(); }) {
+    EXPECT_TRUE(pollUntil([&] { return toolRun->identifier() != 0 && !toolRun->isRunning(); }));
+    EXPECT_EQ(Orphans::children().size(), 1U);
+  }
+
+  int identifier() const { return Orphans::children().at(0); }
+
+  /// What `run` returned, once it has.
+  Result result() {
+    thread_.join();
+    return result_;
+  }
+
+private:
+  Orphans orphans_;
+  Result result_;
+  std::thread thread_;
+};
+
+TEST_F(ToolRuns, outputEndsWithTheLastThatHoldsThePipe) {
+  LeftBehind left(children_->prepare(childTool({"fork-holder", "exit", "4"}), ToolOutput::capture));
+  const int holder = left.identifier();
+  EXPECT_TRUE(Orphans::end(holder));
+  const Result result = left.result();
+  ASSERT_TRUE(std::holds_alternative<ToolResult>(result));
+  EXPECT_EQ(std::get<ToolResult>(result).output, std::to_string(holder) + "\n");
+  EXPECT_EQ(std::get<ToolResult>(result).exitStatus, 4);
+}
+
+TEST_F(ToolRuns, shutdownDoesNotWaitForOthersThatHoldThePipe) {
+  LeftBehind left(children_->prepare(childTool({"fork-holder", "exit", "4"}), ToolOutput::capture));
+  const int holder = left.identifier();
+  children_->shutdown();
+  const Result result = left.result();
+  ASSERT_TRUE(std::holds_alternative<ToolResult>(result));
+  EXPECT_EQ(std::get<ToolResult>(result).exitStatus, 4);
+  EXPECT_TRUE(Orphans::end(holder)) << "it was none of ours to end";
+}
+
+TEST_F(ToolRuns, hangingToolEndsWhenAnotherThreadTerminatesIt) {
+  const auto toolRun =
+      children_->prepare(childTool({"print", "half", "wait"}), ToolOutput::capture);
+  Result result;
+  std::thread thread([&] { result = toolRun->run(); });
+  EXPECT_TRUE(pollUntil([&] { return toolRun->isRunning(); }));
+  toolRun->terminate();
+  thread.join();
+  ASSERT_TRUE(std::holds_alternative<ToolResult>(result));
+  EXPECT_EQ(std::get<ToolResult>(result).exitStatus, SIGTERM);
+  EXPECT_FALSE(toolRun->isRunning());
+  EXPECT_GT(toolRun->identifier(), 0);
+  toolRun->terminate();
+}
+
+TEST_F(ToolRuns, manyThreadsTerminateWhileToolsEnd) {
+  for (int time = 0; time < 50; ++time) {
+    const auto toolRun = children_->prepare(childTool({"print", "x"}), ToolOutput::capture);
+    std::thread one([&] { toolRun->terminate(); });
+    std::thread two([&] {
+      while (toolRun->identifier() == 0 || toolRun->isRunning())
+        toolRun->terminate();
+    });
+    const Result result = toolRun->run();
+    one.join();
+    two.join();
+    EXPECT_TRUE(std::holds_alternative<ToolResult>(result));
+  }
+  EXPECT_FALSE(hasChildren());
+}
+
+TEST_F(ToolRuns, wordsOfTheSystemDescribeAFailedLaunch) {
+  const Result result = children_->prepare({"/missing/tool", {}}, ToolOutput::capture)->run();
+  ASSERT_TRUE(std::holds_alternative<LaunchError>(result));
+  EXPECT_EQ(std::get<LaunchError>(result).stage, LaunchError::Stage::launch);
+  EXPECT_EQ(std::get<LaunchError>(result).description, "No such file or directory");
+}
+
+} // namespace
+} // namespace driftmark::test
