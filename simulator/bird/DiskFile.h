@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+
+namespace icloud {
+
+/// A file of the drive as it lies on disk: its logical size is always that of the file in iCloud,
+/// its blocks are those of the contents that are here. Every operation throws std::system_error.
+class DiskFile {
+public:
+  explicit DiskFile(std::filesystem::path path) : path_(std::move(path)) {}
+
+  void createWithContents(std::uint64_t bytes) const;
+  void createEmptied(std::uint64_t bytes) const;
+
+  /// Takes blocks for the first `present` bytes.
+  void fetch(std::uint64_t present) const;
+
+  /// Gives all blocks back.
+  void dropContents(std::uint64_t bytes) const;
+
+  void remove() const;
+
+  /// Notes the cloud state with the file, where the file system keeps such notes.
+  void note(const char* state) const;
+
+  static constexpr const char* stateAttribute = "user.icloud.state";
+
+private:
+  std::filesystem::path path_;
+};
+
+} // namespace icloud

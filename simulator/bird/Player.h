@@ -1,0 +1,79 @@
+#pragma once
+
+#include "bird/Cloud.h"
+#include "bird/Host.h"
+#include "scenario/Scenario.h"
+#include "scenario/Timeline.h"
+
+#include <chrono>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace icloud {
+
+/// Plays a scenario on a cloud: the stage at once, the story on its own clock.
+class Player {
+public:
+  using Clock = std::chrono::steady_clock;
+
+  Player(const Scenario& scenario, Cloud& cloud, Host& host);
+
+  /// Makes what is there before the story begins. Throws ScenarioError.
+  void setStage();
+
+  void begin(Clock::time_point now);
+  bool hasBegun() const { return origin_.has_value(); }
+
+  /// Does everything that is due. A step that cannot be done is told as trouble.
+  void advance(Clock::time_point now);
+
+  /// When the next thing is due; nothing while the clock stands still or after the end.
+  std::optional<Clock::time_point> nextDue() const;
+
+  /// How far the story is.
+  Milliseconds elapsed(Clock::time_point now) const;
+
+private:
+  void perform(const TimelineEvent& event);
+  unsigned lineOf(const TimelineEvent& event) const;
+  const Transfer* running(std::size_t step) const;
+  ItemId itemOf(const std::string& path) const;
+  void stop(ItemId id);
+
+  void happen(const RunStep& event);
+  void happen(const TransferTick& event);
+  void happen(const TransferPause& event);
+  void happen(const TransferEnd& event);
+  void happen(const GlobalTick& event);
+
+  void run(const MakeFolder& action);
+  void run(const MakeFiles& action);
+  void run(const Transfer& action);
+  void run(const GlobalTransfer& /*action*/) {}
+  void run(const SetState& action);
+  void run(const ClearState& action);
+  void run(const Evict& action);
+  void run(const CancelDownload& action);
+  void run(const Vanish& action);
+  void run(const AddJobs& action) { cloud_.jobs.set(action); }
+  void run(const ClearJobs& /*action*/) { cloud_.jobs.clear(); }
+  void run(const SetQuota& action) { cloud_.quota = action.bytes; }
+  void run(const KillMonitors& action) { host_.killMonitors(action.only); }
+  void run(const AwaitMonitors& action);
+  void run(const Print& action) { host_.print(action.feed, action.bytes); }
+  void run(const EndStory& action);
+
+  const Scenario& scenario_;
+  Cloud& cloud_;
+  Host& host_;
+  std::vector<TimelineEvent> events_;
+  std::size_t next_ = 0;
+  std::optional<Clock::time_point> origin_;
+  std::optional<Milliseconds> waitingAt_; ///< where the clock stands still
+  std::size_t step_ = 0;                  ///< the line of the story that is run now
+  std::map<ItemId, std::size_t> transfers_;
+};
+
+} // namespace icloud

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "brctl/BirdLink.h"
+#include "brctl/Style.h"
+#include "brctl/TextOutput.h"
+
+namespace icloud {
+
+/// Prints what the daemon sends until the daemon or the reader of the output is gone.
+class Monitor {
+public:
+  Monitor(BirdLink& bird, TextOutput& output);
+
+  /// Shows the items of a container. Ends by throwing BirdFailure or OutputGone.
+  [[noreturn]] void showItems(const std::string& container);
+
+  /// Shows the progress of all transfers. Ends in the same way.
+  [[noreturn]] void showProgress();
+
+private:
+  [[noreturn]] void follow();
+  void show(const Record& record);
+  void waitForBird();
+
+  BirdLink& bird_;
+  TextOutput& output_;
+  Style style_;
+};
+
+} // namespace icloud

@@ -1,0 +1,68 @@
+#include "brctl/BirdLink.h"
+#include "brctl/Command.h"
+#include "brctl/Monitor.h"
+#include "brctl/StatusText.h"
+#include "brctl/TextOutput.h"
+#include "common/Requests.h"
+
+#include <csignal>
+#include <cstdio>
+
+#include <sysexits.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace icloud;
+
+void printStatus(BirdLink& bird, TextOutput& output) {
+  const Style style(output.isTerminal());
+  for (Record record = bird.await(); record.at(0) != "done"; record = bird.await())
+    output.line(statusLine(record, style));
+}
+
+void run(const Command& command, const SystemRoot& root, TextOutput& output) {
+  switch (command.kind) {
+  case Command::Kind::help:
+    output.raw(Command::usage());
+    break;
+  case Command::Kind::monitorItems: {
+    BirdLink bird(root, {itemsRequest, command.container});
+    Monitor(bird, output).showItems(command.container);
+  }
+  case Command::Kind::monitorGlobal: {
+    BirdLink bird(root, {globalRequest});
+    Monitor(bird, output).showProgress();
+  }
+  case Command::Kind::status: {
+    BirdLink bird(root, {statusRequest});
+    printStatus(bird, output);
+    break;
+  }
+  case Command::Kind::quota: {
+    BirdLink bird(root, {quotaRequest});
+    output.line(bird.await().at(1) + " bytes of quota remaining in personal account");
+    break;
+  }
+  }
+  output.flush();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);
+  try {
+    TextOutput output(STDOUT_FILENO);
+    run(Command::from({argv + 1, argv + argc}), SystemRoot::ofThisProgram(), output);
+    return EX_OK;
+  } catch (const OutputGone&) {
+    return EX_IOERR;
+  } catch (const UsageError& error) {
+    std::fprintf(stderr, "brctl: %s\n%s", error.what(), Command::usage());
+    return EX_USAGE;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "brctl: %s\n", error.what());
+    return EX_UNAVAILABLE;
+  }
+}

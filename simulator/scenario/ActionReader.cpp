@@ -1,0 +1,216 @@
+#include "scenario/ActionReader.h"
+
+#include "common/SystemFailure.h"
+#include "scenario/TransferOptions.h"
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+namespace icloud {
+namespace {
+
+constexpr std::uint64_t mostFiles = 10'000'000;
+constexpr std::uint64_t mostJobs = 9999;
+constexpr std::size_t longestName = 255;
+
+bool isControl(char c) {
+  return static_cast<unsigned char>(c) < 0x20 || static_cast<unsigned char>(c) == 0x7f;
+}
+
+const char* pathProblem(std::string_view path) {
+  if (std::any_of(path.begin(), path.end(), isControl))
+    return "a path holds no control characters";
+  for (std::size_t begin = 0; begin <= path.size();) {
+    const std::size_t end = std::min(path.find('/', begin), path.size());
+    const std::string_view name = path.substr(begin, end - begin);
+    if (name.empty() || name == "." || name == "..")
+      return R"(a path is relative to the drive and has no empty, "." or ".." part)";
+    if (name.size() > longestName)
+      return "a name is longer than 255 bytes";
+    begin = end + 1;
+  }
+  return nullptr;
+}
+
+std::string readPath(ScenarioLine& line) {
+  std::string path = line.quoted("a path");
+  if (const char* problem = pathProblem(path))
+    line.fail(problem);
+  return path;
+}
+
+Feed readFeed(ScenarioLine& line) {
+  if (line.accept("global"))
+    return Feed::global;
+  line.require("items");
+  return Feed::items;
+}
+
+Action readGlobal(ScenarioLine& line) {
+  GlobalTransfer transfer;
+  transfer.bytes = line.size();
+  line.require("over");
+  transfer.duration = line.duration("a duration");
+  if (line.accept("every"))
+    transfer.every = line.duration("a duration");
+  checkPace(line, transfer.duration, transfer.every);
+  return transfer;
+}
+
+Action readJobs(ScenarioLine& line) {
+  AddJobs jobs;
+  jobs.count = static_cast<unsigned>(std::min(line.count("a number of jobs"), mostJobs));
+  if (line.accept("downloading"))
+    jobs.direction = Direction::download;
+  else if (line.accept("uploading"))
+    jobs.direction = Direction::upload;
+  else
+    line.fail(R"(expected "downloading" or "uploading")");
+  line.require("in");
+  jobs.folder = readPath(line);
+  return jobs;
+}
+
+Action readKill(ScenarioLine& line) {
+  if (line.accept("monitors"))
+    return KillMonitors{};
+  if (line.accept("item-monitor"))
+    return KillMonitors{Feed::items};
+  if (line.accept("global-monitor"))
+    return KillMonitors{Feed::global};
+  line.fail(R"(expected "monitors", "item-monitor" or "global-monitor")");
+}
+
+Action readAwait(ScenarioLine& line) {
+  line.require("monitors");
+  return AwaitMonitors{};
+}
+
+Action readPrint(ScenarioLine& line) {
+  const Feed feed = readFeed(line);
+  return Print{feed, line.quoted("a text")};
+}
+
+} // namespace
+
+std::string contentsOf(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream || std::filesystem::is_directory(file))
+    throwSystemFailure("cannot read " + file.string(), stream ? EISDIR : errno);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+Action ActionReader::read(ScenarioLine& line) {
+  const std::string verb = line.word("a verb");
+  if (verb == "file" || verb == "files")
+    return readFiles(line, verb == "files");
+  if (verb == "upload")
+    return readTransfer(line, Direction::upload);
+  if (verb == "download")
+    return readTransfer(line, Direction::download);
+  return readOnFile(verb, line);
+}
+
+Action ActionReader::readOnFile(const std::string& verb, ScenarioLine& line) {
+  if (verb == "error")
+    return readState(line, "Upload Error 28");
+  if (verb == "conflict")
+    return readState(line, "Conflict with another device");
+  if (verb == "state")
+    return readState(line, nullptr);
+  if (verb == "clear")
+    return ClearState{readKnownFile(line)};
+  if (verb == "evict")
+    return Evict{readKnownFile(line)};
+  if (verb == "cancel")
+    return CancelDownload{readKnownFile(line)};
+  if (verb == "vanish")
+    return Vanish{readKnownFile(line)};
+  return readOther(verb, line);
+}
+
+Action ActionReader::readOther(const std::string& verb, ScenarioLine& line) const {
+  if (verb == "folder")
+    return MakeFolder{readPath(line)};
+  if (verb == "global")
+    return readGlobal(line);
+  if (verb == "jobs")
+    return readJobs(line);
+  if (verb == "no-jobs")
+    return ClearJobs{};
+  if (verb == "quota")
+    return SetQuota{static_cast<std::int64_t>(line.size())};
+  if (verb == "kill")
+    return readKill(line);
+  if (verb == "await")
+    return readAwait(line);
+  if (verb == "print")
+    return readPrint(line);
+  if (verb == "replay")
+    return readReplay(line);
+  if (verb == "end")
+    return EndStory{};
+  line.fail("unknown verb \"" + verb + "\"");
+}
+
+std::string ActionReader::readKnownFile(ScenarioLine& line) const {
+  std::string path = readPath(line);
+  if (!files_.contains(path))
+    line.fail("no line before this one makes the file \"" + path + "\"");
+  return path;
+}
+
+Action ActionReader::readFiles(ScenarioLine& line, bool many) {
+  const std::uint64_t count = many ? line.count("a number of files") : 1;
+  if (count == 0 || count > mostFiles)
+    line.fail("from 1 to " + std::to_string(mostFiles) + " files can be made");
+  const std::string path = readPath(line);
+  if (many != (path.find(NumberedPath::mark) != std::string::npos))
+    line.fail(many ? "the path of many files holds {n}" : "{n} is for \"files\"");
+  if (files_.contains(path))
+    line.fail("a line before this one makes the file \"" + path + "\"");
+  MakeFiles files{NumberedPath(path, count), line.size(), false};
+  files.remote = line.accept("remote");
+  files_.add(files.paths);
+  return files;
+}
+
+Action ActionReader::readTransfer(ScenarioLine& line, Direction direction) {
+  Transfer transfer;
+  transfer.direction = direction;
+  transfer.path = readPath(line);
+  const bool known = files_.contains(transfer.path);
+  if (line.nextIsSize())
+    transfer.newFile = line.size();
+  if (known && transfer.newFile)
+    line.fail("the size is for a new file, but \"" + transfer.path + "\" is there already");
+  if (!known && !transfer.newFile)
+    line.fail("the new file \"" + transfer.path + R"(" needs a size, as in: "a.txt" 2MB over 3s)");
+  line.require("over");
+  transfer.duration = line.duration("a duration");
+  readTransferOptions(line, transfer);
+  if (!known)
+    files_.add(NumberedPath(transfer.path, 1));
+  return transfer;
+}
+
+Action ActionReader::readState(ScenarioLine& line, const char* usual) const {
+  SetState state;
+  state.path = readKnownFile(line);
+  state.text = usual != nullptr && line.atEnd() ? usual : line.quoted("a state");
+  if (state.text.empty() || std::any_of(state.text.begin(), state.text.end(), isControl))
+    line.fail("a state is not empty and holds no control characters");
+  return state;
+}
+
+Action ActionReader::readReplay(ScenarioLine& line) const {
+  const Feed feed = readFeed(line);
+  try {
+    return Print{feed, contentsOf(folder_ / line.quoted("the path of a capture"))};
+  } catch (const std::system_error& problem) {
+    line.fail(problem.what());
+  }
+}
+
+} // namespace icloud

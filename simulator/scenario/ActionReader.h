@@ -1,0 +1,36 @@
+#pragma once
+
+#include "scenario/Action.h"
+#include "scenario/KnownFiles.h"
+#include "scenario/ScenarioLine.h"
+
+#include <filesystem>
+#include <string>
+
+namespace icloud {
+
+/// Reads what a line of a scenario does, its verb first.
+class ActionReader {
+public:
+  /// Captures are looked for below `folder`.
+  explicit ActionReader(std::filesystem::path folder) : folder_(std::move(folder)) {}
+
+  Action read(ScenarioLine& line);
+
+private:
+  Action readOnFile(const std::string& verb, ScenarioLine& line);
+  Action readOther(const std::string& verb, ScenarioLine& line) const;
+  Action readFiles(ScenarioLine& line, bool many);
+  Action readTransfer(ScenarioLine& line, Direction direction);
+  Action readState(ScenarioLine& line, const char* usual) const;
+  Action readReplay(ScenarioLine& line) const;
+  std::string readKnownFile(ScenarioLine& line) const;
+
+  std::filesystem::path folder_;
+  KnownFiles files_;
+};
+
+/// The whole of a file. Throws std::system_error.
+std::string contentsOf(const std::filesystem::path& file);
+
+} // namespace icloud

@@ -1,0 +1,168 @@
+#include "scenario/Scenario.h"
+
+#include "scenario/ScenarioError.h"
+#include "scenario/Timeline.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace icloud::test {
+namespace {
+
+using testing::HasSubstr;
+
+std::string problemOf(const std::string& text) {
+  try {
+    parseScenario(text, "a.scenario");
+  } catch (const ScenarioError& error) {
+    return error.what();
+  }
+  return "none";
+}
+
+TEST(Scenario, ReadsStageStoryAndExpectations) {
+  const Scenario scenario = parseScenario("title \"A \\\"title\\\"\" # with a comment\n"
+                                          "stall-after 2.5s\n"
+                                          "\n"
+                                          "files 12 \"a/{n}.txt\" 1.5KB remote\n"
+                                          "at 250ms download \"a/07.txt\" over 2s # here too\n"
+                                          "at 1m end\n"
+                                          "expect 2 or-more \"line *\"\n"
+                                          "expect 0 to 3 \"another # one\"\n"
+                                          "never \"bad\"\n",
+                                          "a.scenario");
+  EXPECT_EQ(scenario.title, "A \"title\"");
+  EXPECT_EQ(std::stod(scenario.stallAfter.value()), 2.5);
+  ASSERT_EQ(scenario.stage.size(), 1u);
+  const auto& files = std::get<MakeFiles>(scenario.stage[0].action);
+  EXPECT_EQ(files.bytes, 1500u);
+  EXPECT_TRUE(files.remote);
+  EXPECT_EQ(files.paths.at(7), "a/07.txt");
+  ASSERT_EQ(scenario.story.size(), 2u);
+  EXPECT_EQ(scenario.story[0].at, Milliseconds(250));
+  EXPECT_EQ(scenario.story[0].text, "download \"a/07.txt\" over 2s");
+  EXPECT_EQ(scenario.length(), Milliseconds(60'000));
+  ASSERT_EQ(scenario.expectations.size(), 3u);
+  EXPECT_EQ(scenario.expectations[0].most, Expectation::unlimited);
+  EXPECT_EQ(scenario.expectations[1].pattern, "another # one");
+  EXPECT_EQ(scenario.expectations[2].line, 9u);
+}
+
+struct Mistake {
+  const char* line;
+  const char* message;
+};
+
+const std::vector<Mistake> mistakes{
+    {"dance", R"(unknown verb "dance")"},
+    {"at", "expected a time at the end"},
+    {"at noon end", "not a time such as 1.5s"},
+    {"at 99h end", "not a time such as"},
+    {"at 2m2 end", "not a time such as"},
+    {"title Untitled", "expected a title in quotes at Untitled"},
+    {R"(title "open)", "no closing quote"},
+    {R"(title "\q")", "after a backslash comes"},
+    {R"(title "\xg0")", "two hexadecimal digits"},
+    {R"(title "a" "b")", R"(nothing more was expected here: "b")"},
+    {R"(evict "here")", R"(this needs a time, as in: at 2s evict "here")"},
+    {R"(at 1s evict "elsewhere")", "no line before this one makes the file"},
+    {R"(file "here" 2KB)", "a line before this one makes the file"},
+    {R"(file "new")", "expected a size at the end"},
+    {R"(file "new" large)", "not a size such as 120KB"},
+    {R"(file "new" 1e3B)", "not a size such as"},
+    {R"(file "new" 1KB far)", "nothing more was expected here: far"},
+    {R"(file "a/../b" 1KB)", R"(has no empty, "." or ".." part)"},
+    {R"(file "/a" 1KB)", "a path is relative"},
+    {R"(file "" 1KB)", "a path is relative"},
+    {R"(file "a\nb" 1KB)", "no control characters"},
+    {R"(file "{n}" 1KB)", R"({n} is for "files")"},
+    {R"(files 3 "new" 1KB)", "the path of many files holds {n}"},
+    {R"(files 0 "{n}" 1KB)", "from 1 to"},
+    {R"(files 1.5 "{n}" 1KB)", "without a fraction"},
+    {R"(at 1s upload "here")", R"(expected "over" at the end)"},
+    {R"(at 1s upload "here" 2KB over 1s)", "is there already"},
+    {R"(at 1s upload "new" over 1s)", R"(the new file "new" needs a size)"},
+    {R"(at 1s upload "here" over 0s)", "longer than nothing"},
+    {R"(at 1s upload "here" over 1h)", "not a duration such as"},
+    {R"(at 1s upload "here" over 2m every 1ms)", "at most"},
+    {R"(at 1s upload "here" over 1s quickly)", "unknown option of a transfer: quickly"},
+    {R"(at 1s upload "here" over 1s cancelled at 5%)", "only a download"},
+    {R"(at 1s download "here" over 1s stalled at 120% for 1s)", "more than 100%"},
+    {R"(at 1s download "here" over 1s stalled at 5 for 1s)", "not a percentage: 5"},
+    {R"(at 1s download "here" over 1s stalled at 60% for 1s cancelled at 50%)",
+     "stalls before it ends"},
+    {R"(at 1s error "here" "")", "a state is not empty"},
+    {R"(at 1s state "here")", "expected a state at the end"},
+    {R"(at 1s jobs 2 sideways in "A")", R"(expected "downloading" or "uploading")"},
+    {"at 1s kill bill", R"(expected "monitors")"},
+    {"at 1s await snow", R"(expected "monitors" at snow)"},
+    {"at 1s print nothing", R"(expected "items")"},
+    {R"(at 1s replay items "no such capture")", "cannot read no such capture"},
+    {R"(expect "a")", "expected a number of lines without quotes"},
+    {R"(expect 3 to 2 "a")", "the greater number comes last"},
+    {"stall-after 0s", "longer than nothing"}};
+
+TEST(Scenario, AMistakeIsNamedWithFileAndLine) {
+  for (const Mistake& mistake : mistakes) {
+    SCOPED_TRACE(mistake.line);
+    const std::string problem =
+        problemOf("file \"here\" 1KB\n" + std::string(mistake.line) + "\nat 9s end\n");
+    EXPECT_THAT(problem, testing::StartsWith("a.scenario:2: "));
+    EXPECT_THAT(problem, HasSubstr(mistake.message));
+  }
+}
+
+TEST(Scenario, TimesGoForwards) {
+  EXPECT_EQ(problemOf("at 2s no-jobs\nat 1s end\n"), "a.scenario:2: the times go forwards");
+}
+
+TEST(Scenario, TheStageComesBeforeTheStory) {
+  EXPECT_THAT(problemOf("at 2s no-jobs\nquota 3\nat 3s end\n"), HasSubstr("a.scenario:2: what is"));
+}
+
+TEST(Scenario, NothingComesAfterTheEnd) {
+  EXPECT_THAT(problemOf("at 2s end\nat 3s no-jobs\n"), HasSubstr("a.scenario:2: nothing comes"));
+}
+
+TEST(Scenario, AStoryHasAnEnd) {
+  EXPECT_THAT(problemOf("quota 3\nat 3s no-jobs\n"),
+              HasSubstr("a.scenario:2: the story has no end"));
+  EXPECT_THAT(problemOf(""), HasSubstr("a.scenario:0: the story has no end"));
+}
+
+std::vector<long> timesOf(const std::string& transfer) {
+  const Scenario scenario = parseScenario("at 1s " + transfer + "\nat 60s end\n", "a.scenario");
+  std::vector<long> times;
+  for (const TimelineEvent& event : timelineOf(scenario))
+    times.push_back(event.at.count());
+  times.pop_back();
+  return times;
+}
+
+TEST(Timeline, ATransferMovesInEqualStepsToItsEnd) {
+  EXPECT_THAT(timesOf("upload \"a\" 1KB over 1s every 400ms"),
+              testing::ElementsAre(1000, 1000, 1400, 1800, 2000));
+}
+
+TEST(Timeline, AStallPutsOffWhatComesAfterIt) {
+  EXPECT_THAT(timesOf("upload \"a\" 1KB over 1s every 400ms stalled at 50% for 10s"),
+              testing::ElementsAre(1000, 1000, 1400, 1500, 1500, 11500, 11500, 11800, 12000));
+}
+
+TEST(Timeline, ACancelledTransferEndsWhereItIsCancelled) {
+  EXPECT_THAT(timesOf("download \"a\" 1KB over 1s every 400ms cancelled at 50%"),
+              testing::ElementsAre(1000, 1000, 1400, 1500));
+}
+
+TEST(Timeline, AGlobalTransferIsOnlyCompleteAtItsEnd) {
+  const Scenario scenario =
+      parseScenario("at 0s global 1000 over 1s every 300ms\nat 2s end\n", "a.scenario");
+  std::vector<std::uint64_t> completed;
+  for (const TimelineEvent& event : timelineOf(scenario))
+    if (const auto* tick = std::get_if<GlobalTick>(&event.what))
+      completed.push_back(tick->completed);
+  EXPECT_THAT(completed, testing::ElementsAre(0, 300, 600, 900, 1000));
+}
+
+} // namespace
+} // namespace icloud::test

@@ -1,0 +1,54 @@
+#include "SimulatedSystem.h"
+
+#include <sys/wait.h>
+
+namespace icloud::test {
+namespace {
+
+Launch onChannel(const std::filesystem::path& program, std::vector<std::string> arguments,
+                 const Channel& channel) {
+  Launch launch{program, std::move(arguments), {}};
+  launch.output = launch.error = channel.childEnd();
+  return launch;
+}
+
+} // namespace
+
+Tool::Tool(const std::filesystem::path& program, std::vector<std::string> arguments,
+           Channel channel)
+    : channel_(std::move(channel)), process_(onChannel(program, std::move(arguments), channel_)) {
+  channel_.closeChildEnd();
+}
+
+void SimulatedSystem::play(const std::string& scenario, const std::string& beginAfter) {
+  const auto file = folder_.write("test.scenario", scenario);
+  std::vector<std::string> arguments{"--home", world_.home(), "--scenario", file};
+  if (!beginAfter.empty())
+    arguments.insert(arguments.end(), {"--begin-after", beginAfter});
+  bird_.emplace(world_.root().bird(), arguments, Channel::pipe());
+  bird_->output().readUntil(" ready\n");
+}
+
+Tool SimulatedSystem::brctl(std::vector<std::string> arguments, Channel channel) const {
+  return {world_.root().brctl(), std::move(arguments), std::move(channel)};
+}
+
+Finished SimulatedSystem::runBrctl(std::vector<std::string> arguments) const {
+  return runToEnd({world_.root().brctl(), std::move(arguments), {}});
+}
+
+Finished runToEnd(Launch launch) {
+  Channel output = Channel::pipe();
+  Channel error = Channel::pipe();
+  launch.output = output.childEnd();
+  launch.error = error.childEnd();
+  ChildProcess process(launch);
+  Finished finished;
+  finished.output = output.readToEnd();
+  finished.error = error.readToEnd();
+  const int status = process.wait();
+  finished.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return finished;
+}
+
+} // namespace icloud::test

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "Channel.h"
+#include "TemporaryFolder.h"
+#include "demo/World.h"
+#include "process/Launch.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace icloud::test {
+
+/// What a tool that ran to its end left behind.
+struct Finished {
+  int exitStatus = -1; ///< -1 when a signal ended it
+  std::string output;
+  std::string error;
+};
+
+/// A program whose output, standard error included, goes into a channel.
+class Tool {
+public:
+  Tool(const std::filesystem::path& program, std::vector<std::string> arguments, Channel channel);
+
+  Channel& output() { return channel_; }
+  ChildProcess& process() { return process_; }
+
+private:
+  Channel channel_;
+  ChildProcess process_;
+};
+
+/// A system root, a home, and a daemon once `play` was called.
+class SimulatedSystem {
+public:
+  SimulatedSystem() : world_(ICLOUD_TOOLS) {}
+
+  /// Starts the daemon with a scenario and waits until it serves. The story begins after the
+  /// requests of `beginAfter`.
+  void play(const std::string& scenario, const std::string& beginAfter = "items");
+
+  Tool& bird() { return *bird_; }
+  const World& world() const { return world_; }
+
+  /// Starts `brctl`.
+  Tool brctl(std::vector<std::string> arguments, Channel channel) const;
+
+  /// Runs `brctl` on pipes to its end.
+  Finished runBrctl(std::vector<std::string> arguments) const;
+
+private:
+  TemporaryFolder folder_;
+  World world_;
+  std::optional<Tool> bird_;
+};
+
+/// Runs a program on pipes to its end.
+Finished runToEnd(Launch launch);
+
+} // namespace icloud::test
