@@ -1,0 +1,58 @@
+#include "BenchPlatform.h"
+
+namespace driftmark::bench {
+namespace {
+
+class IdleTimer : public Timer {};
+
+class IdleProcess : public ChildProcess {
+public:
+  std::int32_t identifier() const override { return 1; }
+  bool isRunning() const override { return true; }
+  void terminate() override {}
+};
+
+class IdleHandle : public ReadHandle {
+public:
+  void clearReadabilityHandler() override {}
+};
+
+class IdleRun : public ToolRun {
+public:
+  std::int32_t identifier() const override { return 0; }
+  bool isRunning() const override { return false; }
+  void terminate() override {}
+  std::variant<ToolResult, LaunchError> run() override { return ToolResult{}; }
+};
+
+} // namespace
+
+void IdleQueue::async(Task /*task*/) {}
+
+void IdleQueue::after(Seconds /*delay*/, Task /*task*/) {}
+
+std::unique_ptr<Timer> IdleQueue::repeat(Seconds /*interval*/, Seconds /*tolerance*/,
+                                         Task /*task*/) {
+  return std::make_unique<IdleTimer>();
+}
+
+void IdleBackground::async(QualityOfService /*quality*/, Task /*task*/) {}
+
+std::variant<TerminalChild, LaunchError>
+FedChildren::spawn(const ToolCommand& command, DataHandler onData, ExitHandler /*onExit*/) {
+  if (command.arguments == std::vector<std::string>{"monitor", "-i", "com.apple.CloudDocs"})
+    itemData_ = std::move(onData);
+  return TerminalChild{std::make_shared<IdleProcess>(), std::make_unique<IdleHandle>()};
+}
+
+std::shared_ptr<ToolRun> FedChildren::prepare(const ToolCommand& /*command*/,
+                                              ToolOutput /*output*/) {
+  return std::make_shared<IdleRun>();
+}
+
+void FedChildren::feed(std::string_view bytes, std::size_t chunk) const {
+  for (std::size_t at = 0; at < bytes.size(); at += chunk)
+    itemData_(bytes.substr(at, chunk));
+}
+
+} // namespace driftmark::bench

@@ -1,0 +1,84 @@
+#include "Report.h"
+
+#include <array>
+#include <charconv>
+#include <iomanip>
+#include <ostream>
+#include <string_view>
+
+namespace driftmark::bench {
+namespace {
+
+enum class Better { lower, higher, none };
+
+struct Key {
+  std::string_view name;
+  Better better;
+  double must;
+  double aim;
+};
+
+constexpr std::array<Key, 8> keys{{
+    {"pipeline_over_memchr", Better::lower, 15, 10},
+    {"second_pass_over_memchr", Better::lower, 12, 7},
+    {"speedup_over_regex", Better::higher, 10, 15},
+    {"known_state_over_raw", Better::lower, 1.25, 0.55},
+    {"small_chunks_over_large", Better::lower, 1.3, 1.15},
+    {"pty_speed_over_drain", Better::higher, 0.8, 0.9},
+    {"overall_at_10000_active_us", Better::none, 0, 0},
+    {"second_pass_shuffled_over_memchr", Better::none, 0, 0},
+}};
+
+std::string rounded(double value) {
+  std::array<char, 32> text{};
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
+                                 std::chars_format::fixed, value < 100 ? 3 : 1);
+  return {text.data(), end.ptr};
+}
+
+std::string plain(double value) {
+  std::array<char, 32> text{};
+  return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
+}
+
+bool keeps(const Key& key, double value, double bound) {
+  return key.better == Better::lower ? value <= bound : value >= bound;
+}
+
+std::string_view verdict(const Key& key, double value) {
+  if (key.better == Better::none)
+    return "for the record";
+  if (keeps(key, value, key.aim))
+    return "aim";
+  return keeps(key, value, key.must) ? "must" : "MISSED";
+}
+
+} // namespace
+
+void printTable(std::ostream& out, const Figures& figures) {
+  const auto row = [&](std::string_view name, const std::string& value, const std::string& must,
+                       const std::string& aim, std::string_view ok) {
+    out << std::left << std::setw(34) << name << std::right << std::setw(10) << value
+        << std::setw(10) << must << std::setw(10) << aim << "  " << ok << '\n';
+  };
+  row("key", "value", "must", "aim", "ok");
+  for (const Key& key : keys) {
+    const double value = figures.at(std::string(key.name));
+    const std::string sign = key.better == Better::lower ? "<= " : ">= ";
+    const bool bound = key.better != Better::none;
+    row(key.name, rounded(value), bound ? sign + plain(key.must) : "",
+        bound ? sign + plain(key.aim) : "", verdict(key, value));
+  }
+}
+
+void printJson(std::ostream& out, const Figures& figures) {
+  out << '{';
+  std::string_view separator = "\n";
+  for (const Key& key : keys) {
+    out << separator << "  \"" << key.name << "\": " << plain(figures.at(std::string(key.name)));
+    separator = ",\n";
+  }
+  out << "\n}\n";
+}
+
+} // namespace driftmark::bench

@@ -1,0 +1,43 @@
+#include "IngestBench.h"
+#include "Report.h"
+#include "TerminalBench.h"
+
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <string_view>
+
+#include <QCoreApplication>
+
+int main(int argc, char** argv) {
+  using namespace driftmark::bench;
+  std::string json;
+  if (argc == 3 && std::string_view(argv[1]) == "--json") {
+    json = argv[2];
+  } else if (argc != 1) {
+    std::cerr << "usage: driftmark_bench [--json FILE]\n";
+    return 2;
+  }
+
+  try {
+    const QCoreApplication application(argc, argv);
+    Figures figures;
+    benchIngest(figures, std::cout);
+    benchKnownState(figures, std::cout);
+    benchOverall(figures);
+    benchTerminal(figures, std::cout);
+    std::cout << '\n';
+    printTable(std::cout, figures);
+    if (!json.empty()) {
+      std::ofstream file(json);
+      printJson(file, figures);
+      file.close();
+      if (!file)
+        throw std::runtime_error("cannot write " + json);
+    }
+  } catch (const std::exception& error) {
+    std::cerr << "driftmark_bench: " << error.what() << '\n';
+    return 1;
+  }
+  return 0;
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "monitor/SyncMonitor.h"
+#include "platform/Platform.h"
+
+#include <iosfwd>
+
+namespace driftmark {
+
+/// Prints what the monitor made of a capture: the counts, then the model. The same capture gives
+/// the same text.
+void printReport(std::ostream& out, const SyncMonitor& monitor, const Platform& platform);
+
+} // namespace driftmark

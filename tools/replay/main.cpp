@@ -1,0 +1,126 @@
+#include "monitor/SyncMonitor.h"
+#include "platform/linux/SignalSources.h"
+#include "replay/CaptureRoot.h"
+#include "replay/ReplayPlatform.h"
+#include "replay/Report.h"
+
+#include <cerrno>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+#include <QCoreApplication>
+
+namespace {
+
+using namespace driftmark;
+namespace fs = std::filesystem;
+
+constexpr std::string_view usage =
+    R"(usage: replay [--log] FILE
+
+Plays FILE, a captured output of `brctl monitor`, through a pseudo-terminal into the program and
+prints what it made of it: how many lines and events it saw, and the model at the end, three seconds
+after the last line. Captures of the per-item monitor and of the global monitor will do, with line
+ends of either kind. Files that the capture names need not exist.
+
+  --log   show the program's log lines on standard error
+  --help  show this text
+)";
+
+struct Arguments {
+  fs::path file;
+  bool log = false;
+  bool help = false;
+};
+
+std::optional<Arguments> parsed(int argc, char** argv) {
+  Arguments arguments;
+  bool optionsOver = false;
+  bool hasFile = false;
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view argument = argv[i];
+    if (!optionsOver && argument == "--") {
+      optionsOver = true;
+    } else if (!optionsOver && argument == "--log") {
+      arguments.log = true;
+    } else if (!optionsOver && argument == "--help") {
+      arguments.help = true;
+    } else if (hasFile || (!optionsOver && argument.starts_with("--"))) {
+      return std::nullopt;
+    } else {
+      arguments.file = argument;
+      hasFile = true;
+    }
+  }
+  return hasFile || arguments.help ? std::optional(arguments) : std::nullopt;
+}
+
+/// Throws when `file` cannot be played. Returns whether its last line is complete.
+bool checkCapture(const fs::path& file) {
+  const fs::file_status status = fs::status(file);
+  if (!fs::exists(status))
+    throw std::runtime_error("no such file");
+  if (fs::is_directory(status))
+    throw std::runtime_error("is a folder");
+  if (!fs::is_regular_file(status))
+    throw std::runtime_error("is not an ordinary file");
+  errno = 0;
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream)
+    throw std::system_error(errno, std::generic_category(), "cannot be read");
+  if (fs::file_size(file) == 0)
+    return true;
+  stream.seekg(-1, std::ios::end);
+  return stream.get() == '\n';
+}
+
+int replay(const Arguments& arguments) {
+  const bool lastLineComplete = checkCapture(arguments.file);
+  const CaptureRoot root;
+  root.playFile(arguments.file);
+
+  ReplayPlatform platform({.systemRoot = root.path().string(),
+                           .showLog = arguments.log,
+                           .onAllEnded = [] { QCoreApplication::quit(); }});
+  const SignalSources signalSources(platform.mainQueue(), [] { QCoreApplication::exit(1); });
+  const auto monitor = SyncMonitor::make(platform.ports());
+  monitor->start();
+  if (!platform.children().failure().empty())
+    throw std::runtime_error("cannot be played: " + platform.children().failure());
+  if (const int status = QCoreApplication::exec(); status != 0)
+    return status;
+
+  platform.clock().advance(SyncMonitor::holdDuration);
+  printReport(std::cout, *monitor, platform.ports());
+  if (!lastLineComplete)
+    std::cout << "\nThe last line has no line end and was not read.\n";
+  return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  const auto arguments = parsed(argc, argv);
+  if (!arguments) {
+    std::cerr << usage;
+    return 2;
+  }
+  if (arguments->help) {
+    std::cout << usage;
+    return 0;
+  }
+  try {
+    const QCoreApplication application(argc, argv);
+    return replay(*arguments);
+  } catch (const std::exception& error) {
+    std::cerr << "replay: " << arguments->file.string() << ": " << error.what() << '\n';
+    return 1;
+  }
+}
