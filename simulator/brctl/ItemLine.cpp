@@ -4,7 +4,11 @@ namespace icloud {
 namespace {
 
 std::string upload(const std::string& percent, const Style& style) {
-  return percent.empty() ? " ☁ " + style.blue("↑") : " " + style.blue("↑ " + percent + "%");
+  if (percent.empty())
+    return " ☁ " + style.blue("↑");
+  std::string ending = " ";
+  ending += style.blue("↑ " + percent + "%");
+  return ending;
 }
 
 std::string download(const std::string& percent, const Style& style) {

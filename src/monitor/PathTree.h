@@ -77,10 +77,10 @@ private:
 
   FolderIndex enter(std::string_view folder, bool create);
   FolderIndex subfolder(FolderIndex parent, std::string_view name, bool create);
-  Reference lookUp(FolderIndex folder, std::string_view name, Value kind, std::uint32_t hash) const;
+  Reference lookUp(FolderIndex index, std::string_view name, Value kind, std::uint32_t hash) const;
   Reference successor(FolderIndex folder, std::string_view name) const;
   Reference append(FolderIndex folder, std::string_view name, Value value);
-  void link(FolderIndex folder, Slot entry);
+  void link(FolderIndex index, Slot entry);
   static void grow(Folder& folder);
   static void place(const Folder& folder, Slot entry);
 

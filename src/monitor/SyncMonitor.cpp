@@ -27,7 +27,7 @@ std::shared_ptr<SyncMonitor> SyncMonitor::make(const Platform& platform) {
   return std::make_shared<SyncMonitor>(Private{}, platform);
 }
 
-SyncMonitor::SyncMonitor(Private, const Platform& platform)
+SyncMonitor::SyncMonitor(Private /*pass*/, const Platform& platform)
     : platform_(platform), mobileDocs_(mobileDocs(platform.fileSystem)),
       stalledAfter_(stallThreshold(platform.environment)), fullPath_(mobileDocs_) {}
 

@@ -36,7 +36,7 @@ struct ItemLine;
 /// interface shows. One instance lives as long as the application, held by a shared pointer; all of
 /// it runs on the main thread.
 class SyncMonitor : public std::enable_shared_from_this<SyncMonitor> {
-  struct Private {};
+  struct Private {}; ///< only `make` can pass one
 
 public:
   using ActiveItems = std::unordered_map<std::string, ActiveItem, PathHash, std::equal_to<>>;
@@ -45,7 +45,7 @@ public:
   /// A monitor at rest. The ports in `platform` outlive it. The stall threshold is taken from the
   /// environment here and never again.
   static std::shared_ptr<SyncMonitor> make(const Platform& platform);
-  SyncMonitor(Private, const Platform& platform);
+  SyncMonitor(Private pass, const Platform& platform);
   SyncMonitor(const SyncMonitor&) = delete;
   SyncMonitor& operator=(const SyncMonitor&) = delete;
   ~SyncMonitor();

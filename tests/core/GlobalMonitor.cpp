@@ -121,20 +121,20 @@ TEST_F(GlobalMonitorTest, transferThatAgedOutIsNewAgain) {
 TEST_F(GlobalMonitorTest, transfersOfEqualSizeAreOne) {
   global(fraction("0.1", "4096"));
   global(fraction("0.7", "4096"));
-  EXPECT_EQ(monitor->globalActivity()->count, 1);
+  EXPECT_EQ(monitor->globalActivity().value().count, 1);
   EXPECT_TRUE(global(fraction("1.0", "4096")));
 }
 
 TEST_F(GlobalMonitorTest, colourCodesAroundTheMarkersDoNotMatter) {
   EXPECT_TRUE(global("\x1b[32mFraction\x1b[0m completed: \x1b[1m0.25\x1b[0m / \x1b[;mCompleted: 1 "
                      "of 40\x1b[0m96"));
-  EXPECT_EQ(monitor->globalActivity()->bytes, 4096);
+  EXPECT_EQ(monitor->globalActivity().value().bytes, 4096);
 }
 
 TEST_F(GlobalMonitorTest, reportMayStandAnywhereInTheLine) {
   EXPECT_TRUE(global("<NSProgress: 0x600> : Parent: 0x0 / Fraction completed: 0.2500 / Completed: "
                      "25 of 100  (com~apple~CloudDocs)"));
-  EXPECT_EQ(monitor->globalActivity()->bytes, 100);
+  EXPECT_EQ(monitor->globalActivity().value().bytes, 100);
 }
 
 TEST_F(GlobalMonitorTest, firstOfSeveralReportsInALineCounts) {
@@ -143,7 +143,7 @@ TEST_F(GlobalMonitorTest, firstOfSeveralReportsInALineCounts) {
 }
 
 TEST_F(GlobalMonitorTest, linesThatDoNotMatchAreIgnored) {
-  const std::string lines[] = {
+  const std::vector<std::string> lines{
       "",
       "no progress yet",
       "Fraction completed: / Completed: 1 of 2",
@@ -181,7 +181,7 @@ TEST_F(GlobalMonitorTest, numbersThatDoNotConvertAreIgnored) {
 TEST_F(GlobalMonitorTest, completedCountNeedNotConvert) {
   EXPECT_TRUE(global(
       "Fraction completed: 0.5 / Completed: 99999999999999999999999999 of 9223372036854775807"));
-  EXPECT_EQ(monitor->globalActivity()->bytes, 9223372036854775807);
+  EXPECT_EQ(monitor->globalActivity().value().bytes, 9223372036854775807);
 }
 
 TEST_F(GlobalMonitorTest, totalOfZeroIsIgnored) {
@@ -312,7 +312,7 @@ TEST_F(GlobalMonitorTest, restartOfTheFeedKeepsTheEntries) {
   global(fraction("0.5", "4096"));
   globals().exit();
   advance(10);
-  EXPECT_EQ(monitor->globalActivity()->bytes, 4096);
+  EXPECT_EQ(monitor->globalActivity().value().bytes, 4096);
   EXPECT_FALSE(global(fraction("0.6", "4096")));
 }
 

@@ -22,9 +22,8 @@ protected:
 
   /// Whether the monitor now takes a "not downloaded" line for a real eviction.
   bool isKnownCurrent(const std::string& path) {
-    return item(path, notDownloaded) && !monitor->recent().empty() &&
-           monitor->recent().front().path == full(path) &&
-           monitor->recent().front().kind == RecentKind::evicted;
+    return item(path, notDownloaded) && !monitor->recent().empty() && latest().path == full(path) &&
+           latest().kind == RecentKind::evicted;
   }
 
   void expectNothingHappened() {
@@ -41,7 +40,7 @@ protected:
 TEST_F(LineParserTest, colouredProgressLineWithCarriageReturnStartsAnUpload) {
   EXPECT_EQ(print("\x1b[1m o " + docs + "/a.txt \u2191 45%\r\n"), 1);
   ASSERT_TRUE(active(docs + "/a.txt"));
-  const ActiveItem& upload = *active(docs + "/a.txt");
+  const ActiveItem& upload = transfer(docs + "/a.txt");
   EXPECT_EQ(upload.path, full(docs + "/a.txt"));
   EXPECT_EQ(upload.direction, Direction::upload);
   EXPECT_EQ(upload.percent, 45.0);
@@ -53,7 +52,7 @@ TEST_F(LineParserTest, colourSequencesAreRemovedAnywhereInTheLine) {
   EXPECT_TRUE(
       line("\x1b[0;1m \x1b[mo\x1b[32m /fold\x1b[1;31mer/a.txt\x1b[0m \u2191\x1b[;m 4\x1b[0m5%"));
   ASSERT_TRUE(active("/folder/a.txt"));
-  EXPECT_EQ(active("/folder/a.txt")->percent, 45.0);
+  EXPECT_EQ(transfer("/folder/a.txt").percent, 45.0);
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading a.txt");
 }
 
@@ -80,7 +79,7 @@ TEST_F(LineParserTest, carriageReturnsBehindColoursAreAtTheEnd) {
   item("/a.txt", " \u2191 1%");
   EXPECT_EQ(print("\x1b[1m\r\x1b[0m o /a.txt\r\x1b[0m\r\n"), 1);
   EXPECT_FALSE(active("/a.txt"));
-  EXPECT_EQ(monitor->recent().front().path, full("/a.txt"));
+  EXPECT_EQ(latest().path, full("/a.txt"));
 }
 
 TEST_F(LineParserTest, spacesAtTheEndDoNotHideTheBareCloud) {
@@ -120,7 +119,7 @@ TEST_F(LineParserTest, itemPrefixInsideAPathIsPartOfThePath) {
 TEST_F(LineParserTest, uploadSeparatorIsTriedBeforeTheCloud) {
   EXPECT_TRUE(line(" o /p \u2601 x \u2191 1%"));
   ASSERT_TRUE(active("/p \u2601 x"));
-  EXPECT_EQ(active("/p \u2601 x")->direction, Direction::upload);
+  EXPECT_EQ(transfer("/p \u2601 x").direction, Direction::upload);
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading p \u2601 x");
 }
 
@@ -134,8 +133,8 @@ TEST_F(LineParserTest, firstOfSeveralSeparatorsSplits) {
 TEST_F(LineParserTest, cloudNeedsASpaceOnlyBeforeIt) {
   EXPECT_TRUE(line(" o /a.txt \u2601\u219350%"));
   ASSERT_TRUE(active("/a.txt"));
-  EXPECT_EQ(active("/a.txt")->direction, Direction::download);
-  EXPECT_EQ(active("/a.txt")->percent, 50.0);
+  EXPECT_EQ(transfer("/a.txt").direction, Direction::download);
+  EXPECT_EQ(transfer("/a.txt").percent, 50.0);
 }
 
 TEST_F(LineParserTest, cloudInsideANameWithoutSpaceDoesNotSplit) {
@@ -255,14 +254,14 @@ TEST_F(LineParserTest, trashMarkerBehindThePathDoesNotCount) {
 TEST_F(LineParserTest, downloadLineWithoutPercentageMakesItAbsentAndRefreshes) {
   EXPECT_TRUE(item(docs + "/b.mov", " \u2601 \u2193 12.5%"));
   ASSERT_TRUE(active(docs + "/b.mov"));
-  EXPECT_EQ(active(docs + "/b.mov")->direction, Direction::download);
-  EXPECT_EQ(active(docs + "/b.mov")->percent, 12.5);
+  EXPECT_EQ(transfer(docs + "/b.mov").direction, Direction::download);
+  EXPECT_EQ(transfer(docs + "/b.mov").percent, 12.5);
   EXPECT_EQ(onlyLogLine(), "Driftmark: downloading b.mov");
 
   platform.clock.jump(Seconds(2));
   EXPECT_TRUE(item(docs + "/b.mov", " \u2601 \u2193"));
-  EXPECT_EQ(active(docs + "/b.mov")->percent, std::nullopt);
-  EXPECT_EQ(active(docs + "/b.mov")->lastUpdate, now());
+  EXPECT_EQ(transfer(docs + "/b.mov").percent, std::nullopt);
+  EXPECT_EQ(transfer(docs + "/b.mov").lastUpdate, now());
   EXPECT_EQ(takeLog(), Lines{});
 }
 
@@ -270,19 +269,19 @@ TEST_F(LineParserTest, everyProgressLineRefreshesEvenWithoutProgress) {
   item("/a.txt", " \u2191 10%");
   platform.clock.jump(Seconds(7));
   EXPECT_TRUE(item("/a.txt", " \u2191 10%"));
-  EXPECT_EQ(active("/a.txt")->lastUpdate, now());
+  EXPECT_EQ(transfer("/a.txt").lastUpdate, now());
 }
 
 TEST_F(LineParserTest, lineWithBothArrowsIsAnUpload) {
   EXPECT_TRUE(item("/a.txt", " \u2601 \u2193\u2191 5%"));
-  EXPECT_EQ(active("/a.txt")->direction, Direction::upload);
+  EXPECT_EQ(transfer("/a.txt").direction, Direction::upload);
 }
 
 TEST_F(LineParserTest, laterLineDecidesTheDirectionWithoutLoggingAgain) {
   item("/a.txt", " \u2191 10%");
   takeLog();
   EXPECT_TRUE(item("/a.txt", " \u2601 \u2193 20%"));
-  EXPECT_EQ(active("/a.txt")->direction, Direction::download);
+  EXPECT_EQ(transfer("/a.txt").direction, Direction::download);
   EXPECT_EQ(monitor->active().size(), 1U);
   EXPECT_EQ(takeLog(), Lines{});
 }
@@ -296,7 +295,7 @@ TEST_F(LineParserTest, transferThatComesBackIsLoggedAgain) {
 }
 
 TEST_F(LineParserTest, percentageIsTheFirstOfTheRemainder) {
-  const std::pair<std::string, std::optional<double>> cases[] = {
+  const std::vector<std::pair<std::string, std::optional<double>>> cases{
       {" \u2191 45%", 45.0},
       {" \u2191 45.25%", 45.25},
       {" \u2191 0%", 0.0},
@@ -321,19 +320,19 @@ TEST_F(LineParserTest, percentageIsTheFirstOfTheRemainder) {
   for (const auto& [remainder, percent] : cases) {
     item("/p.txt", " \u2191 99%");
     EXPECT_TRUE(item("/p.txt", remainder));
-    EXPECT_EQ(active("/p.txt")->percent, percent) << remainder;
+    EXPECT_EQ(transfer("/p.txt").percent, percent) << remainder;
   }
 }
 
 TEST_F(LineParserTest, percentageInsideThePathDoesNotCount) {
   EXPECT_TRUE(item("/50%/60%.txt", " \u2601 \u2193"));
-  EXPECT_EQ(active("/50%/60%.txt")->percent, std::nullopt);
+  EXPECT_EQ(transfer("/50%/60%.txt").percent, std::nullopt);
 }
 
 TEST_F(LineParserTest, percentageOfManyDigitsIsReadAsFarAsItConverts) {
   EXPECT_TRUE(item("/a.txt", " \u2191 33.33333333333333333333333333333333%"));
-  ASSERT_TRUE(active("/a.txt")->percent);
-  EXPECT_DOUBLE_EQ(*active("/a.txt")->percent, 100.0 / 3);
+  ASSERT_TRUE(transfer("/a.txt").percent);
+  EXPECT_DOUBLE_EQ(*transfer("/a.txt").percent, 100.0 / 3);
 }
 
 TEST_F(LineParserTest, progressLineClearsAnIssue) {
@@ -359,9 +358,9 @@ TEST_F(LineParserTest, bareCloudCompletesATransfer) {
   EXPECT_TRUE(item(docs + "/b.mov", cloud));
   EXPECT_TRUE(monitor->active().empty());
   ASSERT_EQ(monitor->recent().size(), 1U);
-  EXPECT_EQ(monitor->recent().front().path, full(docs + "/b.mov"));
-  EXPECT_EQ(monitor->recent().front().kind, RecentKind::download);
-  EXPECT_EQ(monitor->recent().front().date, now());
+  EXPECT_EQ(latest().path, full(docs + "/b.mov"));
+  EXPECT_EQ(latest().kind, RecentKind::download);
+  EXPECT_EQ(latest().date, now());
   EXPECT_EQ(onlyLogLine(), "Driftmark: synced b.mov (download)");
 
   EXPECT_FALSE(item(docs + "/b.mov", cloud));
@@ -415,9 +414,9 @@ TEST_F(LineParserTest, itemSeenInSyncAndThenNotDownloadedIsEvicted) {
   item(docs + "/c.txt", cloud);
   EXPECT_TRUE(item(docs + "/c.txt", notDownloaded));
   ASSERT_EQ(monitor->recent().size(), 1U);
-  EXPECT_EQ(monitor->recent().front().path, full(docs + "/c.txt"));
-  EXPECT_EQ(monitor->recent().front().kind, RecentKind::evicted);
-  EXPECT_EQ(monitor->recent().front().date, now());
+  EXPECT_EQ(latest().path, full(docs + "/c.txt"));
+  EXPECT_EQ(latest().kind, RecentKind::evicted);
+  EXPECT_EQ(latest().date, now());
   EXPECT_EQ(onlyLogLine(), "Driftmark: evicted c.txt");
 
   EXPECT_FALSE(item(docs + "/c.txt", notDownloaded));
@@ -437,7 +436,7 @@ TEST_F(LineParserTest, evictionIsReportedAgainAfterTheItemWasInSyncAgain) {
 TEST_F(LineParserTest, markerCountsAnywhereInTheState) {
   item("/c.txt", cloud);
   EXPECT_TRUE(item("/c.txt", " \u2601 (error: not downloaded, 12 KB)"));
-  EXPECT_EQ(monitor->recent().front().kind, RecentKind::evicted);
+  EXPECT_EQ(latest().kind, RecentKind::evicted);
   EXPECT_TRUE(monitor->issues().empty());
   EXPECT_EQ(onlyLogLine(), "Driftmark: evicted c.txt");
 }
@@ -544,8 +543,8 @@ TEST_F(LineParserTest, stateTextsThatDifferInTheirBytesAreDistinct) {
 }
 
 TEST_F(LineParserTest, issueWordsAreFoundInAnyCaseInsideOtherWords) {
-  const std::string states[] = {"ERROR", "Uploaderrors", "ConflictED copy", "CONFLICT",
-                                "eRRoR and conflict"};
+  const std::vector<std::string> states{"ERROR", "Uploaderrors", "ConflictED copy", "CONFLICT",
+                                        "eRRoR and conflict"};
   for (const std::string& state : states) {
     EXPECT_TRUE(item("/a.txt", " \u2601 " + state)) << state;
     EXPECT_EQ(issue("/a.txt"), state);
@@ -590,8 +589,8 @@ TEST_F(LineParserTest, unrecognizedStateLeavesAnActiveTransferAsItIs) {
   platform.clock.jump(Seconds(5));
   EXPECT_FALSE(item("/a.txt", " \u2601 waiting"));
   ASSERT_TRUE(active("/a.txt"));
-  EXPECT_EQ(active("/a.txt")->percent, 30.0);
-  EXPECT_EQ(active("/a.txt")->lastUpdate, updated);
+  EXPECT_EQ(transfer("/a.txt").percent, 30.0);
+  EXPECT_EQ(transfer("/a.txt").lastUpdate, updated);
 }
 
 TEST_F(LineParserTest, issueLeavesAnActiveTransferAsItIs) {
@@ -600,7 +599,7 @@ TEST_F(LineParserTest, issueLeavesAnActiveTransferAsItIs) {
   platform.clock.jump(Seconds(5));
   EXPECT_TRUE(item("/a.txt", " \u2601 Upload Error 28"));
   ASSERT_TRUE(active("/a.txt"));
-  EXPECT_EQ(active("/a.txt")->lastUpdate, updated);
+  EXPECT_EQ(transfer("/a.txt").lastUpdate, updated);
   EXPECT_EQ(issue("/a.txt"), "Upload Error 28");
 }
 

@@ -87,11 +87,11 @@ TEST_F(ModelTest, activeItemCarriesItsOwnKey) {
 TEST_F(ModelTest, valuesHandedOutAreCopies) {
   start();
   item("/a.txt", " \u2191 1%");
-  ActiveItem copy = *active("/a.txt");
+  ActiveItem copy = transfer("/a.txt");
   copy.percent = 99;
   copy.direction = Direction::download;
-  EXPECT_EQ(active("/a.txt")->percent, 1.0);
-  EXPECT_EQ(active("/a.txt")->direction, Direction::upload);
+  EXPECT_EQ(transfer("/a.txt").percent, 1.0);
+  EXPECT_EQ(transfer("/a.txt").direction, Direction::upload);
 }
 
 TEST(StatusActivityTest, equalWhenAllFieldsAreEqualInOrder) {

@@ -43,8 +43,8 @@ protected:
     changes = 0;
   }
 
-  TestChild& items() { return platform.childProcesses.child(itemMonitor); }
-  TestChild& globals() { return platform.childProcesses.child(globalMonitor); }
+  TestChild& items() const { return platform.childProcesses.child(itemMonitor); }
+  TestChild& globals() const { return platform.childProcesses.child(globalMonitor); }
 
   /// Lets the per-item monitor print `bytes`. Returns how often the change was notified.
   int print(std::string_view bytes) {
@@ -85,6 +85,14 @@ protected:
     const auto found = monitor->active().find(full(path));
     return found == monitor->active().end() ? nullptr : &found->second;
   }
+
+  /// The transfer of a printed path, which must be in flight.
+  const ActiveItem& transfer(const std::string& path) const {
+    return monitor->active().at(full(path));
+  }
+
+  /// The newest entry of the recent list, which must not be empty.
+  const CompletedItem& latest() const { return monitor->recent().at(0); }
 
   /// The issue of a printed path; empty when there is none.
   std::string issue(const std::string& path) const {

@@ -1,6 +1,5 @@
 #include "monitor/Numbers.h"
 
-#include <clocale>
 #include <cstdlib>
 #include <limits>
 #include <random>
@@ -30,7 +29,6 @@ TEST(NumbersTest, anythingElseIsNone) {
 }
 
 TEST(NumbersTest, decimalsAreRoundedAsTheLibraryRoundsThem) {
-  std::setlocale(LC_ALL, "C");
   std::mt19937_64 random(11);
   for (int i = 0; i < 200000; ++i) {
     std::string text = std::to_string(random() >> (random() % 64));

@@ -86,7 +86,7 @@ TEST_F(OverallTest, onlyStalledTransfersAreAttentionWhateverStatusConfirms) {
   EXPECT_EQ(monitor->overall(), OverallState::uploading);
   wait(301);
   ASSERT_TRUE(monitor->issues().empty());
-  ASSERT_EQ(monitor->statusActivity()->uploads, 2);
+  ASSERT_EQ(monitor->statusActivity().value().uploads, 2);
   EXPECT_EQ(monitor->overall(), OverallState::attention);
 }
 
@@ -223,11 +223,11 @@ TEST_F(OverallTest, progressIsNotClamped) {
 TEST_F(OverallTest, transferIsStalledOnlyAfterMoreThanTheThreshold) {
   upload("/a");
   wait(300);
-  EXPECT_FALSE(monitor->isStalled(*active("/a")));
+  EXPECT_FALSE(monitor->isStalled(transfer("/a")));
   EXPECT_EQ(monitor->overall(), OverallState::uploading);
   EXPECT_EQ(monitor->longestStall(), std::nullopt);
   wait(0.000001);
-  EXPECT_TRUE(monitor->isStalled(*active("/a")));
+  EXPECT_TRUE(monitor->isStalled(transfer("/a")));
   EXPECT_EQ(monitor->overall(), OverallState::attention);
   EXPECT_TRUE(monitor->longestStall());
 }
@@ -281,7 +281,7 @@ TEST_F(OverallTest, stallOfAnyItemCanBeAskedFor) {
 TEST_F(OverallTest, clockSetBackStallsNothing) {
   upload("/a");
   wait(-1000);
-  EXPECT_FALSE(monitor->isStalled(*active("/a")));
+  EXPECT_FALSE(monitor->isStalled(transfer("/a")));
   EXPECT_EQ(monitor->overall(), OverallState::uploading);
   EXPECT_EQ(monitor->longestStall(), std::nullopt);
 }

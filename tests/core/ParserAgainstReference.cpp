@@ -2,6 +2,7 @@
 #include "core/ParserReference.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <map>
 #include <random>
@@ -173,7 +174,7 @@ TEST_P(ParserAgainstReferenceTest, modelsAgreeAfterEveryChunk) {
       output += generator.line();
     const std::string chunk = output.substr(0, 1 + generator.below(output.size()));
     output.erase(0, chunk.size());
-    recently = (recently + chunk).substr(recently.size() > 600 ? chunk.size() : 0);
+    recently.erase(0, recently.size() > 600 ? chunk.size() : 0).append(chunk);
     items().print(chunk);
     platform.mainQueue.runAll();
     reference.ingest(chunk);
@@ -184,8 +185,9 @@ TEST_P(ParserAgainstReferenceTest, modelsAgreeAfterEveryChunk) {
     if (generator.oneIn(10)) {
       if (generator.oneIn(10))
         items().exit();
-      static const double distances[] = {0.5, 2.9, 3.1, 10, 10, 29.5, 61};
-      const Seconds distance{items().isRunning() ? distances[generator.below(7)] : 10};
+      static constexpr std::array<double, 7> distances{0.5, 2.9, 3.1, 10, 10, 29.5, 61};
+      const Seconds distance{items().isRunning() ? distances.at(generator.below(distances.size()))
+                                                 : 10};
       platform.mainQueue.advance(distance);
       reference.advance(distance);
       Lines log = takeModelLog();

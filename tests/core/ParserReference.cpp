@@ -107,7 +107,7 @@ bool ParserReference::parse(std::string line) {
     std::smatch match;
     if (std::regex_search(rest, match, percentage))
       percent = std::stod(match[1]);
-    if (active.count(path) == 0) {
+    if (!active.contains(path)) {
       log.push_back((isUpload ? "Driftmark: uploading " : "Driftmark: downloading ") + name);
       if (!nextSweep_)
         nextSweep_ = later(now_, sweepInterval);
@@ -124,7 +124,7 @@ bool ParserReference::parse(std::string line) {
     if (loggedStates_.insert(state).second)
       log.push_back("Driftmark: unrecognized state \"" + state + "\" for " + name);
     const bool isIssue = has(lowerCase(state), "error") || has(lowerCase(state), "conflict");
-    if (!isIssue || (issues.count(path) > 0 && issues[path] == state))
+    if (!isIssue || (issues.contains(path) && issues[path] == state))
       return false;
     issues[path] = state;
     log.push_back("Driftmark: sync issue on " + name + ": " + state);
@@ -132,10 +132,10 @@ bool ParserReference::parse(std::string line) {
   }
 
   const bool issueCleared = issues.erase(path) > 0;
-  const bool wasActive = active.count(path) > 0;
+  const bool wasActive = active.contains(path);
   const ActiveItem item = wasActive ? active[path] : ActiveItem();
   active.erase(path);
-  const bool wasCurrent = known_.count(path) > 0 && known_[path] == "current";
+  const bool wasCurrent = known_.contains(path) && known_[path] == "current";
   known_[path] = evicted ? "evicted" : "current";
   if (!wasActive && !evicted)
     return issueCleared;
@@ -169,7 +169,7 @@ void ParserReference::remember(const std::string& path, RecentKind kind) {
 void ParserReference::sweep() {
   const std::map<std::string, ActiveItem> before = active;
   for (const auto& [path, item] : before) {
-    if (files_.count(path) > 0)
+    if (files_.contains(path))
       continue;
     active.erase(path);
     log.push_back("Driftmark: dropped vanished transfer " + lastComponent(path));

@@ -28,23 +28,25 @@ struct MonitorCase {
   std::string title; ///< as the log calls it
   Arguments arguments;
 
-  friend void PrintTo(const MonitorCase& monitor, std::ostream* out) { *out << monitor.name; }
+  friend std::ostream& operator<<(std::ostream& out, const MonitorCase& monitor) {
+    return out << monitor.name;
+  }
 };
 
 class EachMonitorTest : public ProcessRunnerTest, public testing::WithParamInterface<MonitorCase> {
 protected:
-  const Arguments& arguments() const { return GetParam().arguments; }
-  const Arguments& otherArguments() const {
+  static const Arguments& arguments() { return GetParam().arguments; }
+  static const Arguments& otherArguments() {
     return arguments() == itemMonitor ? globalMonitor : itemMonitor;
   }
-  TestChild& child() { return platform.childProcesses.child(arguments()); }
+  TestChild& child() const { return platform.childProcesses.child(arguments()); }
 
   /// A line that changes the model.
-  std::string changingLine(const std::string& token) const {
+  static std::string changingLine(const std::string& token) {
     return arguments() == itemMonitor ? " o /" + token + " \u2191 1%" : fraction("0.5", token);
   }
 
-  std::string exited() const {
+  static std::string exited() {
     return "Driftmark: " + GetParam().title + " exited, restarting in 10s";
   }
 };
@@ -91,7 +93,7 @@ TEST_F(ProcessRunnerTest, lineThatArrivesInTwoChunksIsOneLine) {
   EXPECT_EQ(print(" o /a.txt \u2191 "), 0);
   EXPECT_TRUE(monitor->active().empty());
   EXPECT_EQ(print("45%\r\n o /b.txt \u2191 1%\r\n"), 1);
-  EXPECT_EQ(active("/a.txt")->percent, 45.0);
+  EXPECT_EQ(transfer("/a.txt").percent, 45.0);
   EXPECT_TRUE(active("/b.txt"));
 }
 
@@ -116,7 +118,7 @@ TEST_F(ProcessRunnerTest, carriageReturnAloneEndsNoLine) {
   EXPECT_TRUE(monitor->active().empty());
   EXPECT_EQ(print("\n"), 1);
   EXPECT_EQ(monitor->active().size(), 1U);
-  EXPECT_EQ(active("/a.txt")->percent, 45.0);
+  EXPECT_EQ(transfer("/a.txt").percent, 45.0);
 }
 
 TEST_P(EachMonitorTest, chunkOfSeveralChangingLinesNotifiesOnce) {
@@ -214,7 +216,7 @@ TEST_F(ProcessRunnerTest, feedsDoNotShareTheirUnfinishedLines) {
   EXPECT_TRUE(global("leted: 1 of 4096"));
   EXPECT_EQ(print(" \u2191 5%\n"), 1);
   EXPECT_TRUE(active("/a.txt"));
-  EXPECT_EQ(monitor->globalActivity()->bytes, 4096);
+  EXPECT_EQ(monitor->globalActivity().value().bytes, 4096);
 }
 
 TEST_F(ProcessRunnerTest, feedsAreNotReadByTheWrongParser) {
@@ -232,9 +234,9 @@ TEST_F(ProcessRunnerTest, hugeItemPathIsAPathLikeAnother) {
   EXPECT_TRUE(item(path, " \u2191 5%") || changes > 0);
   ASSERT_TRUE(active(path));
   item(path, " \u2601");
-  EXPECT_EQ(monitor->recent().front().path, full(path));
+  EXPECT_EQ(latest().path, full(path));
   item(path, " \u2601 not downloaded");
-  EXPECT_EQ(monitor->recent().front().kind, RecentKind::evicted);
+  EXPECT_EQ(latest().kind, RecentKind::evicted);
 }
 
 // ---- exits and relaunches ----
@@ -346,7 +348,7 @@ TEST_F(ProcessRunnerTest, restartLeavesTheModelAlone) {
   EXPECT_TRUE(active("/a.txt"));
   EXPECT_EQ(issue("/b.txt"), "conflict");
   EXPECT_EQ(monitor->recent().size(), 1U);
-  EXPECT_EQ(monitor->globalActivity()->bytes, 4096);
+  EXPECT_EQ(monitor->globalActivity().value().bytes, 4096);
 }
 
 TEST_F(ProcessRunnerTest, bothMonitorsAreRestartedIndependently) {
@@ -369,13 +371,15 @@ struct FailureCase {
   std::string itemLine;
   std::string globalLine;
 
-  friend void PrintTo(const FailureCase& failure, std::ostream* out) { *out << failure.name; }
+  friend std::ostream& operator<<(std::ostream& out, const FailureCase& failure) {
+    return out << failure.name;
+  }
 };
 
 class LaunchFailureTest : public ProcessRunnerTest,
                           public testing::WithParamInterface<FailureCase> {
 protected:
-  LaunchError failure() const { return error(GetParam().stage, "no such file"); }
+  static LaunchError failure() { return error(GetParam().stage, "no such file"); }
 };
 
 INSTANTIATE_TEST_SUITE_P(
@@ -411,7 +415,7 @@ TEST_P(LaunchFailureTest, ofOneMonitorLeavesTheOtherAndTheReportsAlone) {
   EXPECT_EQ(takeLog(), (Lines{GetParam().itemLine, started("brctl monitor -g", globals())}));
   platform.settle();
   EXPECT_EQ(monitor->quotaRemaining(), 1000);
-  EXPECT_EQ(monitor->statusActivity()->downloads, 1);
+  EXPECT_EQ(monitor->statusActivity().value().downloads, 1);
   EXPECT_TRUE(global(fraction("0.5", "4096")));
 }
 

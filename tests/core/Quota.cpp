@@ -90,7 +90,9 @@ struct ReportCase {
   std::string report;
   std::optional<std::int64_t> bytes;
 
-  friend void PrintTo(const ReportCase& each, std::ostream* out) { *out << each.name; }
+  friend std::ostream& operator<<(std::ostream& out, const ReportCase& each) {
+    return out << each.name;
+  }
 };
 
 class QuotaReportTest : public QuotaTest, public testing::WithParamInterface<ReportCase> {};

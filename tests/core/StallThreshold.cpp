@@ -11,7 +11,9 @@ struct ThresholdCase {
   std::optional<std::string> value;
   double seconds;
 
-  friend void PrintTo(const ThresholdCase& threshold, std::ostream* out) { *out << threshold.name; }
+  friend std::ostream& operator<<(std::ostream& out, const ThresholdCase& threshold) {
+    return out << threshold.name;
+  }
 };
 
 class StallThresholdTest : public MonitorTest, public testing::WithParamInterface<ThresholdCase> {
@@ -30,11 +32,11 @@ TEST_P(StallThresholdTest, transferStallsAfterTheThresholdAndNotAtIt) {
   const Date begun = now();
   advance(GetParam().seconds);
   ASSERT_EQ(now(), later(begun, Seconds(GetParam().seconds)));
-  EXPECT_FALSE(monitor->isStalled(*active("/a.txt")));
+  EXPECT_FALSE(monitor->isStalled(transfer("/a.txt")));
   EXPECT_EQ(monitor->longestStall(), std::nullopt);
   EXPECT_EQ(monitor->overall(), OverallState::uploading);
   advance(0.001);
-  EXPECT_TRUE(monitor->isStalled(*active("/a.txt")));
+  EXPECT_TRUE(monitor->isStalled(transfer("/a.txt")));
   EXPECT_NEAR(monitor->longestStall().value(), GetParam().seconds + 0.001, 1e-6);
   EXPECT_EQ(monitor->overall(), OverallState::attention);
 }
@@ -51,7 +53,7 @@ TEST_P(StallThresholdTest, laterChangeOfTheVariableHasNoEffect) {
   startWithThreshold();
   platform.environment.set("DRIFTMARK_STALL_SECS", "100000");
   advance(GetParam().seconds + 0.001);
-  EXPECT_TRUE(monitor->isStalled(*active("/a.txt")));
+  EXPECT_TRUE(monitor->isStalled(transfer("/a.txt")));
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -401,6 +401,7 @@ TEST_F(StatusPollerTest, resultThatArrivesAfterTheStopIsStoredAndEndsTheChain) {
   platform.settle();
   EXPECT_EQ(monitor->statusActivity(), activity(1, 0, {"/A"}));
   EXPECT_EQ(changes, 1);
+  EXPECT_TRUE(platform.mainQueue.waiting().empty());
   pass(3600);
   EXPECT_EQ(polls(), 1U);
 }

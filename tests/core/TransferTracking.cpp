@@ -53,7 +53,7 @@ TEST_F(TransferTrackingTest, directionOfTheLastProgressLineIsTheOneRecorded) {
   item("/a.txt", " \u2191 1%");
   item("/a.txt", " \u2601 \u2193 1%");
   item("/a.txt", cloud);
-  EXPECT_EQ(monitor->recent().front().kind, RecentKind::download);
+  EXPECT_EQ(latest().kind, RecentKind::download);
   EXPECT_EQ(monitor->overall(), OverallState::downloading);
 }
 
@@ -63,8 +63,8 @@ TEST_F(TransferTrackingTest, pathThatFinishesTwiceIsListedOnceAtTheFront) {
   platform.clock.jump(Seconds(4));
   download("/a.txt");
   ASSERT_EQ(recentPaths(), (Lines{full("/a.txt"), full("/b.txt")}));
-  EXPECT_EQ(monitor->recent().front().kind, RecentKind::download);
-  EXPECT_EQ(monitor->recent().front().date, now());
+  EXPECT_EQ(latest().kind, RecentKind::download);
+  EXPECT_EQ(latest().date, now());
 }
 
 TEST_F(TransferTrackingTest, evictionTakesThePlaceOfTheCompletionOfItsPath) {
@@ -72,7 +72,7 @@ TEST_F(TransferTrackingTest, evictionTakesThePlaceOfTheCompletionOfItsPath) {
   upload("/b.txt");
   item("/a.txt", " \u2601 not downloaded");
   ASSERT_EQ(recentPaths(), (Lines{full("/a.txt"), full("/b.txt")}));
-  EXPECT_EQ(monitor->recent().front().kind, RecentKind::evicted);
+  EXPECT_EQ(latest().kind, RecentKind::evicted);
 }
 
 TEST_F(TransferTrackingTest, elevenCompletionsLeaveTheTenNewest) {
@@ -308,7 +308,7 @@ TEST_F(TransferTrackingTest, stalledTransfersStayActive) {
   item("/a.txt", " \u2191 1%");
   advance(100000);
   EXPECT_TRUE(active("/a.txt"));
-  EXPECT_TRUE(monitor->isStalled(*active("/a.txt")));
+  EXPECT_TRUE(monitor->isStalled(transfer("/a.txt")));
 }
 
 TEST_F(TransferTrackingTest, stopDoesNotEndTheTimer) {

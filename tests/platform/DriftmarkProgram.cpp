@@ -6,6 +6,7 @@
 #include "TemporaryFolder.h"
 
 #include <csignal>
+#include <fstream>
 #include <optional>
 #include <string>
 #include <utility>
@@ -28,10 +29,10 @@ protected:
   /// Gives the system root a `brctl` that runs these shell commands.
   void setBrctl(const std::string& commands) { root_.writeScript("usr/bin/brctl", commands); }
 
-  void start() {
+  void start(const std::string& executable = DRIFTMARK_PROGRAM) {
     const ScopedVariable root("DRIFTMARK_SYSTEM_ROOT", rootVariable_);
     const ScopedVariable home("HOME", root_.path("home"));
-    program_.emplace(DRIFTMARK_PROGRAM);
+    program_.emplace(executable);
   }
 
   bool says(const std::string& text) { return program_->says(text); }
@@ -104,6 +105,19 @@ TEST_F(DriftmarkProgram, goesOnWithoutABrctl) {
   ASSERT_TRUE(says("Driftmark: failed to launch brctl monitor -i com.apple.CloudDocs: "
                    "No such file or directory\n"));
   ASSERT_TRUE(says("Driftmark: failed to launch brctl monitor -g -i: No such file or directory\n"));
+  send(SIGTERM);
+  EXPECT_EQ(exitStatus(), 0);
+}
+
+TEST_F(DriftmarkProgram, fillsTheStandardDescriptorsThatItWasStartedWithout) {
+  const std::string started = root_.makeFifo("started");
+  setBrctl("echo > '" + started + "'\nexec " CHILD_TOOL " wait");
+  const std::string wrapper = root_.path("wrapper");
+  root_.writeScript("wrapper", "exec " DRIFTMARK_PROGRAM " 0<&- 1>&- 2>&-");
+  start(wrapper);
+  std::ifstream(started).get();
+  for (const char* const descriptor : {"0", "1", "2"})
+    EXPECT_EQ(program_->descriptor(descriptor), "/dev/null");
   send(SIGTERM);
   EXPECT_EQ(exitStatus(), 0);
 }

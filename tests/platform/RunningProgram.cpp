@@ -6,6 +6,7 @@
 
 #include <array>
 #include <csignal>
+#include <filesystem>
 #include <stdexcept>
 #include <utility>
 #include <variant>
@@ -39,6 +40,11 @@ RunningProgram::~RunningProgram() {
 void RunningProgram::send(int signal) const {
   if (!reaped_)
     kill(pid_, signal);
+}
+
+std::string RunningProgram::descriptor(const std::string& number) const {
+  const auto folder = std::filesystem::path("/proc") / std::to_string(pid_) / "fd";
+  return std::filesystem::read_symlink(folder / number).string();
 }
 
 void RunningProgram::readErrors() {

@@ -20,6 +20,9 @@ public:
 
   void send(int signal) const;
 
+  /// What the program has open as `number`.
+  std::string descriptor(const std::string& number) const;
+
   /// Waits for `text` on standard error; false when the program ends without having written it.
   bool says(const std::string& text);
 

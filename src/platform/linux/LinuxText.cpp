@@ -57,7 +57,8 @@ std::string LinuxText::byteCount(std::int64_t bytes) const {
   if (bytes == 0)
     return "Zero KB";
   const auto magnitude = static_cast<std::uint64_t>(bytes);
-  return bytes < 0 ? "-" + magnitudeText(0 - magnitude) : magnitudeText(magnitude);
+  return bytes < 0 ? std::string("-").append(magnitudeText(0 - magnitude))
+                   : magnitudeText(magnitude);
 }
 
 } // namespace driftmark

@@ -13,6 +13,7 @@ namespace driftmark {
 /// its turn in the one queue. A repetition whose task is late skips the turns that it missed.
 class QtMainQueue final : public MainQueue {
 public:
+  /// Throws std::system_error when the system has no descriptors left.
   QtMainQueue() = default;
   QtMainQueue(const QtMainQueue&) = delete;
   QtMainQueue& operator=(const QtMainQueue&) = delete;

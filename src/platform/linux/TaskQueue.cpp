@@ -3,14 +3,20 @@
 #include <cstddef>
 #include <utility>
 
-#include <QCoreApplication>
-#include <QEvent>
+#include <QObject>
 
 namespace driftmark {
 
+TaskQueue::TaskQueue() : notifier_(wakeup_.descriptor(), QSocketNotifier::Read) {
+  QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [this] {
+    wakeup_.clear();
+    runWaiting();
+  });
+}
+
 void TaskQueue::post(Task task) {
   if (append(task))
-    wake();
+    wakeup_.wake();
 }
 
 /// Whether the event loop has to be woken up.
@@ -19,11 +25,7 @@ bool TaskQueue::append(Task& task) {
   if (closed_)
     return false;
   tasks_.push_back(std::move(task));
-  return !std::exchange(eventPosted_, true);
-}
-
-void TaskQueue::wake() {
-  QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+  return !std::exchange(awake_, true);
 }
 
 void TaskQueue::close() {
@@ -36,14 +38,7 @@ void TaskQueue::close() {
   // What the tasks hold may use this queue while it goes.
 }
 
-bool TaskQueue::event(QEvent* event) {
-  if (event->type() != QEvent::User)
-    return QObject::event(event);
-  runWaiting();
-  return true;
-}
-
-/// Runs the tasks that wait now; what they hand over is left to the next event.
+/// Runs the tasks that wait now; what they hand over is left to the next wake-up.
 void TaskQueue::runWaiting() {
   std::size_t count = 0;
   {
@@ -55,11 +50,11 @@ void TaskQueue::runWaiting() {
 
   {
     const std::lock_guard lock(mutex_);
-    eventPosted_ = !tasks_.empty();
-    if (!eventPosted_)
+    awake_ = !tasks_.empty();
+    if (!awake_)
       return;
   }
-  wake();
+  wakeup_.wake();
 }
 
 bool TaskQueue::runNext() {

@@ -1,25 +1,27 @@
 #pragma once
 
 #include "platform/MainQueue.h"
+#include "platform/posix/Wakeup.h"
 
 #include <deque>
 #include <mutex>
 
-#include <QObject>
+#include <QSocketNotifier>
 
 namespace driftmark {
 
 /// Tasks for the thread that made this object, run from its Qt event loop. However many tasks are
-/// handed over, one event wakes the loop, and a task that hands over another lets the rest of the
+/// handed over, they wake the loop once, and a task that hands over another lets the rest of the
 /// loop have its turn in between. While a task runs an event loop of its own, the other tasks wait.
-class TaskQueue final : public QObject {
+class TaskQueue final {
 public:
   using Task = MainQueue::Task;
 
-  TaskQueue() = default;
+  /// Throws std::system_error when the system has no descriptors left.
+  TaskQueue();
   TaskQueue(const TaskQueue&) = delete;
   TaskQueue& operator=(const TaskQueue&) = delete;
-  ~TaskQueue() override { close(); }
+  ~TaskQueue() { close(); }
 
   /// Appends a task. Any thread.
   void post(Task task);
@@ -27,17 +29,17 @@ public:
   /// Drops all tasks that wait, and all that come. The thread of this object.
   void close();
 
-  bool event(QEvent* event) override;
-
 private:
   bool append(Task& task);
   void runWaiting();
   bool runNext();
-  void wake();
+
+  Wakeup wakeup_;
+  QSocketNotifier notifier_;
 
   std::mutex mutex_; ///< guards what follows
   std::deque<Task> tasks_;
-  bool eventPosted_ = false; ///< until all tasks of that event have run
+  bool awake_ = false; ///< from the wake-up until its tasks have run
   bool closed_ = false;
 };
 

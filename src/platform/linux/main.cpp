@@ -5,6 +5,7 @@
 #include "platform/linux/StateLog.h"
 #include "platform/linux/SystemRoot.h"
 #include "platform/posix/ProcessEnvironment.h"
+#include "platform/posix/StandardDescriptors.h"
 
 #include <csignal>
 #include <iostream>
@@ -44,6 +45,7 @@ void ignoreQuitSignals() {
 } // namespace
 
 int main(int argc, char* argv[]) {
+  openMissingStandardDescriptors();
   const QCoreApplication application(argc, argv);
   const auto root = SystemRoot::of(ProcessEnvironment());
   if (const auto* const error = std::get_if<SystemRoot::Error>(&root)) {

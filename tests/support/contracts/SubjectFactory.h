@@ -4,7 +4,6 @@
 #include <memory>
 #include <ostream>
 #include <string>
-#include <utility>
 
 namespace driftmark::test {
 
@@ -18,11 +17,14 @@ template <class Subject> struct SubjectFactory {
   std::string name;
   std::function<std::unique_ptr<Subject>()> make;
 
-  friend void PrintTo(const SubjectFactory& factory, std::ostream* out) { *out << factory.name; }
+  friend std::ostream& operator<<(std::ostream& out, const SubjectFactory& factory) {
+    return out << factory.name;
+  }
 };
 
-template <class Subject, class Implementation> SubjectFactory<Subject> subject(std::string name) {
-  return {.name = std::move(name), .make = [] { return std::make_unique<Implementation>(); }};
+template <class Subject, class Implementation>
+SubjectFactory<Subject> subject(const std::string& name) {
+  return {.name = name, .make = [] { return std::make_unique<Implementation>(); }};
 }
 
 /// Names the instances of a contract after their subjects.

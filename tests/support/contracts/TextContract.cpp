@@ -5,17 +5,18 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace driftmark::test {
 
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(TextContract);
 
 TEST_P(TextContract, sizesThatDifferGreatlyReadDifferently) {
-  const std::int64_t sizes[] = {0, 4096, 1'200'000, 3'400'000'000, 5'600'000'000'000};
+  const std::vector<std::int64_t> sizes{0, 4096, 1'200'000, 3'400'000'000, 5'600'000'000'000};
   std::set<std::string> texts;
   for (const std::int64_t size : sizes)
     texts.insert(text().byteCount(size));
-  EXPECT_EQ(texts.size(), std::size(sizes));
+  EXPECT_EQ(texts.size(), sizes.size());
   EXPECT_FALSE(texts.contains(""));
 }
 
