@@ -170,9 +170,15 @@ bool SyncMonitor::parseUnrecognized(std::string_view path, std::string_view stat
   return true;
 }
 
-/// The lines that follow tend to be about the folder of a settled item.
+/// The lines that follow tend to be about the folder of a settled item. Where an escape character
+/// is left in its text, the same bytes in another line may have to be cleaned away: such a folder
+/// is read anew each time.
 void SyncMonitor::enterFolder(std::string_view folder) {
   folder_ = knownState_.enter(folder);
+  if (folder.find('\x1b') != std::string_view::npos) {
+    folderPrefix_.clear();
+    return;
+  }
   folderPrefix_.assign(itemPrefix.substr(0, itemPrefix.size() - 1)).append(folder).append("/");
 }
 

@@ -56,6 +56,14 @@ TEST_F(LineParserTest, colourSequencesAreRemovedAnywhereInTheLine) {
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading a.txt");
 }
 
+TEST_F(LineParserTest, escapeLeftInAFolderDoesNotSpareTheNextLineItsCleaning) {
+  // Cleaned, the first folder is spelled as the second one is before cleaning.
+  EXPECT_FALSE(line(" o /A\x1b\x1b[m[1mB/x \u2601"));
+  EXPECT_FALSE(line(" o /A\x1b[1mB/y \u2601"));
+  EXPECT_TRUE(line(" o /AB/y \u2601 not downloaded"));
+  EXPECT_EQ(onlyLogLine(), "Driftmark: evicted y");
+}
+
 TEST_F(LineParserTest, otherEscapeSequencesStay) {
   EXPECT_FALSE(line("\x1b[2K o /a.txt \u2191 45%"));
   EXPECT_FALSE(line("\x1b[1 o /a.txt \u2191 45%"));

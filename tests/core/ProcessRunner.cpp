@@ -231,7 +231,7 @@ TEST_F(ProcessRunnerTest, feedsAreNotReadByTheWrongParser) {
 TEST_F(ProcessRunnerTest, hugeItemPathIsAPathLikeAnother) {
   start();
   const std::string path = "/folder/" + std::string(2'000'000, 'n');
-  EXPECT_TRUE(item(path, " \u2191 5%") || changes > 0);
+  EXPECT_TRUE(item(path, " \u2191 5%"));
   ASSERT_TRUE(active(path));
   item(path, " \u2601");
   EXPECT_EQ(latest().path, full(path));

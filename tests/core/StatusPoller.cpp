@@ -48,10 +48,10 @@ TEST(StatusReportTest, directoryIsTheTextFromTheSlashToTheTrimmedEnd) {
 
 TEST(StatusReportTest, otherLinesAreNoHeaders) {
   for (const std::string line : {"Under A", "under /A", "Under  /A", "xUnder /A", "Under\t/A",
-                                 "Under", "Under ", "> Under /A"})
-    EXPECT_EQ(SyncMonitor::parseStatus("Under /old\n" + line + "\n" + upload),
-              activity(0, 1, {"/old"}))
-        << line;
+                                 "Under", "Under ", "> Under /A"}) {
+    const std::string report = "Under /old\n" + line + "\n";
+    EXPECT_EQ(SyncMonitor::parseStatus(report + upload), activity(0, 1, {"/old"})) << line;
+  }
 }
 
 TEST(StatusReportTest, indentedJobLinesAreRecognised) {

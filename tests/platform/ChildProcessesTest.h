@@ -47,7 +47,7 @@ protected:
   LaunchError failedSpawn(const ToolCommand& command);
 
   /// Waits for a line that holds nothing but a process identifier, the first one of the output.
-  int identifierFrom(const Tool& tool);
+  static int identifierFrom(const Tool& tool);
 
   QtMainQueue mainQueue_;
   std::optional<PosixChildProcesses> children_{std::in_place, mainQueue_, ""};

@@ -1,4 +1,5 @@
-// A tool that carries out the steps given as its arguments, for the tests of child processes.
+// A tool that carries out the steps given as its arguments, for the tests of child processes. It
+// has one thread. NOLINTBEGIN(concurrency-mt-unsafe)
 
 #include "FloodPattern.h"
 
@@ -126,7 +127,7 @@ std::size_t inputSize() {
 std::string descriptors() {
   DIR* const folder = opendir("/proc/self/fd");
   std::string text;
-  while (const dirent* const entry = readdir(folder)) { // NOLINT(concurrency-mt-unsafe)
+  while (const dirent* const entry = readdir(folder)) {
     const std::string name = entry->d_name;
     if (name != "." && name != ".." && name != std::to_string(dirfd(folder)))
       text += name + " ";
@@ -198,7 +199,7 @@ void raiseWithDefault(int signal) {
 }
 
 std::string variable(const std::string& name) {
-  const char* const value = std::getenv(name.c_str()); // NOLINT(concurrency-mt-unsafe)
+  const char* const value = std::getenv(name.c_str());
   return value ? value : "(not set)";
 }
 
@@ -292,3 +293,5 @@ int main(int argc, char* argv[]) {
     carryOut(arguments.take(), arguments);
   return 0;
 }
+
+// NOLINTEND(concurrency-mt-unsafe)

@@ -21,11 +21,11 @@ bool unlockFails = false;
 } // namespace
 
 /// Stands before the system's function of this name.
-extern "C" int unlockpt(int master) noexcept {
+extern "C" int unlockpt(int fd) noexcept {
   using Function = int(int);
-  static Function* const real = reinterpret_cast<Function*>(dlsym(RTLD_NEXT, "unlockpt"));
+  static auto* const real = reinterpret_cast<Function*>(dlsym(RTLD_NEXT, "unlockpt"));
   if (!unlockFails)
-    return real(master);
+    return real(fd);
   errno = EINVAL;
   return -1;
 }

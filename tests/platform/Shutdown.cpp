@@ -97,6 +97,7 @@ TEST_F(Shutdown, meetsLaunchesOnOtherThreads) {
   for (int time = 0; time < 20; ++time) {
     children_.emplace(mainQueue_, "");
     std::vector<std::thread> threads;
+    threads.reserve(3);
     for (int number = 0; number < 3; ++number)
       threads.emplace_back([toolRun = children_->prepare(childTool({"wait"}),
                                                          ToolOutput::capture)] { toolRun->run(); });
@@ -112,6 +113,7 @@ TEST_F(Shutdown, leavesNoDescriptorOpen) {
   const auto before = openDescriptors();
   children_.emplace(mainQueue_, "");
   std::vector<Tool> tools;
+  tools.reserve(5);
   for (int number = 0; number < 5; ++number)
     tools.push_back(spawn({"print", "x", "wait"}));
   EXPECT_EQ(openTerminals(), 5U);

@@ -41,7 +41,7 @@ public:
     EXPECT_EQ(Orphans::children().size(), 1U);
   }
 
-  int identifier() const { return Orphans::children().at(0); }
+  static int identifier() { return Orphans::children().at(0); }
 
   /// What `run` returned, once it has.
   Result result() {
@@ -57,7 +57,7 @@ private:
 
 TEST_F(ToolRuns, outputEndsWithTheLastThatHoldsThePipe) {
   LeftBehind left(children_->prepare(childTool({"fork-holder", "exit", "4"}), ToolOutput::capture));
-  const int holder = left.identifier();
+  const int holder = LeftBehind::identifier();
   EXPECT_TRUE(Orphans::end(holder));
   const Result result = left.result();
   ASSERT_TRUE(std::holds_alternative<ToolResult>(result));
@@ -67,7 +67,7 @@ TEST_F(ToolRuns, outputEndsWithTheLastThatHoldsThePipe) {
 
 TEST_F(ToolRuns, shutdownDoesNotWaitForOthersThatHoldThePipe) {
   LeftBehind left(children_->prepare(childTool({"fork-holder", "exit", "4"}), ToolOutput::capture));
-  const int holder = left.identifier();
+  const int holder = LeftBehind::identifier();
   children_->shutdown();
   const Result result = left.result();
   ASSERT_TRUE(std::holds_alternative<ToolResult>(result));

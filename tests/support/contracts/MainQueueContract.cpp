@@ -1,6 +1,7 @@
 #include "support/contracts/MainQueueContract.h"
 
 #include <atomic>
+#include <numeric>
 #include <optional>
 #include <string>
 #include <thread>
@@ -61,6 +62,7 @@ TEST_P(MainQueueContract, tasksFromOtherThreadsRunOnTheQueuesThreadInTheirThread
   int total = 0;
   const std::thread::id here = std::this_thread::get_id();
   std::vector<std::thread> threads;
+  threads.reserve(threadCount);
   for (int thread = 0; thread < threadCount; ++thread)
     threads.emplace_back([&, thread] {
       for (int task = 0; task < tasksPerThread; ++task)
@@ -75,8 +77,7 @@ TEST_P(MainQueueContract, tasksFromOtherThreadsRunOnTheQueuesThreadInTheirThread
     thread.join();
   EXPECT_EQ(onOtherThreads, 0);
   std::vector<int> inOrder(tasksPerThread);
-  for (int task = 0; task < tasksPerThread; ++task)
-    inOrder[static_cast<std::size_t>(task)] = task;
+  std::iota(inOrder.begin(), inOrder.end(), 0);
   for (const std::vector<int>& tasks : seen)
     EXPECT_EQ(tasks, inOrder);
 }
