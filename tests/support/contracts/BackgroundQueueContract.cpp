@@ -40,21 +40,25 @@ TEST_P(BackgroundQueueContract, tasksMayBeHandedOverByTasksAndByOtherThreads) {
 }
 
 TEST_P(BackgroundQueueContract, blockedTaskDoesNotHoldUpTheNext) {
-  std::mutex mutex;
-  std::condition_variable changed;
-  bool secondRan = false;
-  std::atomic<bool> firstDone = false;
-  queue().async(QualityOfService::utility, [&] {
-    std::unique_lock lock(mutex);
-    changed.wait(lock, [&] { return secondRan; });
-    firstDone = true;
+  // Owned by the tasks: they may still be on their way out when the test is done.
+  struct Meeting {
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool secondRan = false;
+    std::atomic<bool> firstDone = false;
+  };
+  const auto meeting = std::make_shared<Meeting>();
+  queue().async(QualityOfService::utility, [meeting] {
+    std::unique_lock lock(meeting->mutex);
+    meeting->changed.wait(lock, [&] { return meeting->secondRan; });
+    meeting->firstDone = true;
   });
-  queue().async(QualityOfService::utility, [&] {
-    const std::lock_guard lock(mutex);
-    secondRan = true;
-    changed.notify_all();
+  queue().async(QualityOfService::utility, [meeting] {
+    const std::lock_guard lock(meeting->mutex);
+    meeting->secondRan = true;
+    meeting->changed.notify_all();
   });
-  EXPECT_TRUE(waitUntil([&] { return firstDone.load(); }));
+  EXPECT_TRUE(waitUntil([&] { return meeting->firstDone.load(); }));
 }
 
 TEST_P(BackgroundQueueContract, destructionWaitsForWhatRunsAndDropsWhatWaits) {
