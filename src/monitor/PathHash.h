@@ -7,42 +7,44 @@
 
 namespace driftmark {
 
+__extension__ using WideWord = unsigned __int128;
+
 /// A fast hash of bytes; not meant to withstand an adversary.
 inline std::uint64_t hashBytes(std::string_view bytes) {
-  // Odd multipliers with well-spread bits: the fractions of the golden ratio and of the square root
-  // of three.
+  // Odd numbers with well-spread bits: the fractions of the golden ratio and of the square roots of
+  // three and of five.
   constexpr std::uint64_t first = 0x9e3779b97f4a7c15;
   constexpr std::uint64_t second = 0xbb67ae8584caa73b;
-  const auto load = [](const char* at, std::size_t count) {
+  constexpr std::uint64_t third = 0x3c6ef372fe94f82b;
+  const auto load = [](const char* at) {
     std::uint64_t word = 0;
-    std::memcpy(&word, at, count);
+    std::memcpy(&word, at, sizeof word);
     return word;
   };
+  // Every bit of the product depends on bits of both factors; the halves are folded together.
+  const auto mix = [](std::uint64_t a, std::uint64_t b) {
+    const WideWord product = static_cast<WideWord>(a) * b;
+    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+  };
 
-  // Two independent lanes keep the multiplier busy.
-  std::uint64_t a = bytes.size() * first;
-  std::uint64_t b = second;
   const char* at = bytes.data();
-  std::size_t left = bytes.size();
-  for (; left >= 16; at += 16, left -= 16) {
-    a = (a ^ load(at, 8)) * first;
-    b = (b ^ load(at + 8, 8)) * second;
-    a ^= a >> 29;
-    b ^= b >> 31;
+  const std::size_t size = bytes.size();
+  std::uint64_t hash = size * first;
+  if (size >= 16) {
+    const char* const lastBlock = at + size - 16;
+    for (; at < lastBlock; at += 16)
+      hash = mix(load(at) ^ second, load(at + 8) ^ hash);
+    // The last sixteen bytes, some of them perhaps for the second time.
+    hash = mix(load(lastBlock) ^ second, load(lastBlock + 8) ^ hash);
+  } else if (size >= 8) {
+    hash = mix(load(at) ^ second, load(at + size - 8) ^ hash);
+  } else {
+    std::uint64_t word = 0;
+    for (std::size_t i = 0; i < size; ++i)
+      word = word << 8 | static_cast<unsigned char>(at[i]);
+    hash = mix(word ^ second, hash);
   }
-  if (left >= 8) {
-    a = (a ^ load(at, 8)) * first;
-    a ^= a >> 29;
-    at += 8;
-    left -= 8;
-  }
-  if (left > 0)
-    b = (b ^ load(at, left)) * second;
-
-  std::uint64_t hash = (a ^ (b >> 32) ^ (b << 32)) * first;
-  hash ^= hash >> 32;
-  hash *= second;
-  return hash ^ (hash >> 29);
+  return mix(hash ^ third, first);
 }
 
 /// A path with its hash, for several look-ups at the price of one hash.

@@ -1,5 +1,7 @@
 #include "monitor/TextScan.h"
 
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -31,21 +33,40 @@ std::size_t bytesBelow(std::uint64_t marks) {
   return static_cast<std::size_t>(std::countr_zero(marks)) / 8;
 }
 
-/// The length of the front of `bytes` that is ASCII without the bytes in `excluded`.
-template <char... excluded> std::size_t asciiWithout(std::string_view bytes) {
+constexpr std::size_t blockSize = 32;
+constexpr char escape = '\x1b';
+
+/// Whether the block at `from` is ASCII without the escape character. Compilers make a few vector
+/// instructions of it.
+bool isPlainBlock(const char* from) {
+  std::array<unsigned char, blockSize> marks;
+  for (std::size_t i = 0; i < blockSize; ++i)
+    marks[i] = static_cast<unsigned char>(static_cast<unsigned char>(from[i]) |
+                                          (from[i] == escape ? 0x80U : 0U));
+  std::array<std::uint64_t, blockSize / 8> words;
+  std::memcpy(words.data(), marks.data(), blockSize);
+  return ((words[0] | words[1] | words[2] | words[3]) & highBits) == 0;
+}
+
+/// The length of the front of `bytes` for which `marksOf(word)` marks nothing. Zeros may stand in
+/// for bytes behind the end.
+template <class MarksOf> std::size_t unmarkedLength(std::string_view bytes, MarksOf marksOf) {
   std::size_t at = 0;
-  for (; at + 8 <= bytes.size(); at += 8) {
-    const std::uint64_t word = loadWord(bytes.data() + at);
-    const std::uint64_t marks = ((word & highBits) | ... | equalBytes(word, excluded));
-    if (marks != 0)
+  for (; at + 8 <= bytes.size(); at += 8)
+    if (const std::uint64_t marks = marksOf(loadWord(bytes.data() + at)))
       return at + bytesBelow(marks);
-  }
-  const auto belongs = [](char c) {
-    return static_cast<unsigned char>(c) < 0x80 && ((c != excluded) && ...);
-  };
-  while (at < bytes.size() && belongs(bytes[at]))
-    ++at;
-  return at;
+
+  // The bytes left over come to stand at the low end of a word.
+  const std::size_t left = bytes.size() - at;
+  if (left == 0)
+    return at;
+  std::uint64_t word = 0;
+  if (bytes.size() >= 8)
+    word = loadWord(bytes.data() + bytes.size() - 8) >> (8 * (8 - left));
+  else
+    std::memcpy(&word, bytes.data(), left);
+  const std::uint64_t marks = marksOf(word);
+  return at + (marks != 0 ? std::min(bytesBelow(marks), left) : left);
 }
 
 } // namespace
@@ -84,15 +105,22 @@ bool isUtf8(std::string_view bytes) {
 }
 
 std::size_t asciiLength(std::string_view bytes) {
-  return asciiWithout<>(bytes);
+  return unmarkedLength(bytes, [](std::uint64_t word) { return word & highBits; });
 }
 
 std::size_t unescapedLength(std::string_view bytes) {
-  return asciiWithout<'\x1b'>(bytes);
+  std::size_t blocks = 0;
+  while (blocks + blockSize <= bytes.size() && isPlainBlock(bytes.data() + blocks))
+    blocks += blockSize;
+  return blocks + unmarkedLength(bytes.substr(blocks), [](std::uint64_t word) {
+           return (word & highBits) | equalBytes(word, escape);
+         });
 }
 
 std::size_t plainNameLength(std::string_view bytes) {
-  return asciiWithout<'\x1b', '/'>(bytes);
+  return unmarkedLength(bytes, [](std::uint64_t word) {
+    return (word & highBits) | equalBytes(word, escape) | equalBytes(word, '/');
+  });
 }
 
 } // namespace driftmark
