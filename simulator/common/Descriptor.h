@@ -26,6 +26,9 @@ public:
   int get() const { return number_; }
   explicit operator bool() const { return number_ >= 0; }
 
+  /// Leaves the descriptor to the caller.
+  int release() { return std::exchange(number_, -1); }
+
   void reset() {
     if (number_ >= 0)
       close(std::exchange(number_, -1));

@@ -13,6 +13,8 @@
 #include <sys/wait.h>
 
 namespace icloud {
+namespace fs = std::filesystem;
+
 namespace {
 
 constexpr std::chrono::seconds endingTime{15};
@@ -76,13 +78,23 @@ void Demo::startBird() {
   bird_.emplace(launch);
 }
 
+fs::path Demo::installedProgram() const {
+  const fs::path& program = options_.program;
+  const fs::path folder = program.parent_path();
+  const fs::path bundle = folder.parent_path().parent_path();
+  if (!folder.string().ends_with("/Contents/MacOS") || bundle.extension() != ".app")
+    return program;
+  return world_.install(bundle) / "Contents/MacOS" / program.filename();
+}
+
 void Demo::startProgram() {
   Pipe pipe = makePipe();
   programLines_ =
       LineReader(std::move(pipe.reading), [this](const std::string& line) { narrator_.log(line); });
-  Launch launch{options_.program,
+  Launch launch{installedProgram(),
                 {},
                 {{"HOME", world_.home()},
+                 {"TMPDIR", world_.temporary()},
                  {"DRIFTMARK_SYSTEM_ROOT", world_.root().path()},
                  {"DRIFTMARK_STALL_SECS", scenario_.stallAfter},
                  {"XDG_CONFIG_HOME", std::nullopt},

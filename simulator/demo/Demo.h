@@ -28,6 +28,9 @@ private:
 
   void introduce();
   void startBird();
+
+  /// Where to run the program from: out of a copy of its bundle in /Applications, when it lies in one.
+  std::filesystem::path installedProgram() const;
   void startProgram();
   void hearBird(const std::string& line);
   void beginEnding();

@@ -22,6 +22,8 @@ const char* DemoOptions::usage() {
          "Lets the program watch a simulated iCloud that plays the scenario, shows what it logs,\n"
          "and compares that with what the scenario expects. Exit status 0: no deviation.\n"
          "\n"
+         "A program in a bundle is run from a copy of the bundle in /Applications.\n"
+         "\n"
          "  --out DIR        also writes log.txt, story.txt and summary.txt there\n"
          "  --limit SECONDS  gives up after so long (150)\n"
          "  --tools DIR      a system root to take the tools from (\"root\" beside this program)\n";

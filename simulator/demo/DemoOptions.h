@@ -18,7 +18,7 @@ public:
 /// What the demo is told when it is started.
 struct DemoOptions {
   bool help = false;
-  std::filesystem::path program;
+  std::filesystem::path program; ///< in a bundle: the bundle is installed first
   std::filesystem::path scenario;
   std::filesystem::path tools; ///< a system root to copy the tools from
   std::optional<std::filesystem::path> out;

@@ -2,12 +2,17 @@
 
 #include "common/SystemFailure.h"
 
+#include "process/Launch.h"
+
 #include <cstdlib>
+#include <stdexcept>
 
 namespace icloud {
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr const char* maker = "Developer ID Application: Tallowmere (T4N8RW2KQZ)";
 
 fs::path newFolder() {
   std::string pattern = fs::canonical(fs::temp_directory_path()) / "icloud-XXXXXX";
@@ -21,11 +26,23 @@ fs::path newFolder() {
 World::World(const fs::path& tools) : folder_(newFolder()) {
   try {
     fs::create_directory(home());
+    fs::create_directory(temporary());
     fs::copy(tools, root().path(), fs::copy_options::recursive);
+    fs::create_directories(root().applications());
   } catch (...) {
     fs::remove_all(folder_);
     throw;
   }
+}
+
+fs::path World::install(const fs::path& bundle) const {
+  const fs::path place = root().applications() / bundle.filename();
+  fs::copy(bundle, place, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+  ChildProcess codesign({root().codesign(), {"--force", "--sign", maker, place}, {}});
+  if (const int status = codesign.wait(); status != 0)
+    throw std::runtime_error("cannot sign " + place.string() + ": codesign ended with " +
+                             describeEnd(status));
+  return place;
 }
 
 World::~World() {

@@ -6,8 +6,8 @@
 
 namespace icloud {
 
-/// A system root with the tools in it and an empty home, in a temporary folder that goes with this
-/// object.
+/// A system root with the tools in it, and beside it an empty home and a folder for temporary
+/// files, all in a temporary folder that goes with this object.
 class World {
 public:
   /// Takes the tools from the system root `tools`. Throws std::system_error.
@@ -16,9 +16,14 @@ public:
   World& operator=(const World&) = delete;
   ~World();
 
+  /// Puts a copy of an application into the root's /Applications, signed by its maker, and returns
+  /// where it lies. Throws std::system_error, or std::runtime_error when it cannot be signed.
+  std::filesystem::path install(const std::filesystem::path& bundle) const;
+
   const std::filesystem::path& folder() const { return folder_; }
   SystemRoot root() const { return SystemRoot(folder_ / "root"); }
   std::filesystem::path home() const { return folder_ / "home"; }
+  std::filesystem::path temporary() const { return folder_ / "tmp"; }
   std::filesystem::path drive() const {
     return home() / "Library/Mobile Documents/com~apple~CloudDocs";
   }

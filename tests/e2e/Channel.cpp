@@ -52,6 +52,12 @@ const std::string& Channel::readUntil(std::string_view text) {
   return text_;
 }
 
+const std::string& Channel::readSoFar() {
+  while (isReadableWithin(readingEnd_.get(), std::chrono::milliseconds(0)) && readSome())
+    continue;
+  return text_;
+}
+
 const std::string& Channel::readToEnd() {
   closeChildEnd();
   while (readSome())

@@ -26,6 +26,9 @@ public:
   /// Reads until `text` was seen, and returns everything so far.
   const std::string& readUntil(std::string_view text);
 
+  /// Reads what is there without waiting, and returns everything so far.
+  const std::string& readSoFar();
+
   /// Reads to the end of the output, and returns everything.
   const std::string& readToEnd();
 

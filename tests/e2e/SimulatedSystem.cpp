@@ -1,6 +1,7 @@
 #include "SimulatedSystem.h"
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace icloud::test {
 namespace {
@@ -49,6 +50,15 @@ Finished runToEnd(Launch launch) {
   const int status = process.wait();
   finished.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   return finished;
+}
+
+Finished runWithoutPrivileges(const std::filesystem::path& program,
+                              std::vector<std::string> arguments) {
+  if (geteuid() != 0)
+    return runToEnd({program, std::move(arguments), {}});
+  arguments.insert(arguments.begin(),
+                   {"--bounding-set=-dac_override,-dac_read_search,-fowner", program});
+  return runToEnd({"/usr/bin/setpriv", std::move(arguments), {}});
 }
 
 } // namespace icloud::test

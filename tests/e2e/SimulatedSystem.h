@@ -58,4 +58,9 @@ private:
 /// Runs a program on pipes to its end.
 Finished runToEnd(Launch launch);
 
+/// The same for a program that is not let into what its owner has forbidden himself, as one that is
+/// not run by root.
+Finished runWithoutPrivileges(const std::filesystem::path& program,
+                              std::vector<std::string> arguments);
+
 } // namespace icloud::test

@@ -12,8 +12,9 @@ namespace icloud::test {
 /// A folder that goes with this object.
 class TemporaryFolder {
 public:
-  TemporaryFolder() {
-    std::string pattern = std::filesystem::temp_directory_path() / "e2e-XXXXXX";
+  explicit TemporaryFolder(
+      const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+    std::string pattern = parent / "e2e-XXXXXX";
     if (mkdtemp(pattern.data()) == nullptr)
       throw std::runtime_error("cannot make " + pattern);
     path_ = pattern;

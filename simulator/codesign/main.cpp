@@ -1,0 +1,169 @@
+#include "bundle/InfoPlist.h"
+#include "codesign/Command.h"
+#include "codesign/Contents.h"
+#include "codesign/Seal.h"
+#include "common/SystemRoot.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+using namespace icloud;
+namespace fs = std::filesystem;
+
+constexpr int badUsage = 2;
+constexpr const char* notSigned = "code object is not signed at all";
+constexpr const char* sealBroken = "a sealed resource is missing or invalid";
+
+/// A bundle, and how the one who asked calls it.
+struct Subject {
+  std::string shown;
+  fs::path bundle;
+};
+
+/// Says something about a path, as every message does.
+void say(const std::string& about, const std::string& text) {
+  std::fprintf(stderr, "%s: %s\n", about.c_str(), text.c_str());
+}
+
+void show(const char* name, const std::string& value) {
+  std::fprintf(stderr, "%s=%s\n", name, value.c_str());
+}
+
+std::string requiredText(const fs::path& bundle, const char* key) {
+  const auto text = infoText(bundle, key);
+  if (!text || text->empty())
+    throw SigningFailure("bundle format unrecognized, invalid, or unsuitable");
+  return *text;
+}
+
+void requireBundle(const fs::path& path) {
+  if (!fs::exists(fs::symlink_status(path)))
+    throw SigningFailure("No such file or directory");
+  if (!fs::is_directory(path))
+    throw SigningFailure(notSigned);
+  if (!fs::is_regular_file(fs::symlink_status(infoPlistOf(path))))
+    throw SigningFailure("bundle format unrecognized, invalid, or unsuitable");
+}
+
+Seal requiredSeal(const fs::path& bundle) {
+  auto seal = Seal::of(bundle);
+  if (!seal)
+    throw SigningFailure(notSigned);
+  return std::move(*seal);
+}
+
+/// Lists what differs from the seal. Throws SigningFailure when something does.
+void compare(const Subject& subject, const Contents& sealed, const Contents& present) {
+  std::string differences;
+  const auto note = [&](const char* what, const std::string& name) {
+    differences += std::string("\n") + what + ": " + subject.shown + "/" + name;
+  };
+  for (const auto& [name, description] : present)
+    if (const auto found = sealed.find(name); found == sealed.end())
+      note("file added", name);
+    else if (found->second != description)
+      note("file modified", name);
+  for (const auto& [name, description] : sealed)
+    if (!present.contains(name))
+      note("file missing", name);
+  if (!differences.empty())
+    throw SigningFailure(sealBroken + differences);
+}
+
+void verify(const Subject& subject, const Command& command) {
+  const Seal seal = requiredSeal(subject.bundle);
+  compare(subject, seal.contents, contentsOf(subject.bundle));
+  if (command.strict)
+    requireLinksInside(subject.bundle);
+  if (seal.identifier != requiredText(subject.bundle, "CFBundleIdentifier"))
+    throw SigningFailure(sealBroken);
+  if (command.verbosity == 0)
+    return;
+  say(subject.shown, "valid on disk");
+  say(subject.shown, "satisfies its Designated Requirement");
+}
+
+void display(const Subject& subject, const Command& command) {
+  const Seal seal = requiredSeal(subject.bundle);
+  show("Executable",
+       subject.shown + "/Contents/MacOS/" + requiredText(subject.bundle, "CFBundleExecutable"));
+  if (command.verbosity == 0)
+    return;
+  show("Identifier", seal.identifier);
+  show("Format", "app bundle with generic");
+  if (seal.identity.isAdHoc())
+    show("Signature", "adhoc");
+  else if (command.verbosity > 1)
+    show("Authority", seal.identity.name());
+  show("TeamIdentifier", seal.identity.isAdHoc() ? "not set" : seal.identity.team());
+  std::fprintf(stderr, "Sealed Resources version=2 rules=0 files=%zu\n", seal.contents.size());
+}
+
+bool hasSeal(const fs::path& bundle) {
+  return fs::exists(fs::symlink_status(bundle / sealPlace));
+}
+
+void sign(const Subject& subject, const Identity& identity, bool force) {
+  const bool replaces = hasSeal(subject.bundle);
+  if (replaces && !force)
+    throw SigningFailure("is already signed");
+  const Seal seal{identity, requiredText(subject.bundle, "CFBundleIdentifier"),
+                  contentsOf(subject.bundle)};
+  seal.writeTo(subject.bundle);
+  if (replaces)
+    say(subject.shown, "replacing existing signature");
+}
+
+void operate(const Subject& subject, const Command& command, const Identity& identity) {
+  requireBundle(subject.bundle);
+  switch (command.kind) {
+  case Command::Kind::verify:
+    return verify(subject, command);
+  case Command::Kind::display:
+    return display(subject, command);
+  case Command::Kind::sign:
+    return sign(subject, identity, command.force);
+  }
+}
+
+// A slash at the end would make a link into what it leads to.
+Subject subjectOf(std::string path, const SystemRoot& root) {
+  while (path.size() > 1 && path.ends_with('/'))
+    path.pop_back();
+  const std::string shown = fs::absolute(path);
+  return {shown, root.resolve(shown)};
+}
+
+int run(const Command& command) {
+  const SystemRoot root = SystemRoot::ofThisProgram();
+  const Identity identity(command.identity);
+  int status = EXIT_SUCCESS;
+  for (const std::string& path : command.paths) {
+    try {
+      operate(subjectOf(path, root), command, identity);
+    } catch (const std::exception& problem) {
+      say(path, problem.what());
+      status = EXIT_FAILURE;
+    }
+  }
+  return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return run(Command::from({argv + 1, argv + argc}));
+  } catch (const UsageError& error) {
+    std::fprintf(stderr, "codesign: %s\n%s", error.what(), Command::usage());
+    return badUsage;
+  } catch (const SigningFailure& failure) {
+    std::fprintf(stderr, "%s\n", failure.what());
+    return EXIT_FAILURE;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "codesign: %s\n", error.what());
+    return EXIT_FAILURE;
+  }
+}

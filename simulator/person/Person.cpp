@@ -1,0 +1,154 @@
+#include "person/Person.h"
+
+#include "person/Connection.h"
+
+#include <algorithm>
+
+namespace icloud {
+namespace {
+
+using Json = nlohmann::json;
+
+Window::Kind kindNamed(const std::string& name) {
+  if (name == "alert")
+    return Window::Kind::alert;
+  if (name == "dialog")
+    return Window::Kind::dialog;
+  if (name == "menu")
+    return Window::Kind::menu;
+  return name == "tooltip" ? Window::Kind::tooltip : Window::Kind::other;
+}
+
+Place placeIn(const Json& json) {
+  return {.x = json[0], .y = json[1], .width = json[2], .height = json[3]};
+}
+
+Button buttonIn(const Json& json) {
+  return {.title = json["title"],
+          .isDefault = json["isDefault"],
+          .isEnabled = json["isEnabled"],
+          .isChecked = json["isChecked"]};
+}
+
+Part partIn(const Json& json) {
+  return {.name = json["name"],
+          .className = json["class"],
+          .place = placeIn(json["place"]),
+          .isEnabled = json["isEnabled"],
+          .toolTip = json["toolTip"],
+          .accessibleName = json["accessibleName"]};
+}
+
+MenuEntry entryIn(const Json& json) {
+  return {.text = json["text"],
+          .isEnabled = json["isEnabled"],
+          .isChecked = json["isChecked"],
+          .isSeparator = json["isSeparator"],
+          .hasSubmenu = json["hasSubmenu"],
+          .shortcut = json["shortcut"],
+          .toolTip = json["toolTip"]};
+}
+
+template <typename Thing> std::vector<Thing> allIn(const Json& json, Thing (*read)(const Json&)) {
+  std::vector<Thing> things;
+  for (const Json& one : json)
+    things.push_back(read(one));
+  return things;
+}
+
+Window windowIn(const Json& json) {
+  return {.number = json["number"],
+          .className = json["class"],
+          .kind = kindNamed(json["kind"]),
+          .title = json["title"],
+          .place = placeIn(json["place"]),
+          .isModal = json["isModal"],
+          .isActive = json["isActive"],
+          .texts = json["texts"],
+          .buttons = allIn(json["buttons"], buttonIn),
+          .parts = allIn(json["parts"], partIn),
+          .entries = allIn(json["entries"], entryIn)};
+}
+
+Person::Test isOfKind(Window::Kind kind) {
+  return [kind](const Window& window) { return window.kind == kind; };
+}
+
+} // namespace
+
+Person::Person(Descriptor connection)
+    : connection_(std::make_unique<Connection>(std::move(connection))) {}
+Person::Person(Person&&) noexcept = default;
+Person& Person::operator=(Person&&) noexcept = default;
+Person::~Person() = default;
+
+pid_t Person::process() const {
+  return connection_->process();
+}
+
+const std::filesystem::path& Person::program() const {
+  return connection_->program();
+}
+
+std::vector<Window> Person::windows() {
+  return allIn(connection_->ask({{"do", "windows"}})["windows"], windowIn);
+}
+
+Window Person::awaitWindow(const Test& test) {
+  while (true) {
+    auto visible = windows();
+    const auto found = std::find_if(visible.rbegin(), visible.rend(), test);
+    if (found != visible.rend())
+      return std::move(*found);
+    connection_->awaitNotice();
+  }
+}
+
+Window Person::awaitAlert() {
+  return awaitWindow(isOfKind(Window::Kind::alert));
+}
+
+Window Person::awaitMenu() {
+  return awaitWindow(isOfKind(Window::Kind::menu));
+}
+
+void Person::awaitAbsence(const Test& test) {
+  auto visible = windows();
+  while (std::any_of(visible.begin(), visible.end(), test)) {
+    connection_->awaitNotice();
+    visible = windows();
+  }
+}
+
+void Person::press(const std::string& buttonTitle) {
+  connection_->ask({{"do", "press"}, {"title", buttonTitle}});
+}
+
+void Person::click(const std::string& objectName, const std::string& mouseButton) {
+  connection_->ask({{"do", "click"}, {"name", objectName}, {"button", mouseButton}});
+}
+
+void Person::choose(const std::string& entryText) {
+  connection_->ask({{"do", "choose"}, {"text", entryText}});
+}
+
+void Person::key(const std::string& name) {
+  connection_->ask({{"do", "key"}, {"key", name}});
+}
+
+void Person::type(const std::string& text) {
+  connection_->ask({{"do", "type"}, {"text", text}});
+}
+
+void Person::screenshot(const std::filesystem::path& file, std::optional<int> window) {
+  Json request{{"do", "picture"}, {"file", file.string()}};
+  if (window)
+    request["window"] = *window;
+  connection_->ask(std::move(request));
+}
+
+void Person::awaitEnd() {
+  connection_->awaitEnd();
+}
+
+} // namespace icloud

@@ -1,0 +1,113 @@
+#include "person/plugin/Hands.h"
+
+#include <QGuiApplication>
+#include <QPointer>
+#include <QWindow>
+#include <QtTest/qtestkeyboard.h>
+#include <QtTest/qtestmouse.h>
+
+namespace icloud {
+namespace {
+
+using Window = QPointer<QWindow>;
+
+Window windowOf(const QWidget& widget) {
+  return widget.window()->windowHandle();
+}
+
+QPoint inWindow(const QWidget& widget, QPoint point) {
+  return widget.window()->mapFromGlobal(widget.mapToGlobal(point));
+}
+
+Hands::Callback mousePress(const Window& window, Qt::MouseButton button, QPoint at) {
+  return [=] {
+    if (window)
+      QTest::mousePress(window.data(), button, {}, at);
+  };
+}
+
+Hands::Callback mouseRelease(const Window& window, Qt::MouseButton button, QPoint at) {
+  return [=] {
+    if (window)
+      QTest::mouseRelease(window.data(), button, {}, at);
+  };
+}
+
+Hands::Callback mouseMove(const Window& window, QPoint to) {
+  return [=] {
+    if (window)
+      QTest::mouseMove(window.data(), to);
+  };
+}
+
+// The window that has the keyboard may change between two keys.
+Hands::Callback keyEvent(QTest::KeyAction action, const Window& fallback, Qt::Key key,
+                         const QString& text, Qt::KeyboardModifiers modifiers) {
+  return [=] {
+    QWindow* const focused = QGuiApplication::focusWindow();
+    if (QWindow* const window = focused != nullptr ? focused : fallback.data())
+      QTest::sendKeyEvent(action, window, key, text, modifiers);
+  };
+}
+
+} // namespace
+
+void Hands::click(QWidget& widget, QPoint point, Qt::MouseButton button, Callback onLast) {
+  const Window window = windowOf(widget);
+  const QPoint at = inWindow(widget, point);
+  perform({mouseMove(window, at), mousePress(window, button, at), mouseRelease(window, button, at)},
+          std::move(onLast));
+}
+
+// A menu takes a click only from a pointer that has moved since the menu opened.
+void Hands::choose(QMenu& menu, const QAction& entry, Callback onLast) {
+  constexpr int moves = 8;
+  const Window window = windowOf(menu);
+  const QRect row = menu.actionGeometry(const_cast<QAction*>(&entry));
+  std::vector<Callback> events;
+  for (int i = moves; i >= 0; --i)
+    events.push_back(mouseMove(window, row.center() - QPoint(i, 0)));
+  events.push_back(mousePress(window, Qt::LeftButton, row.center()));
+  events.push_back(mouseRelease(window, Qt::LeftButton, row.center()));
+  perform(std::move(events), std::move(onLast));
+}
+
+void Hands::press(QKeyCombination key, QWidget& fallback, Callback onLast) {
+  const Window window = windowOf(fallback);
+  const QString text = QChar(QTest::keyToAscii(key.key()));
+  perform({keyEvent(QTest::Press, window, key.key(), text, key.keyboardModifiers()),
+           keyEvent(QTest::Release, window, key.key(), text, key.keyboardModifiers())},
+          std::move(onLast));
+}
+
+void Hands::type(const QString& text, QWidget& fallback, Callback onLast) {
+  const Window window = windowOf(fallback);
+  std::vector<Callback> events;
+  for (const QChar character : text) {
+    const char ascii = character.toLatin1();
+    const Qt::Key key = character.unicode() < 0x80 ? QTest::asciiToKey(ascii) : Qt::Key_unknown;
+    events.push_back(keyEvent(QTest::Press, window, key, character, {}));
+    events.push_back(keyEvent(QTest::Release, window, key, character, {}));
+  }
+  perform(std::move(events), std::move(onLast));
+}
+
+void Hands::perform(std::vector<Callback> events, Callback onLast) {
+  if (events.empty()) {
+    onLast();
+    return;
+  }
+  const auto gesture = std::make_shared<Gesture>(Gesture{std::move(events), std::move(onLast)});
+  performNext(gesture, 0);
+}
+
+void Hands::performNext(const std::shared_ptr<Gesture>& gesture, std::size_t index) {
+  if (index + 1 < gesture->events.size())
+    QMetaObject::invokeMethod(
+        this, [=, this] { performNext(gesture, index + 1); }, Qt::QueuedConnection);
+  else
+    gesture->onLast();
+  gesture->events[index]();
+}
+
+} // namespace icloud

@@ -1,0 +1,53 @@
+#include "common/SystemRoot.h"
+#include "sh/CommandText.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include <unistd.h>
+
+namespace {
+
+using namespace icloud;
+
+constexpr const char* machineShell = "/bin/sh";
+constexpr int cannotRun = 126;
+
+// The argument that follows the options when one of them is -c.
+std::string* commandText(std::vector<std::string>& arguments) {
+  bool given = false;
+  for (std::string& argument : arguments) {
+    if (argument == "--")
+      continue;
+    if (argument.size() < 2 || argument.front() != '-')
+      return given ? &argument : nullptr;
+    given = given || argument.find('c') != std::string::npos;
+  }
+  return nullptr;
+}
+
+} // namespace
+
+// The machine's shell, for which the names of this system's tools are those below its root.
+int main(int argc, char** argv) {
+  try {
+    const SystemRoot root = SystemRoot::ofThisProgram();
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    if (std::string* text = commandText(arguments))
+      *text = withCommandsRenamed(*text, [&](const std::string& name) {
+        const std::string tool = root.path().string() + name;
+        return access(tool.c_str(), X_OK) == 0 ? tool : name;
+      });
+    std::vector<char*> pointers{argv[0]};
+    for (std::string& argument : arguments)
+      pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    execv(machineShell, pointers.data());
+    std::fprintf(stderr, "sh: %s: %s\n", machineShell, std::strerror(errno));
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "sh: %s\n", error.what());
+  }
+  return cannotRun;
+}

@@ -1,0 +1,86 @@
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace {
+
+/// A strip whose press with the left button opens a menu and waits for its choice.
+class Strip : public QWidget {
+public:
+  explicit Strip(QWidget* parent) : QWidget(parent) {
+    setObjectName("strip");
+    setToolTip("a tip");
+    setAccessibleName("the strip");
+    setFixedSize(200, 24);
+  }
+
+  std::function<void(Qt::MouseButton)> onPress;
+
+protected:
+  void mousePressEvent(QMouseEvent* event) override { onPress(event->button()); }
+};
+
+bool ask(const QString& question, const QStringList& titles) {
+  QMessageBox box;
+  box.setText(question);
+  box.setInformativeText("informative");
+  QPushButton* first = nullptr;
+  for (const QString& title : titles) {
+    auto* const button = box.addButton(title, QMessageBox::AcceptRole);
+    if (first == nullptr)
+      first = button;
+  }
+  box.setDefaultButton(first);
+  box.exec();
+  return box.clickedButton() == first;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+  const QApplication application(argc, argv);
+  QWidget window;
+  window.setWindowTitle("subject");
+  auto* const layout = new QVBoxLayout(&window);
+  auto* const said = new QLabel("nothing", &window);
+  auto* const line = new QLineEdit(&window);
+  line->setObjectName("line");
+  auto* const askButton = new QPushButton("&Ask && wait", &window);
+  auto* const offButton = new QPushButton("Off", &window);
+  offButton->setEnabled(false);
+  auto* const strip = new Strip(&window);
+  for (QWidget* const part :
+       std::initializer_list<QWidget*>{said, line, askButton, offButton, strip})
+    layout->addWidget(part);
+
+  QMenu menu;
+  QAction* const greet = menu.addAction("Greet && go");
+  greet->setShortcut(QKeySequence("Ctrl+G"));
+  QAction* const checked = menu.addAction("Checked");
+  checked->setCheckable(true);
+  checked->setChecked(true);
+  menu.addSeparator();
+  menu.addAction("Never")->setEnabled(false);
+  QObject::connect(greet, &QAction::triggered, said, [said] { said->setText("greeted"); });
+
+  QObject::connect(askButton, &QPushButton::clicked, said, [said] {
+    const bool first = ask("First?", {"Yes", "No"});
+    const bool second = ask("Second?", {"Yes", "No"});
+    said->setText(QString("%1 %2").arg(first ? "yes" : "no", second ? "yes" : "no"));
+  });
+  QObject::connect(line, &QLineEdit::textChanged, said, &QLabel::setText);
+  QObject::connect(line, &QLineEdit::returnPressed, qApp, &QCoreApplication::quit);
+  strip->onPress = [&](Qt::MouseButton button) {
+    if (button == Qt::RightButton)
+      said->setText("right");
+    else
+      menu.exec(strip->mapToGlobal(QPoint(0, strip->height())));
+  };
+  window.show();
+  return QApplication::exec();
+}
