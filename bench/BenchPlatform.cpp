@@ -50,6 +50,10 @@ std::shared_ptr<ToolRun> FedChildren::prepare(const ToolCommand& /*command*/,
   return std::make_shared<IdleRun>();
 }
 
+std::optional<LaunchError> FedChildren::launchDetached(const ToolCommand& /*command*/) {
+  return std::nullopt;
+}
+
 void FedChildren::feed(std::string_view bytes, std::size_t chunk) const {
   for (std::size_t at = 0; at < bytes.size(); at += chunk)
     itemData_(bytes.substr(at, chunk));

@@ -1,14 +1,14 @@
 #pragma once
 
+#include "monitor/SyncMonitor.h"
 #include "platform/BackgroundQueue.h"
 #include "platform/ChildProcesses.h"
 #include "platform/Clock.h"
 #include "platform/Environment.h"
-#include "platform/FileSystem.h"
 #include "platform/MainQueue.h"
-#include "platform/Platform.h"
 #include "platform/SystemLog.h"
-#include "platform/Text.h"
+#include "platform/linux/LinuxFileSystem.h"
+#include "platform/linux/LinuxText.h"
 
 #include <cstddef>
 #include <string>
@@ -19,6 +19,7 @@ namespace driftmark::bench {
 class WallClock : public Clock {
 public:
   Date now() const override { return std::chrono::system_clock::now(); }
+  void sleep(Seconds /*duration*/) override {}
 };
 
 /// Log lines go nowhere.
@@ -49,6 +50,7 @@ public:
   std::variant<TerminalChild, LaunchError> spawn(const ToolCommand& command, DataHandler onData,
                                                  ExitHandler onExit) override;
   std::shared_ptr<ToolRun> prepare(const ToolCommand& command, ToolOutput output) override;
+  std::optional<LaunchError> launchDetached(const ToolCommand& command) override;
 
   /// Hands `bytes` to the per-item monitor, `chunk` bytes at a time.
   void feed(std::string_view bytes, std::size_t chunk = largestChunk) const;
@@ -58,8 +60,9 @@ private:
 };
 
 /// A home folder where every file exists.
-class FullDisk : public FileSystem {
+class FullDisk : public LinuxFileSystem {
 public:
+  FullDisk() : LinuxFileSystem("") {}
   bool fileExists(const std::string& /*path*/) const override { return true; }
   std::string homeDirectory() const override { return "/Users/maren"; }
 };
@@ -69,7 +72,7 @@ public:
   std::optional<std::string> variable(const std::string& /*name*/) const override { return {}; }
 };
 
-class PlainText : public Text {
+class PlainText : public LinuxText {
 public:
   std::string byteCount(std::int64_t bytes) const override { return std::to_string(bytes); }
 };
@@ -84,7 +87,8 @@ struct BenchPlatform {
   FullDisk disk;
   BareEnvironment environment;
   PlainText text;
-  Platform ports{clock, mainQueue, backgroundQueue, children, log, disk, environment, text};
+  SyncMonitor::Ports ports{clock, mainQueue, backgroundQueue, children,
+                           log,   disk,      environment,     text};
 };
 
 } // namespace driftmark::bench

@@ -71,8 +71,8 @@ double programTime(const PlayedListing& listing) {
   QtMainQueue mainQueue;
   PosixChildProcesses processes(mainQueue, listing.root().path().string());
   ItemMonitorAlone children(processes);
-  const Platform ports{rest.clock, mainQueue, rest.backgroundQueue, children,
-                       rest.log,   rest.disk, rest.environment,     rest.text};
+  const SyncMonitor::Ports ports{rest.clock, mainQueue, rest.backgroundQueue, children,
+                                 rest.log,   rest.disk, rest.environment,     rest.text};
   const auto monitor = SyncMonitor::make(ports);
   std::size_t changes = 0;
   monitor->onChange = [&changes] { ++changes; };

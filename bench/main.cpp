@@ -1,4 +1,5 @@
 #include "IngestBench.h"
+#include "MenuBench.h"
 #include "Report.h"
 #include "TerminalBench.h"
 
@@ -7,7 +8,8 @@
 #include <iostream>
 #include <string_view>
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QLoggingCategory>
 
 int main(int argc, char** argv) {
   using namespace driftmark::bench;
@@ -20,12 +22,16 @@ int main(int argc, char** argv) {
   }
 
   try {
-    const QCoreApplication application(argc, argv);
+    QLoggingCategory::setFilterRules(QStringLiteral("*.warning=false"));
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
     Figures figures;
     benchIngest(figures, std::cout);
     benchKnownState(figures, std::cout);
     benchOverall(figures);
     benchTerminal(figures, std::cout);
+    benchMenu(figures, std::cout);
     std::cout << '\n';
     printTable(std::cout, figures);
     if (!json.empty()) {

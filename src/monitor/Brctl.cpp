@@ -1,7 +1,7 @@
 #include "monitor/Brctl.h"
 
-#include "monitor/TextScan.h"
 #include "platform/SystemLog.h"
+#include "text/TextScan.h"
 
 #include <utility>
 

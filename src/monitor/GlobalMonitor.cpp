@@ -1,12 +1,12 @@
 // Reads the global feed, which knows the size of a transfer but neither its file nor its direction.
 
-#include "monitor/Numbers.h"
 #include "monitor/Patterns.h"
 #include "monitor/SyncMonitor.h"
-#include "monitor/TextScan.h"
 #include "platform/Fatal.h"
 #include "platform/Text.h"
 #include "platform/Weakly.h"
+#include "text/Numbers.h"
+#include "text/TextScan.h"
 
 #include <algorithm>
 #include <limits>

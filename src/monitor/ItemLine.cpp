@@ -1,6 +1,6 @@
 #include "monitor/ItemLine.h"
 
-#include "monitor/TextScan.h"
+#include "text/TextScan.h"
 
 #include <algorithm>
 

@@ -1,11 +1,12 @@
 // Turns one line of the per-item monitor into changes of the model.
 
 #include "monitor/ItemLine.h"
-#include "monitor/Numbers.h"
 #include "monitor/Patterns.h"
 #include "monitor/SyncMonitor.h"
-#include "monitor/TextCuts.h"
-#include "monitor/TextScan.h"
+#include "text/Numbers.h"
+#include "text/Paths.h"
+#include "text/TextCuts.h"
+#include "text/TextScan.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,10 +1,10 @@
 // Asks `brctl quota` for the storage that is left.
 
 #include "monitor/Brctl.h"
-#include "monitor/Numbers.h"
 #include "monitor/SyncMonitor.h"
 #include "platform/BackgroundQueue.h"
 #include "platform/Weakly.h"
+#include "text/Numbers.h"
 
 namespace driftmark {
 

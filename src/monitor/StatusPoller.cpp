@@ -3,9 +3,9 @@
 #include "monitor/Brctl.h"
 #include "monitor/Patterns.h"
 #include "monitor/SyncMonitor.h"
-#include "monitor/TextCuts.h"
 #include "platform/BackgroundQueue.h"
 #include "platform/Weakly.h"
+#include "text/TextCuts.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,9 +1,9 @@
 #include "monitor/SyncMonitor.h"
 
-#include "monitor/Numbers.h"
 #include "platform/Environment.h"
 #include "platform/FileSystem.h"
-#include "platform/SystemLog.h"
+#include "platform/Log.h"
+#include "text/Numbers.h"
 
 namespace driftmark {
 
@@ -24,12 +24,23 @@ double stallThreshold(const Environment& environment) {
 } // namespace
 
 std::shared_ptr<SyncMonitor> SyncMonitor::make(const Platform& platform) {
-  return std::make_shared<SyncMonitor>(Private{}, platform);
+  return make(Ports{.clock = platform.clock,
+                    .mainQueue = platform.mainQueue,
+                    .backgroundQueue = platform.backgroundQueue,
+                    .childProcesses = platform.childProcesses,
+                    .systemLog = platform.systemLog,
+                    .fileSystem = platform.fileSystem,
+                    .environment = platform.environment,
+                    .text = platform.text});
 }
 
-SyncMonitor::SyncMonitor(Private /*pass*/, const Platform& platform)
-    : platform_(platform), mobileDocs_(mobileDocs(platform.fileSystem)),
-      stalledAfter_(stallThreshold(platform.environment)), fullPath_(mobileDocs_) {}
+std::shared_ptr<SyncMonitor> SyncMonitor::make(const Ports& ports) {
+  return std::make_shared<SyncMonitor>(Private{}, ports);
+}
+
+SyncMonitor::SyncMonitor(Private /*pass*/, const Ports& ports)
+    : platform_(ports), mobileDocs_(mobileDocs(ports.fileSystem)),
+      stalledAfter_(stallThreshold(ports.environment)), fullPath_(mobileDocs_) {}
 
 SyncMonitor::~SyncMonitor() = default;
 
@@ -41,12 +52,8 @@ std::string SyncMonitor::containerPath(const FileSystem& fileSystem, std::string
   return cloudDocsPath(fileSystem).append(path);
 }
 
-/// Logs the parts, joined, behind the program's prefix.
 void SyncMonitor::log(std::initializer_list<std::string_view> parts) const {
-  std::string line = "Driftmark: ";
-  for (const std::string_view part : parts)
-    line += part;
-  platform_.systemLog.log(line);
+  driftmark::log(platform_.systemLog, parts);
 }
 
 void SyncMonitor::notify() const {

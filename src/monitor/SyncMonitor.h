@@ -42,10 +42,23 @@ public:
   using ActiveItems = std::unordered_map<std::string, ActiveItem, PathHash, std::equal_to<>>;
   using Issues = std::unordered_map<std::string, std::string, PathHash, std::equal_to<>>;
 
-  /// A monitor at rest. The ports in `platform` outlive it. The stall threshold is taken from the
-  /// environment here and never again.
+  /// What a monitor needs of the platform.
+  struct Ports {
+    Clock& clock;
+    MainQueue& mainQueue;
+    BackgroundQueue& backgroundQueue;
+    ChildProcesses& childProcesses;
+    SystemLog& systemLog;
+    FileSystem& fileSystem;
+    Environment& environment;
+    Text& text;
+  };
+
+  /// A monitor at rest. The ports outlive it. The stall threshold is taken from the environment
+  /// here and never again.
   static std::shared_ptr<SyncMonitor> make(const Platform& platform);
-  SyncMonitor(Private pass, const Platform& platform);
+  static std::shared_ptr<SyncMonitor> make(const Ports& ports);
+  SyncMonitor(Private pass, const Ports& ports);
   SyncMonitor(const SyncMonitor&) = delete;
   SyncMonitor& operator=(const SyncMonitor&) = delete;
   ~SyncMonitor();
@@ -58,6 +71,10 @@ public:
 
   /// Asks `brctl quota` for the remaining storage, unless an answer is already on its way.
   void refreshQuota();
+
+  /// Ends the sync daemon, which the system brings back and which then resumes pending transfers,
+  /// and gives every transfer a fresh start of its stall clock. Waits for `killall`.
+  void restartSyncDaemon();
 
   /// Called after any change that the interface may show, on the main thread. May be empty.
   std::function<void()> onChange;
@@ -182,7 +199,7 @@ private:
   // QuotaRefresh.cpp
   void quotaArrived(std::optional<std::int64_t> result);
 
-  const Platform platform_;
+  const Ports platform_;
   const std::string mobileDocs_; ///< the folder that the printed paths lie in
   const double stalledAfter_;    ///< seconds
 

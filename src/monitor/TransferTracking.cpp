@@ -1,9 +1,9 @@
 // Keeps the transfers in flight and the recent list in order between the lines.
 
 #include "monitor/SyncMonitor.h"
-#include "monitor/TextCuts.h"
 #include "platform/FileSystem.h"
 #include "platform/Weakly.h"
+#include "text/Paths.h"
 
 #include <algorithm>
 

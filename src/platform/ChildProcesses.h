@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -60,7 +61,7 @@ struct TerminalChild {
 
 /// What a tool that ran to its end left behind.
 struct ToolResult {
-  std::string output; ///< all of its standard output; empty when that was discarded
+  std::string output; ///< all that was captured
   int exitStatus = 0; ///< the exit code, or the number of the signal that ended it
 };
 
@@ -71,8 +72,12 @@ public:
   virtual std::variant<ToolResult, LaunchError> run() = 0;
 };
 
-/// What becomes of the standard output of a `ToolRun`. Standard error is always discarded.
-enum class ToolOutput { capture, discard };
+/// What becomes of the output of a `ToolRun`.
+enum class ToolOutput {
+  capture,      ///< standard output is captured, standard error discarded
+  captureError, ///< standard error is captured, standard output is that of this process
+  discard,      ///< both are discarded
+};
 
 /// Starts the system's command-line tools. Every child gets the environment and working directory
 /// of this process, the null device as standard input, default signal handling, and no descriptor
@@ -101,6 +106,10 @@ public:
 
   /// A run of `command` that is not launched yet. Any thread.
   virtual std::shared_ptr<ToolRun> prepare(const ToolCommand& command, ToolOutput output) = 0;
+
+  /// Starts `command` and lets go of it: in a session of its own, with its output discarded, it
+  /// lives on when this process ends. Main thread only.
+  [[nodiscard]] virtual std::optional<LaunchError> launchDetached(const ToolCommand& command) = 0;
 };
 
 } // namespace driftmark

@@ -25,6 +25,9 @@ public:
 
   /// The current moment. Any thread.
   virtual Date now() const = 0;
+
+  /// Blocks the calling thread for `duration`.
+  virtual void sleep(Seconds duration) = 0;
 };
 
 } // namespace driftmark

@@ -2,14 +2,24 @@
 
 namespace driftmark {
 
+class Application;
 class BackgroundQueue;
+class Bundle;
 class ChildProcesses;
 class Clock;
+class Dialogs;
 class Environment;
 class FileSystem;
+class HttpClient;
+class LoginItem;
 class MainQueue;
+class RunningApplications;
+class Signals;
+class StatusBar;
 class SystemLog;
 class Text;
+class UserDefaults;
+class Workspace;
 
 /// The ports that the core works through. Whoever makes the core keeps what they refer to alive for
 /// as long as anything of the core lives.
@@ -22,6 +32,16 @@ struct Platform {
   FileSystem& fileSystem;
   Environment& environment;
   Text& text;
+  HttpClient& httpClient;
+  Dialogs& dialogs;
+  UserDefaults& userDefaults;
+  Bundle& bundle;
+  Application& application;
+  RunningApplications& runningApplications;
+  Signals& signals;
+  StatusBar& statusBar;
+  Workspace& workspace;
+  LoginItem& loginItem;
 };
 
 } // namespace driftmark

@@ -5,6 +5,7 @@
 #include "support/contracts/EnvironmentContract.h"
 #include "support/contracts/FileSystemContract.h"
 #include "support/contracts/MainQueueContract.h"
+#include "support/contracts/SignalsContract.h"
 #include "support/contracts/SystemLogContract.h"
 #include "support/contracts/TextContract.h"
 
@@ -218,6 +219,16 @@ private:
 
 using testing::Values;
 
+class FakeSignals final : public SignalsSubject {
+public:
+  Signals& signals() override { return platform_.signals; }
+  void send(QuitSignal signal) override { platform_.signals.send(signal); }
+  bool runUntil(const std::function<bool()>& done) override { return platform_.runUntil(done); }
+
+private:
+  TestPlatform platform_;
+};
+
 INSTANTIATE_TEST_SUITE_P(Fake, MainQueueContract,
                          Values(subject<MainQueueSubject, FakeMainQueue>("fake")), subjectName);
 INSTANTIATE_TEST_SUITE_P(Fake, BackgroundQueueContract,
@@ -229,6 +240,8 @@ INSTANTIATE_TEST_SUITE_P(Fake, EnvironmentContract,
                          Values(subject<EnvironmentSubject, FakeEnvironment>("fake")), subjectName);
 INSTANTIATE_TEST_SUITE_P(Fake, FileSystemContract,
                          Values(subject<FileSystemSubject, FakeFileSystem>("fake")), subjectName);
+INSTANTIATE_TEST_SUITE_P(Fake, SignalsContract,
+                         Values(subject<SignalsSubject, FakeSignals>("fake")), subjectName);
 INSTANTIATE_TEST_SUITE_P(Fake, SystemLogContract,
                          Values(subject<SystemLogSubject, FakeSystemLog>("fake")), subjectName);
 INSTANTIATE_TEST_SUITE_P(Fake, TextContract, Values(subject<TextSubject, FakeText>("fake")),

@@ -1,4 +1,4 @@
-#include "monitor/Numbers.h"
+#include "text/Numbers.h"
 
 #include <cstdlib>
 #include <limits>

@@ -1,4 +1,4 @@
-#include "monitor/TextScan.h"
+#include "text/TextScan.h"
 
 #include <algorithm>
 #include <string>

@@ -9,7 +9,7 @@
 #include "platform/linux/LinuxText.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/posix/PosixChildProcesses.h"
-#include "platform/posix/PosixFileSystem.h"
+#include "platform/linux/LinuxFileSystem.h"
 #include "platform/posix/ProcessEnvironment.h"
 #include "platform/posix/SystemClock.h"
 #include "support/contracts/BackgroundQueueContract.h"
@@ -120,10 +120,10 @@ public:
 
 private:
   TemporaryFolder folder_;
-  PosixFileSystem fileSystem_;
+  LinuxFileSystem fileSystem_{""};
 };
 
-INSTANTIATE_TEST_SUITE_P(Posix, FileSystemContract,
+INSTANTIATE_TEST_SUITE_P(Linux, FileSystemContract,
                          Values(subject<FileSystemSubject, RealFileSystem>("real")), subjectName);
 
 class RealEnvironment final : public EnvironmentSubject {

@@ -32,6 +32,9 @@ protected:
   void start(const std::string& executable = DRIFTMARK_PROGRAM) {
     const ScopedVariable root("DRIFTMARK_SYSTEM_ROOT", rootVariable_);
     const ScopedVariable home("HOME", root_.path("home"));
+    const ScopedVariable configuration("XDG_CONFIG_HOME", std::nullopt);
+    // Nobody is there to answer the offer to move.
+    root_.write("home/.config/driftmark/settings.json", R"({"skipUserApplicationsInstall": true})");
     program_.emplace(executable);
   }
 

@@ -1,4 +1,4 @@
-#include "platform/posix/PosixFileSystem.h"
+#include "platform/linux/LinuxFileSystem.h"
 
 #include "ScopedVariable.h"
 
@@ -14,7 +14,7 @@ namespace {
 
 std::string homeWith(const std::optional<std::string>& variable) {
   const ScopedVariable home("HOME", variable);
-  return PosixFileSystem().homeDirectory();
+  return LinuxFileSystem("").homeDirectory();
 }
 
 std::string homeInDatabase() {
@@ -39,7 +39,7 @@ TEST(PosixFileSystem, rootAsHomeIsEmptySoThatPathsCanBeAppended) {
 }
 
 TEST(PosixFileSystem, devicesExistToo) {
-  EXPECT_TRUE(PosixFileSystem().fileExists("/dev/null"));
+  EXPECT_TRUE(LinuxFileSystem("").fileExists("/dev/null"));
 }
 
 } // namespace

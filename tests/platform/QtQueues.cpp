@@ -63,16 +63,66 @@ TEST(TaskQueue, tasksFromManyThreadsAllRun) {
     thread.join();
 }
 
-TEST(TaskQueue, taskThatRunsAnEventLoopHoldsUpTheOthers) {
+/// Runs an event loop of its own until `done`.
+void runInside(const std::function<bool()>& done) {
+  EXPECT_TRUE(runUntil(done));
+}
+
+TEST(TaskQueue, eventLoopInsideATaskGoesOnWithTheOthersInOrder) {
   TaskQueue queue;
   std::string order;
   queue.post([&] {
-    runFor(Seconds(0.01));
-    order += "first ";
+    order += "1 ";
+    queue.post([&] { order += "4 "; });
+    runInside([&] { return order.ends_with("5 "); });
+    order += "end ";
   });
-  queue.post([&] { order += "second"; });
-  ASSERT_TRUE(runUntil([&] { return order.ends_with("second"); }));
-  EXPECT_EQ(order, "first second");
+  queue.post([&] {
+    order += "2 ";
+    queue.post([&] { order += "5 "; });
+  });
+  queue.post([&] { order += "3 "; });
+  ASSERT_TRUE(runUntil([&] { return order.ends_with("end "); }));
+  EXPECT_EQ(order, "1 2 3 4 5 end ");
+}
+
+TEST(TaskQueue, eventLoopInsideTheLastTaskHearsOfNewOnes) {
+  TaskQueue queue;
+  bool ran = false;
+  bool over = false;
+  std::thread other;
+  queue.post([&] {
+    other = std::thread([&] { queue.post([&] { ran = true; }); });
+    runInside([&] { return ran; });
+    over = true;
+  });
+  EXPECT_TRUE(runUntil([&] { return over; }));
+  other.join();
+}
+
+TEST(TaskQueue, eventLoopsInsideEachOtherKeepTheOrder) {
+  TaskQueue queue;
+  std::string order;
+  for (const char* const name : {"a", "b", "c"})
+    queue.post([&order, name] {
+      order += name;
+      runInside([&] { return order.find('!') != std::string::npos; });
+      order += name;
+    });
+  queue.post([&] { order += "!"; });
+  EXPECT_TRUE(runUntil([&] { return order.size() == 7; }));
+  EXPECT_EQ(order, "abc!cba");
+}
+
+TEST(TaskQueue, queueSleepsWhenAllTasksHaveRun) {
+  TaskQueue queue;
+  bool ran = false;
+  queue.post([&] { runFor(Seconds(0)); });
+  queue.post([&] { ran = true; });
+  ASSERT_TRUE(runUntil([&] { return ran; }));
+  const WakeupCounter counter;
+  runFor(Seconds(0.02));
+  EXPECT_EQ(counter.count(), 0);
 }
 
 TEST(QtMainQueue, taskThatKeepsHandingOverItselfStarvesNothing) {

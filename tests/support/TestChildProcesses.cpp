@@ -155,6 +155,14 @@ std::shared_ptr<ToolRun> TestChildProcesses::prepare(const ToolCommand& command,
   return object;
 }
 
+std::optional<LaunchError> TestChildProcesses::launchDetached(const ToolCommand& command) {
+  const std::lock_guard lock(mutex_);
+  if (auto error = failure(command.arguments))
+    return error;
+  detached_.push_back(command);
+  return std::nullopt;
+}
+
 void TestChildProcesses::script(const Arguments& arguments, ToolResult result) {
   const std::lock_guard lock(mutex_);
   scripts_[arguments] = {.result = std::move(result), .hangs = false, .printedWhenTerminated = {}};
@@ -214,6 +222,11 @@ std::variant<ToolResult, LaunchError> TestChildProcesses::run(TestRun& run) {
   run.identifier_ = ++lastIdentifier_;
   run.running_ = true;
   changed_.notify_all();
+  if (onRun_) {
+    lock.unlock();
+    onRun_(run.command());
+    lock.lock();
+  }
   changed_.wait(lock, [&] { return !scripts_[arguments].hangs || run.terminateRequests_ > 0; });
   const Script& script = scripts_[arguments];
   ToolResult result = script.result;
@@ -255,6 +268,11 @@ TestChild& TestChildProcesses::child(const Arguments& arguments) const {
 std::vector<ToolCommand> TestChildProcesses::spawnAttempts() const {
   const std::lock_guard lock(mutex_);
   return spawnAttempts_;
+}
+
+std::vector<ToolCommand> TestChildProcesses::detached() const {
+  const std::lock_guard lock(mutex_);
+  return detached_;
 }
 
 std::vector<std::shared_ptr<TestRun>> TestChildProcesses::runs() const {

@@ -122,9 +122,13 @@ public:
   std::variant<TerminalChild, LaunchError> spawn(const ToolCommand& command, DataHandler onData,
                                                  ExitHandler onExit) override;
   std::shared_ptr<ToolRun> prepare(const ToolCommand& command, ToolOutput output) override;
+  std::optional<LaunchError> launchDetached(const ToolCommand& command) override;
 
   /// Called with each spawned child before `spawn` returns.
   void onSpawn(std::function<void(TestChild&)> handler) { onSpawn_ = std::move(handler); }
+
+  /// Called with the command of each run when it is launched, on its thread.
+  void onRun(std::function<void(const ToolCommand&)> handler) { onRun_ = std::move(handler); }
 
   /// Runs with these arguments leave `result` from now on. Without this they leave nothing.
   void script(const Arguments& arguments, ToolResult result);
@@ -153,6 +157,9 @@ public:
   /// The commands of all attempts to spawn, failed ones included.
   std::vector<ToolCommand> spawnAttempts() const;
 
+  /// What was launched and let go of, oldest first; failed attempts are left out.
+  std::vector<ToolCommand> detached() const;
+
   /// The prepared runs, oldest first: all, or those with these arguments.
   std::vector<std::shared_ptr<TestRun>> runs() const;
   std::vector<std::shared_ptr<TestRun>> runs(const Arguments& arguments) const;
@@ -175,10 +182,12 @@ private:
 
   MainQueue& mainQueue_;
   std::function<void(TestChild&)> onSpawn_;
+  std::function<void(const ToolCommand&)> onRun_;
   mutable std::mutex mutex_;
   mutable std::condition_variable changed_;
   std::int32_t lastIdentifier_ = 500;
   std::vector<ToolCommand> spawnAttempts_;
+  std::vector<ToolCommand> detached_;
   std::vector<std::shared_ptr<TestChild>> children_;
   std::vector<std::shared_ptr<TestRun>> runs_;
   std::map<Arguments, Script> scripts_;

@@ -11,6 +11,9 @@ class TestClock final : public Clock {
 public:
   Date now() const override { return Date(Date::duration(ticks_.fetch_add(tick_))); }
 
+  /// Moves on by `duration`.
+  void sleep(Seconds duration) override { jump(duration); }
+
   /// Moves on (or back) without running anything that waits in the queue: the wall clock was set.
   void jump(Seconds distance) { move(std::chrono::round<Date::duration>(distance)); }
 

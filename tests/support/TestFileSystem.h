@@ -2,22 +2,23 @@
 
 #include "platform/FileSystem.h"
 
+#include <cstddef>
 #include <map>
 #include <mutex>
-#include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace driftmark::test {
 
-/// A file system of paths, compared byte by byte.
+/// A file system of paths in memory, compared byte by byte. Folders above an item need not be made.
+/// The operations that change something are kept, in words such as "move /a to /b".
 class TestFileSystem final : public FileSystem {
 public:
   bool fileExists(const std::string& path) const override {
     const std::lock_guard lock(mutex_);
     ++questions_;
-    const auto link = links_.find(path);
-    return everythingExists_ || paths_.contains(link == links_.end() ? path : link->second);
+    return everythingExists_ || resolves(path);
   }
 
   std::string homeDirectory() const override {
@@ -25,20 +26,71 @@ public:
     return home_;
   }
 
+  std::string temporaryDirectory() const override { return "/private/tmp/ada/"; }
+
+  std::optional<PlatformError> createDirectory(const std::string& path) override {
+    const std::lock_guard lock(mutex_);
+    if (auto error = begin("create " + path))
+      return error;
+    items_.emplace(path, std::string());
+    return std::nullopt;
+  }
+
+  std::optional<PlatformError> removeItem(const std::string& path) override {
+    const std::lock_guard lock(mutex_);
+    if (auto error = begin("remove " + path))
+      return error;
+    return take(path).empty() ? missing(path) : std::nullopt;
+  }
+
+  std::optional<PlatformError> moveItem(const std::string& from, const std::string& to) override {
+    const std::lock_guard lock(mutex_);
+    if (auto error = begin("move " + from + " to " + to))
+      return error;
+    if (items_.contains(to))
+      return PlatformError{"\"" + to + "\" exists already"};
+    auto moved = take(from);
+    if (moved.empty())
+      return missing(from);
+    for (auto& [path, target] : moved)
+      items_[to + path.substr(from.size())] = std::move(target);
+    return std::nullopt;
+  }
+
+  std::optional<PlatformError> trashItem(const std::string& path) override {
+    const std::lock_guard lock(mutex_);
+    if (auto error = begin("trash " + path))
+      return error;
+    return take(path).empty() ? missing(path) : std::nullopt;
+  }
+
+  PlatformError unknownWriteError() const override { return {"The file could not be saved."}; }
+
   void add(const std::string& path) {
     const std::lock_guard lock(mutex_);
-    paths_.insert(path);
+    items_[path] = "";
   }
 
   void addLink(const std::string& path, const std::string& target) {
     const std::lock_guard lock(mutex_);
-    links_[path] = target;
+    items_[path] = target;
   }
 
   void remove(const std::string& path) {
     const std::lock_guard lock(mutex_);
-    paths_.erase(path);
-    links_.erase(path);
+    items_.erase(path);
+  }
+
+  /// The operation in these words fails with this description from now on.
+  void fail(const std::string& operation, std::string description) {
+    const std::lock_guard lock(mutex_);
+    failures_[operation] = std::move(description);
+  }
+
+  /// Puts the words of something else among the operations.
+  void note(std::string event) {
+    const std::lock_guard lock(mutex_);
+    operations_.push_back(std::move(event));
   }
 
   /// Answers yes for every path from now on.
@@ -58,12 +110,50 @@ public:
     return questions_;
   }
 
+  /// The operations tried so far, which are forgotten here.
+  std::vector<std::string> takeOperations() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(operations_, {});
+  }
+
 private:
+  /// Paths, each with the path that it links to; "" for an item that is no link.
+  using Items = std::map<std::string, std::string>;
+
+  bool resolves(const std::string& path) const {
+    const auto item = items_.find(path);
+    return item != items_.end() && (item->second.empty() || items_.contains(item->second));
+  }
+
+  std::optional<PlatformError> begin(const std::string& operation) {
+    operations_.push_back(operation);
+    const auto failure = failures_.find(operation);
+    return failure == failures_.end() ? std::nullopt
+                                      : std::optional(PlatformError{failure->second});
+  }
+
+  /// Takes an item out with all that it holds.
+  Items take(const std::string& path) {
+    Items taken;
+    for (auto item = items_.begin(); item != items_.end();) {
+      const bool isInside = item->first == path || item->first.starts_with(path + "/");
+      const auto current = item++;
+      if (isInside)
+        taken.insert(items_.extract(current));
+    }
+    return taken;
+  }
+
+  static std::optional<PlatformError> missing(const std::string& path) {
+    return PlatformError{"\"" + path + "\" does not exist"};
+  }
+
   mutable std::mutex mutex_;
   mutable int questions_ = 0;
   bool everythingExists_ = false;
-  std::set<std::string> paths_;
-  std::map<std::string, std::string> links_;
+  Items items_;
+  std::map<std::string, std::string> failures_;
+  std::vector<std::string> operations_;
   std::string home_ = "/Users/ada";
 };
 

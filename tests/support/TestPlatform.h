@@ -1,14 +1,24 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "support/TestApplication.h"
 #include "support/TestBackgroundQueue.h"
+#include "support/TestBundle.h"
 #include "support/TestChildProcesses.h"
 #include "support/TestClock.h"
+#include "support/TestDialogs.h"
 #include "support/TestEnvironment.h"
 #include "support/TestFileSystem.h"
+#include "support/TestHttpClient.h"
+#include "support/TestLoginItem.h"
 #include "support/TestMainQueue.h"
+#include "support/TestRunningApplications.h"
+#include "support/TestSignals.h"
+#include "support/TestStatusBar.h"
 #include "support/TestSystemLog.h"
 #include "support/TestText.h"
+#include "support/TestUserDefaults.h"
+#include "support/TestWorkspace.h"
 
 #include <functional>
 
@@ -31,7 +41,17 @@ public:
             .systemLog = systemLog,
             .fileSystem = fileSystem,
             .environment = environment,
-            .text = text};
+            .text = text,
+            .httpClient = httpClient,
+            .dialogs = dialogs,
+            .userDefaults = userDefaults,
+            .bundle = bundle,
+            .application = application,
+            .runningApplications = runningApplications,
+            .signals = signals,
+            .statusBar = statusBar,
+            .workspace = workspace,
+            .loginItem = loginItem};
   }
 
   /// Runs waiting background and main-queue tasks, without moving time, until none is left.
@@ -49,7 +69,17 @@ public:
   TestFileSystem fileSystem;
   TestEnvironment environment;
   TestText text;
+  TestHttpClient httpClient;
+  TestDialogs dialogs;
+  TestUserDefaults userDefaults;
+  TestBundle bundle;
+  TestApplication application;
+  TestRunningApplications runningApplications{clock};
+  TestStatusBar statusBar;
+  TestWorkspace workspace;
+  TestLoginItem loginItem;
   TestMainQueue mainQueue{clock};
+  TestSignals signals{mainQueue};
   TestChildProcesses childProcesses{mainQueue};
   TestBackgroundQueue backgroundQueue;
 };

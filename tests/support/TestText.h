@@ -6,11 +6,24 @@
 
 namespace driftmark::test {
 
-/// Texts in a fixed plain form: byte counts as "4096 bytes".
+/// Texts in a fixed plain form: byte counts as "4096 bytes"; an address is any text that is not
+/// empty and has no space in it; times as "120 s ago"; characters are bytes.
 class TestText final : public Text {
 public:
   std::string byteCount(std::int64_t bytes) const override {
     return std::to_string(bytes) + " bytes";
+  }
+
+  bool isUrl(const std::string& text) const override {
+    return !text.empty() && text.find(' ') == std::string::npos;
+  }
+
+  std::string relativeTime(Date date, Date now) const override {
+    return std::to_string(std::chrono::round<std::chrono::seconds>(now - date).count()) + " s ago";
+  }
+
+  std::string firstCharacters(const std::string& text, std::size_t count) const override {
+    return text.substr(0, count);
   }
 };
 

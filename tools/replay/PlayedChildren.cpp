@@ -19,4 +19,8 @@ std::shared_ptr<ToolRun> PlayedChildren::prepare(const ToolCommand& command, Too
   return children_.prepare(command, output);
 }
 
+std::optional<LaunchError> PlayedChildren::launchDetached(const ToolCommand& command) {
+  return children_.launchDetached(command);
+}
+
 } // namespace driftmark

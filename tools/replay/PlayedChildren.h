@@ -20,6 +20,7 @@ public:
   std::variant<TerminalChild, LaunchError> spawn(const ToolCommand& command, DataHandler onData,
                                                  ExitHandler onExit) override;
   std::shared_ptr<ToolRun> prepare(const ToolCommand& command, ToolOutput output) override;
+  std::optional<LaunchError> launchDetached(const ToolCommand& command) override;
 
   /// Why a monitor could not be started; empty when all were.
   const std::string& failure() const { return failure_; }

@@ -18,7 +18,7 @@ ReplayPlatform::~ReplayPlatform() {
   processes_.shutdown();
 }
 
-Platform ReplayPlatform::ports() {
+SyncMonitor::Ports ReplayPlatform::ports() {
   return {.clock = clock_,
           .mainQueue = mainQueue_,
           .backgroundQueue = backgroundQueue_,

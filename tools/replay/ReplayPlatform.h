@@ -1,13 +1,13 @@
 #pragma once
 
+#include "monitor/SyncMonitor.h"
 #include "platform/Environment.h"
-#include "platform/Platform.h"
 #include "platform/SystemLog.h"
 #include "platform/linux/LinuxBackgroundQueue.h"
+#include "platform/linux/LinuxFileSystem.h"
 #include "platform/linux/LinuxText.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/posix/PosixChildProcesses.h"
-#include "platform/posix/PosixFileSystem.h"
 #include "replay/PlayedChildren.h"
 
 #include <atomic>
@@ -21,6 +21,7 @@ namespace driftmark {
 class StandingClock final : public Clock {
 public:
   Date now() const override { return now_; }
+  void sleep(Seconds duration) override { advance(duration); }
   void advance(Seconds delay) { now_ = later(now_, delay); }
 
 private:
@@ -28,13 +29,10 @@ private:
 };
 
 /// A file system in which every file exists: those of a capture are on another machine.
-class EveryFileExists final : public FileSystem {
+class EveryFileExists final : public LinuxFileSystem {
 public:
+  using LinuxFileSystem::LinuxFileSystem;
   bool fileExists(const std::string& /*path*/) const override { return true; }
-  std::string homeDirectory() const override { return real_.homeDirectory(); }
-
-private:
-  PosixFileSystem real_;
 };
 
 /// Log lines go to standard error, or nowhere.
@@ -68,7 +66,7 @@ public:
   ReplayPlatform& operator=(const ReplayPlatform&) = delete;
   ~ReplayPlatform();
 
-  Platform ports();
+  SyncMonitor::Ports ports();
 
   StandingClock& clock() { return clock_; }
   MainQueue& mainQueue() { return mainQueue_; }
@@ -77,7 +75,7 @@ public:
 private:
   StandingClock clock_;
   ReplayLog log_;
-  EveryFileExists fileSystem_;
+  EveryFileExists fileSystem_{""};
   NoEnvironment environment_;
   LinuxText text_;
   QtMainQueue mainQueue_;

@@ -79,7 +79,7 @@ template <class Map> auto sorted(const Map& map) {
 
 class Printer {
 public:
-  Printer(std::ostream& out, const SyncMonitor& monitor, const Platform& platform)
+  Printer(std::ostream& out, const SyncMonitor& monitor, const SyncMonitor::Ports& platform)
       : out_(out), monitor_(monitor), platform_(platform),
         mobileDocs_(platform.fileSystem.homeDirectory() + "/Library/Mobile Documents") {}
 
@@ -155,13 +155,14 @@ private:
 
   std::ostream& out_;
   const SyncMonitor& monitor_;
-  const Platform& platform_;
+  const SyncMonitor::Ports& platform_;
   const std::string mobileDocs_;
 };
 
 } // namespace
 
-void printReport(std::ostream& out, const SyncMonitor& monitor, const Platform& platform) {
+void printReport(std::ostream& out, const SyncMonitor& monitor,
+                 const SyncMonitor::Ports& platform) {
   Printer(out, monitor, platform).print();
 }
 

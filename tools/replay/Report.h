@@ -9,6 +9,6 @@ namespace driftmark {
 
 /// Prints what the monitor made of a capture: the counts, then the model. The same capture gives
 /// the same text.
-void printReport(std::ostream& out, const SyncMonitor& monitor, const Platform& platform);
+void printReport(std::ostream& out, const SyncMonitor& monitor, const SyncMonitor::Ports& platform);
 
 } // namespace driftmark

@@ -1,5 +1,5 @@
 #include "monitor/SyncMonitor.h"
-#include "platform/linux/SignalSources.h"
+#include "platform/linux/LinuxSignals.h"
 #include "replay/CaptureRoot.h"
 #include "replay/ReplayPlatform.h"
 #include "replay/Report.h"
@@ -89,7 +89,10 @@ int replay(const Arguments& arguments) {
   ReplayPlatform platform({.systemRoot = root.path().string(),
                            .showLog = arguments.log,
                            .onAllEnded = [] { QCoreApplication::quit(); }});
-  const SignalSources signalSources(platform.mainQueue(), [] { QCoreApplication::exit(1); });
+  LinuxSignals signals(platform.mainQueue());
+  const auto interrupted = [] { QCoreApplication::exit(1); };
+  const auto termination = signals.makeSource(QuitSignal::terminate, interrupted);
+  const auto interrupt = signals.makeSource(QuitSignal::interrupt, interrupted);
   const auto monitor = SyncMonitor::make(platform.ports());
   monitor->start();
   if (!platform.children().failure().empty())

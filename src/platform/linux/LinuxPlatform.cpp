@@ -1,11 +1,35 @@
 #include "platform/linux/LinuxPlatform.h"
 
+#include <cstdlib>
+
 namespace driftmark {
 
-LinuxPlatform::LinuxPlatform(const SystemRoot& root) : childProcesses_(mainQueue_, root.path()) {}
+namespace {
+
+/// The one that lives. The end of a process takes no argument of ours.
+LinuxPlatform* living = nullptr;
+
+} // namespace
+
+LinuxPlatform::LinuxPlatform(const SystemRoot& root)
+    : fileSystem_(root.path()), userDefaults_(systemLog_),
+      bundle_(LinuxBundle::ofThisProcess(root.path())), runningApplications_(root),
+      childProcesses_(mainQueue_, root.path()) {
+  living = this;
+  std::atexit([] {
+    if (living != nullptr)
+      living->endWithTheProcess();
+  });
+}
 
 /// The background queue waits for its tasks, and these may wait for children.
 LinuxPlatform::~LinuxPlatform() {
+  living = nullptr;
+  childProcesses_.shutdown();
+}
+
+void LinuxPlatform::endWithTheProcess() {
+  application_.willTerminate();
   childProcesses_.shutdown();
 }
 
@@ -17,7 +41,17 @@ Platform LinuxPlatform::ports() {
           .systemLog = systemLog_,
           .fileSystem = fileSystem_,
           .environment = environment_,
-          .text = text_};
+          .text = text_,
+          .httpClient = httpClient_,
+          .dialogs = dialogs_,
+          .userDefaults = userDefaults_,
+          .bundle = bundle_,
+          .application = application_,
+          .runningApplications = runningApplications_,
+          .signals = signals_,
+          .statusBar = statusBar_,
+          .workspace = workspace_,
+          .loginItem = loginItem_};
 }
 
 } // namespace driftmark

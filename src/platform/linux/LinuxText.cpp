@@ -1,7 +1,12 @@
 #include "platform/linux/LinuxText.h"
 
+#include "platform/linux/Characters.h"
+#include "platform/linux/RelativeTime.h"
+
 #include <array>
 #include <string_view>
+
+#include <QUrl>
 
 namespace driftmark {
 
@@ -59,6 +64,19 @@ std::string LinuxText::byteCount(std::int64_t bytes) const {
   const auto magnitude = static_cast<std::uint64_t>(bytes);
   return bytes < 0 ? std::string("-").append(magnitudeText(0 - magnitude))
                    : magnitudeText(magnitude);
+}
+
+bool LinuxText::isUrl(const std::string& text) const {
+  const QUrl url(QString::fromStdString(text), QUrl::StrictMode);
+  return url.isValid();
+}
+
+std::string LinuxText::relativeTime(Date date, Date now) const {
+  return driftmark::relativeTime(date, now);
+}
+
+std::string LinuxText::firstCharacters(const std::string& text, std::size_t count) const {
+  return driftmark::firstCharacters(text, count);
 }
 
 } // namespace driftmark

@@ -27,7 +27,7 @@ std::string fault(const std::string& path) {
 } // namespace
 
 std::variant<SystemRoot, SystemRoot::Error> SystemRoot::of(const Environment& environment) {
-  std::string path = environment.variable(variableName).value_or("/");
+  std::string path = environment.variable(variableName).value_or(none);
   if (const std::string wrong = fault(path); !wrong.empty())
     return Error{std::string(variableName) + " " + wrong};
   return SystemRoot(std::move(path));

@@ -11,6 +11,7 @@ namespace driftmark {
 class SystemRoot {
 public:
   static constexpr const char* variableName = "DRIFTMARK_SYSTEM_ROOT";
+  static constexpr const char* none = "/"; ///< what the variable stands for where it is not set
 
   /// Why there is no system root, for people.
   struct Error {

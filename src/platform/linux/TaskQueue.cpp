@@ -8,10 +8,7 @@
 namespace driftmark {
 
 TaskQueue::TaskQueue() : notifier_(wakeup_.descriptor(), QSocketNotifier::Read) {
-  QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [this] {
-    wakeup_.clear();
-    runWaiting();
-  });
+  QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [this] { runWaiting(); });
 }
 
 void TaskQueue::post(Task task) {
@@ -38,36 +35,40 @@ void TaskQueue::close() {
   // What the tasks hold may use this queue while it goes.
 }
 
-/// Runs the tasks that wait now; what they hand over is left to the next wake-up.
+/// Runs the tasks that wait now, unless an event loop inside one of them has gone on with them;
+/// what they hand over is left to the next turn of the loop, which stays awake for it.
 void TaskQueue::runWaiting() {
-  std::size_t count = 0;
-  {
-    const std::lock_guard lock(mutex_);
-    count = tasks_.size();
-  }
-  while (count-- > 0 && runNext()) {
-  }
-
-  {
-    const std::lock_guard lock(mutex_);
-    awake_ = !tasks_.empty();
-    if (!awake_)
-      return;
-  }
-  wakeup_.wake();
+  const unsigned turn = ++turns_;
+  std::size_t count = waiting();
+  while (count-- > 0 && turn == turns_)
+    runNext();
 }
 
-bool TaskQueue::runNext() {
+/// How many tasks wait. Without any, the event loop may sleep.
+std::size_t TaskQueue::waiting() {
+  const std::lock_guard lock(mutex_);
+  if (tasks_.empty())
+    rest();
+  return tasks_.size();
+}
+
+void TaskQueue::runNext() {
   Task task;
   {
     const std::lock_guard lock(mutex_);
     if (tasks_.empty())
-      return false;
+      return;
     task = std::move(tasks_.front());
     tasks_.pop_front();
+    if (tasks_.empty())
+      rest();
   }
   task();
-  return true;
+}
+
+void TaskQueue::rest() {
+  wakeup_.clear();
+  awake_ = false;
 }
 
 } // namespace driftmark

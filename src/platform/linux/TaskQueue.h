@@ -3,6 +3,7 @@
 #include "platform/MainQueue.h"
 #include "platform/posix/Wakeup.h"
 
+#include <cstddef>
 #include <deque>
 #include <mutex>
 
@@ -12,7 +13,7 @@ namespace driftmark {
 
 /// Tasks for the thread that made this object, run from its Qt event loop. However many tasks are
 /// handed over, they wake the loop once, and a task that hands over another lets the rest of the
-/// loop have its turn in between. While a task runs an event loop of its own, the other tasks wait.
+/// loop have its turn in between. An event loop that a task runs goes on with the tasks behind it.
 class TaskQueue final {
 public:
   using Task = MainQueue::Task;
@@ -32,14 +33,18 @@ public:
 private:
   bool append(Task& task);
   void runWaiting();
-  bool runNext();
+  std::size_t waiting();
+  void runNext();
+  void rest();
 
   Wakeup wakeup_;
   QSocketNotifier notifier_;
 
+  unsigned turns_ = 0; ///< how often tasks were begun to run; the thread of this object
+
   std::mutex mutex_; ///< guards what follows
   std::deque<Task> tasks_;
-  bool awake_ = false; ///< from the wake-up until its tasks have run
+  bool awake_ = false; ///< whether the event loop is woken up, as it is while a task waits
   bool closed_ = false;
 };
 

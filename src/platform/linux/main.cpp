@@ -1,17 +1,16 @@
-#include "monitor/SyncMonitor.h"
-#include "platform/SystemLog.h"
+#include "app/Program.h"
 #include "platform/linux/LinuxPlatform.h"
-#include "platform/linux/SignalSources.h"
-#include "platform/linux/StateLog.h"
 #include "platform/linux/SystemRoot.h"
 #include "platform/posix/ProcessEnvironment.h"
 #include "platform/posix/StandardDescriptors.h"
 
-#include <csignal>
 #include <iostream>
+#include <string>
 #include <variant>
+#include <vector>
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QLoggingCategory>
 
 namespace {
 
@@ -19,39 +18,41 @@ using namespace driftmark;
 
 constexpr int badSystemRoot = 2;
 
-/// Watches the drive until SIGTERM or SIGINT comes. Returns the exit status.
-int watch(const SystemRoot& root) {
-  LinuxPlatform platform(root);
-  const Platform ports = platform.ports();
-  const auto monitor = SyncMonitor::make(ports);
-  const SignalSources signalSources(ports.mainQueue, [&monitor] {
-    monitor->stop();
-    QCoreApplication::quit();
-  });
-
-  StateLog stateLog(ports.systemLog);
-  monitor->onChange = [&stateLog, &monitor] { stateLog.note(monitor->overall()); };
-  monitor->onChange();
-  monitor->start();
-  return QCoreApplication::exec();
+/// Whether the user or the session says where windows are to appear.
+bool hasDisplay() {
+  const ProcessEnvironment environment;
+  for (const char* const name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
+    if (!environment.variable(name).value_or("").empty())
+      return true;
+  return false;
 }
 
-/// Before the signals ask for the orderly end, and while that end goes on, they do nothing.
-void ignoreQuitSignals() {
-  std::signal(SIGTERM, SIG_IGN);
-  std::signal(SIGINT, SIG_IGN);
+/// The arguments for Qt. Without a display, windows are to be drawn in memory alone; an argument
+/// of the user's own says otherwise.
+std::vector<char*> applicationArguments(int count, char* arguments[]) {
+  static std::string option = "-platform";
+  static std::string value = "offscreen";
+  std::vector<char*> result(arguments, arguments + count);
+  if (!hasDisplay() && count > 0)
+    result.insert(result.begin() + 1, {option.data(), value.data()});
+  result.push_back(nullptr);
+  return result;
 }
 
 } // namespace
 
 int main(int argc, char* argv[]) {
   openMissingStandardDescriptors();
-  const QCoreApplication application(argc, argv);
+  // What the library warns of is not the user's to mend; QT_LOGGING_RULES shows it.
+  QLoggingCategory::setFilterRules(QStringLiteral("*.warning=false"));
+  std::vector<char*> arguments = applicationArguments(argc, argv);
+  int count = static_cast<int>(arguments.size()) - 1;
+  const QApplication application(count, arguments.data());
   const auto root = SystemRoot::of(ProcessEnvironment());
   if (const auto* const error = std::get_if<SystemRoot::Error>(&root)) {
     std::cerr << "driftmark: " << error->message << '\n';
     return badSystemRoot;
   }
-  ignoreQuitSignals();
-  return watch(std::get<SystemRoot>(root));
+  LinuxPlatform platform(std::get<SystemRoot>(root));
+  return runProgram(platform.ports());
 }

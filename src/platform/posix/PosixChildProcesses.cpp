@@ -56,6 +56,7 @@ PosixChildProcesses::~PosixChildProcesses() {
 
 std::variant<TerminalChild, LaunchError>
 PosixChildProcesses::spawn(const ToolCommand& command, DataHandler onData, ExitHandler onExit) {
+  children_->reapDetached();
   auto opened = Terminal::open();
   if (auto* const error = std::get_if<LaunchError>(&opened))
     return std::move(*error);
@@ -83,7 +84,13 @@ std::shared_ptr<ToolRun> PosixChildProcesses::prepare(const ToolCommand& command
   return std::make_shared<PosixToolRun>(children_, command, output);
 }
 
+std::optional<LaunchError> PosixChildProcesses::launchDetached(const ToolCommand& command) {
+  children_->reapDetached();
+  return children_->launchDetached(command);
+}
+
 void PosixChildProcesses::shutdown() {
+  children_->reapDetached();
   children_->endAll();
   ioThread_.stop();
   for (const auto& weak : std::exchange(channels_, {}))

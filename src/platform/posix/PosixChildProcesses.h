@@ -32,8 +32,12 @@ public:
                                                  ExitHandler onExit) override;
   std::shared_ptr<ToolRun> prepare(const ToolCommand& command, ToolOutput output) override;
 
-  /// Ends all children, with SIGKILL those that a SIGTERM does not end within a second, and makes
-  /// every `ToolRun::run` return. From then on launches fail and no handler is called.
+  /// A detached tool that has ended is reaped when the next child is started.
+  std::optional<LaunchError> launchDetached(const ToolCommand& command) override;
+
+  /// Ends all children but the detached ones, with SIGKILL those that a SIGTERM does not end within
+  /// a second, and makes every `ToolRun::run` return. From then on launches fail and no handler is
+  /// called.
   void shutdown();
 
 private:

@@ -1,6 +1,11 @@
 #include "platform/posix/PosixFileSystem.h"
 
+#include "platform/posix/FileError.h"
+#include "platform/posix/FilePath.h"
+#include "platform/posix/ItemMove.h"
+#include "platform/posix/ItemRemoval.h"
 #include "platform/posix/ProcessEnvironment.h"
+#include "platform/posix/SystemRootPath.h"
 
 #include <cerrno>
 #include <vector>
@@ -31,13 +36,72 @@ std::string home() {
   return path;
 }
 
+/// Whether the system can take the path at all.
+bool isPath(const std::string& path) {
+  return !path.empty() && path.find('\0') == std::string::npos;
+}
+
+bool isFolder(const std::string& path) {
+  struct stat information {};
+  return stat(path.c_str(), &information) == 0 && S_ISDIR(information.st_mode);
+}
+
+/// 0 or an error number.
+int makeFolder(const std::string& path) {
+  if (mkdir(path.c_str(), S_IRWXU | S_IRWXG | S_IRWXO) == 0)
+    return 0;
+  const int error = errno;
+  return error == EEXIST && isFolder(path) ? 0 : error;
+}
+
+int makeFolders(const std::string& path) {
+  for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
+       slash = path.find('/', slash + 1)) {
+    const std::string above = path.substr(0, slash);
+    if (isFolder(above))
+      continue;
+    if (const int error = makeFolder(above); error != 0)
+      return error == EEXIST ? ENOTDIR : error;
+  }
+  return makeFolder(path);
+}
+
+std::optional<PlatformError> outcome(const std::string& path, std::string_view done, int error) {
+  return error == 0 ? std::nullopt : std::optional(fileError(path, done, error));
+}
+
 } // namespace
 
-PosixFileSystem::PosixFileSystem() : homeDirectory_(home()) {}
+PosixFileSystem::PosixFileSystem(const std::string& systemRoot)
+    : systemRoot_(systemRoot), homeDirectory_(home()) {}
 
 bool PosixFileSystem::fileExists(const std::string& path) const {
   struct stat information {};
-  return path.find('\0') == std::string::npos && stat(path.c_str(), &information) == 0;
+  return isPath(path) && stat(located(path).c_str(), &information) == 0;
+}
+
+std::optional<PlatformError> PosixFileSystem::createDirectory(const std::string& path) {
+  const int error =
+      isPath(path) ? makeFolders(file_path::withoutTrailingSlashes(located(path))) : EINVAL;
+  return outcome(path, "made", error);
+}
+
+std::optional<PlatformError> PosixFileSystem::removeItem(const std::string& path) {
+  return outcome(path, "removed", isPath(path) ? removeTree(located(path)) : EINVAL);
+}
+
+std::optional<PlatformError> PosixFileSystem::moveItem(const std::string& from,
+                                                       const std::string& to) {
+  const bool arePaths = isPath(from) && isPath(to);
+  return outcome(from, "moved", arePaths ? moveTree(located(from), located(to)) : EINVAL);
+}
+
+PlatformError PosixFileSystem::unknownWriteError() const {
+  return {"The file couldn’t be saved."};
+}
+
+std::string PosixFileSystem::located(const std::string& path) const {
+  return system_root_path::located(systemRoot_, path);
 }
 
 } // namespace driftmark

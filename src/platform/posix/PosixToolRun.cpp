@@ -13,6 +13,19 @@ namespace driftmark {
 
 namespace {
 
+/// `captured` is the descriptor that takes what is captured.
+OutputRouting routing(ToolOutput output, int captured) {
+  switch (output) {
+  case ToolOutput::capture:
+    return {.standardOutput = captured, .standardError = OutputRouting::nullDevice};
+  case ToolOutput::captureError:
+    return {.standardOutput = STDOUT_FILENO, .standardError = captured};
+  case ToolOutput::discard:
+    break;
+  }
+  return {};
+}
+
 /// Appends what the pipe holds to `output`; false at its end.
 bool readSome(int pipe, std::string& output) {
   std::array<char, 65536> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
@@ -45,13 +58,13 @@ void PosixToolRun::terminate() {
 
 std::variant<ToolResult, LaunchError> PosixToolRun::run() {
   system_calls::Pipe pipe;
-  if (output_ == ToolOutput::capture) {
+  if (output_ != ToolOutput::discard) {
     std::optional<system_calls::Pipe> made = system_calls::makePipe();
     if (!made)
       return systemError(LaunchError::Stage::launch, errno);
     pipe = std::move(*made);
   }
-  auto child = launch({.standardOutput = pipe.writeEnd.number()});
+  auto child = launch(routing(output_, pipe.writeEnd.number()));
   if (auto* const error = std::get_if<LaunchError>(&child))
     return std::move(*error);
   pipe.writeEnd.reset();

@@ -59,6 +59,24 @@ RunningChildren::launch(const ToolCommand& command, OutputRouting output) {
   return children_.emplace_back(std::make_shared<PosixChildProcess>(pid, std::move(exit)));
 }
 
+std::optional<LaunchError> RunningChildren::launchDetached(const ToolCommand& command) {
+  const std::lock_guard lock(mutex_);
+  if (!closing_.writeEnd.isOpen())
+    return systemError(LaunchError::Stage::launch, ECANCELED);
+
+  auto launched =
+      launchTool(systemRoot_ + command.executable, command.arguments, {}, Session::ofItsOwn);
+  if (auto* const error = std::get_if<LaunchError>(&launched))
+    return std::move(*error);
+  detached_.push_back(std::get<pid_t>(launched));
+  return std::nullopt;
+}
+
+void RunningChildren::reapDetached() {
+  const std::lock_guard lock(mutex_);
+  std::erase_if(detached_, [](pid_t pid) { return waitpid(pid, nullptr, WNOHANG) != 0; });
+}
+
 int RunningChildren::reap(PosixChildProcess& child) {
   const int status = child.reap();
   const std::lock_guard lock(mutex_);

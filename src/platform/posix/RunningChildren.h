@@ -8,14 +8,15 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
 namespace driftmark {
 
-/// Launches children and knows those that have not been reaped, so that all can be ended together.
-/// Any thread.
+/// Launches children and knows those that have not been reaped, so that all can be ended together,
+/// but for the detached ones. Any thread.
 class RunningChildren {
 public:
   /// `systemRoot` is put before the path of every tool. Throws std::system_error when the system
@@ -26,6 +27,13 @@ public:
   /// end on its exit descriptor and then calls `reap`.
   std::variant<std::shared_ptr<PosixChildProcess>, LaunchError> launch(const ToolCommand& command,
                                                                        OutputRouting output);
+
+  /// Starts a tool in a session of its own, with its output discarded, that `endAll` leaves alone.
+  /// Fails as `launch` does.
+  std::optional<LaunchError> launchDetached(const ToolCommand& command);
+
+  /// Takes the detached tools that have ended off the system's list.
+  void reapDetached();
 
   /// Reaps a child that has ended and forgets it. Returns its exit status.
   int reap(PosixChildProcess& child);
@@ -45,6 +53,7 @@ private:
   std::mutex mutex_;
   std::condition_variable reaped_;
   std::vector<std::shared_ptr<PosixChildProcess>> children_;
+  std::vector<pid_t> detached_; ///< not known to have ended
   system_calls::Pipe closing_;
 };
 

@@ -2,12 +2,15 @@
 
 #include "platform/Clock.h"
 
+#include <thread>
+
 namespace driftmark {
 
 /// The system's wall clock.
 class SystemClock final : public Clock {
 public:
   Date now() const override { return std::chrono::system_clock::now(); }
+  void sleep(Seconds duration) override { std::this_thread::sleep_for(duration); }
 };
 
 } // namespace driftmark

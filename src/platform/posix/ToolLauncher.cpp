@@ -21,7 +21,9 @@ constexpr const char* nullDevicePath = "/dev/null";
 /// What `posix_spawn` does between the fork and the tool. Keeps the first error of its set-up.
 class SpawnPlan {
 public:
-  explicit SpawnPlan(OutputRouting output) {
+  SpawnPlan(OutputRouting output, Session session) {
+    if (session == Session::ofItsOwn)
+      flags_ |= POSIX_SPAWN_SETSID;
     note(posix_spawn_file_actions_init(&actions_));
     note(posix_spawnattr_init(&attributes_));
     routeDescriptors(output);
@@ -94,8 +96,8 @@ std::vector<char*> argumentPointers(const std::string& executable,
 
 std::variant<pid_t, LaunchError> launchTool(const std::string& executable,
                                             const std::vector<std::string>& arguments,
-                                            OutputRouting output) {
-  const SpawnPlan plan(output);
+                                            OutputRouting output, Session session) {
+  const SpawnPlan plan(output, session);
   const std::vector<char*> pointers = argumentPointers(executable, arguments);
   pid_t pid = 0;
   const int error = plan.spawn(pid, executable.c_str(), pointers.data());

@@ -15,12 +15,19 @@ struct OutputRouting {
   int standardError = nullDevice;
 };
 
+/// The session that a launched tool belongs to.
+enum class Session {
+  ofThisProcess,
+  ofItsOwn, ///< the end of this process and of its terminal does not reach the tool
+};
+
 /// Starts the tool at the absolute path `executable` with the environment and working directory of
 /// this process, the null device as standard input, default signal handling, nothing blocked, and
 /// no descriptor beyond the three standard ones. The caller owns the child from then on. Any
 /// thread.
 std::variant<pid_t, LaunchError> launchTool(const std::string& executable,
                                             const std::vector<std::string>& arguments,
-                                            OutputRouting output);
+                                            OutputRouting output,
+                                            Session session = Session::ofThisProcess);
 
 } // namespace driftmark

@@ -1,0 +1,218 @@
+#include "MenuBench.h"
+
+#include "BenchPlatform.h"
+#include "Corpus.h"
+#include "Stopwatch.h"
+#include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/LinuxStatusItem.h"
+#include "platform/linux/SystemRoot.h"
+#include "replay/CaptureRoot.h"
+#include "ui/StatusItemController.h"
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include <QApplication>
+#include <QMouseEvent>
+#include <QTimer>
+
+namespace driftmark::bench {
+namespace {
+
+constexpr std::size_t quietLines = 100'000;
+constexpr std::size_t listedPaths = 1'000'000;
+constexpr std::size_t fewestOpenings = 300;
+
+using SteadyClock = std::chrono::steady_clock;
+
+/// A menu bar whose item can be looked at.
+class WatchedStatusBar final : public StatusBar {
+public:
+  std::unique_ptr<StatusItem> makeStatusItem() override {
+    auto item = std::make_unique<LinuxStatusItem>();
+    item_ = item.get();
+    return item;
+  }
+
+  /// The item put up last.
+  LinuxStatusItem& item() { return *item_; }
+
+private:
+  LinuxStatusItem* item_ = nullptr;
+};
+
+class RootedEnvironment final : public BareEnvironment {
+public:
+  explicit RootedEnvironment(std::string root) : root_(std::move(root)) {}
+  std::optional<std::string> variable(const std::string& name) const override {
+    return name == SystemRoot::variableName ? std::optional(root_) : std::nullopt;
+  }
+
+private:
+  std::string root_;
+};
+
+SystemRoot systemRoot(const CaptureRoot& root) {
+  return std::get<SystemRoot>(SystemRoot::of(RootedEnvironment(root.path().string())));
+}
+
+/// The program's own adapters but for these three.
+Platform replaced(const Platform& all, ChildProcesses& children, StatusBar& statusBar,
+                  SystemLog& log) {
+  return {.clock = all.clock,
+          .mainQueue = all.mainQueue,
+          .backgroundQueue = all.backgroundQueue,
+          .childProcesses = children,
+          .systemLog = log,
+          .fileSystem = all.fileSystem,
+          .environment = all.environment,
+          .text = all.text,
+          .httpClient = all.httpClient,
+          .dialogs = all.dialogs,
+          .userDefaults = all.userDefaults,
+          .bundle = all.bundle,
+          .application = all.application,
+          .runningApplications = all.runningApplications,
+          .signals = all.signals,
+          .statusBar = statusBar,
+          .workspace = all.workspace,
+          .loginItem = all.loginItem};
+}
+
+void drawPending() {
+  for (int i = 0; i < 10; ++i)
+    QCoreApplication::processEvents();
+}
+
+int drawingsWithoutChange() {
+  const CaptureRoot root;
+  LinuxPlatform platform(systemRoot(root));
+  FedChildren children;
+  WatchedStatusBar statusBar;
+  NoLog log;
+  const auto controller =
+      StatusItemController::make(replaced(platform.ports(), children, statusBar, log));
+  drawPending();
+  const MenuBarStrip& strip = statusBar.item().strip();
+  const int before = strip.paintCount();
+  if (before == 0)
+    throw std::runtime_error("the strip was not drawn at all");
+
+  const Corpus listing = makeListing(quietLines, "\r\n");
+  for (std::size_t at = 0; at < listing.bytes.size(); at += ChildProcesses::largestChunk) {
+    children.feed(std::string_view(listing.bytes).substr(at, ChildProcesses::largestChunk));
+    QCoreApplication::processEvents();
+  }
+  drawPending();
+  return strip.paintCount() - before;
+}
+
+/// Opens the menu by a click, again and again, and times each opening until the menu is drawn.
+class Opener final : public QObject {
+public:
+  explicit Opener(LinuxStatusItem& item) : item_(item) {
+    qApp->installEventFilter(this);
+    click();
+  }
+
+  const std::vector<double>& milliseconds() const { return milliseconds_; }
+
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::Paint && isOpening_ && watched == item_.menu()) {
+      isOpening_ = false;
+      QMetaObject::invokeMethod(
+          this, [this] { opened(); }, Qt::QueuedConnection);
+    }
+    return false;
+  }
+
+private:
+  void click() {
+    isOpening_ = true;
+    since_ = SteadyClock::now();
+    const QPointF place(item_.strip().rect().center());
+    QCoreApplication::postEvent(&item_.strip(),
+                                new QMouseEvent(QEvent::MouseButtonPress, place,
+                                                item_.strip().mapToGlobal(place), Qt::LeftButton,
+                                                Qt::LeftButton, Qt::NoModifier));
+  }
+
+  void opened() {
+    const std::chrono::duration<double, std::milli> time = SteadyClock::now() - since_;
+    milliseconds_.push_back(time.count());
+    item_.menu()->close();
+    QTimer::singleShot(1, this, [this] { click(); });
+  }
+
+  LinuxStatusItem& item_;
+  bool isOpening_ = false;
+  SteadyClock::time_point since_;
+  std::vector<double> milliseconds_;
+};
+
+/// The monitors' ends are kept from the core, which would start them again.
+class PlayedOnce final : public FedChildren {
+public:
+  PlayedOnce(ChildProcesses& children, std::function<void()> onEnd)
+      : children_(children), onEnd_(std::move(onEnd)) {}
+
+  std::variant<TerminalChild, LaunchError> spawn(const ToolCommand& command, DataHandler onData,
+                                                 ExitHandler onExit) override {
+    if (command.arguments.at(1) != "-i")
+      return FedChildren::spawn(command, std::move(onData), std::move(onExit));
+    return children_.spawn(command, std::move(onData), onEnd_);
+  }
+
+private:
+  ChildProcesses& children_;
+  const std::function<void()> onEnd_;
+};
+
+/// The opening times while the drive is listed once, in milliseconds.
+std::vector<double> openDuringListing(const CaptureRoot& root) {
+  LinuxPlatform platform(systemRoot(root));
+  PlayedOnce children(platform.ports().childProcesses, [] { QCoreApplication::quit(); });
+  WatchedStatusBar statusBar;
+  NoLog log;
+  const auto controller =
+      StatusItemController::make(replaced(platform.ports(), children, statusBar, log));
+  const Opener opener(statusBar.item());
+  QCoreApplication::exec();
+  return opener.milliseconds();
+}
+
+double percentile99(std::vector<double> values) {
+  const auto place = values.begin() + static_cast<std::ptrdiff_t>(values.size() * 99 / 100);
+  std::nth_element(values.begin(), place, values.end());
+  return *place;
+}
+
+} // namespace
+
+void benchMenu(Figures& figures, std::ostream& notes) {
+  figures["redraws_without_change"] = drawingsWithoutChange();
+
+  const CaptureRoot root;
+  root.playText(makeListing(listedPaths, "\n").bytes);
+  std::vector<double> times;
+  std::size_t listings = 0;
+  for (; times.size() < fewestOpenings; ++listings) {
+    const std::vector<double> more = openDuringListing(root);
+    if (more.empty())
+      throw std::runtime_error("the menu was not opened during a listing");
+    times.insert(times.end(), more.begin(), more.end());
+  }
+  figures["menu_open_ms_under_flood"] = percentile99(times);
+  notes << "menu: opened " << times.size() << " times during " << listings << " listings of "
+        << listedPaths << " paths, median " << median(times) << " ms\n";
+}
+
+} // namespace driftmark::bench

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "platform/Platform.h"
+
+namespace driftmark {
+
+/// The whole program: makes it an accessory application, ends older copies, turns SIGTERM and
+/// SIGINT into an orderly quit, and runs until the application ends. Main thread only. Returns the
+/// exit status.
+int runProgram(const Platform& platform);
+
+} // namespace driftmark

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/Platform.h"
+
+namespace driftmark {
+
+/// Sees to it that no other copy of the program keeps running: a newcomer ends the older ones.
+class SingleInstance {
+public:
+  SingleInstance() = delete;
+
+  /// Asks the older copies to end, waits for that, and kills those that do not. Blocks for `grace`
+  /// and a nap at most. Does nothing for a program without a bundle identifier. Main thread only.
+  static void takeOver(const Platform& platform);
+
+  static constexpr Seconds grace{3.0};
+  static constexpr Seconds nap{0.05}; ///< between two looks at the older copies
+};
+
+} // namespace driftmark

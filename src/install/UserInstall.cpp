@@ -1,0 +1,122 @@
+#include "install/UserInstall.h"
+
+#include "install/Relaunch.h"
+#include "platform/Application.h"
+#include "platform/Bundle.h"
+#include "platform/ChildProcesses.h"
+#include "platform/Dialogs.h"
+#include "platform/FileSystem.h"
+#include "platform/UserDefaults.h"
+#include "text/Paths.h"
+
+#include <array>
+
+namespace driftmark {
+
+namespace {
+
+constexpr const char* skipKey = "skipUserApplicationsInstall";
+
+/// Where applications belong, the preferred folder first.
+std::array<std::string, 2> applicationsFolders(const FileSystem& fileSystem) {
+  return {"/Applications", appendingPathComponent(fileSystem.homeDirectory(), "Applications")};
+}
+
+bool isInApplicationsFolder(const FileSystem& fileSystem, const std::string& parent) {
+  for (const std::string& folder : applicationsFolders(fileSystem))
+    if (parent == folder)
+      return true;
+  return false;
+}
+
+/// Whether the system runs the bundle from a random read-only place instead of its own.
+bool isTranslocated(const std::string& bundle) {
+  return bundle.find("/AppTranslocation/") != std::string::npos;
+}
+
+std::string location(const std::string& bundle, const std::string& parent,
+                     const std::string& home) {
+  return isTranslocated(bundle) ? "a temporary location" : abbreviatingWithTilde(parent, home);
+}
+
+Alert offer(const std::string& location) {
+  return {"Move Driftmark to your Applications folder?",
+          "Driftmark is running from " + location +
+              ". It will move itself to your Applications folder and reopen. That needs no "
+              "administrator password, and the copy you downloaded goes to the Trash.",
+          {"Move and Reopen", "Not Now"}};
+}
+
+Alert failure(const PlatformError& error) {
+  return {"Could not move Driftmark",
+          "Drag Driftmark.app into your Applications folder in Finder, then open it again.\n\n(" +
+              error.description + ")",
+          {}};
+}
+
+} // namespace
+
+bool UserInstall::offerIfNeeded(const Platform& platform) {
+  const std::string bundle = platform.bundle.path();
+  const std::string parent = deletingLastPathComponent(bundle);
+  if (isInApplicationsFolder(platform.fileSystem, parent) || platform.userDefaults.boolean(skipKey))
+    return false;
+
+  platform.application.activateIgnoringOtherApplications();
+  const std::string home = platform.fileSystem.homeDirectory();
+  if (platform.dialogs.runModal(offer(location(bundle, parent, home))) != 0) {
+    platform.userDefaults.setBoolean(skipKey, true);
+    return false;
+  }
+
+  const Installed installed = install(platform);
+  if (const auto* const error = std::get_if<PlatformError>(&installed)) {
+    platform.dialogs.runModal(failure(*error));
+    return false;
+  }
+  if (!isTranslocated(bundle))
+    trash(platform, bundle);
+  relaunch(platform.childProcesses, std::get<std::string>(installed));
+  platform.application.terminate();
+  return true;
+}
+
+/// Copies the bundle into the first folder that takes it.
+UserInstall::Installed UserInstall::install(const Platform& platform) {
+  Installed last = platform.fileSystem.unknownWriteError();
+  for (const std::string& folder : applicationsFolders(platform.fileSystem)) {
+    last = install(platform, folder);
+    if (std::holds_alternative<std::string>(last))
+      return last;
+  }
+  return last;
+}
+
+UserInstall::Installed UserInstall::install(const Platform& platform, const std::string& folder) {
+  FileSystem& fileSystem = platform.fileSystem;
+  const std::string target = appendingPathComponent(folder, "Driftmark.app");
+  static_cast<void>(fileSystem.createDirectory(folder));
+  if (fileSystem.fileExists(target))
+    if (auto error = fileSystem.removeItem(target))
+      return *std::move(error);
+
+  ChildProcesses& tools = platform.childProcesses;
+  const auto copied =
+      tools.prepare({"/usr/bin/ditto", {platform.bundle.path(), target}}, ToolOutput::discard)
+          ->run();
+  if (const auto* const error = std::get_if<LaunchError>(&copied))
+    return PlatformError{error->description};
+  if (std::get<ToolResult>(copied).exitStatus != 0)
+    return fileSystem.unknownWriteError();
+
+  // The copy is the user's own decision, so the system need not ask again about its origin.
+  tools.prepare({"/usr/bin/xattr", {"-dr", "com.apple.quarantine", target}}, ToolOutput::discard)
+      ->run();
+  return target;
+}
+
+void UserInstall::trash(const Platform& platform, const std::string& path) {
+  static_cast<void>(platform.fileSystem.trashItem(path));
+}
+
+} // namespace driftmark

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace driftmark {
+
+/// A modal question or message.
+struct Alert {
+  std::string messageText;     ///< in bold, above
+  std::string informativeText; ///< may have several lines; never read as markup
+
+  /// The titles in their order, the first being the default. Without any there is one button that
+  /// only acknowledges, titled by the system.
+  std::vector<std::string> buttons;
+
+  bool operator==(const Alert&) const = default;
+};
+
+/// What this program asks its user. Main thread only.
+class Dialogs {
+public:
+  virtual ~Dialogs() = default;
+
+  /// Shows `alert` and returns the index of the chosen button. Closing the alert in another way
+  /// counts as the last button. While it is open, what comes to the main queue runs; where the
+  /// application is asked to terminate meanwhile, it counts as closed.
+  virtual std::size_t runModal(const Alert& alert) = 0;
+
+  /// Shows the panel that says what this application is, with its name, icon and version as the
+  /// bundle gives them, and `credits` below: lines of plain text in small letters. Returns at once;
+  /// a panel that is open already comes to the front.
+  virtual void orderFrontAboutPanel(const std::string& credits) = 0;
+};
+
+} // namespace driftmark

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+namespace driftmark {
+
+/// Why an operation of the system failed.
+struct PlatformError {
+  std::string description; ///< for people, in the system's words
+};
+
+} // namespace driftmark

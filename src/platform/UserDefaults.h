@@ -1,0 +1,24 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace driftmark {
+
+/// The settings of this user, kept between runs. What the user changes while the program runs is
+/// seen by the next read. Main thread only.
+class UserDefaults {
+public:
+  virtual ~UserDefaults() = default;
+
+  /// A setting that is a text; absent when it is not set or is something else.
+  virtual std::optional<std::string> string(const std::string& key) const = 0;
+
+  /// A setting that is true or false; false when it is not set or is something else.
+  virtual bool boolean(const std::string& key) const = 0;
+
+  /// Keeps a setting. A failure to keep it is logged and otherwise ignored.
+  virtual void setBoolean(const std::string& key, bool value) = 0;
+};
+
+} // namespace driftmark

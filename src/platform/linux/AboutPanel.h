@@ -1,0 +1,27 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace driftmark {
+
+class AboutWindow;
+
+/// The window that says what this application is. Needs a QApplication. Main thread only.
+class AboutPanel {
+public:
+  AboutPanel();
+  AboutPanel(const AboutPanel&) = delete;
+  AboutPanel& operator=(const AboutPanel&) = delete;
+  ~AboutPanel();
+
+  /// Shows the panel and returns at once; one that is open comes to the front with these texts.
+  /// They are plain text; an empty one takes no room.
+  void showAboutPanel(const std::string& name, const std::string& version,
+                      const std::string& copyright, const std::string& credits);
+
+private:
+  std::unique_ptr<AboutWindow> window_; ///< null before the first time
+};
+
+} // namespace driftmark

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/posix/PosixFileSystem.h"
+
+namespace driftmark {
+
+/// The file system with the desktop's trash.
+class LinuxFileSystem : public PosixFileSystem {
+public:
+  using PosixFileSystem::PosixFileSystem;
+
+  /// The trash of the volume that holds the item, or the one in the user's data folder
+  /// (`XDG_DATA_HOME`).
+  std::optional<PlatformError> trashItem(const std::string& path) override;
+};
+
+} // namespace driftmark

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/RunningApplications.h"
+#include "platform/linux/SystemRoot.h"
+
+#include <string>
+
+namespace driftmark {
+
+/// The processes of this system, told apart by the bundles that their executables lie in. One with
+/// another system root runs on another system. Nothing is kept, so nothing goes stale.
+class LinuxRunningApplications final : public RunningApplications {
+public:
+  explicit LinuxRunningApplications(const SystemRoot& root) : systemRoot_(root.path()) {}
+
+  /// The oldest first. Copies that came up after this process are left out: they take over from it,
+  /// not it from them, so that of several copies started at once the newest remains. A process
+  /// whose executable this user may not see is left out too.
+  std::vector<std::int32_t> withBundleIdentifier(const std::string& identifier) const override;
+
+  void sendTerminate(std::int32_t process) override;
+  void sendKill(std::int32_t process) override;
+  bool isRunning(std::int32_t process) const override;
+
+private:
+  const std::string systemRoot_;
+};
+
+} // namespace driftmark

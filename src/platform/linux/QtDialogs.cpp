@@ -1,0 +1,17 @@
+#include "platform/linux/QtDialogs.h"
+
+#include "platform/linux/AlertDialog.h"
+
+namespace driftmark {
+
+std::size_t QtDialogs::runModal(const Alert& alert) {
+  return AlertDialog(alert).run();
+}
+
+void QtDialogs::orderFrontAboutPanel(const std::string& credits) {
+  aboutPanel_.showAboutPanel(bundle_.information("CFBundleName").value_or("Driftmark"),
+                             bundle_.information("CFBundleShortVersionString").value_or(""),
+                             bundle_.information("NSHumanReadableCopyright").value_or(""), credits);
+}
+
+} // namespace driftmark

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/Bundle.h"
+#include "platform/Dialogs.h"
+#include "platform/linux/AboutPanel.h"
+
+namespace driftmark {
+
+/// Alerts and the about panel as windows of this program. Needs a QApplication; makes no window
+/// before there is something to show.
+class QtDialogs final : public Dialogs {
+public:
+  /// The bundle outlives this object.
+  explicit QtDialogs(const Bundle& bundle) : bundle_(bundle) {}
+
+  std::size_t runModal(const Alert& alert) override;
+  void orderFrontAboutPanel(const std::string& credits) override;
+
+private:
+  const Bundle& bundle_;
+  AboutPanel aboutPanel_;
+};
+
+} // namespace driftmark

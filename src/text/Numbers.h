@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace driftmark {
+
+/// The number that the whole of `text` spells: decimal digits with at most one point, optionally a
+/// sign in front and a decimal exponent behind. The decimal point is "." whatever the locale.
+std::optional<double> toDouble(std::string_view text);
+
+/// The signed 64-bit number that the whole of `text` spells in decimal digits, optionally with a
+/// sign in front. Absent beyond the range.
+std::optional<std::int64_t> toInt64(std::string_view text);
+
+/// `number` rounded to a whole one, in decimal digits; a half goes to the even neighbour.
+std::string wholeNumber(double number);
+
+} // namespace driftmark

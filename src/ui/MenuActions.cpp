@@ -1,0 +1,68 @@
+// What the items of the menu do.
+
+#include "monitor/SyncMonitor.h"
+#include "platform/Application.h"
+#include "platform/Dialogs.h"
+#include "platform/Log.h"
+#include "platform/LoginItem.h"
+#include "platform/Workspace.h"
+#include "ui/StatusItemController.h"
+#include "update/UpdateChecker.h"
+
+#include <algorithm>
+
+namespace driftmark {
+
+namespace {
+
+constexpr const char* credits = "Menu bar monitor for iCloud Drive sync activity\n"
+                                "https://" DRIFTMARK_MAKER_HOST "/driftmark/";
+
+Alert restartQuestion(std::ptrdiff_t stalled) {
+  const std::string count =
+      stalled == 1 ? "1 transfer has made no progress for a while."
+                   : std::to_string(stalled) + " transfers have made no progress for a while.";
+  return {"Restart iCloud Sync?",
+          count + " This restarts the iCloud Drive sync process (bird); it relaunches on its own "
+                  "and resumes pending transfers. No files are changed. If the stall is really a "
+                  "network problem, restarting will not help.",
+          {"Restart Sync", "Cancel"}};
+}
+
+} // namespace
+
+void StatusItemController::revealFile(const std::string& path) {
+  platform_.workspace.activateFileViewerSelecting(path);
+}
+
+void StatusItemController::openICloudDrive() {
+  platform_.workspace.open(SyncMonitor::cloudDocsPath(platform_.fileSystem));
+}
+
+void StatusItemController::restartSync() {
+  platform_.application.activateIgnoringOtherApplications();
+  const auto stalled = std::ranges::count_if(
+      monitor_->active(), [this](const auto& entry) { return monitor_->isStalled(entry.second); });
+  if (platform_.dialogs.runModal(restartQuestion(stalled)) == 0)
+    monitor_->restartSyncDaemon();
+}
+
+void StatusItemController::showAbout() {
+  platform_.application.activateIgnoringOtherApplications();
+  platform_.dialogs.orderFrontAboutPanel(credits);
+}
+
+void StatusItemController::checkForUpdates() {
+  updateChecker_->check(/*interactive=*/true);
+}
+
+void StatusItemController::toggleLaunchAtLogin() {
+  LoginItem& loginItem = platform_.loginItem;
+  const bool enable = loginItem.status() != LoginItem::Status::enabled;
+  if (const auto error = enable ? loginItem.registerItem() : loginItem.unregisterItem())
+    log(platform_.systemLog, {"launch-at-login change failed: ", error->description});
+  else
+    log(platform_.systemLog, {"launch at login ", enable ? "enabled" : "disabled"});
+}
+
+} // namespace driftmark

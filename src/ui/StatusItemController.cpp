@@ -1,0 +1,43 @@
+#include "ui/StatusItemController.h"
+
+#include "monitor/SyncMonitor.h"
+#include "platform/Weakly.h"
+#include "update/UpdateChecker.h"
+
+namespace driftmark {
+
+std::shared_ptr<StatusItemController> StatusItemController::make(const Platform& platform) {
+  auto controller = std::make_shared<StatusItemController>(Private{}, platform);
+  controller->start();
+  return controller;
+}
+
+StatusItemController::StatusItemController(Private /*pass*/, const Platform& platform)
+    : platform_(platform), statusItem_(platform.statusBar.makeStatusItem()),
+      monitor_(SyncMonitor::make(platform)), updateChecker_(UpdateChecker::make(platform)) {}
+
+StatusItemController::~StatusItemController() = default;
+
+void StatusItemController::start() {
+  const auto self = shared_from_this();
+  if (statusItem_) {
+    // The status item is this object's own, so what it calls cannot outlive it.
+    statusItem_->setMenu([this] { return menuNeedsUpdate(); }, [this] { menuWillOpen(); });
+  }
+  monitor_->onChange = weakly(self, std::mem_fn(&StatusItemController::monitorChanged));
+  updateIcon();
+  monitor_->start();
+  updateChecker_->start();
+}
+
+void StatusItemController::shutdown() {
+  monitor_->stop();
+}
+
+void StatusItemController::monitorChanged() {
+  updateIcon();
+  if (statusItem_ && quotaItem_)
+    statusItem_->retitle(*quotaItem_, storageTitle());
+}
+
+} // namespace driftmark

@@ -1,0 +1,117 @@
+#include "update/UpdateChecker.h"
+
+#include "platform/Application.h"
+#include "platform/Bundle.h"
+#include "platform/Dialogs.h"
+#include "platform/Fatal.h"
+#include "platform/Log.h"
+#include "platform/Text.h"
+#include "platform/UserDefaults.h"
+#include "platform/Weakly.h"
+
+#include <utility>
+
+namespace driftmark {
+
+namespace {
+
+/// The host is the maker's choice at build time, the path is fixed.
+constexpr const char* makersManifestURL =
+    "https://" DRIFTMARK_MAKER_HOST "/driftmark/appcast.json";
+
+} // namespace
+
+std::shared_ptr<UpdateChecker> UpdateChecker::make(const Platform& platform) {
+  return std::make_shared<UpdateChecker>(Private{}, platform);
+}
+
+UpdateChecker::UpdateChecker(Private /*pass*/, const Platform& platform) : platform_(platform) {}
+
+std::string UpdateChecker::manifestURL() const {
+  std::string url = platform_.userDefaults.string("UpdateManifestURL").value_or(makersManifestURL);
+  if (!platform_.text.isUrl(url))
+    fatalError("the setting UpdateManifestURL is not an address");
+  return url;
+}
+
+std::string UpdateChecker::currentVersion() const {
+  return platform_.bundle.information("CFBundleShortVersionString").value_or("0");
+}
+
+void UpdateChecker::start() {
+  const auto automaticCheck =
+      weakly(shared_from_this(), [](UpdateChecker& self) { self.check(/*interactive=*/false); });
+  platform_.mainQueue.after(firstCheckDelay, automaticCheck);
+  timer_ = platform_.mainQueue.repeat(checkInterval, checkTolerance, automaticCheck);
+}
+
+void UpdateChecker::check(bool interactive) {
+  if (checking_)
+    return;
+  checking_ = true;
+  const HttpClient::Request request{
+      .url = manifestURL(),
+      .cachePolicy = HttpClient::CachePolicy::reloadIgnoringLocalCacheData,
+      .timeoutInterval = manifestTimeout,
+  };
+  auto deliver = weakly(shared_from_this(),
+                        [interactive](UpdateChecker& self, const HttpClient::DataReply& reply) {
+                          self.manifestArrived(reply, interactive);
+                        });
+  platform_.httpClient.fetch(
+      request, largestManifest,
+      [&mainQueue = platform_.mainQueue, deliver](HttpClient::DataReply reply) {
+        mainQueue.async([deliver, reply = std::move(reply)] { deliver(reply); });
+      });
+}
+
+void UpdateChecker::manifestArrived(const HttpClient::DataReply& reply, bool interactive) {
+  checking_ = false;
+  const auto manifest = reply.data ? decodeManifest(*reply.data, platform_.text) : std::nullopt;
+  if (!manifest) {
+    checkFailed(reply.error, interactive);
+    return;
+  }
+
+  const std::string current = currentVersion();
+  if (isNewer(manifest->version, current)) {
+    offer(*manifest);
+    return;
+  }
+  log({"up to date (", current, ")"});
+  if (interactive)
+    activateAndAsk("Driftmark is up to date", "Version " + current + " is the latest.");
+}
+
+void UpdateChecker::checkFailed(const std::optional<PlatformError>& error, bool interactive) const {
+  log({"update check failed: ", error ? error->description : "unreadable manifest"});
+  if (interactive)
+    activateAndAsk("Could not check for updates",
+                   error ? error->description : "The update information was unreadable.");
+}
+
+void UpdateChecker::offer(const Manifest& manifest) {
+  const std::string current = currentVersion();
+  log({"update ", manifest.version, " available (running ", current, ")"});
+  std::string details = "You have " + current + ".";
+  if (manifest.notes && !manifest.notes->empty())
+    details += "\n\n" + *manifest.notes;
+  const std::size_t answer = activateAndAsk("Driftmark " + manifest.version + " is available",
+                                            details, {"Install and Relaunch", "Later"});
+  if (answer == 0)
+    download(manifest);
+}
+
+void UpdateChecker::log(std::initializer_list<std::string_view> parts) const {
+  driftmark::log(platform_.systemLog, parts);
+}
+
+/// Shows an alert in front of all applications. Returns the index of the chosen button.
+std::size_t UpdateChecker::activateAndAsk(const std::string& messageText,
+                                          const std::string& informativeText,
+                                          std::vector<std::string> buttons) const {
+  platform_.application.activateIgnoringOtherApplications();
+  return platform_.dialogs.runModal({messageText, informativeText, std::move(buttons)});
+}
+
+} // namespace driftmark

@@ -1,0 +1,123 @@
+// Downloads a release, makes sure that it is the maker's, and puts it in the running bundle's
+// place.
+
+#include "install/Relaunch.h"
+#include "platform/Application.h"
+#include "platform/Bundle.h"
+#include "platform/ChildProcesses.h"
+#include "platform/FileSystem.h"
+#include "platform/Weakly.h"
+#include "text/TextScan.h"
+#include "update/UpdateChecker.h"
+
+#include <functional>
+#include <utility>
+#include <variant>
+
+namespace driftmark {
+
+namespace {
+
+constexpr const char* codesign = "/usr/bin/codesign";
+constexpr const char* ditto = "/usr/bin/ditto";
+constexpr const char* makersTeam = "TeamIdentifier=T4N8RW2KQZ";
+
+/// Moves a downloaded file to where it is unpacked from. Its path; absent when that failed.
+std::optional<std::string> stage(FileSystem& fileSystem, const std::string& downloaded) {
+  std::string archive = fileSystem.temporaryDirectory() + "Driftmark-update.zip";
+  static_cast<void>(fileSystem.removeItem(archive));
+  if (fileSystem.moveItem(downloaded, archive))
+    return std::nullopt;
+  return archive;
+}
+
+} // namespace
+
+void UpdateChecker::download(const Manifest& manifest) {
+  auto deliver = weakly(shared_from_this(), std::mem_fn(&UpdateChecker::downloadArrived));
+  platform_.httpClient.download(manifest.url, [platform = platform_,
+                                               deliver](const HttpClient::DownloadReply& reply) {
+    platform.mainQueue.async([deliver, error = reply.error,
+                              archive = reply.file ? stage(platform.fileSystem, *reply.file)
+                                                   : std::nullopt] { deliver(archive, error); });
+  });
+}
+
+void UpdateChecker::downloadArrived(const std::optional<std::string>& archive,
+                                    const std::optional<PlatformError>& error) {
+  if (!archive) {
+    activateAndAsk("Update failed", error ? error->description : "Could not download the update.");
+    return;
+  }
+  if (const auto failure = install(*archive))
+    activateAndAsk("Update failed", failure->description);
+}
+
+std::optional<PlatformError> UpdateChecker::install(const std::string& zip) const {
+  FileSystem& fileSystem = platform_.fileSystem;
+  const std::string work = fileSystem.temporaryDirectory() + "Driftmark-update-" +
+                           std::to_string(platform_.application.processIdentifier());
+  static_cast<void>(fileSystem.removeItem(work));
+  if (auto error = fileSystem.createDirectory(work))
+    return error;
+  if (auto error = run(ditto, {"-xk", zip, work}, "The update archive could not be unpacked."))
+    return error;
+
+  const std::string newBundle = work + "/Driftmark.app";
+  if (!fileSystem.fileExists(newBundle))
+    return UpdateError{"The update archive did not contain Driftmark.app."};
+  if (auto error = verify(newBundle))
+    return error;
+
+  const std::string running = platform_.bundle.path();
+  if (auto error = swap(newBundle, running, work + "/Driftmark-old.app"))
+    return error;
+  log({"updated bundle at ", running, ", relaunching"});
+  relaunch(platform_.childProcesses, running);
+  platform_.application.terminate();
+  return std::nullopt;
+}
+
+/// The running bundle's place is empty only between the two moves.
+std::optional<PlatformError> UpdateChecker::swap(const std::string& newBundle,
+                                                 const std::string& running,
+                                                 const std::string& oldCopy) const {
+  FileSystem& fileSystem = platform_.fileSystem;
+  if (auto error = fileSystem.moveItem(running, oldCopy))
+    return error;
+  auto error = fileSystem.moveItem(newBundle, running);
+  if (error)
+    static_cast<void>(fileSystem.moveItem(oldCopy, running));
+  return error;
+}
+
+std::optional<PlatformError> UpdateChecker::verify(const std::string& bundle) const {
+  if (auto error = run(codesign, {"--verify", "--deep", "--strict", bundle},
+                       "The update's code signature is invalid."))
+    return error;
+
+  const auto described =
+      platform_.childProcesses.prepare({codesign, {"-dv", bundle}}, ToolOutput::captureError)
+          ->run();
+  if (const auto* const error = std::get_if<LaunchError>(&described))
+    return PlatformError{error->description};
+  const std::string& description = std::get<ToolResult>(described).output;
+  if (!isUtf8(description) || description.find(makersTeam) == std::string::npos)
+    return UpdateError{"The update was not signed by Tallowmere."};
+  return std::nullopt;
+}
+
+/// Runs a tool to its end. Fails with `failure` when it reports one.
+std::optional<PlatformError> UpdateChecker::run(const std::string& tool,
+                                                std::vector<std::string> arguments,
+                                                const std::string& failure) const {
+  const auto outcome =
+      platform_.childProcesses.prepare({tool, std::move(arguments)}, ToolOutput::discard)->run();
+  if (const auto* const error = std::get_if<LaunchError>(&outcome))
+    return PlatformError{error->description};
+  if (std::get<ToolResult>(outcome).exitStatus != 0)
+    return UpdateError{failure};
+  return std::nullopt;
+}
+
+} // namespace driftmark

@@ -1,0 +1,57 @@
+#include "text/Paths.h"
+
+#include <gtest/gtest.h>
+
+namespace driftmark::test {
+namespace {
+
+TEST(PathsTest, lastComponentIsWhatFollowsTheLastSlash) {
+  EXPECT_EQ(lastPathComponent("/a/b/c.txt"), "c.txt");
+  EXPECT_EQ(lastPathComponent("/c.txt"), "c.txt");
+  EXPECT_EQ(lastPathComponent("c.txt"), "c.txt");
+  EXPECT_EQ(lastPathComponent("/a b/c d"), "c d");
+  EXPECT_EQ(lastPathComponent("/a/."), ".");
+}
+
+TEST(PathsTest, trailingSlashesAreNotCounted) {
+  EXPECT_EQ(lastPathComponent("/a/b/"), "b");
+  EXPECT_EQ(lastPathComponent("/a/b///"), "b");
+  EXPECT_EQ(lastPathComponent("b/"), "b");
+}
+
+TEST(PathsTest, pathOfSlashesOnlyIsTheRoot) {
+  EXPECT_EQ(lastPathComponent("/"), "/");
+  EXPECT_EQ(lastPathComponent("///"), "/");
+  EXPECT_EQ(lastPathComponent(""), "");
+}
+
+TEST(PathsTest, parentIsThePathWithoutItsLastComponent) {
+  EXPECT_EQ(deletingLastPathComponent("/Applications/Driftmark.app"), "/Applications");
+  EXPECT_EQ(deletingLastPathComponent("/Applications/Driftmark.app/"), "/Applications");
+  EXPECT_EQ(deletingLastPathComponent("/a//b"), "/a");
+  EXPECT_EQ(deletingLastPathComponent("/a"), "/");
+  EXPECT_EQ(deletingLastPathComponent("/"), "/");
+  EXPECT_EQ(deletingLastPathComponent("a"), "");
+  EXPECT_EQ(deletingLastPathComponent(""), "");
+}
+
+TEST(PathsTest, folderAndNameAreJoinedByOneSlash) {
+  EXPECT_EQ(appendingPathComponent("/Users/ada", "Applications"), "/Users/ada/Applications");
+  EXPECT_EQ(appendingPathComponent("/Users/ada/", "Applications"), "/Users/ada/Applications");
+  EXPECT_EQ(appendingPathComponent("/", "Applications"), "/Applications");
+  EXPECT_EQ(appendingPathComponent("", "Applications"), "/Applications");
+}
+
+TEST(PathsTest, homeInFrontBecomesATilde) {
+  EXPECT_EQ(abbreviatingWithTilde("/Users/ada/Downloads", "/Users/ada"), "~/Downloads");
+  EXPECT_EQ(abbreviatingWithTilde("/Users/ada", "/Users/ada"), "~");
+}
+
+TEST(PathsTest, foldersOutsideTheHomeStay) {
+  EXPECT_EQ(abbreviatingWithTilde("/Users/adam/Downloads", "/Users/ada"), "/Users/adam/Downloads");
+  EXPECT_EQ(abbreviatingWithTilde("/opt", "/Users/ada"), "/opt");
+  EXPECT_EQ(abbreviatingWithTilde("/opt", ""), "/opt");
+}
+
+} // namespace
+} // namespace driftmark::test

@@ -1,0 +1,85 @@
+#include "app/Program.h"
+
+#include "core/MonitorTest.h"
+
+#include <gmock/gmock.h>
+
+namespace driftmark::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// The whole program on the test platform; `during` is what happens while it runs.
+class ProgramTest : public testing::Test {
+protected:
+  int run(std::function<void()> during) {
+    platform.application.onRun([this, during = std::move(during)] {
+      platform.application.delegate()->applicationDidFinishLaunching();
+      during();
+      platform.application.delegate()->applicationWillTerminate();
+    });
+    return runProgram(platform.platform());
+  }
+
+  TestPlatform platform;
+};
+
+TEST_F(ProgramTest, startsAsAnAccessoryWithItsStatusItem) {
+  EXPECT_EQ(run([&] {
+              EXPECT_TRUE(platform.application.isAccessory());
+              EXPECT_TRUE(platform.statusBar.hasItem());
+              EXPECT_THAT(platform.childProcesses.children(), testing::SizeIs(2));
+            }),
+            0);
+}
+
+TEST_F(ProgramTest, olderCopyIsGoneBeforeTheStatusItemIsUp) {
+  platform.bundle.setIdentifier("com.example.driftmark");
+  platform.runningApplications.add("com.example.driftmark", 17, Seconds(1));
+  platform.application.onRun([&] {
+    EXPECT_FALSE(platform.runningApplications.isRunning(17));
+    EXPECT_FALSE(platform.statusBar.hasItem());
+  });
+  EXPECT_EQ(runProgram(platform.platform()), 0);
+  EXPECT_THAT(platform.runningApplications.take(), ElementsAre("terminate 17"));
+}
+
+TEST_F(ProgramTest, signalsAskForTheOrderlyQuit) {
+  run([&] {
+    for (const QuitSignal signal : {QuitSignal::terminate, QuitSignal::interrupt}) {
+      EXPECT_TRUE(platform.signals.isIgnored(signal));
+      const int before = platform.application.terminateRequests();
+      platform.signals.send(signal);
+      platform.mainQueue.runAll();
+      EXPECT_EQ(platform.application.terminateRequests(), before + 1);
+    }
+  });
+  EXPECT_FALSE(platform.signals.isWatched(QuitSignal::terminate));
+}
+
+TEST_F(ProgramTest, endOfTheApplicationEndsTheChildren) {
+  run([] {});
+  ASSERT_THAT(platform.childProcesses.children(), testing::SizeIs(2));
+  for (const auto& child : platform.childProcesses.children())
+    EXPECT_EQ(child->terminateRequests(), 1);
+}
+
+TEST_F(ProgramTest, programThatMovesItselfStartsNothing) {
+  platform.bundle.setPath("/Users/ada/Downloads/Driftmark.app");
+  platform.dialogs.answer(0);
+  run([&] {
+    EXPECT_EQ(platform.application.terminateRequests(), 1);
+    EXPECT_FALSE(platform.statusBar.hasItem());
+    EXPECT_THAT(platform.mainQueue.timers(), IsEmpty());
+  });
+  EXPECT_THAT(platform.childProcesses.children(), IsEmpty());
+}
+
+TEST_F(ProgramTest, programThatStaysWhereItIsGoesOn) {
+  platform.bundle.setPath("/Users/ada/Downloads/Driftmark.app");
+  run([&] { EXPECT_TRUE(platform.statusBar.hasItem()); });
+}
+
+} // namespace
+} // namespace driftmark::test

@@ -1,0 +1,90 @@
+#include "app/SingleInstance.h"
+
+#include "support/TestPlatform.h"
+
+#include <optional>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace driftmark::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class SingleInstanceTest : public testing::Test {
+protected:
+  SingleInstanceTest() {
+    platform.bundle.setIdentifier(identifier);
+    platform.application.setProcessIdentifier(100);
+    copy(100, std::nullopt);
+  }
+
+  void copy(std::int32_t process, std::optional<Seconds> obeys) {
+    platform.runningApplications.add(identifier, process, obeys);
+  }
+
+  /// Takes over. Returns how long that took.
+  double takeOver() {
+    const Date before = platform.clock.now();
+    SingleInstance::takeOver(platform.platform());
+    return Seconds(platform.clock.now() - before).count();
+  }
+
+  const std::string identifier = "com.example.driftmark";
+  TestPlatform platform;
+};
+
+TEST_F(SingleInstanceTest, programOutsideABundleTakesNothingOver) {
+  platform.bundle.setIdentifier(std::nullopt);
+  copy(200, Seconds(0));
+  EXPECT_EQ(takeOver(), 0.0);
+  EXPECT_THAT(platform.runningApplications.take(), IsEmpty());
+  EXPECT_THAT(platform.systemLog.take(), IsEmpty());
+}
+
+TEST_F(SingleInstanceTest, onlyCopyIsSilent) {
+  platform.runningApplications.add("com.example.other", 200, std::nullopt);
+  EXPECT_EQ(takeOver(), 0.0);
+  EXPECT_THAT(platform.runningApplications.take(), IsEmpty());
+  EXPECT_THAT(platform.systemLog.take(), IsEmpty());
+}
+
+TEST_F(SingleInstanceTest, olderCopyIsAskedToEnd) {
+  copy(200, Seconds(0.12));
+  EXPECT_NEAR(takeOver(), 0.15, 1e-6);
+  EXPECT_THAT(platform.runningApplications.take(), ElementsAre("terminate 200"));
+  EXPECT_THAT(platform.systemLog.take(),
+              ElementsAre("Driftmark: quitting 1 already-running instance(s)"));
+}
+
+TEST_F(SingleInstanceTest, copyThatEndsAtOnceIsNotWaitedFor) {
+  copy(200, Seconds(0));
+  EXPECT_EQ(takeOver(), 0.0);
+}
+
+TEST_F(SingleInstanceTest, copyThatIgnoresTheRequestIsKilledAfterThreeSeconds) {
+  copy(200, std::nullopt);
+  copy(300, Seconds(1));
+  copy(400, std::nullopt);
+  EXPECT_NEAR(takeOver(), 3.0, 1e-6);
+  EXPECT_THAT(
+      platform.runningApplications.take(),
+      ElementsAre("terminate 200", "terminate 300", "terminate 400", "kill 200", "kill 400"));
+  EXPECT_THAT(platform.systemLog.take(),
+              ElementsAre("Driftmark: quitting 3 already-running instance(s)",
+                          "Driftmark: instance 200 ignored the quit request; killing it",
+                          "Driftmark: instance 400 ignored the quit request; killing it"));
+}
+
+TEST_F(SingleInstanceTest, slowestCopyIsWaitedFor) {
+  copy(200, Seconds(2.9));
+  copy(300, Seconds(0.1));
+  EXPECT_NEAR(takeOver(), 2.9, 1e-6);
+  EXPECT_THAT(platform.runningApplications.take(), ElementsAre("terminate 200", "terminate 300"));
+}
+
+} // namespace
+} // namespace driftmark::test

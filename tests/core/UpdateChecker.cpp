@@ -1,0 +1,220 @@
+#include "UpdateTest.h"
+
+#include <chrono>
+
+#include <gmock/gmock.h>
+
+namespace driftmark::test {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using UpdateCheckerTest = UpdateTest;
+
+TEST_F(UpdateCheckerTest, manifestLiesAtTheMakersHost) {
+  EXPECT_THAT(checker->manifestURL(), testing::StartsWith("https://"));
+  EXPECT_THAT(checker->manifestURL(), testing::EndsWith("/driftmark/appcast.json"));
+}
+
+TEST_F(UpdateCheckerTest, settingChangesTheAddress) {
+  platform.userDefaults.setString("UpdateManifestURL", "https://other.example/beta.json");
+  EXPECT_EQ(checker->manifestURL(), "https://other.example/beta.json");
+}
+
+TEST_F(UpdateCheckerTest, settingThatIsNoTextIsIgnored) {
+  platform.userDefaults.setBoolean("UpdateManifestURL", true);
+  EXPECT_THAT(checker->manifestURL(), testing::EndsWith("/driftmark/appcast.json"));
+}
+
+using UpdateCheckerDeathTest = UpdateTest;
+
+TEST_F(UpdateCheckerDeathTest, settingThatIsNoAddressEndsTheProgram) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  platform.userDefaults.setString("UpdateManifestURL", "not an address");
+  EXPECT_DEATH(checker->check(true), "the setting UpdateManifestURL is not an address");
+}
+
+TEST_F(UpdateCheckerTest, versionIsTheBundles) {
+  EXPECT_EQ(checker->currentVersion(), "1.0");
+}
+
+TEST_F(UpdateCheckerTest, versionOutsideABundleIsZero) {
+  platform.bundle = TestBundle();
+  EXPECT_EQ(checker->currentVersion(), "0");
+}
+
+TEST_F(UpdateCheckerTest, firstCheckComesAfterHalfAMinute) {
+  checker->start();
+  platform.mainQueue.advance(29.999s);
+  EXPECT_EQ(platform.httpClient.fetches().size(), 0U);
+  platform.mainQueue.advance(0.001s);
+  EXPECT_EQ(platform.httpClient.fetches().size(), 1U);
+}
+
+TEST_F(UpdateCheckerTest, furtherChecksComeDaily) {
+  checker->start();
+  EXPECT_THAT(platform.mainQueue.timers(),
+              ElementsAre(TestMainQueue::TimerSettings{Seconds(86400), Seconds(3600)}));
+  for (std::size_t checks = 1; checks <= 4; ++checks) {
+    platform.mainQueue.advance(checks == 1 ? Seconds(30) : Seconds(86400));
+    ASSERT_EQ(platform.httpClient.fetches().size(), checks);
+    reply(manifest("1.0"));
+  }
+  EXPECT_THAT(platform.dialogs.take(), IsEmpty());
+}
+
+TEST_F(UpdateCheckerTest, secondStartReplacesTheTimer) {
+  checker->start();
+  checker->start();
+  EXPECT_EQ(platform.mainQueue.timers().size(), 1U);
+}
+
+TEST_F(UpdateCheckerTest, scheduledChecksDoNothingOnceTheCheckerIsGone) {
+  checker->start();
+  checker.reset();
+  platform.mainQueue.advance(Seconds(200000));
+  EXPECT_THAT(platform.httpClient.fetches(), IsEmpty());
+}
+
+TEST_F(UpdateCheckerTest, requestGoesPastTheCacheAndWaitsAMinute) {
+  checker->check(false);
+  ASSERT_EQ(platform.httpClient.fetches().size(), 1U);
+  const auto& [request, largestBody] = platform.httpClient.fetches()[0];
+  EXPECT_EQ(request.url, checker->manifestURL());
+  EXPECT_EQ(request.cachePolicy, HttpClient::CachePolicy::reloadIgnoringLocalCacheData);
+  EXPECT_EQ(request.timeoutInterval, Seconds(60));
+  EXPECT_EQ(largestBody, UpdateChecker::largestManifest);
+}
+
+TEST_F(UpdateCheckerTest, checkWhileAnAnswerIsAwaitedIsIgnored) {
+  checker->check(true);
+  checker->check(true);
+  checker->check(false);
+  EXPECT_EQ(platform.httpClient.fetches().size(), 1U);
+  platform.httpClient.reply(manifest("1.0"));
+  checker->check(true); // the reply has not reached the main thread yet
+  EXPECT_EQ(platform.httpClient.fetches().size(), 1U);
+  platform.settle();
+  EXPECT_EQ(platform.dialogs.take().size(), 1U);
+  checker->check(true);
+  EXPECT_EQ(platform.httpClient.fetches().size(), 2U);
+}
+
+TEST_F(UpdateCheckerTest, checkMayBeginWhileAnAlertIsOpen) {
+  platform.dialogs.onShow([&](const Alert&) { checker->check(true); });
+  checker->check(true);
+  reply(manifest("1.0"));
+  EXPECT_EQ(platform.httpClient.fetches().size(), 2U);
+}
+
+TEST_F(UpdateCheckerTest, automaticCheckThatFindsNothingNewerOnlyLogs) {
+  checker->check(false);
+  reply(manifest("1.0"));
+  EXPECT_THAT(takeLog(), ElementsAre("Driftmark: up to date (1.0)"));
+  EXPECT_THAT(platform.dialogs.take(), IsEmpty());
+  EXPECT_EQ(platform.application.activations(), 0);
+}
+
+TEST_F(UpdateCheckerTest, requestedCheckSaysThatNothingIsNewer) {
+  checker->check(true);
+  reply(manifest("0.9"));
+  EXPECT_THAT(takeLog(), ElementsAre("Driftmark: up to date (1.0)"));
+  EXPECT_THAT(platform.dialogs.take(),
+              ElementsAre(Alert{"Driftmark is up to date", "Version 1.0 is the latest.", {}}));
+  EXPECT_EQ(platform.application.activations(), 1);
+}
+
+TEST_F(UpdateCheckerTest, automaticCheckThatFailsOnlyLogs) {
+  checker->check(false);
+  platform.httpClient.fail({"The network is unreachable."});
+  platform.settle();
+  EXPECT_THAT(takeLog(),
+              ElementsAre("Driftmark: update check failed: The network is unreachable."));
+  EXPECT_THAT(platform.dialogs.take(), IsEmpty());
+  EXPECT_EQ(platform.application.activations(), 0);
+}
+
+TEST_F(UpdateCheckerTest, requestedCheckShowsTheTransportsError) {
+  checker->check(true);
+  platform.httpClient.fail({"The network is unreachable."});
+  platform.settle();
+  EXPECT_THAT(takeLog(),
+              ElementsAre("Driftmark: update check failed: The network is unreachable."));
+  EXPECT_THAT(platform.dialogs.take(),
+              ElementsAre(Alert{"Could not check for updates", "The network is unreachable.", {}}));
+  EXPECT_EQ(platform.application.activations(), 1);
+}
+
+TEST_F(UpdateCheckerTest, errorPageIsAnUnreadableManifest) {
+  checker->check(true);
+  reply("<html><body><h1>404 Not Found</h1></body></html>");
+  EXPECT_THAT(takeLog(), ElementsAre("Driftmark: update check failed: unreadable manifest"));
+  EXPECT_THAT(platform.dialogs.take(),
+              ElementsAre(Alert{
+                  "Could not check for updates", "The update information was unreadable.", {}}));
+}
+
+TEST_F(UpdateCheckerTest, replyOfNothingIsAnUnreadableManifest) {
+  checker->check(true);
+  platform.httpClient.replyNothing();
+  platform.settle();
+  EXPECT_THAT(takeLog(), ElementsAre("Driftmark: update check failed: unreadable manifest"));
+  EXPECT_THAT(platform.dialogs.take(),
+              ElementsAre(Alert{
+                  "Could not check for updates", "The update information was unreadable.", {}}));
+}
+
+TEST_F(UpdateCheckerTest, newerVersionIsOfferedWhoeverAsked) {
+  for (const bool interactive : {false, true}) {
+    checker->check(interactive);
+    reply(manifest("1.5"));
+    EXPECT_THAT(takeLog(), ElementsAre("Driftmark: update 1.5 available (running 1.0)"));
+    EXPECT_THAT(platform.dialogs.take(), ElementsAre(Alert{"Driftmark 1.5 is available",
+                                                           "You have 1.0.",
+                                                           {"Install and Relaunch", "Later"}}));
+  }
+  EXPECT_EQ(platform.application.activations(), 2);
+}
+
+TEST_F(UpdateCheckerTest, notesFollowAfterABlankLine) {
+  checker->check(false);
+  reply(manifest("1.5", R"(, "notes": "Fewer wake-ups.\nA new icon.")"));
+  EXPECT_EQ(platform.dialogs.take().at(0).informativeText,
+            "You have 1.0.\n\nFewer wake-ups.\nA new icon.");
+}
+
+TEST_F(UpdateCheckerTest, emptyNotesAddNothing) {
+  checker->check(false);
+  reply(manifest("1.5", R"(, "notes": "")"));
+  EXPECT_EQ(platform.dialogs.take().at(0).informativeText, "You have 1.0.");
+}
+
+TEST_F(UpdateCheckerTest, laterRemembersNothing) {
+  checker->check(false);
+  reply(manifest("1.5"));
+  EXPECT_THAT(platform.httpClient.downloads(), IsEmpty());
+  EXPECT_EQ(platform.dialogs.take().size(), 1U);
+  checker->check(false);
+  reply(manifest("1.5"));
+  EXPECT_EQ(platform.dialogs.take().size(), 1U);
+}
+
+TEST_F(UpdateCheckerTest, agreementStartsTheDownload) {
+  platform.dialogs.answer(0);
+  checker->check(false);
+  reply(manifest("1.5"));
+  EXPECT_THAT(platform.httpClient.downloads(), ElementsAre(archiveURL));
+}
+
+TEST_F(UpdateCheckerTest, replyAfterTheCheckerIsGoneIsDropped) {
+  checker->check(true);
+  checker.reset();
+  reply(manifest("1.5"));
+  EXPECT_THAT(takeLog(), IsEmpty());
+  EXPECT_THAT(platform.dialogs.take(), IsEmpty());
+}
+
+} // namespace
+} // namespace driftmark::test

@@ -1,0 +1,294 @@
+#include "UpdateTest.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <gmock/gmock.h>
+
+namespace driftmark::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// A user who agrees to version 1.5. The tools do their work unless a test says otherwise.
+class UpdateInstallTest : public UpdateTest {
+protected:
+  UpdateInstallTest() {
+    platform.bundle.setPath(running);
+    platform.fileSystem.add(running);
+    platform.childProcesses.script({"-dv", newBundle},
+                                   "Identifier=x\nTeamIdentifier=T4N8RW2KQZ\nSealed Resources\n");
+    platform.childProcesses.onRun([this](const ToolCommand& command) {
+      std::string words = "run " + command.executable;
+      for (const std::string& argument : command.arguments)
+        words += " " + argument;
+      platform.fileSystem.note(words);
+      if (command.executable == "/usr/bin/ditto" && !unpacked.empty())
+        platform.fileSystem.add(unpacked);
+    });
+  }
+
+  void agree() {
+    platform.dialogs.answer(0);
+    checker->check(false);
+    reply(manifest("1.5"));
+    platform.dialogs.take();
+    takeLog();
+  }
+
+  /// Agrees and lets the download end well.
+  void install() {
+    agree();
+    platform.fileSystem.add(downloaded);
+    platform.httpClient.replyFile(downloaded);
+    platform.settle();
+  }
+
+  /// What is said after a failure.
+  static auto failed(const std::string& details) {
+    return ElementsAre(Alert{"Update failed", details, {}});
+  }
+
+  /// The running copy stands, nothing was logged, and the program goes on.
+  void expectUntouched() {
+    EXPECT_TRUE(platform.fileSystem.fileExists(running));
+    EXPECT_THAT(takeLog(), IsEmpty());
+    EXPECT_EQ(platform.application.terminateRequests(), 0);
+    EXPECT_THAT(platform.childProcesses.detached(), IsEmpty());
+  }
+
+  Lines operations() { return platform.fileSystem.takeOperations(); }
+
+  const std::string running = "/Applications/Driftmark.app";
+  const std::string downloaded = "/private/var/download.tmp";
+  const std::string zip = "/private/tmp/ada/Driftmark-update.zip";
+  const std::string work = "/private/tmp/ada/Driftmark-update-4711";
+  const std::string newBundle = work + "/Driftmark.app";
+  const std::string oldCopy = work + "/Driftmark-old.app";
+
+  /// What unpacking brings.
+  std::string unpacked = newBundle;
+
+  const Arguments unpack{"-xk", zip, work};
+  const Arguments checkSeal{"--verify", "--deep", "--strict", newBundle};
+  const Arguments describe{"-dv", newBundle};
+};
+
+TEST_F(UpdateInstallTest, stepsComeInTheirOrder) {
+  install();
+  EXPECT_THAT(operations(),
+              ElementsAre("remove " + zip, "move " + downloaded + " to " + zip, "remove " + work,
+                          "create " + work, "run /usr/bin/ditto -xk " + zip + " " + work,
+                          "run /usr/bin/codesign --verify --deep --strict " + newBundle,
+                          "run /usr/bin/codesign -dv " + newBundle,
+                          "move " + running + " to " + oldCopy,
+                          "move " + newBundle + " to " + running));
+  EXPECT_THAT(takeLog(),
+              ElementsAre("Driftmark: updated bundle at /Applications/Driftmark.app, relaunching"));
+  EXPECT_THAT(platform.dialogs.take(), IsEmpty());
+  EXPECT_EQ(platform.application.terminateRequests(), 1);
+}
+
+TEST_F(UpdateInstallTest, shellOpensTheNewBundleLater) {
+  install();
+  ASSERT_EQ(platform.childProcesses.detached().size(), 1U);
+  const ToolCommand shell = platform.childProcesses.detached()[0];
+  EXPECT_EQ(shell.executable, "/bin/sh");
+  EXPECT_THAT(shell.arguments,
+              ElementsAre("-c", "sleep 0.5; /usr/bin/open \"/Applications/Driftmark.app\""));
+}
+
+TEST_F(UpdateInstallTest, pathIsQuotedButNotEscaped) {
+  platform.bundle.setPath("/Applications/My \"Drift\".app");
+  platform.fileSystem.add("/Applications/My \"Drift\".app");
+  install();
+  EXPECT_EQ(platform.childProcesses.detached().at(0).arguments.at(1),
+            "sleep 0.5; /usr/bin/open \"/Applications/My \"Drift\".app\"");
+}
+
+TEST_F(UpdateInstallTest, shellThatDoesNotStartIsIgnored) {
+  platform.childProcesses.failLaunches({"-c", "sleep 0.5; /usr/bin/open \"" + running + "\""},
+                                       {LaunchError::Stage::launch, "No shell"});
+  install();
+  EXPECT_EQ(platform.application.terminateRequests(), 1);
+  EXPECT_THAT(platform.dialogs.take(), IsEmpty());
+}
+
+TEST_F(UpdateInstallTest, oldCopyAndArchiveStayBehind) {
+  install();
+  EXPECT_TRUE(platform.fileSystem.fileExists(oldCopy));
+  EXPECT_TRUE(platform.fileSystem.fileExists(zip));
+  EXPECT_FALSE(platform.fileSystem.fileExists(newBundle));
+}
+
+TEST_F(UpdateInstallTest, leftoversOfEarlierUpdatesAreReplaced) {
+  platform.fileSystem.add(zip);
+  platform.fileSystem.add(work);
+  platform.fileSystem.add(work + "/stale");
+  install();
+  EXPECT_FALSE(platform.fileSystem.fileExists(work + "/stale"));
+  EXPECT_EQ(platform.application.terminateRequests(), 1);
+}
+
+TEST_F(UpdateInstallTest, outputOfTheToolsIsDiscardedButForTheTeam) {
+  install();
+  EXPECT_EQ(platform.childProcesses.runs(unpack).at(0)->output(), ToolOutput::discard);
+  EXPECT_EQ(platform.childProcesses.runs(checkSeal).at(0)->output(), ToolOutput::discard);
+  EXPECT_EQ(platform.childProcesses.runs(describe).at(0)->output(), ToolOutput::captureError);
+}
+
+TEST_F(UpdateInstallTest, failedDownloadShowsTheTransportsError) {
+  agree();
+  platform.httpClient.failDownload({"The connection was lost."});
+  platform.settle();
+  EXPECT_THAT(platform.dialogs.take(), failed("The connection was lost."));
+  EXPECT_EQ(platform.application.activations(), 2);
+  EXPECT_THAT(operations(), IsEmpty());
+  expectUntouched();
+}
+
+TEST_F(UpdateInstallTest, downloadOfNothingIsAFailure) {
+  agree();
+  platform.httpClient.replyNoFile();
+  platform.settle();
+  EXPECT_THAT(platform.dialogs.take(), failed("Could not download the update."));
+  expectUntouched();
+}
+
+TEST_F(UpdateInstallTest, downloadThatCannotBeStagedIsAFailure) {
+  platform.fileSystem.fail("move " + downloaded + " to " + zip, "No space left.");
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("Could not download the update."));
+  EXPECT_THAT(operations(), ElementsAre("remove " + zip, "move " + downloaded + " to " + zip));
+  expectUntouched();
+}
+
+TEST_F(UpdateInstallTest, workFolderThatCannotBeMadeIsAFailure) {
+  platform.fileSystem.fail("create " + work, "No space left.");
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("No space left."));
+  EXPECT_EQ(platform.childProcesses.runs().size(), 0U);
+  expectUntouched();
+}
+
+TEST_F(UpdateInstallTest, workFolderThatCannotBeRemovedIsNoFailure) {
+  platform.fileSystem.fail("remove " + work, "Busy.");
+  install();
+  EXPECT_EQ(platform.application.terminateRequests(), 1);
+}
+
+TEST_F(UpdateInstallTest, archiveThatCannotBeUnpackedIsAFailure) {
+  platform.childProcesses.script(unpack, ToolResult{"", 1});
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("The update archive could not be unpacked."));
+  EXPECT_EQ(platform.childProcesses.runs().size(), 1U);
+  expectUntouched();
+}
+
+TEST_F(UpdateInstallTest, unpackerThatDoesNotStartIsAFailure) {
+  platform.childProcesses.failLaunches(unpack, {LaunchError::Stage::launch, "No such tool"});
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("No such tool"));
+  expectUntouched();
+}
+
+TEST_F(UpdateInstallTest, bundleInASubfolderIsNotFound) {
+  unpacked = work + "/release/Driftmark.app";
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("The update archive did not contain Driftmark.app."));
+  EXPECT_EQ(platform.childProcesses.runs().size(), 1U);
+  expectUntouched();
+}
+
+TEST_F(UpdateInstallTest, brokenSealEndsTheCheckAtItsFirstStep) {
+  platform.childProcesses.script(checkSeal, ToolResult{"", 1});
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("The update's code signature is invalid."));
+  EXPECT_THAT(platform.childProcesses.runs(describe), IsEmpty());
+  expectUntouched();
+}
+
+TEST_F(UpdateInstallTest, sealCheckThatDoesNotStartIsAFailure) {
+  platform.childProcesses.failLaunches(checkSeal, {LaunchError::Stage::launch, "No such tool"});
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("No such tool"));
+  expectUntouched();
+}
+
+TEST_F(UpdateInstallTest, anotherTeamIsRefused) {
+  for (const std::string description :
+       {"TeamIdentifier=AAAAAAAAAA", "TeamIdentifier=not set", "", "TeamIdentifier=t4n8rw2kqz",
+        "TeamIdentifier=T4N8RW2KQZ\xff"}) {
+    platform.childProcesses.script(describe, description);
+    install();
+    EXPECT_THAT(platform.dialogs.take(), failed("The update was not signed by Tallowmere."))
+        << description;
+    expectUntouched();
+  }
+}
+
+TEST_F(UpdateInstallTest, statusOfTheTeamQuestionIsNotLookedAt) {
+  platform.childProcesses.script(describe, ToolResult{"xTeamIdentifier=T4N8RW2KQZx", 1});
+  install();
+  EXPECT_EQ(platform.application.terminateRequests(), 1);
+}
+
+TEST_F(UpdateInstallTest, teamQuestionThatDoesNotStartIsAFailure) {
+  platform.childProcesses.failLaunches(describe, {LaunchError::Stage::launch, "No such tool"});
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("No such tool"));
+  expectUntouched();
+}
+
+TEST_F(UpdateInstallTest, runningCopyThatCannotBeMovedStays) {
+  platform.fileSystem.fail("move " + running + " to " + oldCopy, "Not permitted.");
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("Not permitted."));
+  EXPECT_TRUE(platform.fileSystem.fileExists(newBundle));
+  expectUntouched();
+}
+
+TEST_F(UpdateInstallTest, oldCopyComesBackWhenTheNewOneCannotBePlaced) {
+  platform.fileSystem.fail("move " + newBundle + " to " + running, "No space left.");
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("No space left."));
+  EXPECT_EQ(operations().back(), "move " + oldCopy + " to " + running);
+  expectUntouched();
+}
+
+TEST_F(UpdateInstallTest, failureToComeBackIsNotWhatIsShown) {
+  platform.fileSystem.fail("move " + newBundle + " to " + running, "No space left.");
+  platform.fileSystem.fail("move " + oldCopy + " to " + running, "Not permitted.");
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("No space left."));
+  EXPECT_TRUE(platform.fileSystem.fileExists(oldCopy));
+  EXPECT_EQ(platform.application.terminateRequests(), 0);
+}
+
+TEST_F(UpdateInstallTest, secondAgreementStartsASecondDownload) {
+  agree();
+  agree();
+  EXPECT_EQ(platform.httpClient.downloads().size(), 2U);
+  for (const std::string file : {"/private/var/one", "/private/var/two"}) {
+    platform.fileSystem.add(file);
+    platform.httpClient.replyFile(file);
+    platform.settle();
+  }
+  EXPECT_EQ(platform.application.terminateRequests(), 2);
+  EXPECT_TRUE(platform.fileSystem.fileExists(running));
+}
+
+TEST_F(UpdateInstallTest, downloadIsStagedEvenWhenTheCheckerIsGone) {
+  agree();
+  checker.reset();
+  platform.fileSystem.add(downloaded);
+  platform.httpClient.replyFile(downloaded);
+  platform.settle();
+  EXPECT_TRUE(platform.fileSystem.fileExists(zip));
+  EXPECT_THAT(platform.dialogs.take(), IsEmpty());
+  EXPECT_THAT(platform.childProcesses.runs(), IsEmpty());
+}
+
+} // namespace
+} // namespace driftmark::test

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace driftmark::test {
+
+/// A certificate that vouches for itself, and its key, as PEM files.
+struct Certificate {
+  std::string certificateFile;
+  std::string keyFile;
+
+  /// Makes both in `folder` with the `openssl` command, for the host of that name and the address
+  /// of this machine. Throws std::runtime_error when that fails.
+  static Certificate make(const std::string& folder, const std::string& hostName);
+};
+
+} // namespace driftmark::test

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "TemporaryFolder.h"
+#include "platform/linux/LinuxFileSystem.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace driftmark::test {
+
+/// The real file system, with a folder to work in.
+class FileSystemTest : public testing::Test {
+protected:
+  std::string in(const std::string& name) const { return folder_.path(name); }
+
+  static std::string contentsOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  static std::vector<std::string> namesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+      names.push_back(entry.path().filename().string());
+    return names;
+  }
+
+  /// The words of an error; empty when there is none.
+  static std::string words(const std::optional<PlatformError>& error) {
+    return error ? error->description : "";
+  }
+
+  TemporaryFolder folder_;
+  LinuxFileSystem files_{""};
+};
+
+} // namespace driftmark::test

@@ -1,0 +1,149 @@
+#include "platform/linux/LinuxRunningApplications.h"
+
+#include "TemporaryFolder.h"
+#include "platform/posix/FileDescriptor.h"
+#include "platform/posix/SystemCalls.h"
+#include "platform/posix/ToolLauncher.h"
+#include "support/TestEnvironment.h"
+
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace driftmark::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// A process of a bundle; killed when it goes.
+class Copy {
+public:
+  explicit Copy(const std::string& executable) {
+    auto pipe = system_calls::makePipe().value();
+    const auto launched =
+        launchTool(executable, {"print", "up", "wait"}, {.standardOutput = pipe.writeEnd.number()});
+    if (const auto* const error = std::get_if<LaunchError>(&launched))
+      throw std::runtime_error(error->description);
+    process_ = std::get<pid_t>(launched);
+    char byte = 0;
+    if (read(pipe.readEnd.number(), &byte, 1) != 1)
+      throw std::runtime_error("the copy did not come up");
+  }
+  Copy(const Copy&) = delete;
+  Copy& operator=(const Copy&) = delete;
+  ~Copy() {
+    if (!ended_)
+      ::kill(process_, SIGKILL);
+    end();
+  }
+
+  /// Waits for the end. The signal that brought it.
+  int end() {
+    if (!ended_)
+      waitpid(process_, &status_, 0);
+    ended_ = true;
+    return WTERMSIG(status_);
+  }
+
+  std::int32_t process() const { return process_; }
+
+private:
+  pid_t process_ = 0;
+  int status_ = 0;
+  bool ended_ = false;
+};
+
+/// Whether `test` holds in a process that comes up now.
+bool inAYoungerProcess(const std::function<bool()>& test) {
+  const pid_t child = fork();
+  if (child == 0)
+    _exit(test() ? 0 : 1);
+  int status = -1;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+class LinuxRunningApplicationsTest : public testing::Test {
+protected:
+  /// Makes a bundle of that identifier. The path of its executable.
+  std::string bundle(const std::string& name, const std::string& bundleIdentifier) {
+    const std::string contents = name + "/Contents/";
+    folder.write(contents + "Info.plist", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                                          "<plist version=\"1.0\"><dict>"
+                                          "<key>CFBundleIdentifier</key><string>" +
+                                              bundleIdentifier + "</string></dict></plist>\n");
+    const std::string executable = folder.path(contents + "MacOS/Driftmark");
+    std::filesystem::create_directories(std::filesystem::path(executable).parent_path());
+    std::filesystem::copy_file(CHILD_TOOL, executable);
+    return executable;
+  }
+
+  SystemRoot root() {
+    TestEnvironment environment;
+    return std::get<SystemRoot>(SystemRoot::of(environment));
+  }
+
+  TemporaryFolder folder;
+  /// Nobody else's, since other tests may run beside this one.
+  const std::string identifier = "com.example.copies" + std::to_string(getpid());
+  LinuxRunningApplications applications{root()};
+};
+
+TEST_F(LinuxRunningApplicationsTest, nobodyRunsAnApplicationThatIsNotThere) {
+  EXPECT_THAT(applications.withBundleIdentifier(identifier), IsEmpty());
+}
+
+TEST_F(LinuxRunningApplicationsTest, olderCopiesAreFoundWhereverTheyLie) {
+  const Copy older(bundle("here/Driftmark.app", identifier));
+  const Copy younger(bundle("elsewhere/Other Name.app", identifier));
+  const Copy stranger(bundle("here/Stranger.app", identifier + ".stranger"));
+  const std::vector<std::int32_t> expected{older.process(), younger.process()};
+  EXPECT_TRUE(
+      inAYoungerProcess([&] { return applications.withBundleIdentifier(identifier) == expected; }));
+}
+
+TEST_F(LinuxRunningApplicationsTest, copiesOfAnotherSystemAreNotFound) {
+  TestEnvironment environment;
+  environment.set(SystemRoot::variableName, folder.path());
+  const LinuxRunningApplications others(std::get<SystemRoot>(SystemRoot::of(environment)));
+  const Copy copy(bundle("Driftmark.app", identifier));
+  EXPECT_TRUE(inAYoungerProcess([&] { return others.withBundleIdentifier(identifier).empty(); }));
+}
+
+TEST_F(LinuxRunningApplicationsTest, copiesThatCameUpLaterAreNotTakenOver) {
+  const Copy copy(bundle("Driftmark.app", identifier));
+  EXPECT_THAT(applications.withBundleIdentifier(identifier), IsEmpty());
+}
+
+TEST_F(LinuxRunningApplicationsTest, processesLiveUntilTheyEnd) {
+  Copy copy(bundle("Driftmark.app", identifier));
+  const std::int32_t process = copy.process();
+  EXPECT_TRUE(applications.isRunning(process));
+  applications.sendKill(process);
+  EXPECT_EQ(copy.end(), SIGKILL);
+  EXPECT_FALSE(applications.isRunning(process));
+}
+
+TEST_F(LinuxRunningApplicationsTest, numbersThatMeanSeveralProcessesAreNone) {
+  for (const std::int32_t process : {0, -1, -getpgrp()})
+    EXPECT_FALSE(applications.isRunning(process)) << process;
+}
+
+TEST_F(LinuxRunningApplicationsTest, terminationIsASignalThatCanBeHandled) {
+  Copy copy(bundle("Driftmark.app", identifier));
+  applications.sendTerminate(copy.process());
+  EXPECT_EQ(copy.end(), SIGTERM);
+}
+
+} // namespace
+} // namespace driftmark::test

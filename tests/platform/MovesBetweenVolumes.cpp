@@ -1,0 +1,142 @@
+#include "FileSystemTest.h"
+#include "OrdinaryUser.h"
+#include "OtherVolume.h"
+
+#include <array>
+#include <string>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace driftmark::test {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr std::array timedItems{"/Contents/MacOS/tool", "/link", "/Contents/MacOS", ""};
+constexpr timespec moment{1'000'000'000, 123'456'789};
+
+class MovesBetweenVolumes : public FileSystemTest {
+protected:
+  void SetUp() override {
+    if (!other_.exists())
+      GTEST_SKIP() << "this machine has no second volume";
+  }
+
+  /// A tree of everything that a bundle can hold.
+  static void makeTree(const std::string& top) {
+    fs::create_directories(top + "/Contents/MacOS");
+    std::ofstream(top + "/Contents/MacOS/tool") << std::string(200'000, 'x');
+    std::ofstream(top + "/Contents/empty").flush();
+    fs::create_symlink("Contents/MacOS/tool", top + "/link");
+    fs::create_symlink("missing", top + "/dangling");
+    fs::permissions(top + "/Contents/MacOS/tool", static_cast<fs::perms>(0555));
+    fs::permissions(top + "/Contents/empty", static_cast<fs::perms>(0640));
+    fs::permissions(top + "/Contents/MacOS", static_cast<fs::perms>(0550));
+    const std::array<timespec, 2> times{moment, moment};
+    for (const char* const name : timedItems)
+      EXPECT_EQ(utimensat(AT_FDCWD, (top + name).c_str(), times.data(), AT_SYMLINK_NOFOLLOW), 0);
+  }
+
+  static void expectTree(const std::string& top) {
+    EXPECT_EQ(contentsOf(top + "/Contents/MacOS/tool"), std::string(200'000, 'x'));
+    EXPECT_EQ(contentsOf(top + "/Contents/empty"), "");
+    EXPECT_EQ(fs::read_symlink(top + "/link"), "Contents/MacOS/tool");
+    EXPECT_EQ(fs::read_symlink(top + "/dangling"), "missing");
+    EXPECT_EQ(information(top + "/Contents/MacOS/tool").st_mode & ALLPERMS, 0555U);
+    EXPECT_EQ(information(top + "/Contents/empty").st_mode & ALLPERMS, 0640U);
+    EXPECT_EQ(information(top + "/Contents/MacOS").st_mode & ALLPERMS, 0550U);
+    for (const char* const name : timedItems) {
+      EXPECT_EQ(information(top + name).st_mtim.tv_sec, moment.tv_sec) << name;
+      EXPECT_EQ(information(top + name).st_mtim.tv_nsec, moment.tv_nsec) << name;
+    }
+  }
+
+  static struct stat information(const std::string& path) {
+    struct stat result {};
+    EXPECT_EQ(lstat(path.c_str(), &result), 0) << path;
+    return result;
+  }
+
+  OtherVolume other_;
+};
+
+TEST_F(MovesBetweenVolumes, everythingComesAlong) {
+  makeTree(in("A.app"));
+  EXPECT_EQ(words(files_.moveItem(in("A.app"), other_.path("B.app"))), "");
+  expectTree(other_.path("B.app"));
+  EXPECT_THAT(namesIn(folder_.path()), IsEmpty());
+  EXPECT_THAT(namesIn(other_.path()), ElementsAre("B.app"));
+  EXPECT_EQ(words(files_.moveItem(other_.path("B.app"), in("A.app"))), "");
+  expectTree(in("A.app"));
+  EXPECT_THAT(namesIn(folder_.path()), ElementsAre("A.app"));
+  EXPECT_THAT(namesIn(other_.path()), IsEmpty());
+}
+
+TEST_F(MovesBetweenVolumes, filesAndLinksMoveThemselves) {
+  folder_.write("file", "x");
+  fs::create_symlink(in("file"), in("link"));
+  EXPECT_EQ(words(files_.moveItem(in("link"), other_.path("link"))), "");
+  EXPECT_EQ(words(files_.moveItem(in("file"), other_.path("file"))), "");
+  EXPECT_EQ(fs::read_symlink(other_.path("link")), in("file"));
+  EXPECT_EQ(contentsOf(other_.path("file")), "x");
+  EXPECT_THAT(namesIn(folder_.path()), IsEmpty());
+}
+
+TEST_F(MovesBetweenVolumes, extendedAttributesComeAlongWhereTheVolumeTakesThem) {
+  const auto mark = [](const std::string& path) {
+    return setxattr(path.c_str(), "user.origin", "web", 3, 0) == 0;
+  };
+  folder_.write("file", "x");
+  std::ofstream(other_.path("probe")).flush();
+  const bool bothTakeThem = mark(in("file")) && mark(other_.path("probe"));
+  EXPECT_EQ(words(files_.moveItem(in("file"), other_.path("file"))), "");
+  EXPECT_EQ(contentsOf(other_.path("file")), "x");
+  std::array<char, 8> value{};
+  EXPECT_EQ(getxattr(other_.path("file").c_str(), "user.origin", value.data(), value.size()),
+            bothTakeThem ? 3 : -1);
+}
+
+TEST_F(MovesBetweenVolumes, nothingIsReplaced) {
+  makeTree(in("A.app"));
+  fs::create_directory(other_.path("B.app"));
+  EXPECT_EQ(words(files_.moveItem(in("A.app"), other_.path("B.app"))),
+            "“A.app” couldn’t be moved: File exists");
+  expectTree(in("A.app"));
+  EXPECT_THAT(namesIn(other_.path("B.app")), IsEmpty());
+  EXPECT_THAT(namesIn(other_.path()), ElementsAre("B.app"));
+}
+
+TEST_F(MovesBetweenVolumes, whatCannotBeCopiedStaysAndLeavesNothing) {
+  makeTree(in("A.app"));
+  folder_.makeFifo("A.app/Contents/pipe");
+  EXPECT_EQ(words(files_.moveItem(in("A.app"), other_.path("B.app"))),
+            "“A.app” couldn’t be moved: Operation not supported");
+  EXPECT_EQ(contentsOf(in("A.app/Contents/MacOS/tool")).size(), 200'000U);
+  EXPECT_THAT(namesIn(other_.path()), IsEmpty());
+}
+
+TEST_F(MovesBetweenVolumes, originalThatCannotBeTakenAwayStaysAlone) {
+  const OrdinaryUser owner({folder_.path(), other_.path()});
+  folder_.write("closed/A.app/file", "x");
+  fs::permissions(in("closed"), fs::perms::owner_read | fs::perms::owner_exec);
+  EXPECT_EQ(words(files_.moveItem(in("closed/A.app"), other_.path("B.app"))),
+            "“A.app” couldn’t be moved: Permission denied");
+  fs::permissions(in("closed"), fs::perms::owner_all);
+  EXPECT_EQ(contentsOf(in("closed/A.app/file")), "x");
+  EXPECT_THAT(namesIn(other_.path()), IsEmpty());
+}
+
+TEST_F(MovesBetweenVolumes, targetThatCannotBeWrittenIsAnError) {
+  folder_.write("A.app/file", "x");
+  EXPECT_EQ(words(files_.moveItem(in("A.app"), other_.path("missing/B.app"))),
+            "“A.app” couldn’t be moved: No such file or directory");
+  EXPECT_EQ(contentsOf(in("A.app/file")), "x");
+}
+
+} // namespace
+} // namespace driftmark::test

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/Application.h"
+
+#include <functional>
+#include <utility>
+
+namespace driftmark::test {
+
+/// An application whose run is what the test makes of it.
+class TestApplication final : public Application {
+public:
+  void becomeAccessory() override { isAccessory_ = true; }
+  void setDelegate(ApplicationDelegate* delegate) override { delegate_ = delegate; }
+  void run() override {
+    if (onRun_)
+      onRun_();
+  }
+  void activateIgnoringOtherApplications() override { ++activations_; }
+  void terminate() override { ++terminateRequests_; }
+  std::int32_t processIdentifier() const override { return processIdentifier_; }
+
+  /// What happens between the start and the end of a run.
+  void onRun(std::function<void()> handler) { onRun_ = std::move(handler); }
+
+  void setProcessIdentifier(std::int32_t identifier) { processIdentifier_ = identifier; }
+
+  bool isAccessory() const { return isAccessory_; }
+  ApplicationDelegate* delegate() const { return delegate_; }
+  int activations() const { return activations_; }
+  int terminateRequests() const { return terminateRequests_; }
+
+private:
+  std::function<void()> onRun_;
+  ApplicationDelegate* delegate_ = nullptr;
+  bool isAccessory_ = false;
+  std::int32_t processIdentifier_ = 4711;
+  int activations_ = 0;
+  int terminateRequests_ = 0;
+};
+
+} // namespace driftmark::test

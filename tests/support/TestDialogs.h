@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/Dialogs.h"
+
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace driftmark::test {
+
+/// Dialogs that answer as told and keep what they showed. Without an answer in store an alert is
+/// closed, which counts as its last button.
+class TestDialogs final : public Dialogs {
+public:
+  std::size_t runModal(const Alert& alert) override {
+    shown_.push_back(alert);
+    if (onShow_)
+      onShow_(alert);
+    if (answers_.empty())
+      return alert.buttons.empty() ? 0 : alert.buttons.size() - 1;
+    const std::size_t answer = answers_.front();
+    answers_.pop_front();
+    return answer;
+  }
+
+  void orderFrontAboutPanel(const std::string& credits) override {
+    aboutPanels_.push_back(credits);
+  }
+
+  /// The credits of every about panel that was asked for.
+  const std::vector<std::string>& aboutPanels() const { return aboutPanels_; }
+
+  /// The next alert without an answer in store gets this one.
+  void answer(std::size_t button) { answers_.push_back(button); }
+
+  /// Called while an alert is open.
+  void onShow(std::function<void(const Alert&)> handler) { onShow_ = std::move(handler); }
+
+  /// All alerts so far, which are forgotten here.
+  std::vector<Alert> take() { return std::exchange(shown_, {}); }
+
+private:
+  std::vector<Alert> shown_;
+  std::vector<std::string> aboutPanels_;
+  std::deque<std::size_t> answers_;
+  std::function<void(const Alert&)> onShow_;
+};
+
+} // namespace driftmark::test

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/RunningApplications.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace driftmark::test {
+
+/// Processes that the test plays. Signals are kept in words such as "terminate 17".
+class TestRunningApplications final : public RunningApplications {
+public:
+  explicit TestRunningApplications(const Clock& clock) : clock_(clock) {}
+
+  std::vector<std::int32_t> withBundleIdentifier(const std::string& identifier) const override {
+    std::vector<std::int32_t> found;
+    for (const auto& [bundle, process] : copies_)
+      if (bundle == identifier)
+        found.push_back(process);
+    return found;
+  }
+
+  void sendTerminate(std::int32_t process) override {
+    signals_.push_back("terminate " + std::to_string(process));
+    if (const auto copy = processes_.find(process); copy != processes_.end() && copy->second.obeys)
+      copy->second.endsAt = later(clock_.now(), *copy->second.obeys);
+  }
+
+  void sendKill(std::int32_t process) override {
+    signals_.push_back("kill " + std::to_string(process));
+  }
+
+  bool isRunning(std::int32_t process) const override {
+    const auto copy = processes_.find(process);
+    return copy != processes_.end() &&
+           !(copy->second.endsAt && *copy->second.endsAt <= clock_.now());
+  }
+
+  /// A process of the application; it ends so long after a request to end, or never.
+  void add(const std::string& identifier, std::int32_t process, std::optional<Seconds> obeys) {
+    copies_.emplace_back(identifier, process);
+    processes_[process] = {obeys, std::nullopt};
+  }
+
+  /// All signals so far, which are forgotten here.
+  std::vector<std::string> take() { return std::exchange(signals_, {}); }
+
+private:
+  struct Process {
+    std::optional<Seconds> obeys;
+    std::optional<Date> endsAt;
+  };
+
+  const Clock& clock_;
+  std::vector<std::pair<std::string, std::int32_t>> copies_;
+  std::map<std::int32_t, Process> processes_;
+  std::vector<std::string> signals_;
+};
+
+} // namespace driftmark::test

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "platform/MainQueue.h"
+#include "platform/Signals.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <utility>
+
+namespace driftmark::test {
+
+/// Signals that the test sends.
+class TestSignals final : public Signals {
+public:
+  explicit TestSignals(MainQueue& mainQueue) : mainQueue_(mainQueue) {}
+
+  void ignore(QuitSignal signal) override { ignored_.insert(signal); }
+
+  std::unique_ptr<SignalSource> makeSource(QuitSignal signal,
+                                           std::function<void()> handler) override {
+    handlers_[signal] = std::make_shared<const std::function<void()>>(std::move(handler));
+    return std::make_unique<Source>(*this, signal);
+  }
+
+  bool isIgnored(QuitSignal signal) const { return ignored_.contains(signal); }
+
+  /// Whether a source waits for the signal.
+  bool isWatched(QuitSignal signal) const { return handlers_.contains(signal); }
+
+  /// Delivers the signal, which a source must wait for or which must be ignored.
+  void send(QuitSignal signal) {
+    const auto handler = handlers_.find(signal);
+    if (handler == handlers_.end()) {
+      if (!isIgnored(signal))
+        throw std::logic_error("the signal would have ended the program");
+      return;
+    }
+    mainQueue_.async([weak = std::weak_ptr(handler->second)] {
+      if (const auto call = weak.lock())
+        (*call)();
+    });
+  }
+
+private:
+  class Source final : public SignalSource {
+  public:
+    Source(TestSignals& signals, QuitSignal signal) : signals_(signals), signal_(signal) {}
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+    ~Source() override { signals_.handlers_.erase(signal_); }
+
+  private:
+    TestSignals& signals_;
+    QuitSignal signal_;
+  };
+
+  MainQueue& mainQueue_;
+  std::set<QuitSignal> ignored_;
+  std::map<QuitSignal, std::shared_ptr<const std::function<void()>>> handlers_;
+};
+
+} // namespace driftmark::test

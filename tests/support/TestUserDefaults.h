@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/UserDefaults.h"
+
+#include <map>
+#include <string>
+#include <variant>
+
+namespace driftmark::test {
+
+/// Settings in memory.
+class TestUserDefaults final : public UserDefaults {
+public:
+  std::optional<std::string> string(const std::string& key) const override {
+    const auto* const value = find<std::string>(key);
+    return value ? std::optional(*value) : std::nullopt;
+  }
+
+  bool boolean(const std::string& key) const override {
+    const auto* const value = find<bool>(key);
+    return value && *value;
+  }
+
+  void setBoolean(const std::string& key, bool value) override { values_[key] = value; }
+
+  void setString(const std::string& key, std::string value) { values_[key] = std::move(value); }
+
+  /// Whether the setting was set to anything.
+  bool has(const std::string& key) const { return values_.contains(key); }
+
+private:
+  template <class Value> const Value* find(const std::string& key) const {
+    const auto found = values_.find(key);
+    return found == values_.end() ? nullptr : std::get_if<Value>(&found->second);
+  }
+
+  std::map<std::string, std::variant<bool, std::string>> values_;
+};
+
+} // namespace driftmark::test

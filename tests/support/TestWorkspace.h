@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/Workspace.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace driftmark::test {
+
+/// A desktop that only keeps what it is asked for, in words such as "open /a".
+class TestWorkspace final : public Workspace {
+public:
+  void activateFileViewerSelecting(const std::string& path) override {
+    requests_.push_back("reveal " + path);
+  }
+  void open(const std::string& path) override { requests_.push_back("open " + path); }
+
+  /// All requests so far, which are forgotten here.
+  std::vector<std::string> take() { return std::exchange(requests_, {}); }
+
+private:
+  std::vector<std::string> requests_;
+};
+
+} // namespace driftmark::test

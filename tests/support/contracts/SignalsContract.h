@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/Signals.h"
+#include "support/contracts/SubjectFactory.h"
+
+#include <functional>
+#include <memory>
+
+#include <gtest/gtest.h>
+
+namespace driftmark::test {
+
+/// Signals under test.
+class SignalsSubject {
+public:
+  virtual ~SignalsSubject() = default;
+
+  virtual Signals& signals() = 0;
+
+  /// Sends the signal to this program, whose death it must not be.
+  virtual void send(QuitSignal signal) = 0;
+
+  /// Lets the main queue run until `done`; false when that takes too long.
+  virtual bool runUntil(const std::function<bool()>& done) = 0;
+};
+
+class SignalsContract : public testing::TestWithParam<SubjectFactory<SignalsSubject>> {
+protected:
+  Signals& signals() { return subject_->signals(); }
+
+  std::unique_ptr<SignalsSubject> subject_ = GetParam().make();
+};
+
+} // namespace driftmark::test

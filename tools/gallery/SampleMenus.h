@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/Menu.h"
+
+#include <string>
+#include <vector>
+
+namespace driftmark::gallery {
+
+struct SampleMenu {
+  std::string name;
+  Menu menu;
+};
+
+/// Menus as the program builds them: at rest, in the midst of transfers, with issues, and with names
+/// that are hard to draw.
+std::vector<SampleMenu> sampleMenus();
+
+} // namespace driftmark::gallery
