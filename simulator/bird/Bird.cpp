@@ -15,6 +15,7 @@
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 namespace icloud {
 namespace {
@@ -43,14 +44,19 @@ std::unique_ptr<Feeder> failure(const std::string& text) {
 } // namespace
 
 Bird::Bird(const BirdOptions& options, SystemRoot root, const Scenario& scenario)
-    : root_(std::move(root)), beginAfter_(options.beginAfter),
-      cloud_{Drive(options.home / driveFolder, [this](ItemId id) { itemChanged(id); }),
-             GlobalTransfers([this](std::size_t number, GlobalTransfers::Progress progress) {
-               globalChanged(number, progress);
-             }),
-             StatusJobs(), 0},
+    : root_(std::move(root)), beginAfter_(options.beginAfter), journal_(root_.birdJournal()),
+      resumed_(options.resume), cloud_{Drive(options.home / driveFolder,
+                                             [this](ItemId id) { itemChanged(id); }),
+                                       GlobalTransfers([this](std::size_t number,
+                                                              GlobalTransfers::Progress progress) {
+                                         globalChanged(number, progress);
+                                       }),
+                                       StatusJobs(), 0},
       player_(scenario, cloud_, *this), signals_(endSignals()) {
-  player_.setStage();
+  if (resumed_)
+    recall(journal_.read());
+  else
+    player_.setStage();
   std::filesystem::create_directories(root_.runFolder());
   listener_ = listenAt(root_.runFolder(), SystemRoot::birdSocket);
 }
@@ -60,12 +66,27 @@ Bird::~Bird() {
   std::filesystem::remove(root_.runFolder() / SystemRoot::birdSocket, ignored);
 }
 
+void Bird::recall(const JournalEntry& entry) {
+  beginAfter_ = entry.beginAfter;
+  cloud_.drive.setRecalling(true);
+  player_.setStage();
+  player_.resume(entry.progress, Player::Clock::now());
+  cloud_.drive.setRecalling(false);
+}
+
+void Bird::note() {
+  journal_.write({player_.progress(), beginAfter_});
+}
+
 void Bird::run() {
-  tell("ready", "");
-  if (beginAfter_.empty())
+  tell(resumed_ ? "resumed" : "ready", "");
+  if (beginAfter_.empty() && !player_.hasBegun())
     player_.begin(Player::Clock::now());
   do {
     player_.advance(Player::Clock::now());
+    note();
+    if (isKilled_)
+      kill(getpid(), SIGKILL);
     connections_.remove_if([](const Connection& each) { return each.client.isClosed(); });
   } while (waitForWork());
 }

@@ -6,6 +6,7 @@
 #include "bird/GlobalFeeder.h"
 #include "bird/Host.h"
 #include "bird/ItemFeeder.h"
+#include "bird/Journal.h"
 #include "bird/Player.h"
 #include "common/Descriptor.h"
 #include "common/SystemRoot.h"
@@ -39,10 +40,13 @@ private:
 
   bool isWatched() const override;
   void killMonitors(std::optional<Feed> only) override;
+  void killDaemon() override { isKilled_ = true; }
   void print(Feed feed, const std::string& bytes) override;
   void sendChanges() override;
   void tell(const char* word, const std::string& text) override;
 
+  void recall(const JournalEntry& entry);
+  void note();
   bool waitForWork();
   int pollTimeout() const;
   void acceptClients();
@@ -54,6 +58,9 @@ private:
 
   SystemRoot root_;
   std::set<std::string> beginAfter_;
+  Journal journal_;
+  bool resumed_;
+  bool isKilled_ = false;
   Cloud cloud_;
   Player player_;
   Descriptor signals_;

@@ -22,12 +22,13 @@ std::set<std::string> requestList(const std::string& text) {
 } // namespace
 
 const char* BirdOptions::usage() {
-  return "usage: bird --home DIR --scenario FILE [--begin-after REQUEST,...]\n"
+  return "usage: bird --home DIR --scenario FILE [--begin-after REQUEST,...] [--resume]\n"
          "       bird --check FILE\n"
          "\n"
          "Owns the simulated iCloud Drive below DIR, plays the scenario on it and serves brctl.\n"
          "The story begins at once, or after each REQUEST (items, global, status, quota) was\n"
-         "served. --check only reads a scenario and says what is wrong with it.\n";
+         "served; with --resume it goes on where the daemon before came to. --check only reads a\n"
+         "scenario and says what is wrong with it.\n";
 }
 
 BirdOptions BirdOptions::from(const std::vector<std::string>& arguments) {
@@ -41,6 +42,8 @@ BirdOptions BirdOptions::from(const std::vector<std::string>& arguments) {
     };
     if (name == "--help")
       options.help = true;
+    else if (name == "--resume")
+      options.resume = true;
     else if (name == "--home")
       options.home = value();
     else if (name == "--scenario")

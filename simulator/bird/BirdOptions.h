@@ -18,6 +18,7 @@ public:
 struct BirdOptions {
   bool help = false;
   bool check = false;         ///< only read the scenario
+  bool resume = false;        ///< go on where the daemon before came to
   std::filesystem::path home; ///< the folder above Library/Mobile Documents
   std::filesystem::path scenario;
   std::set<std::string> beginAfter; ///< requests that have to be served before the story begins

@@ -33,29 +33,41 @@ void takeBlocks(const Descriptor& file, const std::filesystem::path& path, std::
 } // namespace
 
 void DiskFile::createWithContents(std::uint64_t bytes) const {
+  if (recalled_)
+    return;
   takeBlocks(openFile(path_, O_CREAT | O_EXCL), path_, bytes);
 }
 
 void DiskFile::createEmptied(std::uint64_t bytes) const {
+  if (recalled_)
+    return;
   setSize(openFile(path_, O_CREAT | O_EXCL), path_, bytes);
 }
 
 void DiskFile::fetch(std::uint64_t present) const {
+  if (recalled_)
+    return;
   takeBlocks(openFile(path_, 0), path_, present);
 }
 
 void DiskFile::dropContents(std::uint64_t bytes) const {
+  if (recalled_)
+    return;
   const Descriptor file = openFile(path_, 0);
   setSize(file, path_, 0);
   setSize(file, path_, bytes);
 }
 
 void DiskFile::remove() const {
+  if (recalled_)
+    return;
   if (unlink(path_.c_str()) != 0)
     throwSystemFailure("cannot delete " + path_.string());
 }
 
 void DiskFile::note(const char* state) const {
+  if (recalled_)
+    return;
   if (setxattr(path_.c_str(), stateAttribute, state, std::strlen(state), 0) == 0)
     return;
   if (errno != ENOTSUP && errno != EPERM && errno != ENOSPC)

@@ -6,10 +6,12 @@
 namespace icloud {
 
 /// A file of the drive as it lies on disk: its logical size is always that of the file in iCloud,
-/// its blocks are those of the contents that are here. Every operation throws std::system_error.
+/// its blocks are those of the contents that are here. Every operation throws std::system_error,
+/// and does nothing to a file that is only `recalled`: what is done to it was done before.
 class DiskFile {
 public:
-  explicit DiskFile(std::filesystem::path path) : path_(std::move(path)) {}
+  explicit DiskFile(std::filesystem::path path, bool recalled = false)
+      : path_(std::move(path)), recalled_(recalled) {}
 
   void createWithContents(std::uint64_t bytes) const;
   void createEmptied(std::uint64_t bytes) const;
@@ -29,6 +31,7 @@ public:
 
 private:
   std::filesystem::path path_;
+  bool recalled_;
 };
 
 } // namespace icloud

@@ -58,7 +58,8 @@ void Drive::addFolder(const std::string& path) {
   }
   if (const auto slash = path.rfind('/'); slash != std::string::npos)
     addFolder(path.substr(0, slash));
-  std::filesystem::create_directory(folder_ / path);
+  if (!recalling_)
+    std::filesystem::create_directory(folder_ / path);
   add(Item{path, 0, std::nullopt, ItemState::folder, true});
 }
 

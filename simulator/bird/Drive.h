@@ -23,6 +23,9 @@ public:
   /// Makes the folder when it is not there. `changed` hears of every item that is new or changed.
   Drive(std::filesystem::path folder, Changed changed);
 
+  /// While it is recalling, what happens to the drive happened on disk before.
+  void setRecalling(bool recalling) { recalling_ = recalling; }
+
   const std::filesystem::path& folder() const { return folder_; }
   std::size_t count() const { return items_.size(); }
   const Item& item(ItemId id) const { return items_[id]; }
@@ -53,12 +56,13 @@ public:
   void vanish(ItemId id);
 
 private:
-  DiskFile diskFile(const Item& item) const { return DiskFile(folder_ / item.path); }
+  DiskFile diskFile(const Item& item) const { return DiskFile(folder_ / item.path, recalling_); }
   ItemId add(Item item);
   void enter(ItemId id, ItemState state);
 
   std::filesystem::path folder_;
   Changed changed_;
+  bool recalling_ = false;
   std::vector<Item> items_;
   std::unordered_map<std::string, ItemId> byPath_;
   std::unordered_map<ItemId, std::string> texts_;

@@ -15,6 +15,9 @@ public:
   /// Whether both feeds have a monitor at this moment.
   virtual bool isWatched() const = 0;
   virtual void killMonitors(std::optional<Feed> only) = 0;
+
+  /// Kills the daemon as soon as what has happened is noted.
+  virtual void killDaemon() = 0;
   virtual void print(Feed feed, const std::string& bytes) = 0;
 
   /// Sends the monitors what changed.

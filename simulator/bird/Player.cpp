@@ -2,12 +2,23 @@
 
 #include "scenario/ScenarioError.h"
 
+#include <algorithm>
+#include <set>
+
 namespace icloud {
 namespace {
 
 std::string named(const Transfer& transfer) {
   return (transfer.direction == Direction::upload ? "the upload of \"" : "the download of \"") +
          transfer.path + "\"";
+}
+
+std::size_t stepOf(const TimelineEvent& event) {
+  return std::visit([](const auto& what) { return what.step; }, event.what);
+}
+
+bool isEarlier(const TimelineEvent& left, const TimelineEvent& right) {
+  return left.at < right.at;
 }
 
 } // namespace
@@ -25,33 +36,78 @@ void Player::setStage() {
   }
 }
 
+void Player::tell(const char* word, const std::string& text) {
+  if (!recalling_)
+    host_.tell(word, text);
+}
+
+void Player::recallUntil(std::size_t next) {
+  recalling_ = true;
+  while (progress_.next < std::min(next, events_.size()))
+    perform(events_[progress_.next++]);
+  recalling_ = false;
+}
+
+void Player::resume(const Progress& progress, Clock::time_point now) {
+  for (const Progress::Restart& restart : progress.restarts) {
+    recallUntil(restart.next);
+    endStalls(restart.at);
+  }
+  recallUntil(progress.next);
+  progress_ = progress;
+  if (!hasBegun())
+    return;
+  progress_.restarts.push_back({elapsed(now), progress_.next});
+  endStalls(elapsed(now));
+}
+
+// What is left of a stalled transfer comes earlier by what is left of the standstill.
+void Player::endStalls(Milliseconds at) {
+  const auto coming = events_.begin() + static_cast<std::ptrdiff_t>(progress_.next);
+  std::set<std::size_t> stalled;
+  for (auto event = events_.begin(); event != coming; ++event)
+    if (const auto* pause = std::get_if<TransferPause>(&event->what); pause && pause->begins)
+      stalled.insert(pause->step);
+  std::map<std::size_t, Milliseconds> left;
+  for (auto event = coming; event != events_.end(); ++event)
+    if (const auto* pause = std::get_if<TransferPause>(&event->what);
+        pause && !pause->begins && stalled.contains(pause->step))
+      left[pause->step] = event->at - at;
+  for (auto event = coming; event != events_.end(); ++event)
+    if (const auto found = left.find(stepOf(*event));
+        found != left.end() && !std::holds_alternative<RunStep>(event->what))
+      event->at -= found->second;
+  std::stable_sort(coming, events_.end(), isEarlier);
+}
+
 void Player::begin(Clock::time_point now) {
-  origin_ = now;
-  host_.tell("begin", "items on the drive: " + std::to_string(cloud_.drive.count()));
+  progress_.origin = now;
+  tell("begin", "items on the drive: " + std::to_string(cloud_.drive.count()));
 }
 
 Milliseconds Player::elapsed(Clock::time_point now) const {
-  if (waitingAt_)
-    return *waitingAt_;
-  return origin_ ? std::chrono::duration_cast<Milliseconds>(now - *origin_) : Milliseconds{};
+  if (progress_.waitingAt)
+    return *progress_.waitingAt;
+  return progress_.origin ? std::chrono::duration_cast<Milliseconds>(now - *progress_.origin)
+                          : Milliseconds{};
 }
 
 std::optional<Player::Clock::time_point> Player::nextDue() const {
-  if (!origin_ || waitingAt_ || next_ == events_.size())
+  if (!progress_.origin || progress_.waitingAt || progress_.next == events_.size())
     return std::nullopt;
-  return *origin_ + events_[next_].at;
+  return *progress_.origin + events_[progress_.next].at;
 }
 
 void Player::advance(Clock::time_point now) {
-  if (waitingAt_ && host_.isWatched()) {
-    origin_ = now - *waitingAt_;
-    waitingAt_.reset();
+  if (progress_.waitingAt && host_.isWatched()) {
+    progress_.origin = now - *progress_.waitingAt;
+    progress_.waitingAt.reset();
   }
   while (true) {
     const auto due = nextDue();
     if (!due || *due > now)
       return;
-    perform(events_[next_++]);
+    perform(events_[progress_.next++]);
   }
 }
 
@@ -59,15 +115,13 @@ void Player::perform(const TimelineEvent& event) {
   try {
     std::visit([this](const auto& what) { happen(what); }, event.what);
   } catch (const std::exception& problem) {
-    host_.tell("trouble",
-               scenario_.file + ":" + std::to_string(lineOf(event)) + ": " + problem.what());
+    tell("trouble", scenario_.file + ":" + std::to_string(lineOf(event)) + ": " + problem.what());
   }
   host_.sendChanges();
 }
 
 unsigned Player::lineOf(const TimelineEvent& event) const {
-  return std::visit([this](const auto& what) { return scenario_.story[what.step].line; },
-                    event.what);
+  return scenario_.story[stepOf(event)].line;
 }
 
 const Transfer* Player::running(std::size_t step) const {
@@ -94,7 +148,7 @@ void Player::happen(const RunStep& event) {
   step_ = event.step;
   const Step& step = scenario_.story[event.step];
   if (!std::holds_alternative<EndStory>(step.action))
-    host_.tell("story", step.text);
+    tell("story", step.text);
   std::visit([this](const auto& action) { run(action); }, step.action);
 }
 
@@ -108,7 +162,7 @@ void Player::happen(const TransferTick& event) {
 
 void Player::happen(const TransferPause& event) {
   if (const Transfer* transfer = running(event.step))
-    host_.tell("story", named(*transfer) + (event.begins ? " stalls" : " moves again"));
+    tell("story", named(*transfer) + (event.begins ? " stalls" : " moves again"));
 }
 
 void Player::happen(const TransferEnd& event) {
@@ -120,15 +174,15 @@ void Player::happen(const TransferEnd& event) {
   switch (transfer->ending) {
   case Transfer::Ending::finish:
     cloud_.drive.finishTransfer(id);
-    host_.tell("story", named(*transfer) + " is finished");
+    tell("story", named(*transfer) + " is finished");
     break;
   case Transfer::Ending::cancel:
     cloud_.drive.evict(id);
-    host_.tell("story", named(*transfer) + " is cancelled");
+    tell("story", named(*transfer) + " is cancelled");
     break;
   case Transfer::Ending::vanish:
     cloud_.drive.vanish(id);
-    host_.tell("story", "\"" + transfer->path + "\" vanishes from the disk");
+    tell("story", "\"" + transfer->path + "\" vanishes from the disk");
     break;
   }
 }
@@ -189,14 +243,19 @@ void Player::run(const Vanish& action) {
   cloud_.drive.vanish(id);
 }
 
+void Player::run(const KillDaemon& /*action*/) {
+  if (!recalling_)
+    host_.killDaemon();
+}
+
 void Player::run(const AwaitMonitors& /*action*/) {
-  if (!host_.isWatched())
-    waitingAt_ = scenario_.story[step_].at;
+  if (!recalling_ && !host_.isWatched())
+    progress_.waitingAt = scenario_.story[step_].at;
 }
 
 void Player::run(const EndStory& /*action*/) {
-  next_ = events_.size();
-  host_.tell("end", "");
+  progress_.next = events_.size();
+  tell("end", "");
 }
 
 } // namespace icloud

@@ -2,6 +2,7 @@
 
 #include "bird/Cloud.h"
 #include "bird/Host.h"
+#include "bird/Progress.h"
 #include "scenario/Scenario.h"
 #include "scenario/Timeline.h"
 
@@ -13,18 +14,23 @@
 
 namespace icloud {
 
-/// Plays a scenario on a cloud: the stage at once, the story on its own clock.
+/// Plays a scenario on a cloud: the stage at once, the story on its own clock. The clock goes on
+/// while no player plays: another one that is given the progress goes on from there.
 class Player {
 public:
-  using Clock = std::chrono::steady_clock;
+  using Clock = Progress::Clock;
 
   Player(const Scenario& scenario, Cloud& cloud, Host& host);
 
   /// Makes what is there before the story begins. Throws ScenarioError.
   void setStage();
 
+  /// Goes on after `setStage`, in place of a player that came so far. What had happened happens
+  /// again, untold; a transfer that had stalled moves again from now on.
+  void resume(const Progress& progress, Clock::time_point now);
+
   void begin(Clock::time_point now);
-  bool hasBegun() const { return origin_.has_value(); }
+  bool hasBegun() const { return progress_.origin.has_value(); }
 
   /// Does everything that is due. A step that cannot be done is told as trouble.
   void advance(Clock::time_point now);
@@ -32,11 +38,17 @@ public:
   /// When the next thing is due; nothing while the clock stands still or after the end.
   std::optional<Clock::time_point> nextDue() const;
 
+  /// What another player needs to go on.
+  const Progress& progress() const { return progress_; }
+
   /// How far the story is.
   Milliseconds elapsed(Clock::time_point now) const;
 
 private:
   void perform(const TimelineEvent& event);
+  void recallUntil(std::size_t next);
+  void endStalls(Milliseconds at);
+  void tell(const char* word, const std::string& text);
   unsigned lineOf(const TimelineEvent& event) const;
   const Transfer* running(std::size_t step) const;
   ItemId itemOf(const std::string& path) const;
@@ -61,6 +73,7 @@ private:
   void run(const ClearJobs& /*action*/) { cloud_.jobs.clear(); }
   void run(const SetQuota& action) { cloud_.quota = action.bytes; }
   void run(const KillMonitors& action) { host_.killMonitors(action.only); }
+  void run(const KillDaemon& action);
   void run(const AwaitMonitors& action);
   void run(const Print& action) { host_.print(action.feed, action.bytes); }
   void run(const EndStory& action);
@@ -69,10 +82,9 @@ private:
   Cloud& cloud_;
   Host& host_;
   std::vector<TimelineEvent> events_;
-  std::size_t next_ = 0;
-  std::optional<Clock::time_point> origin_;
-  std::optional<Milliseconds> waitingAt_; ///< where the clock stands still
-  std::size_t step_ = 0;                  ///< the line of the story that is run now
+  Progress progress_;
+  bool recalling_ = false; ///< what happens had happened before
+  std::size_t step_ = 0;   ///< the line of the story that is run now
   std::map<ItemId, std::size_t> transfers_;
 };
 

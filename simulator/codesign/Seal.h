@@ -32,7 +32,8 @@ struct Seal {
   std::string identifier; ///< of the bundle
   Contents contents;
 
-  /// Reads a bundle's seal; nothing when it has none. Throws SigningFailure when it was tampered with.
+  /// Reads a bundle's seal; nothing when it has none. Throws SigningFailure when it was tampered
+  /// with.
   static std::optional<Seal> of(const std::filesystem::path& bundle);
 
   /// Puts the seal into the bundle, in place of one that is there. Throws std::runtime_error.

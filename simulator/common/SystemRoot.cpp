@@ -21,8 +21,8 @@ SystemRoot SystemRoot::ofThisProgram() {
 }
 
 std::filesystem::path SystemRoot::resolve(const std::string& argument) const {
-  const bool inApplications = argument == applicationsName ||
-                              argument.starts_with(std::string(applicationsName) + "/");
+  const bool inApplications =
+      argument == applicationsName || argument.starts_with(std::string(applicationsName) + "/");
   return inApplications ? path_.string() + argument : argument;
 }
 

@@ -10,8 +10,8 @@ class SystemRoot {
 public:
   explicit SystemRoot(std::filesystem::path path) : path_(std::move(path)) {}
 
-  /// The root that the running program lies in, in bin, sbin, usr/bin or usr/libexec. Throws when it
-  /// lies elsewhere.
+  /// The root that the running program lies in, in bin, sbin, usr/bin or usr/libexec. Throws when
+  /// it lies elsewhere.
   static SystemRoot ofThisProgram();
 
   const std::filesystem::path& path() const { return path_; }
@@ -38,7 +38,7 @@ public:
   std::filesystem::path logFolder() const { return path_ / "var/log"; }
 
   /// Where the daemon keeps what it has to know after a restart.
-  std::filesystem::path databaseFolder() const { return path_ / "var/db/bird"; }
+  std::filesystem::path birdJournal() const { return path_ / "var/db/bird/journal"; }
 
   /// The daemon's socket, as a name inside `runFolder`.
   static constexpr const char* birdSocket = "bird.socket";

@@ -1,6 +1,7 @@
 #include "demo/Demo.h"
 
 #include "common/SystemFailure.h"
+#include "demo/ProgramLaunch.h"
 #include "process/Orphans.h"
 
 #include <algorithm>
@@ -10,16 +11,9 @@
 
 #include <poll.h>
 #include <sys/signalfd.h>
-#include <sys/wait.h>
 
 namespace icloud {
-namespace fs = std::filesystem;
-
 namespace {
-
-constexpr std::chrono::seconds endingTime{15};
-constexpr std::chrono::seconds orphanTime{5};
-constexpr std::chrono::seconds childTime{5};
 
 Descriptor interruptions() {
   sigset_t set;
@@ -41,6 +35,8 @@ Demo::Demo(const DemoOptions& options)
 
 int Demo::run() {
   adoptOrphans();
+  desktopLines_ =
+      LineReader(world_.openedFiles(), [this](const std::string& line) { hearDesktop(line); });
   introduce();
   startBird();
   watch();
@@ -51,7 +47,8 @@ int Demo::run() {
   const Summary summary = makeSummary();
   narrator_.summary(summary.text());
   if (options_.out)
-    narrator_.say("\nlog.txt, story.txt and summary.txt are in " + options_.out->string());
+    narrator_.say("\nlog.txt, story.txt, menus.txt, summary.txt and the pictures are in " +
+                  options_.out->string());
   return summary.deviations().empty() ? 0 : 1;
 }
 
@@ -59,48 +56,46 @@ void Demo::introduce() {
   std::array<char, 32> length{};
   std::snprintf(length.data(), length.size(), "%.3g s",
                 std::chrono::duration<double>(scenario_.length()).count());
+  const std::string program = options_.program.stem();
   narrator_.say("\"" + scenario_.title + "\", " + length.data() +
-                " of a simulated iCloud. A line with ☁ is what happens there;\n"
-                "the others are the log of " +
-                options_.program.filename().string() + ".\n");
+                " of a simulated iCloud. A line with ☁ is what happens there,\n"
+                "one with ☞ what a person does at the screen; the others are the log of " +
+                program + ".\n");
+  if (options_.interactive)
+    narrator_.say("The person is you: " + program +
+                  " is at the top right of your screen. Open its menu whenever you like;\n"
+                  "what it asks the desktop to open is told here. It ends with the story, or when\n"
+                  "you quit it; what it logs is not compared with the scenario.\n");
 }
 
 void Demo::startBird() {
   Pipe pipe = makePipe();
   birdLines_ =
       LineReader(std::move(pipe.reading), [this](const std::string& line) { hearBird(line); });
-  Launch launch{world_.root().bird(),
+  Launch launch{world_.root().launchd(),
                 {"--home", world_.home(), "--scenario",
                  std::filesystem::absolute(options_.scenario), "--begin-after",
                  "items,global,status,quota"},
                 {}};
   launch.output = pipe.writing.get();
-  bird_.emplace(launch);
-}
-
-fs::path Demo::installedProgram() const {
-  const fs::path& program = options_.program;
-  const fs::path folder = program.parent_path();
-  const fs::path bundle = folder.parent_path().parent_path();
-  if (!folder.string().ends_with("/Contents/MacOS") || bundle.extension() != ".app")
-    return program;
-  return world_.install(bundle) / "Contents/MacOS" / program.filename();
+  launchd_.emplace(launch);
 }
 
 void Demo::startProgram() {
   Pipe pipe = makePipe();
-  programLines_ =
-      LineReader(std::move(pipe.reading), [this](const std::string& line) { narrator_.log(line); });
-  Launch launch{installedProgram(),
-                {},
-                {{"HOME", world_.home()},
-                 {"TMPDIR", world_.temporary()},
-                 {"DRIFTMARK_SYSTEM_ROOT", world_.root().path()},
-                 {"DRIFTMARK_STALL_SECS", scenario_.stallAfter},
-                 {"XDG_CONFIG_HOME", std::nullopt},
-                 {"XDG_DATA_HOME", std::nullopt},
-                 {"XDG_CACHE_HOME", std::nullopt}}};
+  programLines_ = LineReader(std::move(pipe.reading), [this](const std::string& line) {
+    narrator_.log(line);
+    if (attendant_)
+      attendant_->hear(line);
+  });
+  Launch launch = programLaunch(options_, scenario_, world_);
   launch.output = launch.error = pipe.writing.get();
+  if (!scenario_.person.empty() && !options_.interactive) {
+    attendant_ = std::make_unique<Attendant>(
+        world_.folder(), options_.out.value_or(world_.temporary()), scenario_.person);
+    launch.environment.merge(attendant_->environment());
+    personDone_ = false;
+  }
   program_.emplace(launch);
 }
 
@@ -111,28 +106,56 @@ void Demo::hearBird(const std::string& line) {
   const std::string text = line.substr(std::min(wordEnd + 1, line.size()));
   if (word == "ready")
     startProgram();
+  else if (word == "resumed")
+    tellStory("bird runs again, and the story goes on");
   else if (word == "begin")
-    narrator_.cloud(text + "; the story begins");
+    tellStory(text + "; the story begins");
   else if (word == "story")
-    narrator_.cloud(text);
+    tellStory(text);
   else if (word == "trouble") {
-    narrator_.cloud("trouble: " + text);
+    tellStory("trouble: " + text);
     storyProblems_.push_back("a step could not be done: " + text);
   } else if (word == "end") {
-    narrator_.cloud("the story ends");
-    beginEnding();
+    storyEnded();
   }
 }
 
-void Demo::beginEnding() {
-  if (ending_)
-    return;
-  ending_ = true;
-  deadline_ = Clock::now() + endingTime;
-  if (program_)
-    program_->signal(SIGTERM);
-  else
-    over_ = true;
+void Demo::tellStory(const std::string& text) {
+  narrator_.cloud(text);
+  if (attendant_)
+    attendant_->hear(text);
+}
+
+void Demo::storyEnded() {
+  tellStory("the story ends");
+  storyOver_ = true;
+  if (personDone_)
+    beginEnding();
+}
+
+void Demo::hearDesktop(const std::string& line) {
+  narrator_.person(line);
+  if (attendant_)
+    attendant_->hear(line);
+}
+
+void Demo::hearPerson() {
+  using Kind = Attendant::Report::Kind;
+  for (const Attendant::Report& report : attendant_->takeReports()) {
+    if (report.kind == Kind::menu)
+      narrator_.menu(report.text);
+    else if (report.kind != Kind::done)
+      narrator_.person(report.text);
+    if (report.kind == Kind::trouble)
+      personProblems_.push_back(report.text);
+    personDone_ = personDone_ || report.kind == Kind::done || report.kind == Kind::trouble;
+  }
+  if (personDone_ && storyOver_)
+    beginEnding();
+}
+
+bool Demo::personQuits() const {
+  return attendant_ && attendant_->seesTheEnd() && personProblems_.empty();
 }
 
 void Demo::watch() {
@@ -142,17 +165,6 @@ void Demo::watch() {
   endChildren();
 }
 
-void Demo::endChildren() {
-  if (program_)
-    program_->end(childTime);
-  if (!bird_->hasEnded()) {
-    const int status = bird_->end(childTime);
-    if (status != 0)
-      storyProblems_.push_back("bird ended with " + describeEnd(status));
-  }
-  collectOrphans({}, std::chrono::milliseconds(0));
-}
-
 int Demo::timeLeft() const {
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline_ - Clock::now());
   return static_cast<int>(std::max<long>(left.count(), 0));
@@ -160,11 +172,13 @@ int Demo::timeLeft() const {
 
 bool Demo::wait() {
   const bool programRuns = program_ && !program_->hasEnded();
-  std::array<pollfd, 5> waits{{{signals_.get(), POLLIN, 0},
+  std::array<pollfd, 7> waits{{{signals_.get(), POLLIN, 0},
                                {birdLines_.descriptor(), POLLIN, 0},
                                {programLines_.descriptor(), POLLIN, 0},
                                {programRuns ? program_->exitDescriptor() : -1, POLLIN, 0},
-                               {bird_->hasEnded() ? -1 : bird_->exitDescriptor(), POLLIN, 0}}};
+                               {launchd_->hasEnded() ? -1 : launchd_->exitDescriptor(), POLLIN, 0},
+                               {attendant_ ? attendant_->descriptor() : -1, POLLIN, 0},
+                               {desktopLines_.descriptor(), POLLIN, 0}}};
   const int ready = poll(waits.data(), waits.size(), timeLeft());
   if (ready <= 0)
     return ready < 0;
@@ -174,63 +188,21 @@ bool Demo::wait() {
     birdLines_.read();
   if (waits[2].revents != 0)
     programLines_.read();
+  if (waits[5].revents != 0)
+    hearPerson();
+  if (waits[6].revents != 0)
+    desktopLines_.read();
   if (waits[3].revents != 0)
     programEnded();
   else if (waits[4].revents != 0 && waits[1].revents == 0)
-    birdEnded();
+    launchdEnded();
   return true;
-}
-
-void Demo::overrun() {
-  if (ending_)
-    endProblems_.emplace_back("the program did not end after SIGTERM");
-  else
-    storyProblems_.push_back("the story was not over after " +
-                             std::to_string(options_.limit.count()) + " s");
-  over_ = true;
 }
 
 void Demo::takeSignal() {
   signalfd_siginfo info{};
   if (read(signals_.get(), &info, sizeof info) == sizeof info)
     interruption_ = static_cast<int>(info.ssi_signo);
-}
-
-void Demo::programEnded() {
-  const int status = program_->wait();
-  programLines_.finish();
-  if (!ending_)
-    endProblems_.push_back("the program ended before the story did, with " + describeEnd(status));
-  else if (status != 0)
-    endProblems_.push_back("the program ended with " + describeEnd(status));
-  checkOrphans();
-  over_ = true;
-}
-
-void Demo::birdEnded() {
-  storyProblems_.push_back("bird ended before the story did, with " + describeEnd(bird_->wait()));
-  beginEnding();
-}
-
-// A child that was asked to end, or had done its work, is no deviation.
-void Demo::checkOrphans() {
-  for (const Orphan& orphan : collectOrphans({bird_->identifier()}, orphanTime)) {
-    const bool asked = WIFSIGNALED(orphan.status) && WTERMSIG(orphan.status) == SIGTERM;
-    if (orphan.outlived)
-      orphanProblems_.push_back("left running: " + orphan.name);
-    else if (!asked && orphan.status != 0)
-      orphanProblems_.push_back("left to end by itself, with " + describeEnd(orphan.status) + ": " +
-                                orphan.name);
-  }
-}
-
-Summary Demo::makeSummary() const {
-  return Summary(checkLog(narrator_.logLines(), scenario_.expectations,
-                          {{"home", world_.home()}, {"drive", world_.drive()}}),
-                 narrator_.logTimes(),
-                 {{"the story was told to its end", storyProblems_},
-                  {"the program ended with status 0 on SIGTERM", endProblems_},
-                  {"no process of the program was left", orphanProblems_}});
 }
 
 } // namespace icloud

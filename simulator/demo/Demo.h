@@ -1,5 +1,6 @@
 #pragma once
 
+#include "demo/Attendant.h"
 #include "demo/DemoOptions.h"
 #include "demo/Narrator.h"
 #include "demo/Summary.h"
@@ -9,6 +10,7 @@
 #include "scenario/Scenario.h"
 
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,11 +30,13 @@ private:
 
   void introduce();
   void startBird();
-
-  /// Where to run the program from: out of a copy of its bundle in /Applications, when it lies in one.
-  std::filesystem::path installedProgram() const;
   void startProgram();
   void hearBird(const std::string& line);
+  void hearDesktop(const std::string& line);
+  void hearPerson();
+  void tellStory(const std::string& text);
+  void storyEnded();
+  bool personQuits() const;
   void beginEnding();
   void watch();
   bool wait();
@@ -40,7 +44,8 @@ private:
   void overrun();
   void takeSignal();
   void programEnded();
-  void birdEnded();
+  void personLeaves();
+  void launchdEnded();
   void endChildren();
   void checkOrphans();
   Summary makeSummary() const;
@@ -50,15 +55,20 @@ private:
   Narrator narrator_;
   World world_;
   Descriptor signals_;
-  std::optional<ChildProcess> bird_;
+  std::optional<ChildProcess> launchd_;
   std::optional<ChildProcess> program_;
   LineReader birdLines_;
   LineReader programLines_;
+  LineReader desktopLines_;
+  std::unique_ptr<Attendant> attendant_; // none where the scenario has no person, or you are it
   Clock::time_point deadline_;
+  bool storyOver_ = false;
+  bool personDone_ = true;
   bool ending_ = false;
   bool over_ = false;
   int interruption_ = 0;
   std::vector<std::string> storyProblems_;
+  std::vector<std::string> personProblems_;
   std::vector<std::string> endProblems_;
   std::vector<std::string> orphanProblems_;
 };

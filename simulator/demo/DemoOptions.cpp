@@ -17,14 +17,18 @@ std::chrono::seconds secondsFrom(const std::string& text) {
 
 const char* DemoOptions::usage() {
   return "usage: icloud-demo --program FILE --scenario FILE [--out DIR] [--limit SECONDS]\n"
-         "                   [--tools DIR]\n"
+         "                   [--tools DIR] [--interactive]\n"
          "\n"
          "Lets the program watch a simulated iCloud that plays the scenario, shows what it logs,\n"
          "and compares that with what the scenario expects. Exit status 0: no deviation.\n"
          "\n"
          "A program in a bundle is run from a copy of the bundle in /Applications.\n"
          "\n"
-         "  --out DIR        also writes log.txt, story.txt and summary.txt there\n"
+         "The scenario's person uses mouse and keyboard on a screen that is only in memory.\n"
+         "\n"
+         "  --interactive    on the display, for you to use; the log is not compared\n"
+         "  --out DIR        also writes log.txt, story.txt, summary.txt, menus.txt and the\n"
+         "                   person's pictures there\n"
          "  --limit SECONDS  gives up after so long (150)\n"
          "  --tools DIR      a system root to take the tools from (\"root\" beside this program)\n";
 }
@@ -40,6 +44,8 @@ DemoOptions DemoOptions::from(const std::vector<std::string>& arguments) {
     };
     if (name == "--help")
       options.help = true;
+    else if (name == "--interactive")
+      options.interactive = true;
     else if (name == "--program")
       options.program = std::filesystem::absolute(value());
     else if (name == "--scenario")

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdio>
+#include <sstream>
 
 #include <unistd.h>
 
@@ -27,6 +28,7 @@ Narrator::Narrator(const std::optional<std::filesystem::path>& folder)
   logFile_ = newFile(*folder / "log.txt");
   storyFile_ = newFile(*folder / "story.txt");
   summaryFile_ = newFile(*folder / "summary.txt");
+  menusFile_ = newFile(*folder / "menus.txt");
 }
 
 std::string Narrator::time() const {
@@ -58,6 +60,17 @@ void Narrator::log(const std::string& line) {
   logTimes_.push_back(time());
   logFile_ << line << std::endl;
   show(logTimes_.back() + "    " + line, false);
+}
+
+void Narrator::person(const std::string& text) {
+  show(time() + "  ☞ " + text, true);
+}
+
+void Narrator::menu(const std::string& text) {
+  menusFile_ << time() << "\n\n" << text << std::endl;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);)
+    show("              " + line, true);
 }
 
 void Narrator::summary(const std::string& text) {

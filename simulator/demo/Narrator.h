@@ -24,6 +24,12 @@ public:
   /// A line that the program logged.
   void log(const std::string& line);
 
+  /// Something that the person at the screen did or saw.
+  void person(const std::string& text);
+
+  /// What an open menu shows, in several lines.
+  void menu(const std::string& text);
+
   /// The closing words.
   void summary(const std::string& text);
 
@@ -43,6 +49,7 @@ private:
   std::ofstream logFile_;
   std::ofstream storyFile_;
   std::ofstream summaryFile_;
+  std::ofstream menusFile_;
 };
 
 } // namespace icloud

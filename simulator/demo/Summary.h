@@ -19,6 +19,11 @@ public:
   /// `times` has the time of every log line, as it is to be shown.
   Summary(CheckedLog log, std::vector<std::string> times, std::vector<Condition> conditions);
 
+  /// Without a log.
+  explicit Summary(std::vector<Condition> conditions) : conditions_(std::move(conditions)) {
+    findDeviations();
+  }
+
   /// Every deviation in a sentence of its own.
   const std::vector<std::string>& deviations() const { return deviations_; }
 

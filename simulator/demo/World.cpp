@@ -1,11 +1,13 @@
 #include "demo/World.h"
 
 #include "common/SystemFailure.h"
-
 #include "process/Launch.h"
 
 #include <cstdlib>
 #include <stdexcept>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 namespace icloud {
 namespace fs = std::filesystem;
@@ -43,6 +45,19 @@ fs::path World::install(const fs::path& bundle) const {
     throw std::runtime_error("cannot sign " + place.string() + ": codesign ended with " +
                              describeEnd(status));
   return place;
+}
+
+// What appends to the log of xdg-open writes into this pipe. It is also open for writing here, so
+// that it has no end.
+Descriptor World::openedFiles() const {
+  const fs::path pipe = root().logFolder() / "xdg-open.log";
+  fs::create_directories(pipe.parent_path());
+  if (mkfifo(pipe.c_str(), 0600) != 0)
+    throwSystemFailure("cannot make " + pipe.string());
+  Descriptor lines(open(pipe.c_str(), O_RDWR | O_CLOEXEC));
+  if (!lines)
+    throwSystemFailure("cannot open " + pipe.string());
+  return lines;
 }
 
 World::~World() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/Descriptor.h"
 #include "common/SystemRoot.h"
 
 #include <filesystem>
@@ -19,6 +20,10 @@ public:
   /// Puts a copy of an application into the root's /Applications, signed by its maker, and returns
   /// where it lies. Throws std::system_error, or std::runtime_error when it cannot be signed.
   std::filesystem::path install(const std::filesystem::path& bundle) const;
+
+  /// Where lines come from about what the desktop is asked to open. Called once. Throws
+  /// std::system_error.
+  Descriptor openedFiles() const;
 
   const std::filesystem::path& folder() const { return folder_; }
   SystemRoot root() const { return SystemRoot(folder_ / "root"); }

@@ -130,8 +130,7 @@ void copyItem(const fs::path& source, const fs::path& target) {
   else if (S_ISLNK(status.st_mode))
     copyLink(source, target);
   else
-    throw std::runtime_error(source.string() +
-                             ": neither a file nor a folder nor a symbolic link");
+    throw std::runtime_error(source.string() + ": neither a file nor a folder nor a symbolic link");
   if (!S_ISLNK(status.st_mode)) {
     copyAttributes(source, target);
     if (chmod(target.c_str(), status.st_mode & permissionBits) != 0)

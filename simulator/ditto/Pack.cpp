@@ -1,7 +1,6 @@
-#include "ditto/Archive.h"
-
 #include "common/Descriptor.h"
 #include "common/SystemFailure.h"
+#include "ditto/Archive.h"
 #include "ditto/Handle.h"
 
 #include <algorithm>
@@ -38,8 +37,7 @@ public:
     if (lstat(file.c_str(), &status) != 0)
       throwSystemFailure(file.string());
     if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode) && !S_ISLNK(status.st_mode))
-      throw std::runtime_error(file.string() +
-                               ": neither a file nor a folder nor a symbolic link");
+      throw std::runtime_error(file.string() + ": neither a file nor a folder nor a symbolic link");
     const Entry entry(archive_entry_new());
     archive_entry_copy_stat(entry.get(), &status);
     archive_entry_set_pathname(entry.get(), name.c_str());

@@ -1,6 +1,5 @@
-#include "ditto/Archive.h"
-
 #include "common/SystemFailure.h"
+#include "ditto/Archive.h"
 #include "ditto/Handle.h"
 
 #include <fcntl.h>

@@ -7,7 +7,6 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -20,10 +19,13 @@ struct Found {
   std::string name;
 };
 
-// The second field of a stat file is the name in parentheses, the fourth the parent.
+// The second field of a stat file is the name in parentheses, the fourth the parent. The process
+// may be gone by the time it is read: then nothing is found.
 Found readStat(const std::filesystem::path& folder) {
   std::ifstream stream(folder / "stat");
-  const std::string text{std::istreambuf_iterator<char>(stream), {}};
+  std::string text(4096, '\0');
+  stream.read(text.data(), static_cast<std::streamsize>(text.size()));
+  text.resize(static_cast<std::size_t>(stream.gcount()));
   const auto open = text.find('(');
   const auto close = text.rfind(')');
   Found found;

@@ -96,6 +96,9 @@ struct KillMonitors {
   std::optional<Feed> only;
 };
 
+/// Kills the daemon itself.
+struct KillDaemon {};
+
 /// Stops the story's clock until both feeds are being watched.
 struct AwaitMonitors {};
 
@@ -109,6 +112,6 @@ struct EndStory {};
 
 using Action = std::variant<MakeFolder, MakeFiles, Transfer, GlobalTransfer, SetState, ClearState,
                             Evict, CancelDownload, Vanish, AddJobs, ClearJobs, SetQuota,
-                            KillMonitors, AwaitMonitors, Print, EndStory>;
+                            KillMonitors, KillDaemon, AwaitMonitors, Print, EndStory>;
 
 } // namespace icloud

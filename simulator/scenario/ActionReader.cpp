@@ -79,7 +79,9 @@ Action readKill(ScenarioLine& line) {
     return KillMonitors{Feed::items};
   if (line.accept("global-monitor"))
     return KillMonitors{Feed::global};
-  line.fail(R"(expected "monitors", "item-monitor" or "global-monitor")");
+  if (line.accept("bird"))
+    return KillDaemon{};
+  line.fail(R"(expected "monitors", "item-monitor", "global-monitor" or "bird")");
 }
 
 Action readAwait(ScenarioLine& line) {

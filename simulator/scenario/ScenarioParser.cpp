@@ -1,5 +1,6 @@
 #include "scenario/ScenarioParser.h"
 
+#include "scenario/PersonStepReader.h"
 #include "scenario/ScenarioError.h"
 
 #include <algorithm>
@@ -61,6 +62,8 @@ void ScenarioParser::readDirective(ScenarioLine& line) {
     readExpectation(line, Expectation::Kind::never);
   else if (line.accept("allow"))
     readExpectation(line, Expectation::Kind::allow);
+  else if (line.accept("person"))
+    readPersonStep(line);
   else
     readStep(line);
 }
@@ -77,6 +80,12 @@ void ScenarioParser::readExpectation(ScenarioLine& line, Expectation::Kind kind)
     expectation.most = 0;
   expectation.pattern = line.quoted("a pattern");
   scenario_.expectations.push_back(std::move(expectation));
+}
+
+void ScenarioParser::readPersonStep(ScenarioLine& line) {
+  PersonStep step{{}, line.number(), line.rest()};
+  step.act = readPersonAct(line);
+  scenario_.person.push_back(std::move(step));
 }
 
 void ScenarioParser::readStep(ScenarioLine& line) {

@@ -12,9 +12,9 @@ constexpr std::string_view separators = ";&|()\n`";
 constexpr std::string_view redirections = "<>";
 
 // After these comes a command.
-constexpr std::array<std::string_view, 14> leadingWords{
-    "if",   "then",  "else", "elif", "do",      "while", "until",
-    "time", "nohup", "exec", "env",  "command", "!",     "{"};
+constexpr std::array<std::string_view, 14> leadingWords{"if",    "then",    "else", "elif",  "do",
+                                                        "while", "until",   "time", "nohup", "exec",
+                                                        "env",   "command", "!",    "{"};
 
 bool isIn(std::string_view set, char character) {
   return set.find(character) != std::string_view::npos;

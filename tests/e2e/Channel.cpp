@@ -45,8 +45,14 @@ bool Channel::readSome() {
   return count > 0; // a terminal without a writer ends in an error
 }
 
-const std::string& Channel::readUntil(std::string_view text) {
-  while (text_.find(text) == std::string::npos)
+const std::string& Channel::readUntil(std::string_view text, unsigned times) {
+  const auto isSeen = [&] {
+    std::size_t at = text_.find(text);
+    for (unsigned seen = 1; seen < times && at != std::string::npos; ++seen)
+      at = text_.find(text, at + text.size());
+    return at != std::string::npos;
+  };
+  while (!isSeen())
     if (!readSome())
       throw std::runtime_error("\"" + std::string(text) + "\" never came, only: " + text_);
   return text_;

@@ -23,8 +23,8 @@ public:
   /// Nobody reads any more.
   void closeReadingEnd() { readingEnd_.reset(); }
 
-  /// Reads until `text` was seen, and returns everything so far.
-  const std::string& readUntil(std::string_view text);
+  /// Reads until `text` was seen so many times, and returns everything so far.
+  const std::string& readUntil(std::string_view text, unsigned times = 1);
 
   /// Reads what is there without waiting, and returns everything so far.
   const std::string& readSoFar();

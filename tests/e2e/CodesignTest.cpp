@@ -56,9 +56,9 @@ TEST_F(Codesign, SaysNothingOfASealThatHolds) {
   const Finished verified = verify(bundle_);
   EXPECT_EQ(verified.exitStatus, 0);
   EXPECT_EQ(verified.output + verified.error, "");
-  EXPECT_EQ(codesign({"-vv", bundle_}).error,
-            bundle_.string() + ": valid on disk\n" + bundle_.string() +
-                ": satisfies its Designated Requirement\n");
+  EXPECT_EQ(codesign({"-vv", bundle_}).error, bundle_.string() + ": valid on disk\n" +
+                                                  bundle_.string() +
+                                                  ": satisfies its Designated Requirement\n");
 }
 
 TEST_F(Codesign, ASealHoldsWhereverTheBundleIs) {

@@ -1,4 +1,5 @@
 #include "SimulatedSystem.h"
+#include "TestBundle.h"
 
 #include <csignal>
 
@@ -12,6 +13,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 const std::string beginning = "b=$DRIFTMARK_SYSTEM_ROOT/usr/bin/brctl\n"
                               "$b monitor -i com.apple.CloudDocs >/dev/null 2>&1 & items=$!\n"
@@ -116,6 +118,35 @@ TEST_F(DemoTest, AStoryThatIsNeverWatchedIsGivenUp) {
   expectNothingLeft();
 }
 
+TEST_F(DemoTest, AProgramInABundleIsRunFromApplications) {
+  const auto bundle = folder_.path() / "Greeter.app";
+  makeBundle(bundle, beginning + "echo \"Place: ${0#\"$DRIFTMARK_SYSTEM_ROOT\"}\"\n" +
+                         "$DRIFTMARK_SYSTEM_ROOT/usr/bin/codesign --verify --strict "
+                         "/Applications/Greeter.app && echo Sealed\n"
+                         "trap 'kill $items $global; wait; exit 0' TERM\n" +
+                         watching);
+  Launch launch =
+      demo("", shortStory + expectations +
+                   "expect 1 \"Place: /Applications/Greeter.app/Contents/MacOS/Greeter\"\n"
+                   "expect 1 \"Sealed\"\n");
+  launch.arguments[1] = bundle / "Contents/MacOS/Greeter";
+  const Finished demo = runToEnd(launch);
+  EXPECT_EQ(demo.exitStatus, 0) << demo.output << demo.error;
+  expectNothingLeft();
+}
+
+TEST_F(DemoTest, AProgramInABundleThatCannotBeSignedIsAnError) {
+  const auto bundle = folder_.path() / "Greeter.app";
+  makeBundle(bundle, goodWatcher);
+  writeFile(bundle / "beside the contents", "");
+  Launch launch = demo("", shortStory);
+  launch.arguments[1] = bundle / "Contents/MacOS/Greeter";
+  const Finished demo = runToEnd(launch);
+  EXPECT_EQ(demo.exitStatus, EX_OSERR);
+  EXPECT_THAT(demo.error, HasSubstr("icloud-demo: cannot sign "));
+  expectNothingLeft();
+}
+
 TEST_F(DemoTest, AnInterruptionTakesEverythingAway) {
   Channel output = Channel::pipe();
   Launch launch = demo(goodWatcher, "at 60s end\n");
@@ -128,6 +159,37 @@ TEST_F(DemoTest, AnInterruptionTakesEverythingAway) {
   ASSERT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 128 + SIGINT);
   expectNothingLeft();
+}
+
+TEST_F(DemoTest, WhoPlaysIsNotComparedWithTheScenario) {
+  const Finished demo = runToEnd(this->demo(
+      goodWatcher, shortStory + "person opens menu\nexpect 9 \"a\"\n", {"--interactive"}));
+  EXPECT_EQ(demo.exitStatus, 0) << demo.output;
+  EXPECT_THAT(demo.output, HasSubstr("The person is you: watcher is at the top right"));
+  EXPECT_THAT(demo.output, HasSubstr("the story was told to its end\n"));
+  EXPECT_THAT(demo.output, Not(HasSubstr("log line")));
+}
+
+TEST_F(DemoTest, WhoPlaysMayQuitWheneverTheyLike) {
+  const Finished demo = runToEnd(this->demo("exit 0\n", shortStory, {"--interactive"}));
+  EXPECT_EQ(demo.exitStatus, 0) << demo.output;
+  EXPECT_THAT(demo.output, HasSubstr("You have quit it before the story was over."));
+  EXPECT_THAT(demo.output, Not(HasSubstr("told to its end")));
+  expectNothingLeft();
+}
+
+TEST_F(DemoTest, WhatThePersonHasNotDoneIsADeviation) {
+  const Finished demo = runToEnd(this->demo("exit 0\n", shortStory + "person opens menu\n"));
+  EXPECT_EQ(demo.exitStatus, 1);
+  EXPECT_THAT(demo.output, HasSubstr("line 6 of the scenario, person opens menu"));
+  expectNothingLeft();
+}
+
+TEST_F(DemoTest, TellsWhatTheDesktopIsAskedToOpen) {
+  const std::string asks = "$DRIFTMARK_SYSTEM_ROOT/usr/bin/xdg-open '/a place'\n";
+  const Finished demo = runToEnd(this->demo(asks + goodWatcher, shortStory + expectations));
+  EXPECT_EQ(demo.exitStatus, 0) << demo.output;
+  EXPECT_THAT(demo.output, HasSubstr("☞ xdg-open /a place\n"));
 }
 
 TEST_F(DemoTest, AProgramThatCannotBeRunIsAnError) {
@@ -155,6 +217,63 @@ TEST_F(DemoTest, AnswersACommandLineThatMakesNoSense) {
     EXPECT_THAT(demo.error, HasSubstr("usage: icloud-demo"));
   }
 }
+
+#ifdef DRIFTMARK
+class DemoPersonTest : public DemoTest {
+protected:
+  Finished play(const std::string& steps, std::vector<std::string> more = {}) const {
+    Launch launch = demo("", "at 300ms end\nallow \"*\"\n" + steps, std::move(more));
+    launch.arguments[1] = DRIFTMARK;
+    return runToEnd(launch);
+  }
+};
+
+TEST_F(DemoPersonTest, SeesAndUsesTheProgram) {
+  const Finished demo = play("person awaits \"Driftmark: quota remaining *\"\n"
+                             "person reads strip\n"
+                             "person opens menu\n"
+                             "person reads menu\n"
+                             "person finds \"Launch at Login\" unchecked\n"
+                             "person shot \"menu\"\n"
+                             "person closes menu\n"
+                             "person shot \"no menu\"\n"
+                             "person awaits \"the story ends\"\n"
+                             "person opens menu\n"
+                             "person chooses \"Quit *\"\n"
+                             "person awaits exit\n");
+  EXPECT_EQ(demo.exitStatus, 0) << demo.output;
+  EXPECT_THAT(demo.output, HasSubstr(" s  ☞ the menu bar says: iCloud Drive: idle\n"));
+  EXPECT_THAT(contentsOf(folder_.path() / "out/menus.txt"), HasSubstr("\n  Launch at Login\n"));
+  EXPECT_THAT(contentsOf(folder_.path() / "out/01-menu.png"), HasSubstr("PNG"));
+  EXPECT_THAT(contentsOf(folder_.path() / "out/02-no menu.png"), HasSubstr("PNG"));
+  expectNothingLeft();
+}
+
+TEST_F(DemoPersonTest, AStepThatCannotBeDoneIsADeviation) {
+  const std::vector<std::pair<std::string, std::string>> steps{
+      {"person chooses \"Quit *\"", "no menu is open"},
+      {"person closes menu", "no menu is open"},
+      {"person opens menu\nperson chooses \"Dance\"", "the menu has no such entry"},
+      {"person opens menu\nperson finds \"Launch at Login\" checked", "is not checked"},
+      {"person presses \"Dance\"", "no button"}};
+  for (const auto& [step, problem] : steps) {
+    const Finished demo = play(step + "\nperson shot \"never\"\n");
+    EXPECT_EQ(demo.exitStatus, 1) << step;
+    EXPECT_THAT(demo.output, HasSubstr(problem));
+    EXPECT_THAT(demo.output, HasSubstr("FAIL  the person at the screen could do every step\n"));
+    EXPECT_FALSE(std::filesystem::exists(folder_.path() / "out/01-never.png"));
+    expectNothingLeft();
+  }
+}
+
+TEST_F(DemoPersonTest, WaitingInVainIsADeviation) {
+  const Finished demo = play("person awaits \"snow\"\n", {"--limit", "3"});
+  EXPECT_EQ(demo.exitStatus, 1);
+  EXPECT_THAT(demo.output,
+              HasSubstr("waited in vain: line 3 of the scenario, person awaits \"snow\"\n"));
+  expectNothingLeft();
+}
+#endif
 
 } // namespace
 } // namespace icloud::test

@@ -147,9 +147,9 @@ TEST_F(Ditto, CopiesATreeWithItsMetadata) {
   fs::permissions(in("Greeter.app/Contents/Resources"), fs::perms(0555));
   const std::array<timespec, 2> times{timespec{1'600'000'000, 5}, timespec{1'600'000'001, 7}};
   for (const auto& name : timed)
-    ASSERT_EQ(utimensat(AT_FDCWD, in("Greeter.app/" + name).c_str(), times.data(),
-                        AT_SYMLINK_NOFOLLOW),
-              0);
+    ASSERT_EQ(
+        utimensat(AT_FDCWD, in("Greeter.app/" + name).c_str(), times.data(), AT_SYMLINK_NOFOLLOW),
+        0);
   const bool keepsAttributes = setxattr(in("Greeter.app").c_str(), "user.a", "1", 1, 0) == 0;
 
   expectSuccess({in("Greeter.app"), "/Applications/Copy.app"});

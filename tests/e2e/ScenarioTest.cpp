@@ -48,6 +48,22 @@ TEST(Scenario, ReadsStageStoryAndExpectations) {
   EXPECT_EQ(scenario.expectations[2].line, 9u);
 }
 
+TEST(Scenario, ReadsWhatThePersonDoes) {
+  const Scenario scenario = parseScenario("person awaits \"a line*\" # with a comment\n"
+                                          "at 1s end\n"
+                                          "person finds \"Launch *\" checked\n"
+                                          "person pauses 1.5s\n"
+                                          "person awaits exit\n",
+                                          "a.scenario");
+  ASSERT_EQ(scenario.person.size(), 4u);
+  EXPECT_EQ(std::get<AwaitLine>(scenario.person[0].act).pattern, "a line*");
+  EXPECT_EQ(scenario.person[0].text, "awaits \"a line*\"");
+  EXPECT_EQ(std::get<FindEntry>(scenario.person[1].act).checked, true);
+  EXPECT_EQ(scenario.person[1].line, 3u);
+  EXPECT_EQ(std::get<Pause>(scenario.person[2].act).duration, Milliseconds(1500));
+  EXPECT_TRUE(std::holds_alternative<AwaitExit>(scenario.person[3].act));
+}
+
 struct Mistake {
   const char* line;
   const char* message;
@@ -100,7 +116,15 @@ const std::vector<Mistake> mistakes{
     {R"(at 1s replay items "no such capture")", "cannot read no such capture"},
     {R"(expect "a")", "expected a number of lines without quotes"},
     {R"(expect 3 to 2 "a")", "the greater number comes last"},
-    {"stall-after 0s", "longer than nothing"}};
+    {"stall-after 0s", "longer than nothing"},
+    {"person", "expected what the person does at the end"},
+    {"person dances", R"(a person knows no "dances")"},
+    {"person opens", R"(expected "menu" at the end)"},
+    {"person awaits spring", R"(expected a pattern or "exit" in quotes at spring)"},
+    {"person pauses long", "not a duration such as"},
+    {R"(person finds "a" unticked)", "nothing more was expected here: unticked"},
+    {"person reads minds", R"(expected "menu" at minds)"},
+    {R"(person shot "a/b")", "part of a file's name"}};
 
 TEST(Scenario, AMistakeIsNamedWithFileAndLine) {
   for (const Mistake& mistake : mistakes) {

@@ -22,11 +22,20 @@ Tool::Tool(const std::filesystem::path& program, std::vector<std::string> argume
 }
 
 void SimulatedSystem::play(const std::string& scenario, const std::string& beginAfter) {
+  start(world_.root().bird(), scenario, beginAfter);
+}
+
+void SimulatedSystem::playSupervised(const std::string& scenario, const std::string& beginAfter) {
+  start(world_.root().launchd(), scenario, beginAfter);
+}
+
+void SimulatedSystem::start(const std::filesystem::path& program, const std::string& scenario,
+                            const std::string& beginAfter) {
   const auto file = folder_.write("test.scenario", scenario);
   std::vector<std::string> arguments{"--home", world_.home(), "--scenario", file};
   if (!beginAfter.empty())
     arguments.insert(arguments.end(), {"--begin-after", beginAfter});
-  bird_.emplace(world_.root().bird(), arguments, Channel::pipe());
+  bird_.emplace(program, arguments, Channel::pipe());
   bird_->output().readUntil(" ready\n");
 }
 

@@ -40,6 +40,9 @@ public:
   /// requests of `beginAfter`.
   void play(const std::string& scenario, const std::string& beginAfter = "items");
 
+  /// The same with a daemon that is started again whenever it ends; `bird` is its supervisor then.
+  void playSupervised(const std::string& scenario, const std::string& beginAfter = "items");
+
   Tool& bird() { return *bird_; }
   const World& world() const { return world_; }
 
@@ -50,6 +53,9 @@ public:
   Finished runBrctl(std::vector<std::string> arguments) const;
 
 private:
+  void start(const std::filesystem::path& program, const std::string& scenario,
+             const std::string& beginAfter);
+
   TemporaryFolder folder_;
   World world_;
   std::optional<Tool> bird_;

@@ -11,7 +11,8 @@ void makeBundle(const std::filesystem::path& place, const std::string& script = 
 
 void writeFile(const std::filesystem::path& path, const std::string& text);
 
-/// A text that differs when anything in a tree differs: names, kinds, contents, modes, link targets.
+/// A text that differs when anything in a tree differs: names, kinds, contents, modes, link
+/// targets.
 std::string described(const std::filesystem::path& tree);
 
 } // namespace icloud::test

@@ -48,9 +48,9 @@ protected:
 
 TEST_F(Xattr, SetsPrintsListsAndTakesAway) {
   expectSuccess({"-w", quarantine, "0081;x", file_});
-  EXPECT_EQ(getxattr((bundle_ / "Contents/Info.plist").c_str(), "user.com.apple.quarantine",
-                     nullptr, 0),
-            6);
+  EXPECT_EQ(
+      getxattr((bundle_ / "Contents/Info.plist").c_str(), "user.com.apple.quarantine", nullptr, 0),
+      6);
   expectSuccess({"-p", quarantine, file_}, "0081;x\n");
   expectSuccess({file_}, quarantine + "\n");
   expectSuccess({"-l", file_}, quarantine + ": 0081;x\n");

@@ -60,10 +60,10 @@ void Hands::click(QWidget& widget, QPoint point, Qt::MouseButton button, Callbac
 }
 
 // A menu takes a click only from a pointer that has moved since the menu opened.
-void Hands::choose(QMenu& menu, const QAction& entry, Callback onLast) {
+void Hands::choose(QMenu& menu, QAction& entry, Callback onLast) {
   constexpr int moves = 8;
   const Window window = windowOf(menu);
-  const QRect row = menu.actionGeometry(const_cast<QAction*>(&entry));
+  const QRect row = menu.actionGeometry(&entry);
   std::vector<Callback> events;
   for (int i = moves; i >= 0; --i)
     events.push_back(mouseMove(window, row.center() - QPoint(i, 0)));

@@ -24,7 +24,7 @@ public:
   void click(QWidget& widget, QPoint point, Qt::MouseButton button, Callback onLast);
 
   /// Moves onto an entry of an open menu and clicks there.
-  void choose(QMenu& menu, const QAction& entry, Callback onLast);
+  void choose(QMenu& menu, QAction& entry, Callback onLast);
 
   /// Presses a key in the window that has the keyboard, else in `fallback`.
   void press(QKeyCombination key, QWidget& fallback, Callback onLast);

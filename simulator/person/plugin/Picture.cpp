@@ -1,6 +1,7 @@
 #include "person/plugin/Picture.h"
 
 #include <QGuiApplication>
+#include <QLinearGradient>
 #include <QPainter>
 #include <QScreen>
 #include <QWidget>
@@ -8,11 +9,28 @@
 namespace icloud {
 namespace {
 
-const QColor desktop(0x5a, 0x73, 0x8c);
+void paintDesktop(QPainter& painter, const QSize& size) {
+  QLinearGradient dusk(0, 0, 0, size.height());
+  dusk.setColorAt(0, QColor(0x7f, 0x9d, 0xb9));
+  dusk.setColorAt(1, QColor(0x4a, 0x5f, 0x78));
+  painter.fillRect(QRect(QPoint(), size), dusk);
+}
 
 bool hasRealScreen() {
   return QGuiApplication::platformName() != "offscreen" &&
          QGuiApplication::platformName() != "minimal";
+}
+
+/// What lifts a window of its own from the desktop; strips and menus have their edges.
+void paintShadow(QPainter& painter, const QWidget& window, const QRect& place) {
+  constexpr int reach = 14;
+  const Qt::WindowType type = window.windowType();
+  if (type != Qt::Dialog && type != Qt::Window)
+    return;
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(QColor(0, 0, 0, 4));
+  for (int by = 1; by <= reach; ++by)
+    painter.drawRoundedRect(place.adjusted(-by, 4 - by, by, 4 + by), by, by);
 }
 
 } // namespace
@@ -29,10 +47,14 @@ QPixmap pictureOfScreen(const QList<QWidget*>& windows) {
     return screen->grabWindow(0);
   QPixmap picture(screen->size() * screen->devicePixelRatio());
   picture.setDevicePixelRatio(screen->devicePixelRatio());
-  picture.fill(desktop);
   QPainter painter(&picture);
-  for (QWidget* const window : windows)
-    painter.drawPixmap(window->geometry().topLeft() - screen->geometry().topLeft(), window->grab());
+  paintDesktop(painter, screen->size());
+  painter.setRenderHint(QPainter::Antialiasing);
+  for (QWidget* const window : windows) {
+    const QRect place = window->geometry().translated(-screen->geometry().topLeft());
+    paintShadow(painter, *window, place);
+    painter.drawPixmap(place.topLeft(), window->grab());
+  }
   return picture;
 }
 

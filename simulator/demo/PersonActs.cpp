@@ -1,0 +1,115 @@
+#include "demo/PersonActs.h"
+
+#include "demo/MenuText.h"
+#include "scenario/Glob.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <stdexcept>
+
+namespace icloud {
+namespace {
+
+constexpr const char* strip = "MenuBarStrip";
+
+bool isMenu(const Window& window) {
+  return window.kind == Window::Kind::menu;
+}
+
+/// The first entry of a menu that matches.
+const MenuEntry& matching(const Window& menu, const std::string& pattern) {
+  const auto found =
+      std::find_if(menu.entries.begin(), menu.entries.end(), [&](const MenuEntry& entry) {
+        return !entry.isSeparator && matchesGlob(pattern, entry.text);
+      });
+  if (found == menu.entries.end())
+    throw std::runtime_error("the menu has no such entry:\n" + menuText(menu));
+  return *found;
+}
+
+bool shows(const Window& window, const std::string& pattern) {
+  return std::any_of(window.texts.begin(), window.texts.end(),
+                     [&](const std::string& text) { return matchesGlob(pattern, text); });
+}
+
+} // namespace
+
+PersonActs::PersonActs(Person person, std::filesystem::path pictures, Tell tell, Tell tellMenu)
+    : person_(std::move(person)), pictures_(std::move(pictures)), tell_(std::move(tell)),
+      tellMenu_(std::move(tellMenu)) {}
+
+Window PersonActs::openMenu() {
+  const auto windows = person_.windows();
+  const auto menu = std::find_if(windows.begin(), windows.end(), isMenu);
+  if (menu == windows.end())
+    throw std::runtime_error("no menu is open");
+  return *menu;
+}
+
+void PersonActs::awaitNoMenu() {
+  person_.awaitAbsence(isMenu);
+}
+
+void PersonActs::operator()(const OpenMenu& /*act*/) {
+  person_.click(strip);
+  person_.awaitMenu();
+}
+
+void PersonActs::operator()(const CloseMenu& /*act*/) {
+  openMenu();
+  person_.key("Escape");
+  awaitNoMenu();
+}
+
+void PersonActs::operator()(const ChooseEntry& act) {
+  const std::string text = matching(openMenu(), act.pattern).text;
+  person_.choose(text);
+}
+
+void PersonActs::operator()(const FindEntry& act) {
+  const Window menu = openMenu();
+  const MenuEntry& entry = matching(menu, act.pattern);
+  if (act.checked && *act.checked != entry.isChecked)
+    throw std::runtime_error("the entry \"" + entry.text + "\" is " +
+                             (entry.isChecked ? "checked" : "not checked"));
+}
+
+void PersonActs::operator()(const SeeText& act) {
+  person_.awaitWindow([&](const Window& window) { return shows(window, act.pattern); });
+}
+
+void PersonActs::operator()(const PressButton& act) {
+  person_.press(act.title);
+}
+
+void PersonActs::operator()(const PressKey& act) {
+  person_.key(act.name);
+}
+
+void PersonActs::operator()(const TakePicture& act) {
+  std::array<char, 16> number{};
+  std::snprintf(number.data(), number.size(), "%02d-", ++pictureCount_);
+  person_.screenshot(pictures_ / (number.data() + act.name + ".png"));
+}
+
+void PersonActs::operator()(const ReadMenu& /*act*/) {
+  tellMenu_(menuText(openMenu()));
+}
+
+void PersonActs::operator()(const ReadStrip& /*act*/) {
+  const Window window = person_.awaitWindow([](const Window& candidate) {
+    return std::any_of(candidate.parts.begin(), candidate.parts.end(),
+                       [](const Part& part) { return part.name == strip; });
+  });
+  const Part& item = window.part(strip);
+  tell_("the menu bar says: " + item.accessibleName);
+  if (item.toolTip != item.accessibleName)
+    throw std::runtime_error("the tooltip says something else: " + item.toolTip);
+}
+
+void PersonActs::operator()(const AwaitExit& /*act*/) {
+  person_.awaitEnd();
+}
+
+} // namespace icloud
