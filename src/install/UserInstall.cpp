@@ -64,8 +64,10 @@ bool UserInstall::offerIfNeeded(const Platform& platform) {
 
   platform.application.activateIgnoringOtherApplications();
   const std::string home = platform.fileSystem.homeDirectory();
-  if (platform.dialogs.runModal(offer(location(bundle, parent, home))) != 0) {
-    platform.userDefaults.setBoolean(skipKey, true);
+  const std::size_t answer = platform.dialogs.runModal(offer(location(bundle, parent, home)));
+  if (answer != 0) {
+    if (answer != Dialogs::unanswered)
+      platform.userDefaults.setBoolean(skipKey, true);
     return false;
   }
 

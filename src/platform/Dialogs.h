@@ -23,9 +23,12 @@ class Dialogs {
 public:
   virtual ~Dialogs() = default;
 
+  /// The answer of an alert that nobody answered.
+  static constexpr std::size_t unanswered = static_cast<std::size_t>(-1);
+
   /// Shows `alert` and returns the index of the chosen button. Closing the alert in another way
   /// counts as the last button. While it is open, what comes to the main queue runs; where the
-  /// application is asked to terminate meanwhile, it counts as closed.
+  /// application is asked to terminate meanwhile, it closes `unanswered`.
   virtual std::size_t runModal(const Alert& alert) = 0;
 
   /// Shows the panel that says what this application is, with its name, icon and version as the

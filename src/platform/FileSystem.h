@@ -24,7 +24,8 @@ public:
   /// The user's folder for temporary files, with a trailing slash. Nobody else can enter it.
   virtual std::string temporaryDirectory() const = 0;
 
-  /// Makes a folder and the missing ones above it. A folder that is there already is no failure.
+  /// Makes a folder and the missing ones above it. A folder that is there already, be it through a
+  /// link, is no failure.
   [[nodiscard]] virtual std::optional<PlatformError> createDirectory(const std::string& path) = 0;
 
   /// Removes a file, or a folder with all that it holds.

@@ -122,7 +122,7 @@ MenuItem StatusItemController::transferRow(const ActiveItem& item) {
   const bool isUpload = item.direction == Direction::upload;
   std::string detail = isUpload ? "uploading" : "downloading";
   if (item.percent)
-    detail += " " + wholeNumber(*item.percent) + "%";
+    detail.append(" ").append(wholeNumber(*item.percent)).append("%");
   if (monitor_->isStalled(item))
     return file(item.path, "exclamationmark.circle", "stalled · " + detail);
   return file(item.path, isUpload ? "arrow.up.circle" : "arrow.down.circle", detail);
@@ -177,7 +177,7 @@ void StatusItemController::addFixedItems(Menu& menu) {
 
   menu.push_back(separator());
   menu.push_back(command("Open iCloud Drive", &StatusItemController::openICloudDrive));
-  menu.back().keyEquivalent = "o";
+  menu.back().keyEquivalent = std::string("o");
   menu.push_back(titled(MenuItem::Kind::command, "Free Up Space…"));
 
   menu.push_back(separator());
@@ -186,7 +186,7 @@ void StatusItemController::addFixedItems(Menu& menu) {
   menu.push_back(command("Launch at Login", &StatusItemController::toggleLaunchAtLogin));
   menu.back().isChecked = platform_.loginItem.status() == LoginItem::Status::enabled;
   MenuItem quit = titled(MenuItem::Kind::command, "Quit Driftmark");
-  quit.keyEquivalent = "q";
+  quit.keyEquivalent = std::string("q");
   quit.action = [&application = platform_.application] { application.terminate(); };
   menu.push_back(std::move(quit));
 }

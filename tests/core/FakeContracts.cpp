@@ -1,13 +1,17 @@
 #include "support/TestPlatform.h"
 #include "support/contracts/BackgroundQueueContract.h"
+#include "support/contracts/BundleContract.h"
 #include "support/contracts/ChildProcessesContract.h"
 #include "support/contracts/ClockContract.h"
+#include "support/contracts/DialogsContract.h"
 #include "support/contracts/EnvironmentContract.h"
 #include "support/contracts/FileSystemContract.h"
+#include "support/contracts/HttpClientContract.h"
 #include "support/contracts/MainQueueContract.h"
 #include "support/contracts/SignalsContract.h"
 #include "support/contracts/SystemLogContract.h"
 #include "support/contracts/TextContract.h"
+#include "support/contracts/UserDefaultsContract.h"
 
 #include <chrono>
 #include <cstddef>
@@ -15,6 +19,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -217,6 +222,78 @@ private:
   TestPlatform platform_;
 };
 
+class FakeUserDefaults final : public UserDefaultsSubject {
+public:
+  UserDefaults& userDefaults() override { return userDefaults_; }
+  void setString(const std::string& key, const std::string& value) override {
+    userDefaults_.setString(key, value);
+  }
+
+private:
+  TestUserDefaults userDefaults_;
+};
+
+class FakeBundle final : public BundleSubject {
+public:
+  FakeBundle() {
+    bundle_.setIdentifier("com.example.program");
+    bundle_.setVersion("1.2");
+  }
+
+  Bundle& bundle() override { return bundle_; }
+
+private:
+  TestBundle bundle_;
+};
+
+class FakeDialogs final : public DialogsSubject {
+public:
+  Dialogs& dialogs() override { return dialogs_; }
+  void willPress(std::size_t button) override { dialogs_.answer(button); }
+  void willClose() override {}
+
+private:
+  TestDialogs dialogs_;
+};
+
+/// Replies to all that waits, whenever the queue runs.
+class FakeHttpClient final : public HttpClientSubject {
+public:
+  HttpClient& client() override { return client_; }
+  std::string urlOf(const std::string& body) override { return "https://fake/" + body; }
+  std::string unreachableUrl() override { return "https://unreachable/"; }
+  std::string contentsOf(const std::string& file) override { return file.substr(1); }
+
+  bool runUntil(const std::function<bool()>& done) override {
+    for (; fetches_ < client_.fetches().size(); ++fetches_)
+      reply(client_.fetches()[fetches_].request.url);
+    for (; downloads_ < client_.downloads().size(); ++downloads_)
+      replyFile(client_.downloads()[downloads_]);
+    return done();
+  }
+
+private:
+  static constexpr std::size_t prefix = std::string_view("https://fake/").size();
+
+  void reply(const std::string& url) {
+    if (url == unreachableUrl())
+      client_.fail({"unreachable"});
+    else
+      client_.reply(url.substr(prefix));
+  }
+
+  void replyFile(const std::string& url) {
+    if (url == unreachableUrl())
+      client_.failDownload({"unreachable"});
+    else
+      client_.replyFile("/" + url.substr(prefix));
+  }
+
+  TestHttpClient client_;
+  std::size_t fetches_ = 0;
+  std::size_t downloads_ = 0;
+};
+
 using testing::Values;
 
 class FakeSignals final : public SignalsSubject {
@@ -249,6 +326,16 @@ INSTANTIATE_TEST_SUITE_P(Fake, TextContract, Values(subject<TextSubject, FakeTex
 INSTANTIATE_TEST_SUITE_P(Fake, ChildProcessesContract,
                          Values(subject<ChildProcessesSubject, FakeChildProcesses>("fake")),
                          subjectName);
+
+INSTANTIATE_TEST_SUITE_P(Fake, UserDefaultsContract,
+                         Values(subject<UserDefaultsSubject, FakeUserDefaults>("fake")),
+                         subjectName);
+INSTANTIATE_TEST_SUITE_P(Fake, BundleContract, Values(subject<BundleSubject, FakeBundle>("fake")),
+                         subjectName);
+INSTANTIATE_TEST_SUITE_P(Fake, DialogsContract,
+                         Values(subject<DialogsSubject, FakeDialogs>("fake")), subjectName);
+INSTANTIATE_TEST_SUITE_P(Fake, HttpClientContract,
+                         Values(subject<HttpClientSubject, FakeHttpClient>("fake")), subjectName);
 
 } // namespace
 } // namespace driftmark::test

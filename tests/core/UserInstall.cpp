@@ -119,6 +119,13 @@ TEST_F(UserInstallTest, declinedOfferNeverComesAgain) {
   EXPECT_THAT(platform.dialogs.take(), IsEmpty());
 }
 
+TEST_F(UserInstallTest, offerThatNobodyAnsweredComesAgain) {
+  platform.dialogs.answer(Dialogs::unanswered);
+  EXPECT_FALSE(offer());
+  EXPECT_FALSE(skips());
+  EXPECT_THAT(operations(), IsEmpty());
+}
+
 TEST_F(UserInstallTest, stepsComeInTheirOrder) {
   platform.dialogs.answer(0);
   EXPECT_TRUE(offer());

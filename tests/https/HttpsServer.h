@@ -21,7 +21,7 @@ struct HttpsReply {
   std::uint64_t zeros = 0; ///< as many NUL bytes belong to the body, behind the text
   bool isEndless =
       false; ///< NUL bytes follow for as long as they are taken; no length is announced
-  bool isChunked = false;                ///< the body comes in chunks; no length is announced
+  bool isChunked = false;                  ///< the body comes in chunks; no length is announced
   std::optional<std::uint64_t> cutAfter{}; ///< the connection is closed after so much of the body
 
   static HttpsReply redirect(const std::string& url, int status = 302) {

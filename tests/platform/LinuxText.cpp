@@ -85,5 +85,12 @@ TEST(LinuxText, localeDoesNotMatter) {
   std::setlocale(LC_ALL, before.c_str()); // NOLINT(concurrency-mt-unsafe)
 }
 
+TEST(LinuxText, addressWithBrokenPartsIsNone) {
+  for (const char* const other :
+       {"https://example.com:port/", "https://example.com:99999/", "https://[::1/", "a%2", "a%zz",
+        "https://example.com/<x>", "https://a\nb/", "1http://example.com/x y"})
+    EXPECT_FALSE(LinuxText().isUrl(other)) << other;
+}
+
 } // namespace
 } // namespace driftmark::test

@@ -1,6 +1,9 @@
+#include "EventLoop.h"
 #include "FileSystemTest.h"
 #include "OrdinaryUser.h"
+#include "Orphans.h"
 #include "OtherVolume.h"
+#include "platform/posix/ItemMove.h"
 
 #include <array>
 #include <string>
@@ -136,6 +139,37 @@ TEST_F(MovesBetweenVolumes, targetThatCannotBeWrittenIsAnError) {
   EXPECT_EQ(words(files_.moveItem(in("A.app"), other_.path("missing/B.app"))),
             "“A.app” couldn’t be moved: No such file or directory");
   EXPECT_EQ(contentsOf(in("A.app/file")), "x");
+}
+
+TEST_F(MovesBetweenVolumes, processThatIsKilledLeavesTheWholeItemAtOneOfItsNames) {
+  const std::string bytes(20'000'000, 'x');
+  for (int round = 0; round < 8; ++round) {
+    const std::string from = in("from" + std::to_string(round));
+    const std::string to = other_.path("to" + std::to_string(round));
+    fs::create_directory(from);
+    for (const char* const name : {"/1", "/2", "/3"})
+      std::ofstream(from + name) << bytes;
+    const int mover = fork();
+    if (mover == 0)
+      _exit(moveTree(from, to));
+    const auto copied = [&](const fs::path& hidden) {
+      std::error_code error;
+      return fs::exists(hidden / std::to_string(1 + round % 3), error);
+    };
+    EXPECT_TRUE(pollUntil([&] {
+      for (const auto& entry : fs::directory_iterator(other_.path()))
+        if (copied(entry.path()))
+          return true;
+      return false;
+    }));
+    EXPECT_TRUE(Orphans::end(mover) || fs::exists(to));
+    const std::string whole = fs::exists(to) ? to : from;
+    for (const char* const name : {"/1", "/2", "/3"})
+      EXPECT_EQ(fs::file_size(whole + name), bytes.size()) << whole << name;
+    EXPECT_TRUE(!fs::exists(from) || namesIn(from).size() == 3);
+    for (const auto& entry : fs::directory_iterator(other_.path()))
+      fs::remove_all(entry.path());
+  }
 }
 
 } // namespace

@@ -1,6 +1,5 @@
-#include "platform/linux/LinuxFileSystem.h"
-
 #include "ScopedVariable.h"
+#include "platform/linux/LinuxFileSystem.h"
 
 #include <optional>
 #include <string>

@@ -81,8 +81,7 @@ protected:
 
   std::vector<std::string> temporaryFiles() const {
     std::vector<std::string> names;
-    for (const auto& entry :
-         std::filesystem::directory_iterator(fileSystem_.temporaryDirectory()))
+    for (const auto& entry : std::filesystem::directory_iterator(fileSystem_.temporaryDirectory()))
       names.push_back(entry.path().filename().string());
     return names;
   }
@@ -159,7 +158,8 @@ TEST_F(QtHttpClientTest, redirectIsFollowedToSecureAddresses) {
 TEST_F(QtHttpClientTest, redirectToAnInsecureAddressIsAnError) {
   QTcpServer plain;
   ASSERT_TRUE(plain.listen(QHostAddress::LocalHost));
-  server_.serve("/a", HttpsReply::redirect("http://localhost:" + std::to_string(plain.serverPort())));
+  server_.serve("/a",
+                HttpsReply::redirect("http://localhost:" + std::to_string(plain.serverPort())));
   EXPECT_NE(failure(server_.url("/a")), "");
   EXPECT_FALSE(plain.hasPendingConnections());
   folder_.write("secret", "secret");
@@ -206,7 +206,8 @@ TEST_F(QtHttpClientTest, certificateOfAnotherHostIsAnError) {
 TEST_F(QtHttpClientTest, fileWithoutAuthoritiesIsAnError) {
   folder_.write("none.pem", "nothing");
   authorities_.emplace("DRIFTMARK_EXTRA_AUTHORITIES", folder_.path("none.pem"));
-  EXPECT_EQ(failure(server_.url("/")), "There is no certificate in " + folder_.path("none.pem") + ".");
+  EXPECT_EQ(failure(server_.url("/")),
+            "There is no certificate in " + folder_.path("none.pem") + ".");
 }
 
 TEST_F(QtHttpClientTest, extraAuthoritiesStandBesideTheSystems) {
@@ -266,9 +267,8 @@ TEST_F(QtHttpClientTest, slowBodyDoesNotTimeOutWhileItComes) {
   std::optional<DataReply> reply;
   client_->fetch({.url = server_.url("/"), .timeoutInterval = Seconds(0.2)}, unlimited,
                  [&](DataReply got) { reply = std::move(got); });
-  runUntil([&] {
-    return reply.has_value() || std::chrono::steady_clock::now() - start > Seconds(0.6);
-  });
+  runUntil(
+      [&] { return reply.has_value() || std::chrono::steady_clock::now() - start > Seconds(0.6); });
   EXPECT_FALSE(reply.has_value()) << reply->error.value_or(PlatformError{}).description;
 }
 

@@ -5,6 +5,7 @@
 #include "Orphans.h"
 
 #include <csignal>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <thread>
@@ -30,6 +31,23 @@ TEST_F(ToolRuns, captureMoreThanAPipeHolds) {
 TEST_F(ToolRuns, discardedOutputCannotBlockTheTool) {
   EXPECT_EQ(
       run({"print-many", "5000000", "0123456789", "exit", "3"}, ToolOutput::discard).exitStatus, 3);
+}
+
+TEST_F(ToolRuns, capturedErrorOutputComesAlone) {
+  const ToolResult result = run({"print-error", "Team", "print-error", "Identifier", "exit", "1"},
+                                ToolOutput::captureError);
+  EXPECT_EQ(result.output, "TeamIdentifier");
+  EXPECT_EQ(result.exitStatus, 1);
+}
+
+TEST_F(ToolRuns, outputBesideCapturedErrorsIsThatOfThisProcess) {
+  const std::string here = std::filesystem::read_symlink("/proc/self/fd/1");
+  const auto toolRun =
+      children_->prepare({"/bin/sh", {"-c", "out=$(readlink /proc/$$/fd/1); echo \"$out\" >&2"}},
+                         ToolOutput::captureError);
+  const Result result = toolRun->run();
+  ASSERT_TRUE(std::holds_alternative<ToolResult>(result));
+  EXPECT_EQ(std::get<ToolResult>(result).output, here + "\n");
 }
 
 /// Runs a tool that ends and leaves a process behind that keeps its pipe open.

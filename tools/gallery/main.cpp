@@ -6,6 +6,7 @@
 #include "platform/linux/AboutPanel.h"
 #include "platform/linux/LinuxStatusItem.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <string>

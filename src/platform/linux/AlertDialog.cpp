@@ -66,7 +66,7 @@ int AlertDialog::addButtons(QVBoxLayout& column, const Alert& alert) {
   std::vector<std::string> titles = alert.buttons;
   if (titles.empty())
     titles.emplace_back("OK");
-  chosen_ = titles.size() - 1;
+  connect(this, &QDialog::rejected, this, [this, last = titles.size() - 1] { chosen_ = last; });
 
   auto* const row = new QHBoxLayout;
   column.addLayout(row);

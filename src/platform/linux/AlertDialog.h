@@ -17,7 +17,8 @@ class AlertDialog final : public QDialog {
 public:
   explicit AlertDialog(const Alert& alert);
 
-  /// Shows the alert until it is answered or closed. The index of the chosen button.
+  /// Shows the alert until it is answered or closed. The index of the chosen button;
+  /// `Dialogs::unanswered` when the application's end came first.
   std::size_t run();
 
 protected:
@@ -27,7 +28,7 @@ private:
   int addButtons(QVBoxLayout& column, const Alert& alert);
   void addTexts(QVBoxLayout& column, const Alert& alert, int width);
 
-  std::size_t chosen_ = 0;
+  std::size_t chosen_ = Dialogs::unanswered;
 };
 
 } // namespace driftmark

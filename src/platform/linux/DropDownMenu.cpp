@@ -1,6 +1,7 @@
 #include "platform/linux/DropDownMenu.h"
 
 #include "platform/Weakly.h"
+#include "platform/linux/EntryAccessible.h"
 #include "platform/linux/ShownText.h"
 
 #include <algorithm>
@@ -9,8 +10,10 @@
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QProxyStyle>
 #include <QScreen>
+#include <QStyleOption>
 
 namespace driftmark {
 
@@ -24,7 +27,9 @@ QKeySequence shortcut(const std::string& keyEquivalent) {
 }
 
 /// What the style reads as `text` without a mnemonic in it.
-QString withoutMnemonic(QString text) { return text.replace(u'&', QStringLiteral("&&")); }
+QString withoutMnemonic(QString text) {
+  return text.replace(u'&', QStringLiteral("&&"));
+}
 
 QColor between(const QColor& one, const QColor& other, float part) {
   const auto mixed = [part](float from, float to) { return from + (to - from) * part; };
@@ -32,11 +37,33 @@ QColor between(const QColor& one, const QColor& other, float part) {
                           mixed(one.blueF(), other.blueF()));
 }
 
-/// The application's style, in which a menu that is too high scrolls.
-class ScrollingStyle final : public QProxyStyle {
+/// A check mark as the symbols are drawn.
+void drawCheckMark(const QStyleOption& option, QPainter& painter) {
+  const bool isSelected = (option.state & QStyle::State_Selected) != 0;
+  const QPointF centre = QRectF(option.rect).center();
+  const QPolygonF mark{
+      {centre + QPointF(-4.5, 0.5), centre + QPointF(-1.5, 3.5), centre + QPointF(4.5, -3.5)}};
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(QPen(option.palette.color(isSelected ? QPalette::HighlightedText : QPalette::Text),
+                      1.5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+  painter.drawPolyline(mark);
+  painter.restore();
+}
+
+/// The application's style, in which a menu that is too high scrolls and a check mark has no box.
+class MenuStyle final : public QProxyStyle {
 public:
-  explicit ScrollingStyle(QObject* parent) : QProxyStyle(QApplication::style()->name()) {
+  explicit MenuStyle(QObject* parent) : QProxyStyle(QApplication::style()->name()) {
     setParent(parent);
+  }
+
+  void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override {
+    if (element == PE_IndicatorCheckBox)
+      drawCheckMark(*option, *painter);
+    else
+      QProxyStyle::drawPrimitive(element, option, painter, widget);
   }
 
   int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
@@ -56,12 +83,19 @@ QPalette withReadableLabels(QPalette palette) {
   return palette;
 }
 
+QAccessibleInterface* accessibleFor(const QString& /*className*/, QObject* object) {
+  auto* const action = dynamic_cast<QAction*>(object);
+  auto* const menu = dynamic_cast<DropDownMenu*>(action != nullptr ? action->parent() : nullptr);
+  return menu != nullptr ? new EntryAccessible(*action, *menu) : nullptr;
+}
+
 } // namespace
 
 DropDownMenu::DropDownMenu(Menu items, SymbolImages& images, QWidget& owner)
     : QMenu(&owner), owner_(owner), items_(std::make_shared<const Menu>(std::move(items))) {
+  QAccessible::installFactory(accessibleFor);
   setObjectName(QStringLiteral("DropDownMenu"));
-  setStyle(new ScrollingStyle(this));
+  setStyle(new MenuStyle(this));
   setPalette(withReadableLabels(palette()));
   setContentsMargins(0, edge, 0, edge);
   rows_.reserve(items_->size());
@@ -101,8 +135,8 @@ QAction* DropDownMenu::makeAction(const MenuItem& item, SymbolImages& images) {
 QIcon DropDownMenu::icon(const std::string& symbol, SymbolImages& images) const {
   QIcon icon;
   const auto add = [&](QIcon::Mode mode, QPalette::ColorGroup group, QPalette::ColorRole role) {
-    const QPixmap image = images.image(symbol, palette().color(group, role), symbolSize,
-                                       owner_.devicePixelRatioF());
+    const QPixmap image =
+        images.image(symbol, palette().color(group, role), symbolSize, owner_.devicePixelRatioF());
     if (!image.isNull())
       icon.addPixmap(image, mode);
   };
@@ -135,6 +169,8 @@ void DropDownMenu::retitle(MenuItem::Tag tag, const std::string& title) {
   const QRect before = geometry();
   row.action->setData(text);
   draw(row);
+  QAccessibleEvent renamed(row.action, QAccessible::NameChanged);
+  QAccessible::updateAccessibility(&renamed);
   if (isVisible()) // the style has given it another width, and its full height
     setGeometry(before.right() + 1 - width(), before.top(), width(), before.height());
 }
@@ -160,10 +196,18 @@ void DropDownMenu::keyPressEvent(QKeyEvent* event) {
   });
   if (row == rows_.end() || pressed.isEmpty()) {
     QMenu::keyPressEvent(event);
+    showActiveRow();
     return;
   }
   close();
   row->action->trigger();
+}
+
+/// Scrolls to the row that a key has gone to; the style does not always.
+void DropDownMenu::showActiveRow() {
+  QAction* const active = activeAction();
+  if (active != nullptr && !rect().contains(actionGeometry(active)))
+    setActiveAction(active);
 }
 
 void DropDownMenu::mousePressEvent(QMouseEvent* event) {

@@ -16,7 +16,8 @@ namespace driftmark {
 
 /// A menu drawn by the desktop's style. Its shortcuts work while it is open; what was chosen runs
 /// from the event loop once it has closed, and not at all when the menu is gone by then. Each
-/// action's data() is its item's title as it is, its text() what is drawn of that. Main thread only.
+/// action's data() is its item's title as it is, its text() what is drawn of that. Main thread
+/// only.
 class DropDownMenu final : public QMenu {
 public:
   /// Drops down from `owner`, which outlives it, in the latter's colours and resolution.
@@ -49,6 +50,7 @@ private:
   QIcon icon(const std::string& symbol, SymbolImages& images) const;
   void draw(Row& row);
   void choose(std::size_t index);
+  void showActiveRow();
   bool showToolTip(const QHelpEvent& event);
   QRect ownerArea() const;
 

@@ -9,8 +9,7 @@ class LinuxFileSystem : public PosixFileSystem {
 public:
   using PosixFileSystem::PosixFileSystem;
 
-  /// The trash of the volume that holds the item, or the one in the user's data folder
-  /// (`XDG_DATA_HOME`).
+  /// The trash is the one in the user's data folder (`XDG_DATA_HOME`), also for other volumes.
   std::optional<PlatformError> trashItem(const std::string& path) override;
 };
 

@@ -12,6 +12,7 @@
 #include <QGuiApplication>
 #include <QHelpEvent>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QPainter>
 #include <QScreen>
 
@@ -51,7 +52,22 @@ public:
     return state;
   }
 
+  int childCount() const override { return openMenu() != nullptr ? 1 : 0; }
+  QAccessibleInterface* child(int index) const override {
+    return index == 0 ? QAccessible::queryAccessibleInterface(openMenu()) : nullptr;
+  }
+  int indexOfChild(const QAccessibleInterface* child) const override {
+    return child != nullptr && child->object() != nullptr && child->object() == openMenu() ? 0 : -1;
+  }
+
 private:
+  /// Qt lists no menu among the children of a widget, nor among the application's windows.
+  QMenu* openMenu() const {
+    const auto menus = strip_->findChildren<QMenu*>(QString(), Qt::FindDirectChildrenOnly);
+    const auto open = std::ranges::find_if(menus, &QMenu::isVisible);
+    return open != menus.end() ? *open : nullptr;
+  }
+
   MenuBarStrip* const strip_;
 };
 
@@ -84,7 +100,8 @@ MenuBarStrip::MenuBarStrip(SymbolImages& images, std::function<void()> onPress)
 }
 
 void MenuBarStrip::setSymbol(const std::string& name, const QString& description) {
-  setAccessibleName(description);
+  if (description != accessibleName())
+    setAccessibleName(description);
   if (name == symbol_)
     return;
   symbol_ = name;

@@ -11,8 +11,9 @@ namespace driftmark {
 
 /// The strip at the top right of the first screen that stands for the system's menu bar: a symbol
 /// and, where there is one, a title behind it. It stays above other windows, is in no task bar and
-/// does not take the keyboard focus by itself. Clicked, or with the focus and the space bar, Enter or
-/// the down key, it asks for its menu. Screen readers read the symbol's description. Main thread.
+/// does not take the keyboard focus by itself. Clicked, or with the focus and the space bar, Enter
+/// or the down key, it asks for its menu. Screen readers read the symbol's description. Main
+/// thread.
 class MenuBarStrip final : public QWidget {
 public:
   /// `images` outlives the strip.

@@ -1,5 +1,7 @@
 #include "platform/linux/PropertyList.h"
 
+#include <utility>
+
 #include <QXmlStreamReader>
 
 namespace driftmark {
@@ -14,12 +16,15 @@ Texts readDictionary(QXmlStreamReader& reader) {
   std::string key;
   while (reader.readNextStartElement()) {
     const auto element = reader.name();
-    if (element == u"key")
+    if (element == u"key") {
       key = reader.readElementText().toStdString();
-    else if (element == u"string")
-      texts.insert_or_assign(key, reader.readElementText().toStdString());
-    else
+      continue;
+    }
+    if (element != u"string")
       reader.skipCurrentElement();
+    else if (std::string text = reader.readElementText().toStdString(); !key.empty())
+      texts.insert_or_assign(key, std::move(text));
+    key.clear();
   }
   return texts;
 }

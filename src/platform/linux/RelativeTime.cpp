@@ -24,10 +24,10 @@ template <class Step> qint64 stepsUpTo(const QDateTime& to, qint64 estimate, Ste
 
 /// What passes from `from` to the later `to`, in the largest unit that fits.
 Amount passed(const QDateTime& from, const QDateTime& to) {
-  const qint64 months =
-      stepsUpTo(to, qint64{to.date().year() - from.date().year()} * 12 + to.date().month() -
-                        from.date().month(),
-                [&from](qint64 count) { return from.addMonths(static_cast<int>(count)); });
+  const qint64 months = stepsUpTo(
+      to,
+      qint64{to.date().year() - from.date().year()} * 12 + to.date().month() - from.date().month(),
+      [&from](qint64 count) { return from.addMonths(static_cast<int>(count)); });
   if (months >= 12)
     return {months / 12, "year"};
   if (months > 0)

@@ -22,8 +22,8 @@ struct Line {
 };
 Line line(const QString& text, const QFontMetricsF& metrics, qreal width);
 
-/// A line with every stretch of right-to-left writing set apart, so that what stands around it keeps
-/// its order. The same text when there is no such stretch.
+/// A line with every stretch of right-to-left writing set apart, so that what stands around it
+/// keeps its order. The same text when there is no such stretch.
 QString inOrder(const QString& line);
 
 /// Shows a tool tip of plain text at a position on the screen.

@@ -10,7 +10,8 @@
 namespace driftmark {
 
 /// The symbols that this front brings along, as template images: shapes that take the colour asked
-/// for. Every image is drawn once and kept. Main thread only.
+/// for. Each is a file in symbols/ that bears its name, drawn on a grid of 16 by 16 in strokes 1.4
+/// wide. Every image is drawn once and kept. Main thread only.
 class SymbolImages {
 public:
   /// Whether there is a symbol of that name.

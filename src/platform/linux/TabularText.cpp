@@ -9,7 +9,9 @@ namespace driftmark::tabular_text {
 
 namespace {
 
-bool isDigit(QChar character) { return character >= u'0' && character <= u'9'; }
+bool isDigit(QChar character) {
+  return character >= u'0' && character <= u'9';
+}
 
 qreal digitWidth(const QFontMetricsF& metrics) {
   qreal widest = 0;

@@ -439,6 +439,19 @@ TEST_P(ChildProcessesContract, runsOnSeveralThreadsKeepTheirResultsApart) {
   EXPECT_EQ(identifiers.size(), count);
 }
 
+TEST_P(ChildProcessesContract, detachedToolIsLaunched) {
+  EXPECT_FALSE(childProcesses().launchDetached(subject_->tool({})).has_value());
+}
+
+TEST_P(ChildProcessesContract, detachedToolThatCannotBeStartedIsALaunchError) {
+  for (const ToolCommand& command : {subject_->missingTool(), subject_->forbiddenTool()}) {
+    const auto error = childProcesses().launchDetached(command);
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(error->stage, LaunchError::Stage::launch);
+    EXPECT_FALSE(error->description.empty());
+  }
+}
+
 TEST_P(ChildProcessesContract, runReleasedWithoutBeingRunStartsNothing) {
   auto toolRun = prepare({"print", "never"});
   const std::weak_ptr<ToolRun> weak = toolRun;

@@ -57,4 +57,77 @@ TEST_P(FileSystemContract, homeIsAnAbsolutePathWithoutTrailingSlash) {
   EXPECT_NE(home.back(), '/');
 }
 
+TEST_P(FileSystemContract, madeFolderExistsAndMayBeMadeAgain) {
+  const std::string path = inFolder("above/folder");
+  EXPECT_FALSE(fileSystem().createDirectory(path).has_value());
+  EXPECT_TRUE(fileSystem().fileExists(path));
+  subject_->createFile(path + "/file");
+  EXPECT_FALSE(fileSystem().createDirectory(path).has_value());
+  EXPECT_TRUE(fileSystem().fileExists(path + "/file"));
+}
+
+TEST_P(FileSystemContract, removedFolderIsGoneWithAllThatItHolds) {
+  subject_->createFolder(inFolder("folder"));
+  subject_->createFile(inFolder("folder/file"));
+  subject_->createFile(inFolder("folder2"));
+  EXPECT_FALSE(fileSystem().removeItem(inFolder("folder")).has_value());
+  EXPECT_FALSE(fileSystem().fileExists(inFolder("folder/file")));
+  EXPECT_FALSE(fileSystem().fileExists(inFolder("folder")));
+  EXPECT_TRUE(fileSystem().fileExists(inFolder("folder2")));
+}
+
+TEST_P(FileSystemContract, removedLinkLeavesItsTarget) {
+  subject_->createFile(inFolder("target"));
+  subject_->createLink(inFolder("link"), inFolder("target"));
+  EXPECT_FALSE(fileSystem().removeItem(inFolder("link")).has_value());
+  EXPECT_FALSE(fileSystem().fileExists(inFolder("link")));
+  EXPECT_TRUE(fileSystem().fileExists(inFolder("target")));
+}
+
+TEST_P(FileSystemContract, movedFolderIsAtItsNewPlaceAlone) {
+  subject_->createFolder(inFolder("from"));
+  subject_->createFile(inFolder("from/file"));
+  EXPECT_FALSE(fileSystem().moveItem(inFolder("from"), inFolder("to")).has_value());
+  EXPECT_TRUE(fileSystem().fileExists(inFolder("to/file")));
+  EXPECT_FALSE(fileSystem().fileExists(inFolder("from")));
+}
+
+TEST_P(FileSystemContract, moveToATakenPlaceIsAnErrorAndMovesNothing) {
+  subject_->createFile(inFolder("from"));
+  subject_->createFolder(inFolder("to"));
+  const auto error = fileSystem().moveItem(inFolder("from"), inFolder("to"));
+  ASSERT_TRUE(error.has_value());
+  EXPECT_FALSE(error->description.empty());
+  EXPECT_TRUE(fileSystem().fileExists(inFolder("from")));
+  EXPECT_TRUE(fileSystem().fileExists(inFolder("to")));
+}
+
+TEST_P(FileSystemContract, trashedItemIsGone) {
+  subject_->createFolder(inFolder("item"));
+  subject_->createFile(inFolder("item/file"));
+  EXPECT_FALSE(fileSystem().trashItem(inFolder("item")).has_value());
+  EXPECT_FALSE(fileSystem().fileExists(inFolder("item")));
+}
+
+TEST_P(FileSystemContract, missingItemIsAnErrorWithWords) {
+  const std::string path = inFolder("missing");
+  for (const auto& error : {fileSystem().removeItem(path), fileSystem().trashItem(path),
+                            fileSystem().moveItem(path, inFolder("to"))}) {
+    ASSERT_TRUE(error.has_value());
+    EXPECT_FALSE(error->description.empty());
+  }
+  EXPECT_FALSE(fileSystem().fileExists(inFolder("to")));
+}
+
+TEST_P(FileSystemContract, temporaryFolderStaysTheSameAndEndsInASlash) {
+  const std::string path = fileSystem().temporaryDirectory();
+  EXPECT_TRUE(path.starts_with('/')) << path;
+  EXPECT_TRUE(path.ends_with('/')) << path;
+  EXPECT_EQ(fileSystem().temporaryDirectory(), path);
+}
+
+TEST_P(FileSystemContract, unknownWriteErrorHasWords) {
+  EXPECT_FALSE(fileSystem().unknownWriteError().description.empty());
+}
+
 } // namespace driftmark::test

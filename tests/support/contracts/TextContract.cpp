@@ -38,4 +38,13 @@ TEST_P(TextContract, sameCountReadsTheSameOnEveryThread) {
   EXPECT_EQ(there, here);
 }
 
+TEST_P(TextContract, addressIsToldFromOtherText) {
+  for (const char* const address :
+       {"https://example.com/appcast.json", "https://example.com:8443/a?b=c#d", "appcast.json",
+        "../up/a.zip", "https://[::1]/", "mailto:someone@example.com", "a%20b"})
+    EXPECT_TRUE(text().isUrl(address)) << address;
+  for (const char* const other : {"", "https://exam ple.com/", "not an address", "a b"})
+    EXPECT_FALSE(text().isUrl(other)) << other;
+}
+
 } // namespace driftmark::test

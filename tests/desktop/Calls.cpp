@@ -1,0 +1,57 @@
+#include "desktop/Calls.h"
+
+#include "common/SystemFailure.h"
+#include "process/Launch.h"
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace driftmark::desktop {
+
+namespace {
+
+constexpr std::chrono::seconds patience{30};
+
+} // namespace
+
+Calls::Calls(std::filesystem::path pipe) : pipe_(std::move(pipe)) {
+  if (mkfifo(pipe_.c_str(), S_IRUSR | S_IWUSR) != 0)
+    icloud::throwSystemFailure("cannot make " + pipe_.string());
+  // Open for writing too, so that it does not end between two calls.
+  reading_ = icloud::Descriptor(open(pipe_.c_str(), O_RDWR | O_CLOEXEC));
+  if (!reading_)
+    icloud::throwSystemFailure("cannot open " + pipe_.string());
+}
+
+std::string Calls::script() const {
+  // One write, the number of arguments first.
+  return "exec printf '%s\\0' $# \"$@\" > '" + pipe_.string() + "'";
+}
+
+std::vector<std::string> Calls::next() {
+  std::string text;
+  const auto take = [this, &text] {
+    while (text.find('\0') == std::string::npos) {
+      if (!icloud::isReadableWithin(reading_.get(), patience))
+        throw std::runtime_error("waited in vain for a call");
+      std::array<char, PIPE_BUF> bytes;
+      const ssize_t count = read(reading_.get(), bytes.data(), bytes.size());
+      text.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+    const std::size_t end = text.find('\0');
+    std::string word = text.substr(0, end);
+    text.erase(0, end + 1);
+    return word;
+  };
+  std::vector<std::string> arguments(std::stoul(take()));
+  for (std::string& argument : arguments)
+    argument = take();
+  return arguments;
+}
+
+} // namespace driftmark::desktop

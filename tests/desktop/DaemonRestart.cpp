@@ -1,0 +1,127 @@
+// A person restarts the daemon of a stalled synchronisation.
+
+#include "desktop/BrctlScript.h"
+#include "desktop/Session.h"
+
+#include <csignal>
+#include <fstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace driftmark::desktop {
+namespace {
+
+namespace fs = std::filesystem;
+using icloud::MenuEntry;
+using icloud::Window;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char* offer = "Restart iCloud Sync…  —  no progress for 0 min";
+
+class DaemonRestart : public testing::Test {
+protected:
+  DaemonRestart() {
+    session_.setVariable("QT_QPA_PLATFORM", "offscreen");
+    session_.setVariable("DRIFTMARK_STALL_SECS", "1");
+    session_.installTools();
+  }
+
+  /// Starts the program, and waits until it has noticed that nothing goes on.
+  void awaitStall() {
+    program_.emplace(session_.start());
+    person_.emplace(session_.attend());
+    program_->log.readUntil("state -> attention\n");
+  }
+
+  Window openMenu() {
+    person_->click("MenuBarStrip");
+    return person_->awaitMenu();
+  }
+
+  /// Takes the offer, and answers the question whether this is meant.
+  void answer(const std::string& button) {
+    openMenu();
+    person_->choose(offer);
+    const Window alert = person_->awaitAlert();
+    EXPECT_EQ(alert.texts.front(), "Restart iCloud Sync?");
+    EXPECT_TRUE(alert.texts.back().starts_with("1 transfer has made no progress for a while. "));
+    EXPECT_THAT(alert.buttonTitles(), ElementsAre("Restart Sync", "Cancel"));
+    person_->press(button);
+  }
+
+  void expectOrderlyEnd() {
+    program_->process.signal(SIGTERM);
+    EXPECT_EQ(icloud::describeEnd(program_->process.wait()), "status 0");
+  }
+
+  Session session_;
+  std::optional<Program> program_;
+  std::optional<icloud::Person> person_;
+};
+
+TEST_F(DaemonRestart, letsAStalledTransferGoOn) {
+  const fs::path story = session_.folder() / "story";
+  std::ofstream(story) << "file \"Film.mov\" 5MB remote\n"
+                          "at 0s download \"Film.mov\" over 1s stalled at 40% for 10m\n"
+                          "at 20m end\n";
+  icloud::test::Channel told = icloud::test::Channel::pipe();
+  icloud::Launch launch{session_.root() / "sbin/launchd",
+                        {"--home", session_.home(), "--scenario", story, "--begin-after", "items"},
+                        {}};
+  launch.output = launch.error = told.childEnd();
+  icloud::ChildProcess supervisor(launch);
+  told.closeChildEnd();
+  told.readUntil(" ready\n");
+
+  awaitStall();
+  answer("Restart Sync");
+  program_->log.readUntil("Driftmark: restarting iCloud sync daemon (killall bird)\n");
+  told.readUntil(" resumed\n");
+  told.readUntil("\" is finished\n");
+  const std::string& log = program_->log.readUntil("Driftmark: synced Film.mov (download)\n");
+  EXPECT_THAT(log, Not(HasSubstr("killall bird failed")));
+  EXPECT_THAT(log, Not(HasSubstr("killall bird exited")));
+  expectOrderlyEnd();
+}
+
+/// The upload of a file that is there stalls, and no daemon is.
+class DaemonRestartWithoutDaemon : public DaemonRestart {
+protected:
+  DaemonRestartWithoutDaemon() {
+    session_.writeTool("/usr/bin/brctl", brctlUploading("a.txt", "45"));
+    const fs::path drive = session_.home() / "Library/Mobile Documents/com~apple~CloudDocs";
+    fs::create_directories(drive);
+    std::ofstream(drive / "a.txt") << "a";
+  }
+
+  void expectAFreshStart() {
+    const std::string& log = program_->log.readUntil("state -> uploading\n", 2);
+    EXPECT_THAT(log, HasSubstr("state -> attention\n"
+                               "Driftmark: restarting iCloud sync daemon (killall bird)\n"));
+    for (const MenuEntry& entry : openMenu().entries)
+      EXPECT_THAT(entry.text, Not(HasSubstr("Restart iCloud Sync")));
+    expectOrderlyEnd();
+  }
+};
+
+TEST_F(DaemonRestartWithoutDaemon, saysSo) {
+  awaitStall();
+  answer("Cancel");
+  answer("Restart Sync");
+  program_->log.readUntil("Driftmark: killall bird exited 1\n");
+  expectAFreshStart();
+}
+
+TEST_F(DaemonRestartWithoutDaemon, saysThatNothingCanEndIt) {
+  fs::remove(session_.root() / "usr/bin/killall");
+  awaitStall();
+  answer("Restart Sync");
+  program_->log.readUntil("Driftmark: killall bird failed: No such file or directory\n");
+  expectAFreshStart();
+}
+
+} // namespace
+} // namespace driftmark::desktop

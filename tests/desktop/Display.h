@@ -1,0 +1,33 @@
+#pragma once
+
+#include "e2e/Channel.h"
+#include "process/Launch.h"
+
+#include <string>
+
+namespace driftmark::desktop {
+
+/// A display of its own, drawn in memory alone.
+class Display {
+public:
+  /// Waits until it can be used. Throws std::runtime_error when it does not come up.
+  Display();
+  Display(const Display&) = delete;
+  Display& operator=(const Display&) = delete;
+  ~Display();
+
+  /// What DISPLAY says to a program that is to appear here.
+  const std::string& name() const { return name_; }
+
+  pid_t process() const { return server_.identifier(); }
+
+  /// Closes the display under its programs.
+  void close();
+
+private:
+  icloud::test::Channel output_ = icloud::test::Channel::pipe();
+  icloud::ChildProcess server_;
+  std::string name_;
+};
+
+} // namespace driftmark::desktop

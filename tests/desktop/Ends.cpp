@@ -1,0 +1,117 @@
+// How the program ends, and that nothing outlives it.
+
+#include "desktop/Session.h"
+
+#include <csignal>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+namespace driftmark::desktop {
+namespace {
+
+using icloud::Person;
+using icloud::Window;
+using testing::IsEmpty;
+
+class Ends : public testing::Test {
+protected:
+  /// Starts the program, and waits until its monitors run. They write nothing, so that the end of
+  /// their terminals does not end them.
+  explicit Ends(const std::string& steps = "wait") {
+    session_.writeTool("/usr/bin/brctl", "exec " CHILD_TOOL " " + steps);
+    program_.emplace(session_.start());
+    person_.emplace(session_.attend());
+    program_->log.readUntil("brctl monitor -g started");
+    person_->awaitWindow([](const Window& window) { return window.kind == Window::Kind::other; });
+  }
+
+  void expectOrderlyEnd() {
+    EXPECT_EQ(icloud::describeEnd(program_->process.wait()), "status 0");
+    expectNothingLeft();
+  }
+
+  void expectNothingLeft() {
+    EXPECT_THAT(session_.leftRunning(), IsEmpty());
+    EXPECT_THAT(program_->log.readToEnd(), Not(testing::HasSubstr("restarting")));
+  }
+
+  void openMenu() {
+    person_->click("MenuBarStrip");
+    person_->awaitMenu();
+  }
+
+  Session session_;
+  Display& display_ = session_.openDisplay();
+  std::optional<Program> program_;
+  std::optional<Person> person_;
+};
+
+TEST_F(Ends, byEitherSignal) {
+  program_->process.signal(SIGTERM);
+  expectOrderlyEnd();
+  program_.reset();
+  program_.emplace(session_.start());
+  program_->log.readUntil("brctl monitor -g started");
+  program_->process.signal(SIGINT);
+  expectOrderlyEnd();
+}
+
+TEST_F(Ends, byBothSignalsSeveralTimes) {
+  for (const int signal : {SIGTERM, SIGINT, SIGTERM, SIGINT})
+    program_->process.signal(signal);
+  expectOrderlyEnd();
+}
+
+TEST_F(Ends, byTheMenu) {
+  openMenu();
+  person_->choose("Quit Driftmark");
+  expectOrderlyEnd();
+}
+
+TEST_F(Ends, byASignalWhileTheMenuIsOpen) {
+  openMenu();
+  program_->process.signal(SIGTERM);
+  expectOrderlyEnd();
+}
+
+TEST_F(Ends, byASignalWhileTheAboutPanelIsOpen) {
+  openMenu();
+  person_->choose("About Driftmark");
+  person_->awaitWindow([](const Window& window) { return window.kind == Window::Kind::dialog; });
+  program_->process.signal(SIGINT);
+  expectOrderlyEnd();
+}
+
+TEST_F(Ends, withTheDisplay) {
+  display_.close();
+  EXPECT_TRUE(WIFEXITED(program_->process.wait()));
+  expectNothingLeft();
+}
+
+TEST_F(Ends, withTheDisplayWhileTheMenuIsOpen) {
+  openMenu();
+  display_.close();
+  EXPECT_TRUE(WIFEXITED(program_->process.wait()));
+  expectNothingLeft();
+}
+
+class EndsOfStubbornTools : public Ends {
+protected:
+  EndsOfStubbornTools() : Ends("ignore-terminate print ready wait") {}
+};
+
+TEST_F(EndsOfStubbornTools, byASignal) {
+  program_->process.signal(SIGTERM);
+  expectOrderlyEnd();
+}
+
+TEST_F(EndsOfStubbornTools, withTheDisplay) {
+  display_.close();
+  EXPECT_TRUE(WIFEXITED(program_->process.wait()));
+  expectNothingLeft();
+}
+
+} // namespace
+} // namespace driftmark::desktop

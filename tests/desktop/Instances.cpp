@@ -1,0 +1,189 @@
+// Several copies of the program: the newest remains.
+
+#include "desktop/Session.h"
+
+#include <array>
+#include <csignal>
+#include <fstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/wait.h>
+
+namespace driftmark::desktop {
+namespace {
+
+namespace fs = std::filesystem;
+using icloud::ChildProcess;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds patience{30};
+constexpr std::chrono::seconds grace{3};
+
+/// By a link where that can be had, since the program is large.
+void copyProgram(const fs::path& from, const fs::path& to) {
+  std::error_code acrossVolumes;
+  fs::create_hard_link(from, to, acrossVolumes);
+  if (acrossVolumes)
+    fs::copy_file(from, to);
+}
+
+class Instances : public testing::Test {
+protected:
+  Instances() { session_.writeTool("/usr/bin/brctl", "exec " CHILD_TOOL " wait"); }
+
+  /// Makes a bundle of the test's own identifier. The path of its executable.
+  fs::path bundle(const std::string& name, const fs::path& program = DRIFTMARK_PROGRAM) const {
+    const fs::path contents = session_.folder() / name / "Contents";
+    const fs::path executable = contents / "MacOS" / program.filename();
+    fs::create_directories(executable.parent_path());
+    std::ofstream(contents / "Info.plist")
+        << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+           "<key>CFBundleIdentifier</key><string>com.example.desktop"
+        << getpid() << "</string></dict></plist>\n";
+    copyProgram(program, executable);
+    return executable;
+  }
+
+  /// Starts a copy, and waits until it is up.
+  Program startWhole(const fs::path& executable) {
+    Program copy = session_.start(executable);
+    awaitUp(copy);
+    return copy;
+  }
+
+  static void awaitUp(Program& copy) { copy.log.readUntil("brctl monitor -g started"); }
+
+  /// Starts a stand-in that does not end when it is asked to.
+  Program startStubborn() {
+    const fs::path tool = bundle("Stubborn.app", CHILD_TOOL);
+    Program stubborn = session_.start(
+        "/bin/sh", {"-c", "exec '" + tool.string() + "' ignore-terminate print up wait >&2"});
+    stubborn.log.readUntil("up");
+    return stubborn;
+  }
+
+  /// Takes the remains of copies away as they end, until only the last still runs. False when that
+  /// does not come about.
+  static bool awaitTheLast(std::vector<Program>& copies) {
+    const auto deadline = Clock::now() + patience;
+    std::vector<pollfd> exits;
+    for (const Program& copy : copies)
+      exits.push_back({copy.process.exitDescriptor(), POLLIN, 0});
+    for (std::size_t left = copies.size(); left > 1;) {
+      const auto time =
+          std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+      if (time.count() <= 0 ||
+          poll(exits.data(), exits.size(), static_cast<int>(time.count())) < 1 ||
+          exits.back().revents != 0)
+        return false;
+      for (std::size_t i = 0; i < copies.size(); ++i)
+        if (exits[i].revents != 0) {
+          copies[i].process.wait();
+          exits[i].fd = -1;
+          --left;
+        }
+    }
+    return true;
+  }
+
+  /// A copy that is asked to end before it is up does so at once.
+  static void expectOrderlyOrEarlyEnd(Program& copy) {
+    const int status = copy.process.wait();
+    if (WIFSIGNALED(status))
+      EXPECT_EQ(WTERMSIG(status), SIGTERM);
+    else
+      EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_THAT(copy.log.readToEnd(), Not(HasSubstr("ignored the quit request")));
+  }
+
+  void expectOrderlyEnd(Program& copy) {
+    copy.process.signal(SIGTERM);
+    EXPECT_EQ(icloud::describeEnd(copy.process.wait()), "status 0");
+    EXPECT_THAT(session_.leftRunning(), IsEmpty());
+  }
+
+  Session session_;
+};
+
+TEST_F(Instances, oneAloneAsksNobodyToEnd) {
+  Program only = startWhole(bundle("Only.app"));
+  expectOrderlyEnd(only);
+  EXPECT_TRUE(only.log.readToEnd().starts_with("Driftmark: state -> idle\n"));
+}
+
+TEST_F(Instances, aNewcomerEndsTheCopyThatRuns) {
+  Program older = startWhole(bundle("Older.app"));
+  Program newer = session_.start(bundle("elsewhere/Newer.app"));
+  EXPECT_EQ(icloud::describeEnd(older.process.wait()), "status 0");
+  EXPECT_THAT(older.log.readToEnd(), Not(HasSubstr("instance")));
+  awaitUp(newer);
+  EXPECT_TRUE(newer.log.readSoFar().starts_with(
+      "Driftmark: quitting 1 already-running instance(s)\nDriftmark: state -> idle\n"));
+  EXPECT_THAT(newer.log.readSoFar(), Not(HasSubstr("ignored")));
+  // Its own children are there; those of the older copy are gone.
+  EXPECT_THAT(session_.leftRunning({newer.process.identifier()}), IsEmpty());
+  expectOrderlyEnd(newer);
+}
+
+class ManyInstances : public Instances, public testing::WithParamInterface<int> {};
+
+TEST_P(ManyInstances, onlyTheNewestOfThoseStartedAtOnceRemains) {
+  std::vector<fs::path> executables;
+  for (int i = 0; i < GetParam(); ++i)
+    executables.push_back(bundle("Copy " + std::to_string(i) + ".app"));
+  std::vector<Program> copies;
+  copies.reserve(executables.size());
+  for (const fs::path& executable : executables)
+    copies.push_back(session_.start(executable));
+  ASSERT_TRUE(awaitTheLast(copies));
+  Program& newest = copies.back();
+  awaitUp(newest);
+  for (Program& copy : copies)
+    if (&copy != &newest)
+      expectOrderlyOrEarlyEnd(copy);
+  EXPECT_THAT(newest.log.readSoFar(), HasSubstr(" already-running instance(s)\n"));
+  EXPECT_THAT(newest.log.readSoFar(), Not(HasSubstr("ignored")));
+  EXPECT_THAT(session_.leftRunning({newest.process.identifier()}), IsEmpty());
+  expectOrderlyEnd(newest);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, ManyInstances, testing::Values(2, 3, 10));
+
+TEST_F(Instances, aCopyThatIgnoresTheRequestIsKilled) {
+  Program stubborn = startStubborn();
+  Program newer = session_.start(bundle("Newer.app"));
+  newer.log.readUntil("quitting 1 already-running instance(s)\n");
+  const auto asked = Clock::now();
+  const std::string complaint = "Driftmark: instance " +
+                                std::to_string(stubborn.process.identifier()) +
+                                " ignored the quit request; killing it\n";
+  newer.log.readUntil(complaint);
+  // Both lines take their time to be read.
+  EXPECT_GT(Clock::now() - asked, grace - std::chrono::milliseconds(500));
+  EXPECT_EQ(icloud::describeEnd(stubborn.process.wait()), "signal 9 (Killed)");
+  awaitUp(newer);
+  EXPECT_EQ(newer.log.readSoFar().find(complaint), newer.log.readSoFar().rfind(complaint));
+  expectOrderlyEnd(newer);
+}
+
+TEST_F(Instances, somebodyElsesCopyIsSurvived) {
+  if (getuid() != 0)
+    GTEST_SKIP() << "only root can start programs of another user";
+  session_.giveTo(somebodyElse);
+  Program older = startStubborn();
+  Program newer = session_.start(bundle("Newer.app"), {}, somebodyElse);
+  awaitUp(newer);
+  EXPECT_FALSE(icloud::isReadableWithin(older.process.exitDescriptor(), {}));
+  newer.process.signal(SIGTERM);
+  EXPECT_EQ(icloud::describeEnd(newer.process.wait()), "status 0");
+  EXPECT_THAT(session_.leftRunning({older.process.identifier()}), IsEmpty());
+}
+
+} // namespace
+} // namespace driftmark::desktop

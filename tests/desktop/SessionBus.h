@@ -1,0 +1,45 @@
+#pragma once
+
+#include "common/Descriptor.h"
+#include "e2e/Channel.h"
+#include "process/Launch.h"
+
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+
+#include <QDBusConnection>
+
+namespace driftmark::desktop {
+
+/// A session's message bus of its own. It starts no service but that of accessibility.
+class SessionBus {
+public:
+  using Variables = std::map<std::string, std::optional<std::string>>;
+
+  /// Keeps its files in `folder`, which exists. Services get `variables`. Throws std::runtime_error
+  /// when the bus does not come up.
+  SessionBus(const std::filesystem::path& folder, Variables variables);
+  SessionBus(const SessionBus&) = delete;
+  SessionBus& operator=(const SessionBus&) = delete;
+  ~SessionBus();
+
+  const std::string& address() const { return address_; }
+  pid_t process() const { return daemon_.identifier(); }
+
+  /// The connection of this process.
+  QDBusConnection connection() const { return connection_; }
+
+  /// Closes the bus under its programs.
+  void close();
+
+private:
+  icloud::test::Channel output_ = icloud::test::Channel::pipe();
+  icloud::Descriptor null_;
+  icloud::ChildProcess daemon_;
+  std::string address_;
+  QDBusConnection connection_;
+};
+
+} // namespace driftmark::desktop

@@ -1,0 +1,373 @@
+// What the status item drops down.
+
+#include "EventLoop.h"
+#include "Input.h"
+#include "Items.h"
+#include "platform/linux/LinuxStatusItem.h"
+#include "platform/linux/ShownText.h"
+
+#include <chrono>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <QAction>
+#include <QGuiApplication>
+#include <QHelpEvent>
+#include <QScreen>
+#include <QTextDocument>
+#include <QToolTip>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace driftmark::test {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr MenuItem::Tag storage = 7;
+
+class DropDownMenuTest : public testing::Test {
+protected:
+  MenuBarStrip& strip() { return item_.strip(); }
+  DropDownMenu& menu() { return *item_.menu(); }
+  QAction& action(int index) { return *menu().actions().at(index); }
+
+  /// Opens the item's menu, which is `items`.
+  void open(Menu items) {
+    item_.setMenu([items = std::move(items)] { return items; }, [] {});
+    strip().press();
+    ASSERT_NE(item_.menu(), nullptr);
+    ASSERT_TRUE(menu().isVisible());
+  }
+
+  /// The whole title of each row, "-" for a separator.
+  std::vector<std::string> titles() {
+    std::vector<std::string> titles;
+    for (const QAction* const row : menu().actions())
+      titles.push_back(row->isSeparator() ? "-" : row->data().toString().toStdString());
+    return titles;
+  }
+
+  /// What a row draws when its title is `title`.
+  std::string drawn(const std::string& title) {
+    open({command(title)});
+    const std::string text = action(0).text().toStdString();
+    menu().close();
+    return text;
+  }
+
+  /// What the tool tip over a row shows.
+  std::string toolTipOver(int index) {
+    const QPoint position = menu().actionGeometry(&action(index)).center();
+    QHelpEvent event(QEvent::ToolTip, position, menu().mapToGlobal(position));
+    QCoreApplication::sendEvent(&menu(), &event);
+    return QToolTip::text().toStdString();
+  }
+
+  LinuxStatusItem item_;
+};
+
+TEST_F(DropDownMenuTest, rowsAreTheItemsInTheirOrder) {
+  MenuItem file = command("Report.pdf  —  uploading 42%");
+  file.symbol = {"arrow.up.circle", "uploading 42%"};
+  file.toolTip = "/Users/ada/Report.pdf";
+  MenuItem login = command("Launch at Login");
+  login.isChecked = true;
+  MenuItem quit = command("Quit Driftmark");
+  quit.keyEquivalent = "q";
+  MenuItem odd = command("Odd");
+  odd.symbol = {"no.such.symbol", ""};
+  open({label("iCloud Drive: Uploading…"), separator(), file, login, quit, odd,
+        command("Free Up Space…", nullptr), label("")});
+
+  EXPECT_THAT(titles(),
+              ElementsAre("iCloud Drive: Uploading…", "-", "Report.pdf  —  uploading 42%",
+                          "Launch at Login", "Quit Driftmark", "Odd", "Free Up Space…", ""));
+  for (int index = 0; index < 8; ++index) {
+    EXPECT_EQ(action(index).isEnabled(), index >= 1 && index <= 5) << index;
+    EXPECT_EQ(action(index).isChecked(), index == 3) << index;
+    EXPECT_EQ(action(index).icon().isNull(), index != 2) << index;
+    EXPECT_EQ(action(index).shortcut().toString(), index == 4 ? "Ctrl+Q" : "") << index;
+    EXPECT_EQ(action(index).text(), action(index).data().toString()) << index;
+  }
+  EXPECT_EQ(action(2).toolTip(), "/Users/ada/Report.pdf");
+  EXPECT_EQ(toolTipOver(3), "");
+  EXPECT_EQ(toolTipOver(2), "/Users/ada/Report.pdf");
+}
+
+TEST_F(DropDownMenuTest, isBuiltAtEachOpeningBeforeItIsSaidToOpen) {
+  std::string order;
+  item_.setMenu(
+      [&order] {
+        order += "build ";
+        return Menu{label("Headline")};
+      },
+      [&order] { order += "open "; });
+  EXPECT_EQ(order, "");
+  click(strip(), {5, 5});
+  EXPECT_EQ(order, "build open ");
+  EXPECT_TRUE(menu().isVisible());
+  EXPECT_TRUE(strip().isHighlighted());
+  strip().press();
+  EXPECT_FALSE(menu().isVisible());
+  EXPECT_FALSE(strip().isHighlighted());
+  EXPECT_EQ(order, "build open ");
+  click(strip(), {5, 5});
+  EXPECT_EQ(order, "build open build open ");
+}
+
+TEST_F(DropDownMenuTest, clickOutsideClosesItAndGoesToWhatItHitUnlessThatIsTheStrip) {
+  for (const bool onStrip : {false, true}) {
+    open({label("Headline")});
+    bool isReplayed = false;
+    QObject::connect(&menu(), &QMenu::aboutToHide, &menu(),
+                     [&] { isReplayed = !menu().testAttribute(Qt::WA_NoMouseReplay); });
+    const QPoint position = onStrip ? strip().mapToGlobal(QPoint(5, 5)) : QPoint(5, 200);
+    click(menu(), menu().mapFromGlobal(position));
+    EXPECT_FALSE(menu().isVisible());
+    EXPECT_EQ(isReplayed, !onStrip);
+  }
+}
+
+TEST_F(DropDownMenuTest, nothingOpensWithoutAMenu) {
+  strip().press();
+  EXPECT_EQ(item_.menu(), nullptr);
+  EXPECT_FALSE(strip().isHighlighted());
+}
+
+TEST_F(DropDownMenuTest, opensUnderTheStripWithinTheScreen) {
+  item_.setTitle("42%");
+  const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+  open({label("Headline"), command(std::string(500, 'w'))});
+  EXPECT_EQ(menu().geometry().top(), strip().geometry().bottom() + 1);
+  EXPECT_EQ(menu().geometry().right(), screen.right());
+  EXPECT_TRUE(screen.contains(menu().geometry()));
+  EXPECT_LE(menu().width(), DropDownMenu::widest);
+}
+
+TEST_F(DropDownMenuTest, titlesAreTakenAsTheyAre) {
+  const std::vector<std::string> hard{"R&D && more",
+                                      "&File",
+                                      "  two  spaces  ",
+                                      "tab\tin it",
+                                      "line\nbreak",
+                                      "<b>bold</b> &amp;",
+                                      "\x01\x1b[31m",
+                                      "שלום  —  5 s",
+                                      "\u202Etxt.exe",
+                                      "👩‍🚀 e\u0301",
+                                      "",
+                                      std::string("nul\0x", 5)};
+  Menu items;
+  for (const std::string& title : hard)
+    items.push_back(command(title));
+  open(std::move(items));
+  EXPECT_EQ(titles(), hard);
+  for (const QAction* const row : menu().actions()) {
+    EXPECT_TRUE(QKeySequence::mnemonic(row->text()).isEmpty()) << row->text().toStdString();
+    for (const char32_t character : row->text().toUcs4())
+      EXPECT_TRUE(QChar::isPrint(character) || QChar::category(character) == QChar::Other_Format)
+          << row->text().toStdString();
+  }
+  EXPECT_EQ(action(1).text(), "&&File");
+  EXPECT_EQ(action(2).text(), "  two  spaces  ");
+  EXPECT_EQ(action(5).text(), "<b>bold</b> &&amp;");
+}
+
+TEST_F(DropDownMenuTest, whatIsNotDrawnLeavesAPicture) {
+  const QFontMetricsF metrics(QGuiApplication::font());
+  const std::string tab = metrics.inFontUcs4(0x2409) ? "␉" : "\uFFFD";
+  const std::string newline = metrics.inFontUcs4(0x240A) ? "␊" : "\uFFFD";
+  EXPECT_EQ(drawn("a\tb\nc"), "a" + tab + "b" + newline + "c");
+  EXPECT_EQ(drawn("\u202Etxt.exe"), "\uFFFDtxt.exe");
+}
+
+TEST_F(DropDownMenuTest, rightToLeftNamesAreSetApart) {
+  EXPECT_EQ(drawn("שלום עולם  —  5 minutes ago"), "\u200E\u2067שלום עולם\u2069  —  5 minutes ago");
+  EXPECT_EQ(drawn("a שלום b שָׁלוֹם (2)"), "\u200Ea \u2067שלום\u2069 b \u2067שָׁלוֹם\u2069 (2)");
+  EXPECT_EQ(drawn("naïve – “Zürich”"), "naïve – “Zürich”");
+}
+
+TEST_F(DropDownMenuTest, longTitlesAreCutInTheMiddleAndToldInFull) {
+  std::string title = "Begin";
+  for (int word = 0; word < 40; ++word)
+    title += " word";
+  title += " end";
+  MenuItem item = command(title);
+  item.toolTip = "/Users/ada/file";
+  open({item, command("short")});
+  const std::string text = action(0).text().toStdString();
+  EXPECT_THAT(text, testing::StartsWith("Begin"));
+  EXPECT_THAT(text, testing::HasSubstr("…"));
+  EXPECT_THAT(text, testing::EndsWith("end"));
+  EXPECT_LE(menu().width(), DropDownMenu::widest);
+  std::string shown = toolTipOver(0);
+  EXPECT_THAT(shown, testing::EndsWith("\n/Users/ada/file"));
+  std::erase(shown, '\n');
+  EXPECT_EQ(shown, title + "/Users/ada/file");
+  EXPECT_EQ(titles().front(), title);
+}
+
+TEST_F(DropDownMenuTest, titleOfAMillionCharactersCostsLittle) {
+  const auto start = std::chrono::steady_clock::now();
+  MenuItem item = command(std::string(1'000'000, 'w'));
+  item.toolTip = item.title;
+  open({item});
+  EXPECT_LE(menu().width(), DropDownMenu::widest);
+  EXPECT_LT(toolTipOver(0).size(), 10'000U);
+  EXPECT_FALSE(menu().grab().isNull());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+TEST_F(DropDownMenuTest, toolTipsAreNeverMarkup) {
+  MenuItem item = command("file");
+  for (const char* const path : {"/a/<b>bold</b>", "a &lt;b", "<!doctype html>", "<br>"}) {
+    item.toolTip = path;
+    open({item});
+    const std::string shown = toolTipOver(0);
+    EXPECT_FALSE(Qt::mightBeRichText(QString::fromStdString(shown))) << shown;
+    EXPECT_EQ(QString::fromStdString(shown).remove(QChar(0x2060)), path);
+    menu().close();
+  }
+  const QString shown = shown_text::toolTip({QStringLiteral("line\nbreak")});
+  EXPECT_FALSE(shown.contains(u'\n'));
+}
+
+TEST_F(DropDownMenuTest, menuHigherThanTheScreenScrolls) {
+  Menu items;
+  for (int row = 0; row < 100; ++row)
+    items.push_back(command("Row " + std::to_string(row), [] {}));
+  const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+  open(std::move(items));
+  EXPECT_TRUE(screen.contains(menu().geometry()));
+  EXPECT_EQ(menu().geometry().top(), strip().geometry().bottom() + 1);
+  EXPECT_EQ(menu().geometry().right(), screen.right());
+  const auto isInView = [this](int index) {
+    return menu().rect().contains(menu().actionGeometry(&action(index)));
+  };
+  for (const auto& [key, row] : {std::pair(Qt::Key_Up, 99), std::pair(Qt::Key_Down, 0),
+                                 std::pair(Qt::Key_End, 99), std::pair(Qt::Key_Home, 0)}) {
+    pressKey(menu(), key);
+    EXPECT_EQ(menu().activeAction(), &action(row)) << key;
+    EXPECT_TRUE(isInView(row)) << key;
+    EXPECT_FALSE(isInView(99 - row)) << key;
+  }
+}
+
+TEST_F(DropDownMenuTest, retitlesTheOpenMenu) {
+  open({label("Headline"), label("Checking iCloud storage…", storage), command("Last")});
+  const QRect before = menu().geometry();
+  item_.retitle(storage, "1234567.89 TB available in iCloud");
+  EXPECT_EQ(action(1).text(), "1234567.89 TB available in iCloud");
+  EXPECT_EQ(titles()[1], "1234567.89 TB available in iCloud");
+  EXPECT_GT(menu().width(), before.width());
+  EXPECT_EQ(menu().geometry().topRight(), before.topRight());
+  EXPECT_EQ(menu().height(), before.height());
+}
+
+TEST_F(DropDownMenuTest, retitlingInVainChangesNothing) {
+  item_.retitle(storage, "nothing was built");
+  open({label("Headline"), label("Storage", storage)});
+  int changes = 0;
+  QObject::connect(&action(1), &QAction::changed, &action(1), [&changes] { ++changes; });
+  item_.retitle(storage, "Storage");
+  item_.retitle(0, "no tag");
+  item_.retitle(storage + 1, "no such tag");
+  EXPECT_EQ(changes, 0);
+  EXPECT_THAT(titles(), ElementsAre("Headline", "Storage"));
+  item_.retitle(storage, "Other");
+  EXPECT_GT(changes, 0);
+}
+
+TEST_F(DropDownMenuTest, retitlingKeepsAScrolledMenuOnTheScreen) {
+  Menu items{label("Storage", storage)};
+  for (int row = 0; row < 100; ++row)
+    items.push_back(command("Row " + std::to_string(row)));
+  open(std::move(items));
+  const int height = menu().height();
+  item_.retitle(storage, "Storage that is left in iCloud at this moment");
+  EXPECT_EQ(menu().height(), height);
+  EXPECT_TRUE(QGuiApplication::primaryScreen()->availableGeometry().contains(menu().geometry()));
+}
+
+TEST_F(DropDownMenuTest, actionsRunFromTheEventLoopOnceItHasClosed) {
+  bool ran = false;
+  bool wasOpen = true;
+  open({label("Headline"), command("Do", [&] {
+          ran = true;
+          wasOpen = menu().isVisible();
+        })});
+  click(menu(), menu().actionGeometry(&action(1)).center());
+  EXPECT_FALSE(ran);
+  EXPECT_FALSE(menu().isVisible());
+  ASSERT_TRUE(runUntil([&] { return ran; }));
+  EXPECT_FALSE(wasOpen);
+}
+
+TEST_F(DropDownMenuTest, actionsOfAMenuThatIsGoneDoNotRun) {
+  int first = 0;
+  int second = 0;
+  open({command("Do", [&first] { ++first; })});
+  pressKey(menu(), Qt::Key_Down);
+  pressKey(menu(), Qt::Key_Return);
+  open({command("Do", [&second] { ++second; })});
+  pressKey(menu(), Qt::Key_Down);
+  pressKey(menu(), Qt::Key_Return);
+  ASSERT_TRUE(runUntil([&second] { return second == 1; }));
+  EXPECT_EQ(first, 0);
+}
+
+TEST_F(DropDownMenuTest, actionMayOpenTheMenuAnew) {
+  bool ran = false;
+  open({command("Do", [&] {
+    strip().press();
+    ran = menu().isVisible();
+  })});
+  click(menu(), menu().actionGeometry(&action(0)).center());
+  EXPECT_TRUE(runUntil([&ran] { return ran; }));
+}
+
+TEST_F(DropDownMenuTest, labelsCannotBeChosen) {
+  open({label("Headline"), command("Do", nullptr), command("Other")});
+  click(menu(), menu().actionGeometry(&action(0)).center());
+  EXPECT_TRUE(menu().isVisible());
+  pressKey(menu(), Qt::Key_Down);
+  EXPECT_EQ(menu().activeAction(), &action(2));
+}
+
+TEST_F(DropDownMenuTest, shortcutsWorkWhileItIsOpen) {
+  std::string chosen;
+  MenuItem drive = command("Open iCloud Drive", [&chosen] { chosen += 'o'; });
+  drive.keyEquivalent = "o";
+  MenuItem off = command("Off", nullptr);
+  off.keyEquivalent = "x";
+  MenuItem quit = command("Quit", [&chosen] { chosen += 'q'; });
+  quit.keyEquivalent = "q";
+  open({drive, off, quit});
+  pressKey(menu(), Qt::Key_O);
+  pressKey(menu(), Qt::Key_O, Qt::ControlModifier | Qt::ShiftModifier);
+  pressKey(menu(), Qt::Key_X, Qt::ControlModifier);
+  EXPECT_TRUE(menu().isVisible());
+  pressKey(menu(), Qt::Key_O, Qt::ControlModifier);
+  EXPECT_FALSE(menu().isVisible());
+  pressKey(strip(), Qt::Key_Q, Qt::ControlModifier);
+  ASSERT_TRUE(runUntil([&chosen] { return !chosen.empty(); }));
+  QCoreApplication::processEvents();
+  EXPECT_EQ(chosen, "o");
+}
+
+TEST_F(DropDownMenuTest, itemMayGoWhileItsMenuIsOpen) {
+  auto item = std::make_unique<LinuxStatusItem>();
+  bool ran = false;
+  item->setMenu([&ran] { return Menu{command("Do", [&ran] { ran = true; })}; }, [] {});
+  item->strip().press();
+  item->menu()->actions().front()->trigger();
+  item.reset();
+  QCoreApplication::processEvents();
+  EXPECT_FALSE(ran);
+}
+
+} // namespace
+} // namespace driftmark::test

@@ -1,0 +1,28 @@
+#include "support/contracts/DialogsContract.h"
+
+namespace driftmark::test {
+
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(DialogsContract);
+
+TEST_P(DialogsContract, chosenButtonIsToldByItsIndex) {
+  for (std::size_t button = 0; button < 3; ++button) {
+    subject_->willPress(button);
+    EXPECT_EQ(show({"A", "B", "C"}), button);
+  }
+}
+
+TEST_P(DialogsContract, closedAlertCountsAsItsLastButton) {
+  subject_->willClose();
+  EXPECT_EQ(show({"A", "B", "C"}), 2U);
+  subject_->willClose();
+  EXPECT_EQ(show({"A"}), 0U);
+}
+
+TEST_P(DialogsContract, alertWithoutButtonsCanBeAcknowledgedAndClosed) {
+  subject_->willPress(0);
+  EXPECT_EQ(show({}), 0U);
+  subject_->willClose();
+  EXPECT_EQ(show({}), 0U);
+}
+
+} // namespace driftmark::test

@@ -1,0 +1,42 @@
+#include "support/contracts/UserDefaultsContract.h"
+
+namespace driftmark::test {
+
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(UserDefaultsContract);
+
+TEST_P(UserDefaultsContract, nothingIsSetAtFirst) {
+  EXPECT_EQ(userDefaults().string("Key"), std::nullopt);
+  EXPECT_FALSE(userDefaults().boolean("Key"));
+}
+
+TEST_P(UserDefaultsContract, keptValueIsReadBack) {
+  userDefaults().setBoolean("Key", true);
+  EXPECT_TRUE(userDefaults().boolean("Key"));
+  EXPECT_FALSE(userDefaults().boolean("Other"));
+  userDefaults().setBoolean("Key", false);
+  EXPECT_FALSE(userDefaults().boolean("Key"));
+}
+
+TEST_P(UserDefaultsContract, changesOfTheUserAreSeenAtOnce) {
+  for (const std::string value : {"https://example.com/a b", "", "line\nend \"\\ \u2601"}) {
+    subject_->setString("Address", value);
+    EXPECT_EQ(userDefaults().string("Address"), value);
+  }
+}
+
+TEST_P(UserDefaultsContract, valuesOfAnotherKindCountAsNotSet) {
+  userDefaults().setBoolean("Switch", true);
+  subject_->setString("Address", "true");
+  EXPECT_EQ(userDefaults().string("Switch"), std::nullopt);
+  EXPECT_FALSE(userDefaults().boolean("Address"));
+}
+
+TEST_P(UserDefaultsContract, keepingASettingLeavesTheOthers) {
+  subject_->setString("Address", "x");
+  userDefaults().setBoolean("One", true);
+  userDefaults().setBoolean("Two", true);
+  EXPECT_EQ(userDefaults().string("Address"), "x");
+  EXPECT_TRUE(userDefaults().boolean("One"));
+}
+
+} // namespace driftmark::test
