@@ -18,16 +18,21 @@ struct Key {
   double aim;
 };
 
-constexpr std::array<Key, 10> keys{{
+constexpr std::array<Key, 15> keys{{
     {"pipeline_over_memchr", Better::lower, 15, 10},
     {"second_pass_over_memchr", Better::lower, 12, 7},
     {"speedup_over_regex", Better::higher, 10, 15},
     {"known_state_over_raw", Better::lower, 1.25, 0.55},
     {"small_chunks_over_large", Better::lower, 1.3, 1.15},
     {"pty_speed_over_drain", Better::higher, 0.8, 0.9},
+    {"idle_cpu_ms_30s", Better::lower, 1, 0.2},
+    {"idle_switches_30s", Better::lower, 3, 1},
+    {"idle_rss_over_bare", Better::lower, 1.3, 1.15},
+    {"start_over_bare", Better::lower, 1.5, 1.2},
     {"redraws_without_change", Better::lower, 0, 0},
     {"menu_open_ms_under_flood", Better::lower, 50, 16},
     {"overall_at_10000_active_us", Better::none, 0, 0},
+    {"rss_after_check_over_bare", Better::none, 0, 0},
     {"second_pass_shuffled_over_memchr", Better::none, 0, 0},
 }};
 

@@ -1,5 +1,6 @@
 #include "IngestBench.h"
 #include "MenuBench.h"
+#include "ProgramBench.h"
 #include "Report.h"
 #include "TerminalBench.h"
 
@@ -32,6 +33,7 @@ int main(int argc, char** argv) {
     benchOverall(figures);
     benchTerminal(figures, std::cout);
     benchMenu(figures, std::cout);
+    benchProgram(figures, std::cout);
     std::cout << '\n';
     printTable(std::cout, figures);
     if (!json.empty()) {

@@ -1,0 +1,172 @@
+#include "ProgramBench.h"
+
+#include "ProcessCost.h"
+#include "Stopwatch.h"
+#include "demo/ProgramLaunch.h"
+#include "demo/World.h"
+#include "process/Launch.h"
+#include "process/LineReader.h"
+#include "scenario/ScenarioParser.h"
+
+#include <chrono>
+#include <fstream>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace driftmark::bench {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::chrono::seconds idleTime{30};
+constexpr std::chrono::seconds settlingTime{3};
+constexpr std::chrono::seconds patience{60};
+constexpr std::chrono::seconds endTime{5};
+constexpr std::size_t starts = 15;
+
+constexpr const char* quietStory = "title \"Nothing\"\n"
+                                   "quota 48GB\n"
+                                   "files 20 \"Letters/Letter {n}.pages\" 24KB\n"
+                                   "at 60m end\n";
+
+/// A child whose output can be waited for.
+class Watched {
+public:
+  Watched(icloud::Launch launch, bool readsErrors, std::string awaited)
+      : Watched(std::move(launch), readsErrors, std::move(awaited), icloud::makePipe()) {}
+
+  /// Reads on until a line holds what is awaited. Throws std::runtime_error when none comes.
+  void await() {
+    while (!isThere_) {
+      if (lines_.descriptor() < 0 || !icloud::isReadableWithin(lines_.descriptor(), patience))
+        throw std::runtime_error("waited in vain for a line with: " + awaited_);
+      lines_.read();
+    }
+  }
+  icloud::ChildProcess& process() { return process_; }
+
+private:
+  Watched(icloud::Launch launch, bool readsErrors, std::string awaited, icloud::Pipe pipe)
+      : awaited_(std::move(awaited)),
+        lines_(std::move(pipe.reading),
+               [this](const std::string& line) {
+                 isThere_ = isThere_ || line.find(awaited_) != std::string::npos;
+               }),
+        process_(routed(std::move(launch), readsErrors, pipe.writing.get())) {}
+
+  static icloud::Launch routed(icloud::Launch launch, bool readsErrors, int pipe) {
+    launch.output = pipe;
+    if (readsErrors)
+      launch.error = pipe;
+    return launch;
+  }
+
+  bool isThere_ = false;
+  std::string awaited_;
+  icloud::LineReader lines_;
+  icloud::ChildProcess process_;
+};
+
+/// A simulated iCloud in which nothing happens.
+class QuietWorld {
+public:
+  QuietWorld()
+      : world_(ICLOUD_TOOLS), story_(world_.folder() / "quiet.scenario"),
+        bird_({world_.root().bird(), {"--home", world_.home(), "--scenario", writtenStory()}, {}},
+              true, " ready") {
+    bird_.await();
+    options_.program = DRIFTMARK_PROGRAM;
+    options_.scenario = story_;
+    program_ = icloud::programLaunch(options_, icloud::readScenario(story_), world_);
+  }
+
+  const icloud::Launch& program() const { return program_; }
+
+  /// A bare program with the same surroundings.
+  icloud::Launch bare() const {
+    icloud::Launch launch = program_;
+    launch.program = BARE_PROGRAM;
+    return launch;
+  }
+
+private:
+  fs::path writtenStory() const {
+    std::ofstream(story_) << quietStory;
+    return story_;
+  }
+
+  icloud::World world_;
+  fs::path story_;
+  Watched bird_;
+  icloud::DemoOptions options_;
+  icloud::Launch program_;
+};
+
+/// From the launch to what the probe awaits, in seconds.
+double startTime(icloud::Launch launch, const char* awaited) {
+  launch.environment["QT_PLUGIN_PATH"] = PROBE_PLUGINS;
+  launch.environment["QT_QPA_GENERIC_PLUGINS"] = "startprobe";
+  launch.environment["DRIFTMARK_PROBE"] = awaited;
+  const icloud::Pipe unread = icloud::makePipe();
+  launch.error = unread.writing.get();
+  const auto start = std::chrono::steady_clock::now();
+  Watched started(std::move(launch), false, "");
+  started.await();
+  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+  started.process().end(endTime);
+  return time.count();
+}
+
+void benchStart(const QuietWorld& world, Figures& figures, std::ostream& notes) {
+  std::vector<double> program;
+  std::vector<double> bare;
+  for (std::size_t i = 0; i <= starts; ++i) {
+    const double one = startTime(world.program(), "drawing");
+    const double other = startTime(world.bare(), "loop");
+    if (i == 0)
+      continue; // the first finds the libraries on the disk
+    program.push_back(one);
+    bare.push_back(other);
+  }
+  figures["start_over_bare"] = median(program) / median(bare);
+  notes << "start: program " << median(program) * 1e3 << " ms, bare " << median(bare) * 1e3
+        << " ms\n";
+}
+
+/// Measures the memory before the first look for updates, which loads what the network needs, and
+/// after it; and what idling costs from then on.
+void benchIdle(const QuietWorld& world, Figures& figures, std::ostream& notes) {
+  Watched program(world.program(), true, "update check failed");
+  const icloud::ChildProcess bare(world.bare());
+  const pid_t process = program.process().identifier();
+  std::this_thread::sleep_for(settlingTime);
+  const double memory = residentMemory(process);
+  const double bareMemory = residentMemory(bare.identifier());
+  figures["idle_rss_over_bare"] = memory / bareMemory;
+  notes << "idle: program " << memory / 1024 << " MiB, bare " << bareMemory / 1024 << " MiB\n";
+
+  program.await();
+  std::this_thread::sleep_for(settlingTime);
+  const ProcessCost before = costOf(process);
+  std::this_thread::sleep_for(idleTime);
+  const ProcessCost after = costOf(process);
+  figures["idle_cpu_ms_30s"] = static_cast<double>(after.nanoseconds - before.nanoseconds) / 1e6;
+  figures["idle_switches_30s"] =
+      static_cast<double>(after.voluntarySwitches - before.voluntarySwitches);
+  figures["rss_after_check_over_bare"] = residentMemory(process) / bareMemory;
+  program.process().end(endTime);
+}
+
+} // namespace
+
+void benchProgram(Figures& figures, std::ostream& notes) {
+  const QuietWorld world;
+  benchStart(world, figures, notes);
+  benchIdle(world, figures, notes);
+}
+
+} // namespace driftmark::bench
