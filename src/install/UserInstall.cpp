@@ -9,6 +9,7 @@
 #include "platform/UserDefaults.h"
 #include "text/Paths.h"
 
+#include <algorithm>
 #include <array>
 
 namespace driftmark {
@@ -23,10 +24,7 @@ std::array<std::string, 2> applicationsFolders(const FileSystem& fileSystem) {
 }
 
 bool isInApplicationsFolder(const FileSystem& fileSystem, const std::string& parent) {
-  for (const std::string& folder : applicationsFolders(fileSystem))
-    if (parent == folder)
-      return true;
-  return false;
+  return std::ranges::count(applicationsFolders(fileSystem), parent) > 0;
 }
 
 /// Whether the system runs the bundle from a random read-only place instead of its own.

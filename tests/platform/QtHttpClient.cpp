@@ -96,7 +96,8 @@ protected:
 };
 
 TEST_F(QtHttpClientTest, bodyComesAsItIs) {
-  const std::string body("{\"a\": \"\xc3\xa9\"}\0\r\n\xff", 17);
+  using namespace std::string_literals;
+  const std::string body = "{\"a\": \"\xc3\xa9\"}\0\r\n\xff"s;
   server_.serve("/a?b=c", {.body = body});
   const DataReply reply = fetch(server_.url("/a?b=c"));
   EXPECT_EQ(reply.data, body);
@@ -313,9 +314,11 @@ TEST_F(QtHttpClientTest, movedDownloadStays) {
 TEST_F(QtHttpClientTest, downloadIsWrittenAsItComesAndGoesWithTheClient) {
   server_.serve("/", {.isEndless = true});
   client_->download(server_.url("/"), [](const DownloadReply&) { FAIL(); });
-  const std::size_t before = residentMemory();
+  [[maybe_unused]] const std::size_t before = residentMemory();
   EXPECT_TRUE(runUntil([&] { return server_.sent("/") > 100'000'000; }));
+#ifndef DRIFTMARK_SANITIZED // which keeps freed memory
   EXPECT_LT(residentMemory(), before + 30'000'000);
+#endif
   client_.reset();
   EXPECT_TRUE(server_.awaitNoConnections());
   EXPECT_TRUE(temporaryFiles().empty());

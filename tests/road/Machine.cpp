@@ -110,6 +110,10 @@ void Machine::useUnprivilegedUser() {
     icloud::throwSystemFailure("cannot give the seat away");
   for (const char* name : {"home", "tmp", "run", "root/Applications", "root/var"})
     giveToUser(folder_ / name);
+  // Where this was built, that user may not be let in.
+  const fs::path plugins = folder_ / "plugins";
+  fs::copy(*variables_.at("QT_PLUGIN_PATH"), plugins, fs::copy_options::recursive);
+  setVariable("QT_PLUGIN_PATH", plugins);
 }
 
 void Machine::giveToUser(const fs::path& path) const {

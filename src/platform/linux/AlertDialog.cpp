@@ -110,7 +110,7 @@ void AlertDialog::addTexts(QVBoxLayout& column, const Alert& alert, int width) {
     text->setFixedSize(width, height);
     column.addWidget(text.release());
   } else {
-    const auto area = scrollable(std::move(text)).release();
+    auto* const area = scrollable(std::move(text)).release();
     area->setFixedSize(width, tallest);
     column.addWidget(area);
   }

@@ -20,7 +20,7 @@ namespace driftmark {
 namespace {
 
 /// What waits in memory of a body that comes faster than it is taken.
-constexpr qint64 bufferSize = 256 * 1024;
+constexpr qint64 bufferSize = qint64{256} * 1024;
 
 int milliseconds(Seconds duration) {
   constexpr auto longest = static_cast<double>(std::numeric_limits<int>::max());

@@ -30,6 +30,7 @@ struct Process {
   std::uint64_t startTime;
   std::int32_t identifier;
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): what the comparison is made of has a plain 0 in it
   auto operator<=>(const Process&) const = default;
 };
 

@@ -7,12 +7,10 @@
 class QPoint;
 class QWidget;
 
-namespace driftmark {
-
 /// How texts of files and tools, which may hold anything, are drawn: as they are, but so that they
 /// can neither break a line nor disturb what stands beside them. None of this changes a text that
 /// is kept, compared or read aloud.
-namespace shown_text {
+namespace driftmark::shown_text {
 
 /// In one line of at most `width`: control characters by their pictures, cut in the middle where it
 /// is too long.
@@ -32,6 +30,4 @@ void showToolTip(const QPoint& position, const QStringList& paragraphs, QWidget*
 /// What such a tool tip draws, in lines that fit a screen: never taken for markup.
 QString toolTip(const QStringList& paragraphs);
 
-} // namespace shown_text
-
-} // namespace driftmark
+} // namespace driftmark::shown_text

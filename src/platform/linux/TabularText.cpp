@@ -27,7 +27,7 @@ qreal lay(const QString& text, const QFontMetricsF& metrics, const Place& place)
   const qreal digit = digitWidth(metrics);
   qreal x = 0;
   for (qsizetype at = 0; at < text.size();) {
-    const auto begin = text.cbegin() + at;
+    const QChar* const begin = text.cbegin() + at;
     const qsizetype length =
         isDigit(*begin) ? 1 : std::find_if(begin, text.cend(), isDigit) - begin;
     const QString part = text.sliced(at, length);

@@ -6,16 +6,12 @@ class QFontMetricsF;
 class QPainter;
 class QPointF;
 
-namespace driftmark {
-
 /// Text whose digits are all as wide as the widest one, whatever the font does.
-namespace tabular_text {
+namespace driftmark::tabular_text {
 
 qreal width(const QString& text, const QFontMetricsF& metrics);
 
 /// Draws with the painter's font, from a point on the base line.
 void draw(QPainter& painter, const QPointF& position, const QString& text);
 
-} // namespace tabular_text
-
-} // namespace driftmark
+} // namespace driftmark::tabular_text

@@ -21,13 +21,13 @@ QByteArray quoted(const std::string& word) {
   QByteArray text = "\"";
   for (const char c : word) {
     if (c == '"' || c == '`' || c == '$')
-      text += "\\\\";
+      text += R"(\\)";
     if (c == '\\')
-      text += "\\\\\\";
+      text += R"(\\\)";
     if (c == '%')
       text += '%';
     if (c == '\n')
-      text += "\\n";
+      text += R"(\n)";
     else
       text += c;
   }

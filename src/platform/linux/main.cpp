@@ -4,6 +4,8 @@
 #include "platform/posix/ProcessEnvironment.h"
 #include "platform/posix/StandardDescriptors.h"
 
+#include <algorithm>
+#include <array>
 #include <iostream>
 #include <string>
 #include <variant>
@@ -21,10 +23,9 @@ constexpr int badSystemRoot = 2;
 /// Whether the user or the session says where windows are to appear.
 bool hasDisplay() {
   const ProcessEnvironment environment;
-  for (const char* const name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"})
-    if (!environment.variable(name).value_or("").empty())
-      return true;
-  return false;
+  constexpr std::array names{"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"};
+  return std::ranges::any_of(
+      names, [&](const char* name) { return !environment.variable(name).value_or("").empty(); });
 }
 
 /// The arguments for Qt. Without a display, windows are to be drawn in memory alone; an argument

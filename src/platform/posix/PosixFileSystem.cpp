@@ -8,6 +8,7 @@
 #include "platform/posix/SystemRootPath.h"
 
 #include <cerrno>
+#include <utility>
 #include <vector>
 
 #include <pwd.h>
@@ -72,8 +73,8 @@ std::optional<PlatformError> outcome(const std::string& path, std::string_view d
 
 } // namespace
 
-PosixFileSystem::PosixFileSystem(const std::string& systemRoot)
-    : systemRoot_(systemRoot), homeDirectory_(home()) {}
+PosixFileSystem::PosixFileSystem(std::string systemRoot)
+    : systemRoot_(std::move(systemRoot)), homeDirectory_(home()) {}
 
 bool PosixFileSystem::fileExists(const std::string& path) const {
   struct stat information {};

@@ -10,7 +10,7 @@ namespace driftmark {
 class PosixFileSystem : public FileSystem {
 public:
   /// `systemRoot` is put before "/Applications" and the paths below it; "" and "/" stand for none.
-  explicit PosixFileSystem(const std::string& systemRoot);
+  explicit PosixFileSystem(std::string systemRoot);
 
   /// A path that the system cannot take, such as one with a NUL in it, names nothing.
   bool fileExists(const std::string& path) const override;
