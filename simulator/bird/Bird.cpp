@@ -4,6 +4,7 @@
 #include "bird/StatusReport.h"
 #include "common/LocalSocket.h"
 #include "common/Requests.h"
+#include "common/SignalDescriptor.h"
 #include "common/SystemFailure.h"
 
 #include <algorithm>
@@ -23,18 +24,6 @@ namespace {
 constexpr const char* containerName = "com.apple.CloudDocs";
 constexpr const char* driveFolder = "Library/Mobile Documents/com~apple~CloudDocs";
 
-Descriptor endSignals() {
-  sigset_t set;
-  sigemptyset(&set);
-  sigaddset(&set, SIGTERM);
-  sigaddset(&set, SIGINT);
-  pthread_sigmask(SIG_BLOCK, &set, nullptr);
-  Descriptor signals(signalfd(-1, &set, SFD_CLOEXEC));
-  if (!signals)
-    throwSystemFailure("cannot wait for signals");
-  return signals;
-}
-
 std::unique_ptr<Feeder> failure(const std::string& text) {
   std::string reply;
   appendRecord(reply, {"failure", text});
@@ -52,7 +41,7 @@ Bird::Bird(const BirdOptions& options, SystemRoot root, const Scenario& scenario
                                          globalChanged(number, progress);
                                        }),
                                        StatusJobs(), 0},
-      player_(scenario, cloud_, *this), signals_(endSignals()) {
+      player_(scenario, cloud_, *this), signals_(signalDescriptor({SIGTERM, SIGINT})) {
   if (resumed_)
     recall(journal_.read());
   else

@@ -1,5 +1,6 @@
 #include "demo/Demo.h"
 
+#include "common/SignalDescriptor.h"
 #include "common/SystemFailure.h"
 #include "demo/ProgramLaunch.h"
 #include "process/Orphans.h"
@@ -13,25 +14,12 @@
 #include <sys/signalfd.h>
 
 namespace icloud {
-namespace {
-
-Descriptor interruptions() {
-  sigset_t set;
-  sigemptyset(&set);
-  for (const int number : {SIGINT, SIGTERM, SIGHUP})
-    sigaddset(&set, number);
-  pthread_sigmask(SIG_BLOCK, &set, nullptr);
-  Descriptor signals(signalfd(-1, &set, SFD_CLOEXEC));
-  if (!signals)
-    throwSystemFailure("cannot wait for signals");
-  return signals;
-}
-
-} // namespace
+namespace {} // namespace
 
 Demo::Demo(const DemoOptions& options)
     : options_(options), scenario_(readScenario(options.scenario)), narrator_(options.out),
-      world_(options.tools), signals_(interruptions()), deadline_(Clock::now() + options.limit) {}
+      world_(options.tools), signals_(signalDescriptor({SIGINT, SIGTERM, SIGHUP})),
+      deadline_(Clock::now() + options.limit) {}
 
 int Demo::run() {
   adoptOrphans();

@@ -1,5 +1,6 @@
 #include "launchd/Supervisor.h"
 
+#include "common/SignalDescriptor.h"
 #include "common/SystemFailure.h"
 
 #include <algorithm>
@@ -20,22 +21,10 @@ using std::chrono::milliseconds;
 constexpr milliseconds throttle{500}; // at least so long from one start to the next
 constexpr std::chrono::seconds endingTime{5};
 
-Descriptor endSignals() {
-  sigset_t set;
-  sigemptyset(&set);
-  sigaddset(&set, SIGTERM);
-  sigaddset(&set, SIGINT);
-  pthread_sigmask(SIG_BLOCK, &set, nullptr);
-  Descriptor signals(signalfd(-1, &set, SFD_CLOEXEC));
-  if (!signals)
-    throwSystemFailure("cannot wait for signals");
-  return signals;
-}
-
 } // namespace
 
 Supervisor::Supervisor(const SystemRoot& root, std::vector<std::string> arguments)
-    : root_(root), arguments_(std::move(arguments)), signals_(endSignals()) {
+    : root_(root), arguments_(std::move(arguments)), signals_(signalDescriptor({SIGTERM, SIGINT})) {
   std::filesystem::remove(root_.birdJournal());
 }
 

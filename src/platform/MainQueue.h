@@ -14,8 +14,8 @@ public:
 };
 
 /// The main thread's queue, and the only way onto that thread. Tasks run one at a time, never
-/// inside the call that hands them over. Tasks still waiting when the queue is destroyed are
-/// dropped.
+/// inside the call that hands them over; only while a task shows something modal, those behind it
+/// run. Tasks still waiting when the queue is destroyed are dropped.
 class MainQueue {
 public:
   using Task = std::function<void()>;

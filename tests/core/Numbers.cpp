@@ -52,5 +52,14 @@ TEST(NumbersTest, anythingElseIsNoInteger) {
     EXPECT_EQ(toInt64(text), std::nullopt) << text;
 }
 
+TEST(NumbersTest, wholeNumberIsRoundedHalvesToEven) {
+  EXPECT_EQ(wholeNumber(42.4), "42");
+  EXPECT_EQ(wholeNumber(99.6), "100");
+  EXPECT_EQ(wholeNumber(0.5), "0");
+  EXPECT_EQ(wholeNumber(1.5), "2");
+  EXPECT_EQ(wholeNumber(-0.4), "-0");
+  EXPECT_EQ(wholeNumber(std::numeric_limits<double>::max()).size(), 309U);
+}
+
 } // namespace
 } // namespace driftmark::test
