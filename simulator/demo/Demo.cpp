@@ -14,8 +14,6 @@
 #include <sys/signalfd.h>
 
 namespace icloud {
-namespace {} // namespace
-
 Demo::Demo(const DemoOptions& options)
     : options_(options), scenario_(readScenario(options.scenario)), narrator_(options.out),
       world_(options.tools), signals_(signalDescriptor({SIGINT, SIGTERM, SIGHUP})),
