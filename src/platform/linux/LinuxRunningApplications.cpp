@@ -4,10 +4,8 @@
 #include "platform/linux/SystemRoot.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <compare>
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -81,15 +79,6 @@ std::optional<Process> copyAt(const fs::path& folder, const std::string& identif
   return start ? std::optional(Process{*start, *process}) : std::nullopt;
 }
 
-/// Sends a signal to a single process; numbers that would mean several are refused.
-bool signalOne(std::int32_t process, int signal) {
-  if (process <= 0) {
-    errno = ESRCH;
-    return false;
-  }
-  return ::kill(process, signal) == 0;
-}
-
 } // namespace
 
 std::vector<std::int32_t>
@@ -105,18 +94,6 @@ LinuxRunningApplications::withBundleIdentifier(const std::string& identifier) co
   std::vector<std::int32_t> identifiers;
   std::ranges::transform(copies, std::back_inserter(identifiers), &Process::identifier);
   return identifiers;
-}
-
-void LinuxRunningApplications::sendTerminate(std::int32_t process) {
-  signalOne(process, SIGTERM);
-}
-
-void LinuxRunningApplications::sendKill(std::int32_t process) {
-  signalOne(process, SIGKILL);
-}
-
-bool LinuxRunningApplications::isRunning(std::int32_t process) const {
-  return signalOne(process, 0) || errno == EPERM;
 }
 
 } // namespace driftmark

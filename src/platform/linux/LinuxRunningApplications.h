@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/RunningApplications.h"
 #include "platform/linux/SystemRoot.h"
+#include "platform/posix/PosixRunningApplications.h"
 
 #include <string>
 
@@ -9,7 +9,7 @@ namespace driftmark {
 
 /// The processes of this system, told apart by the bundles that their executables lie in. One with
 /// another system root runs on another system. Nothing is kept, so nothing goes stale.
-class LinuxRunningApplications final : public RunningApplications {
+class LinuxRunningApplications final : public PosixRunningApplications {
 public:
   explicit LinuxRunningApplications(const SystemRoot& root) : systemRoot_(root.path()) {}
 
@@ -17,10 +17,6 @@ public:
   /// not it from them, so that of several copies started at once the newest remains. A process
   /// whose executable this user may not see is left out too.
   std::vector<std::int32_t> withBundleIdentifier(const std::string& identifier) const override;
-
-  void sendTerminate(std::int32_t process) override;
-  void sendKill(std::int32_t process) override;
-  bool isRunning(std::int32_t process) const override;
 
 private:
   const std::string systemRoot_;

@@ -1,5 +1,7 @@
 #include "platform/linux/LinuxSystemLog.h"
 
+#include "text/TextRepair.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -13,34 +15,6 @@ namespace driftmark {
 namespace {
 
 constexpr std::size_t longestSyslogLine = 8000;
-
-bool isControl(char byte) {
-  const auto code = static_cast<unsigned char>(byte);
-  return (code < 0x20 && byte != '\t') || code == 0x7f;
-}
-
-void appendEscaped(std::string& text, char byte) {
-  constexpr std::string_view hexDigits = "0123456789abcdef";
-  const auto code = static_cast<unsigned char>(byte);
-  if (byte == '\n')
-    text += "\\n";
-  else if (byte == '\r')
-    text += "\\r";
-  else
-    text.append("\\x") += {hexDigits[code >> 4U], hexDigits[code & 0xfU]};
-}
-
-std::string oneLine(std::string_view line) {
-  std::string text;
-  text.reserve(line.size() + 1);
-  for (const char byte : line) {
-    if (isControl(byte))
-      appendEscaped(text, byte);
-    else
-      text += byte;
-  }
-  return text;
-}
 
 /// Writes all of `text`, in one call unless the system takes it in parts.
 void writeToStandardError(std::string_view text) {
