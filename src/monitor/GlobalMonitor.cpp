@@ -9,7 +9,6 @@
 #include "text/TextScan.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace driftmark {
 
@@ -58,9 +57,10 @@ std::optional<GlobalActivity> SyncMonitor::globalActivity() const {
   for (const GlobalEvent& event : globalEvents_) {
     if (event.date <= cutoff)
       continue;
-    if (activity.bytes > std::numeric_limits<std::int64_t>::max() - event.total)
+    const auto bytes = sum(activity.bytes, event.total);
+    if (!bytes)
       fatalError("the sizes of the global transfers exceed 64 bits");
-    activity.bytes += event.total;
+    activity.bytes = *bytes;
     ++activity.count;
   }
   return activity.count > 0 ? std::optional(activity) : std::nullopt;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,16 @@ struct Alert {
   bool operator==(const Alert&) const = default;
 };
 
+/// A question for a folder.
+struct FolderPanel {
+  std::string title;
+  std::string message;   ///< above the folders
+  std::string prompt;    ///< the button that confirms
+  std::string directory; ///< the folder that it opens at, as an absolute path
+
+  bool operator==(const FolderPanel&) const = default;
+};
+
 /// What this program asks its user. Main thread only.
 class Dialogs {
 public:
@@ -30,6 +41,12 @@ public:
   /// counts as the last button. While it is open, what comes to the main queue runs; where the
   /// application is asked to terminate meanwhile, it closes `unanswered`.
   virtual std::size_t runModal(const Alert& alert) = 0;
+
+  /// Lets the user choose one folder, of those that there are, and returns its absolute path
+  /// without a trailing slash; no value when nothing was chosen. Only folders can be chosen, any of
+  /// them. It lets the main queue go on as an alert does. Where there is no folder `directory`, the
+  /// panel opens at one of the system's choosing.
+  virtual std::optional<std::string> chooseFolder(const FolderPanel& panel) = 0;
 
   /// Shows the panel that says what this application is, with its name, icon and version as the
   /// bundle gives them, and `credits` below: lines of plain text in small letters. Returns at once;

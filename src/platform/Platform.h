@@ -7,6 +7,7 @@ class BackgroundQueue;
 class Bundle;
 class ChildProcesses;
 class Clock;
+class CloudFiles;
 class Dialogs;
 class Environment;
 class FileSystem;
@@ -42,6 +43,7 @@ struct Platform {
   StatusBar& statusBar;
   Workspace& workspace;
   LoginItem& loginItem;
+  CloudFiles& cloudFiles;
 };
 
 } // namespace driftmark

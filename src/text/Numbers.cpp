@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cstdio>
 #include <limits>
 #include <locale>
 #include <sstream>
@@ -69,10 +70,18 @@ std::optional<std::int64_t> toInt64(std::string_view text) {
   return value;
 }
 
+std::optional<std::int64_t> sum(std::int64_t one, std::int64_t other) {
+  using Limits = std::numeric_limits<std::int64_t>;
+  if (other > 0 ? one > Limits::max() - other : one < Limits::min() - other)
+    return std::nullopt;
+  return one + other;
+}
+
 std::string wholeNumber(double number) {
+  // Before macOS 13.3, `std::to_chars` takes no doubles.
   std::array<char, std::numeric_limits<double>::max_exponent10 + 3> digits{};
-  const auto end = std::to_chars(digits.begin(), digits.end(), number, std::chars_format::fixed, 0);
-  return {digits.begin(), end.ptr};
+  const int count = std::snprintf(digits.data(), digits.size(), "%.0f", number);
+  return {digits.data(), static_cast<std::size_t>(count)};
 }
 
 } // namespace driftmark

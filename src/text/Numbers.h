@@ -15,6 +15,9 @@ std::optional<double> toDouble(std::string_view text);
 /// sign in front. Absent beyond the range.
 std::optional<std::int64_t> toInt64(std::string_view text);
 
+/// `one` and `other` added up. Absent beyond the range.
+std::optional<std::int64_t> sum(std::int64_t one, std::int64_t other);
+
 /// `number` rounded to a whole one, in decimal digits; a half goes to the even neighbour.
 std::string wholeNumber(double number);
 

@@ -16,6 +16,7 @@ class SyncMonitor;
 class UpdateChecker;
 struct ActiveItem;
 struct CompletedItem;
+struct Survey;
 
 /// The whole interface: the status item, its menu and what the menu does. Owns the monitor and the
 /// update checker. One instance, held by a shared pointer; all of it runs on the main thread.
@@ -74,6 +75,11 @@ private:
   void showAbout();
   void checkForUpdates();
   void toggleLaunchAtLogin();
+
+  // FreeUpSpace.cpp
+  void freeUpSpace();
+  void confirmEviction(Survey survey, const std::string& folder);
+  template <class Work, class Then> void inBackground(Work work, Then then);
 
   const Platform platform_;
   std::unique_ptr<StatusItem> statusItem_; ///< null when the system gave none

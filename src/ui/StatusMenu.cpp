@@ -178,7 +178,7 @@ void StatusItemController::addFixedItems(Menu& menu) {
   menu.push_back(separator());
   menu.push_back(command("Open iCloud Drive", &StatusItemController::openICloudDrive));
   menu.back().keyEquivalent = std::string("o");
-  menu.push_back(titled(MenuItem::Kind::command, "Free Up Space…"));
+  menu.push_back(command("Free Up Space…", &StatusItemController::freeUpSpace));
 
   menu.push_back(separator());
   menu.push_back(command("About Driftmark", &StatusItemController::showAbout));

@@ -3,6 +3,7 @@
 #include "support/contracts/BundleContract.h"
 #include "support/contracts/ChildProcessesContract.h"
 #include "support/contracts/ClockContract.h"
+#include "support/contracts/CloudFilesContract.h"
 #include "support/contracts/DialogsContract.h"
 #include "support/contracts/EnvironmentContract.h"
 #include "support/contracts/FileSystemContract.h"
@@ -15,6 +16,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -251,9 +253,48 @@ public:
   Dialogs& dialogs() override { return dialogs_; }
   void willPress(std::size_t button) override { dialogs_.answer(button); }
   void willClose() override {}
+  std::string folder() override { return "/Drive"; }
+  std::string folderInside() override { return "/Drive/Folder"; }
+  void willChoose(const std::string& folder) override { dialogs_.choose(folder); }
+  void willConfirm() override { dialogs_.choose(folder()); }
+  void willCancel() override {}
 
 private:
   TestDialogs dialogs_;
+};
+
+class FakeCloudFiles final : public CloudFilesSubject {
+public:
+  CloudFiles& cloudFiles() override { return files_; }
+  std::string folder() override { return "/Drive"; }
+  void addFolder(const std::string& path) override {
+    ResourceValues values;
+    values.isRegularFile = false;
+    add({.path = path, .values = values});
+  }
+  void addFile(const std::string& path, std::optional<DownloadingStatus> status) override {
+    const bool isHere = status != DownloadingStatus::notDownloaded;
+    add({.path = path,
+         .values = ResourceValues{.isRegularFile = true,
+                                  .isUbiquitousItem = status.has_value(),
+                                  .downloadingStatus = status,
+                                  .totalFileAllocatedSize = isHere ? 4096 : 0}});
+  }
+  void refuseToEvict(const std::string& path) override { files_.failEviction(path, "refused"); }
+
+private:
+  /// A walk of any folder above the item comes by it.
+  void add(const WalkEntry& entry) {
+    for (std::size_t slash = entry.path->rfind('/'); slash != 0;
+         slash = entry.path->rfind('/', slash - 1)) {
+      const std::string above = entry.path->substr(0, slash);
+      entries_[above].push_back(entry);
+      files_.list(above, entries_[above]);
+    }
+  }
+
+  TestCloudFiles files_;
+  std::map<std::string, std::vector<WalkEntry>> entries_;
 };
 
 /// Replies to all that waits, whenever the queue runs.
@@ -334,6 +375,8 @@ INSTANTIATE_TEST_SUITE_P(Fake, BundleContract, Values(subject<BundleSubject, Fak
                          subjectName);
 INSTANTIATE_TEST_SUITE_P(Fake, DialogsContract,
                          Values(subject<DialogsSubject, FakeDialogs>("fake")), subjectName);
+INSTANTIATE_TEST_SUITE_P(Fake, CloudFilesContract,
+                         Values(subject<CloudFilesSubject, FakeCloudFiles>("fake")), subjectName);
 INSTANTIATE_TEST_SUITE_P(Fake, HttpClientContract,
                          Values(subject<HttpClientSubject, FakeHttpClient>("fake")), subjectName);
 

@@ -52,6 +52,17 @@ TEST(NumbersTest, anythingElseIsNoInteger) {
     EXPECT_EQ(toInt64(text), std::nullopt) << text;
 }
 
+TEST(NumbersTest, sumBeyondTheRangeIsAbsent) {
+  using Limits = std::numeric_limits<std::int64_t>;
+  EXPECT_EQ(sum(2, 3), 5);
+  EXPECT_EQ(sum(Limits::max(), Limits::min()), -1);
+  EXPECT_EQ(sum(Limits::max() - 1, 1), Limits::max());
+  EXPECT_EQ(sum(Limits::min() + 1, -1), Limits::min());
+  EXPECT_EQ(sum(Limits::max(), 1), std::nullopt);
+  EXPECT_EQ(sum(1, Limits::max()), std::nullopt);
+  EXPECT_EQ(sum(Limits::min(), -1), std::nullopt);
+}
+
 TEST(NumbersTest, wholeNumberIsRoundedHalvesToEven) {
   EXPECT_EQ(wholeNumber(42.4), "42");
   EXPECT_EQ(wholeNumber(99.6), "100");

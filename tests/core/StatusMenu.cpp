@@ -10,7 +10,7 @@ using testing::ElementsAreArray;
 
 const Lines fixedItems{"---",
                        "Open iCloud Drive",
-                       "(Free Up Space…)",
+                       "Free Up Space…",
                        "---",
                        "About Driftmark",
                        "Check for Updates…",

@@ -1,5 +1,6 @@
 // The real adapters keep the contracts of their ports.
 
+#include "CloudDrive.h"
 #include "EventLoop.h"
 #include "ScopedVariable.h"
 #include "StandardErrorCapture.h"
@@ -21,6 +22,7 @@
 #include "support/contracts/BundleContract.h"
 #include "support/contracts/ChildProcessesContract.h"
 #include "support/contracts/ClockContract.h"
+#include "support/contracts/CloudFilesContract.h"
 #include "support/contracts/DialogsContract.h"
 #include "support/contracts/EnvironmentContract.h"
 #include "support/contracts/FileSystemContract.h"
@@ -41,6 +43,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTimer>
 
@@ -217,6 +220,8 @@ INSTANTIATE_TEST_SUITE_P(Linux, BundleContract, Values(subject<BundleSubject, Re
 
 class RealDialogs final : public DialogsSubject {
 public:
+  RealDialogs() { std::filesystem::create_directory(folderInside()); }
+
   Dialogs& dialogs() override { return dialogs_; }
   void willPress(std::size_t button) override {
     act([button](QWidget& alert) {
@@ -227,8 +232,24 @@ public:
   void willClose() override {
     act([](QWidget& alert) { alert.close(); });
   }
+  std::string folder() override { return folder_.path(); }
+  std::string folderInside() override { return folder_.path("inside"); }
+  void willChoose(const std::string& folder) override {
+    act([folder](QWidget& panel) {
+      panel.findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(folder));
+      confirm(panel);
+    });
+  }
+  void willConfirm() override { act(confirm); }
+  void willCancel() override { willClose(); }
 
 private:
+  static void confirm(QWidget& panel) {
+    for (auto* const button : panel.findChildren<QPushButton*>())
+      if (button->isDefault())
+        button->click();
+  }
+
   void act(const std::function<void(QWidget&)>& action) {
     QTimer::singleShot(0, &context_, [action] {
       if (QWidget* const alert = QApplication::activeModalWidget())
@@ -236,6 +257,7 @@ private:
     });
   }
 
+  TemporaryFolder folder_;
   QObject context_;
   LinuxBundle bundle_{"/nowhere/program", ""};
   QtDialogs dialogs_{bundle_};
@@ -243,6 +265,39 @@ private:
 
 INSTANTIATE_TEST_SUITE_P(Qt, DialogsContract, Values(subject<DialogsSubject, RealDialogs>("real")),
                          subjectName);
+
+class RealCloudFiles final : public CloudFilesSubject {
+public:
+  CloudFiles& cloudFiles() override { return drive_.files(); }
+  std::string folder() override { return drive_.path(); }
+  void addFolder(const std::string& path) override { std::filesystem::create_directory(path); }
+  void addFile(const std::string& path, std::optional<DownloadingStatus> status) override {
+    drive_.addFile(path.substr(folder().size() + 1), stateOf(status),
+                   status != DownloadingStatus::notDownloaded);
+  }
+  void refuseToEvict(const std::string& path) override { drive_.refuseToEvict(path); }
+
+private:
+  /// Null for a file that is none of the cloud's.
+  static const char* stateOf(std::optional<DownloadingStatus> status) {
+    if (!status)
+      return nullptr;
+    switch (*status) {
+    case DownloadingStatus::notDownloaded:
+      return "evicted";
+    case DownloadingStatus::downloaded:
+      return "downloading";
+    case DownloadingStatus::current:
+      break;
+    }
+    return "current";
+  }
+
+  CloudDrive drive_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Linux, CloudFilesContract,
+                         Values(subject<CloudFilesSubject, RealCloudFiles>("real")), subjectName);
 
 class RealHttpClient final : public HttpClientSubject {
 public:

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <deque>
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,6 +27,17 @@ public:
     return answer;
   }
 
+  std::optional<std::string> chooseFolder(const FolderPanel& panel) override {
+    folderPanels_.push_back(panel);
+    return std::exchange(folder_, std::nullopt);
+  }
+
+  /// The next folder panel gets this answer; without one in store nothing is chosen.
+  void choose(std::string folder) { folder_ = std::move(folder); }
+
+  /// All folder panels so far, which are forgotten here.
+  std::vector<FolderPanel> takeFolderPanels() { return std::exchange(folderPanels_, {}); }
+
   void orderFrontAboutPanel(const std::string& credits) override {
     aboutPanels_.push_back(credits);
   }
@@ -45,6 +57,8 @@ public:
 private:
   std::vector<Alert> shown_;
   std::vector<std::string> aboutPanels_;
+  std::vector<FolderPanel> folderPanels_;
+  std::optional<std::string> folder_;
   std::deque<std::size_t> answers_;
   std::function<void(const Alert&)> onShow_;
 };

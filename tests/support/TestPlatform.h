@@ -6,6 +6,7 @@
 #include "support/TestBundle.h"
 #include "support/TestChildProcesses.h"
 #include "support/TestClock.h"
+#include "support/TestCloudFiles.h"
 #include "support/TestDialogs.h"
 #include "support/TestEnvironment.h"
 #include "support/TestFileSystem.h"
@@ -51,7 +52,8 @@ public:
             .signals = signals,
             .statusBar = statusBar,
             .workspace = workspace,
-            .loginItem = loginItem};
+            .loginItem = loginItem,
+            .cloudFiles = cloudFiles};
   }
 
   /// Runs waiting background and main-queue tasks, without moving time, until none is left.
@@ -78,6 +80,7 @@ public:
   TestStatusBar statusBar;
   TestWorkspace workspace;
   TestLoginItem loginItem;
+  TestCloudFiles cloudFiles;
   TestMainQueue mainQueue{clock};
   TestSignals signals{mainQueue};
   TestChildProcesses childProcesses{mainQueue};

@@ -25,11 +25,16 @@ LinuxPlatform::LinuxPlatform(const SystemRoot& root)
 /// The background queue waits for its tasks, and these may wait for children.
 LinuxPlatform::~LinuxPlatform() {
   living = nullptr;
-  childProcesses_.shutdown();
+  shutdown();
 }
 
 void LinuxPlatform::endWithTheProcess() {
   application_.willTerminate();
+  shutdown();
+}
+
+void LinuxPlatform::shutdown() {
+  cloudFiles_.shutdown();
   childProcesses_.shutdown();
 }
 
@@ -51,7 +56,8 @@ Platform LinuxPlatform::ports() {
           .signals = signals_,
           .statusBar = statusBar_,
           .workspace = workspace_,
-          .loginItem = loginItem_};
+          .loginItem = loginItem_,
+          .cloudFiles = cloudFiles_};
 }
 
 } // namespace driftmark

@@ -3,6 +3,7 @@
 #include "platform/Platform.h"
 #include "platform/linux/LinuxBackgroundQueue.h"
 #include "platform/linux/LinuxBundle.h"
+#include "platform/linux/LinuxCloudFiles.h"
 #include "platform/linux/LinuxFileSystem.h"
 #include "platform/linux/LinuxRunningApplications.h"
 #include "platform/linux/LinuxSignals.h"
@@ -42,6 +43,9 @@ private:
   /// returns any more, and no object goes.
   void endWithTheProcess();
 
+  /// Lets background work come to its end soon.
+  void shutdown();
+
   SystemClock clock_;
   LinuxSystemLog systemLog_;
   LinuxFileSystem fileSystem_;
@@ -59,6 +63,7 @@ private:
   LinuxSignals signals_{mainQueue_};
   PosixChildProcesses childProcesses_;
   LinuxWorkspace workspace_{childProcesses_};
+  LinuxCloudFiles cloudFiles_{childProcesses_};
   LinuxBackgroundQueue backgroundQueue_;
 };
 

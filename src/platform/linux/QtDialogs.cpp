@@ -1,11 +1,16 @@
 #include "platform/linux/QtDialogs.h"
 
 #include "platform/linux/AlertDialog.h"
+#include "platform/linux/FolderDialog.h"
 
 namespace driftmark {
 
 std::size_t QtDialogs::runModal(const Alert& alert) {
   return AlertDialog(alert).run();
+}
+
+std::optional<std::string> QtDialogs::chooseFolder(const FolderPanel& panel) {
+  return FolderDialog(panel).run();
 }
 
 void QtDialogs::orderFrontAboutPanel(const std::string& credits) {

@@ -6,14 +6,15 @@
 
 namespace driftmark {
 
-/// Alerts and the about panel as windows of this program. Needs a QApplication; makes no window
-/// before there is something to show.
+/// Alerts, the folder panel and the about panel as windows of this program. Needs a QApplication;
+/// makes no window before there is something to show.
 class QtDialogs final : public Dialogs {
 public:
   /// The bundle outlives this object.
   explicit QtDialogs(const Bundle& bundle) : bundle_(bundle) {}
 
   std::size_t runModal(const Alert& alert) override;
+  std::optional<std::string> chooseFolder(const FolderPanel& panel) override;
   void orderFrontAboutPanel(const std::string& credits) override;
 
 private:

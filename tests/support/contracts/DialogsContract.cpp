@@ -25,4 +25,19 @@ TEST_P(DialogsContract, alertWithoutButtonsCanBeAcknowledgedAndClosed) {
   EXPECT_EQ(show({}), 0U);
 }
 
+TEST_P(DialogsContract, chosenFolderIsToldByItsPath) {
+  subject_->willChoose(subject_->folderInside());
+  EXPECT_EQ(chooseFolder(), subject_->folderInside());
+}
+
+TEST_P(DialogsContract, folderThatThePanelOpenedAtIsToldAsItWasNamed) {
+  subject_->willConfirm();
+  EXPECT_EQ(chooseFolder(), subject_->folder());
+}
+
+TEST_P(DialogsContract, cancelledPanelHasNoFolder) {
+  subject_->willCancel();
+  EXPECT_EQ(chooseFolder(), std::nullopt);
+}
+
 } // namespace driftmark::test

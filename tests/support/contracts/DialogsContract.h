@@ -5,6 +5,9 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -20,6 +23,16 @@ public:
   /// The next alert is answered by its button of this index, or closed.
   virtual void willPress(std::size_t button) = 0;
   virtual void willClose() = 0;
+
+  /// A folder that there is, without a trailing slash, and one in it.
+  virtual std::string folder() = 0;
+  virtual std::string folderInside() = 0;
+
+  /// In the next folder panel a folder is chosen, or the one that it opened at is confirmed, or
+  /// nothing is chosen.
+  virtual void willChoose(const std::string& folder) = 0;
+  virtual void willConfirm() = 0;
+  virtual void willCancel() = 0;
 };
 
 class DialogsContract : public testing::TestWithParam<SubjectFactory<DialogsSubject>> {
@@ -27,6 +40,13 @@ protected:
   std::size_t show(const std::vector<std::string>& buttons) {
     return subject_->dialogs().runModal(
         {.messageText = "message", .informativeText = "information", .buttons = buttons});
+  }
+
+  std::optional<std::string> chooseFolder() {
+    return subject_->dialogs().chooseFolder({.title = "title",
+                                             .message = "message",
+                                             .prompt = "prompt",
+                                             .directory = subject_->folder()});
   }
 
   std::unique_ptr<DialogsSubject> subject_ = GetParam().make();

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "platform/CloudFiles.h"
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace driftmark::test {
+
+/// Cloud files in memory: a walk comes by what the test listed for a folder, in that order.
+class TestCloudFiles final : public CloudFiles {
+public:
+  /// A file that an eviction would free, `bytes` in size.
+  static WalkEntry downloaded(std::string path, std::int64_t bytes) {
+    return {.path = std::move(path),
+            .values = ResourceValues{.isRegularFile = true,
+                                     .isUbiquitousItem = true,
+                                     .downloadingStatus = DownloadingStatus::current,
+                                     .totalFileAllocatedSize = bytes}};
+  }
+
+  /// What a walk of `folder` comes by from now on.
+  void list(const std::string& folder, std::vector<WalkEntry> entries) {
+    const std::scoped_lock lock(mutex_);
+    entries_[folder] = std::move(entries);
+  }
+
+  /// Lets every eviction of the file at `path` fail so.
+  void failEviction(const std::string& path, std::string description) {
+    const std::scoped_lock lock(mutex_);
+    failures_[path] = std::move(description);
+  }
+
+  /// The files whose eviction was asked for, in that order, failed ones included; forgotten here.
+  std::vector<std::string> takeEvictions() {
+    const std::scoped_lock lock(mutex_);
+    return std::exchange(evictions_, {});
+  }
+
+  /// The folders that were walked, which are forgotten here.
+  std::vector<std::string> takeWalks() {
+    const std::scoped_lock lock(mutex_);
+    return std::exchange(walks_, {});
+  }
+
+  void walk(const std::string& folder, const Visitor& visit) const override {
+    std::vector<WalkEntry> entries;
+    {
+      const std::scoped_lock lock(mutex_);
+      walks_.push_back(folder);
+      if (const auto found = entries_.find(folder); found != entries_.end())
+        entries = found->second;
+    }
+    for (const WalkEntry& entry : entries)
+      visit(entry);
+  }
+
+  std::optional<PlatformError> evict(const std::string& path) override {
+    const std::scoped_lock lock(mutex_);
+    evictions_.push_back(path);
+    const auto failure = failures_.find(path);
+    return failure == failures_.end() ? std::nullopt
+                                      : std::optional(PlatformError{failure->second});
+  }
+
+private:
+  mutable std::mutex mutex_;
+  std::map<std::string, std::vector<WalkEntry>> entries_;
+  std::map<std::string, std::string> failures_;
+  std::vector<std::string> evictions_;
+  mutable std::vector<std::string> walks_;
+};
+
+} // namespace driftmark::test

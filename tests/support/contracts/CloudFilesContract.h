@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/CloudFiles.h"
+#include "support/contracts/SubjectFactory.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace driftmark::test {
+
+/// Cloud files under test, with a folder whose contents the test makes.
+class CloudFilesSubject {
+public:
+  virtual ~CloudFilesSubject() = default;
+
+  virtual CloudFiles& cloudFiles() = 0;
+
+  /// An empty folder of this test's own, without a trailing slash.
+  virtual std::string folder() = 0;
+
+  /// Make an item below the folder, named by its whole path: a folder, and a file of some bytes
+  /// that is in the cloud, or is not.
+  virtual void addFolder(const std::string& path) = 0;
+  virtual void addFile(const std::string& path, std::optional<DownloadingStatus> status) = 0;
+
+  /// Lets the eviction of a file fail.
+  virtual void refuseToEvict(const std::string& path) = 0;
+};
+
+class CloudFilesContract : public testing::TestWithParam<SubjectFactory<CloudFilesSubject>> {
+protected:
+  CloudFiles& cloudFiles() { return subject_->cloudFiles(); }
+  std::string inFolder(const std::string& name) { return subject_->folder() + "/" + name; }
+
+  void addCurrent(const std::string& name) {
+    subject_->addFile(inFolder(name), DownloadingStatus::current);
+  }
+
+  std::unique_ptr<CloudFilesSubject> subject_ = GetParam().make();
+};
+
+} // namespace driftmark::test
