@@ -84,8 +84,12 @@ void StatusItemController::confirmEviction(Survey survey, const std::string& fol
   }
   const std::size_t count = survey.files.size();
   const std::string size = platform_.text.byteCount(survey.bytes);
-  if (platform_.dialogs.runModal(question(name, count, size)) != 0)
+  if (platform_.dialogs.runModal(question(name, count, size)) != 0) {
+    // Letting go of a million paths takes its time.
+    platform_.backgroundQueue.async(QualityOfService::utility,
+                                    [files = std::move(survey.files)] {});
     return;
+  }
   log(platform_.systemLog,
       {"evicting ", std::to_string(count), " files (", size, ") under ", folder});
   inBackground(
