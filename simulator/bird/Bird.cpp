@@ -1,5 +1,7 @@
 #include "bird/Bird.h"
 
+#include "bird/PathLookup.h"
+#include "bird/Refusal.h"
 #include "bird/ReplyFeeder.h"
 #include "bird/StatusReport.h"
 #include "common/LocalSocket.h"
@@ -24,28 +26,38 @@ namespace {
 constexpr const char* containerName = "com.apple.CloudDocs";
 constexpr const char* driveFolder = "Library/Mobile Documents/com~apple~CloudDocs";
 
+std::unique_ptr<Feeder> reply(std::initializer_list<std::string_view> fields) {
+  std::string bytes;
+  appendRecord(bytes, fields);
+  return std::make_unique<ReplyFeeder>(std::move(bytes));
+}
+
 std::unique_ptr<Feeder> failure(const std::string& text) {
-  std::string reply;
-  appendRecord(reply, {"failure", text});
-  return std::make_unique<ReplyFeeder>(std::move(reply));
+  return reply({"failure", text});
+}
+
+std::string wordsOf(const std::system_error& problem) {
+  return problem.code() == std::errc::no_such_file_or_directory ? Refusal::noSuchFile
+                                                                : problem.code().message();
 }
 
 } // namespace
 
 Bird::Bird(const BirdOptions& options, SystemRoot root, const Scenario& scenario)
     : root_(std::move(root)), beginAfter_(options.beginAfter), journal_(root_.birdJournal()),
-      resumed_(options.resume), cloud_{Drive(options.home / driveFolder,
-                                             [this](ItemId id) { itemChanged(id); }),
-                                       GlobalTransfers([this](std::size_t number,
-                                                              GlobalTransfers::Progress progress) {
-                                         globalChanged(number, progress);
-                                       }),
-                                       StatusJobs(), 0},
+      acts_(root_.birdActs()), resumed_(options.resume),
+      cloud_{Drive(options.home / driveFolder, [this](ItemId id) { itemChanged(id); }),
+             GlobalTransfers([this](std::size_t number, GlobalTransfers::Progress progress) {
+               globalChanged(number, progress);
+             }),
+             StatusJobs(), 0},
       player_(scenario, cloud_, *this), signals_(signalDescriptor({SIGTERM, SIGINT})) {
-  if (resumed_)
+  if (resumed_) {
     recall(journal_.read());
-  else
+  } else {
+    acts_.clear();
     player_.setStage();
+  }
   std::filesystem::create_directories(root_.runFolder());
   listener_ = listenAt(root_.runFolder(), SystemRoot::birdSocket);
 }
@@ -59,8 +71,11 @@ void Bird::recall(const JournalEntry& entry) {
   beginAfter_ = entry.beginAfter;
   cloud_.drive.setRecalling(true);
   player_.setStage();
-  player_.resume(entry.progress, Player::Clock::now());
+  const auto now = Player::Clock::now();
+  player_.resume(entry.progress, acts_.read(), now);
   cloud_.drive.setRecalling(false);
+  for (const ItemId id : cloud_.drive.finishInterruptedWork())
+    acts_.add(player_.act(ClientAct::Kind::eviction, id, now));
 }
 
 void Bird::note() {
@@ -68,6 +83,7 @@ void Bird::note() {
 }
 
 void Bird::run() {
+  note(); // whoever is told may kill it at once, and have it started again
   tell(resumed_ ? "resumed" : "ready", "");
   if (beginAfter_.empty() && !player_.hasBegun())
     player_.begin(Player::Clock::now());
@@ -143,14 +159,38 @@ void Bird::answer(Connection& connection, const Record& request) {
   } else if (kind == statusRequest) {
     connection.client.serve(std::make_unique<ReplyFeeder>(statusReport(cloud_)));
   } else if (kind == quotaRequest) {
-    std::string reply;
-    appendRecord(reply, {"quota", std::to_string(cloud_.quota)});
-    connection.client.serve(std::make_unique<ReplyFeeder>(std::move(reply)));
+    connection.client.serve(reply({"quota", std::to_string(cloud_.quota)}));
+  } else if ((kind == evictRequest || kind == downloadRequest) && request.size() == 2) {
+    connection.client.serve(answerTo(
+        kind == evictRequest ? ClientAct::Kind::eviction : ClientAct::Kind::download, request[1]));
+    return;
   } else {
     connection.client.serve(failure("bird does not know what this client asks for"));
     return;
   }
   beginWhenReady(kind);
+}
+
+std::unique_ptr<Feeder> Bird::answerTo(ClientAct::Kind kind, const std::string& path) {
+  try {
+    obey(kind, path);
+    return reply({"done"});
+  } catch (const std::system_error& problem) {
+    return failure(wordsOf(problem));
+  } catch (const std::exception& problem) {
+    return failure(problem.what());
+  }
+}
+
+// An act is noted once it is done. One that this process does not live to note is found on disk.
+void Bird::obey(ClientAct::Kind kind, const std::string& path) {
+  const auto id = lookUp(cloud_.drive, path);
+  if (!id && kind == ClientAct::Kind::eviction)
+    throw Refusal(Refusal::stillUploading);
+  if (!id)
+    return;
+  if (const auto act = player_.obey(kind, *id, Player::Clock::now()))
+    acts_.add(*act);
 }
 
 void Bird::beginWhenReady(const std::string& served) {

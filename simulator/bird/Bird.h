@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bird/ActLog.h"
 #include "bird/BirdOptions.h"
 #include "bird/Client.h"
 #include "bird/Cloud.h"
@@ -46,6 +47,8 @@ private:
   void tell(const char* word, const std::string& text) override;
 
   void recall(const JournalEntry& entry);
+  std::unique_ptr<Feeder> answerTo(ClientAct::Kind kind, const std::string& path);
+  void obey(ClientAct::Kind kind, const std::string& path);
   void note();
   bool waitForWork();
   int pollTimeout() const;
@@ -59,6 +62,7 @@ private:
   SystemRoot root_;
   std::set<std::string> beginAfter_;
   Journal journal_;
+  ActLog acts_;
   bool resumed_;
   bool isKilled_ = false;
   Cloud cloud_;

@@ -1,21 +1,35 @@
 #include "bird/DiskFile.h"
 
+#include "bird/Refusal.h"
 #include "common/Descriptor.h"
 #include "common/SystemFailure.h"
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/xattr.h>
 
 namespace icloud {
 namespace {
 
+constexpr std::size_t chunkSize = 65536;
+using Chunk = std::array<char, chunkSize>;
+
 Descriptor openFile(const std::filesystem::path& path, int flags) {
-  Descriptor opened(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW | flags, 0644));
+  Descriptor opened(open(path.c_str(), O_CLOEXEC | O_NOFOLLOW | flags, 0644));
   if (!opened)
     throwSystemFailure("cannot open " + path.string());
   return opened;
+}
+
+struct stat statusOf(const Descriptor& file, const std::filesystem::path& path) {
+  struct stat status {};
+  if (fstat(file.get(), &status) != 0)
+    throwSystemFailure("cannot look at " + path.string());
+  return status;
 }
 
 void setSize(const Descriptor& file, const std::filesystem::path& path, std::uint64_t bytes) {
@@ -23,39 +37,145 @@ void setSize(const Descriptor& file, const std::filesystem::path& path, std::uin
     throwSystemFailure("cannot size " + path.string());
 }
 
-void takeBlocks(const Descriptor& file, const std::filesystem::path& path, std::uint64_t bytes) {
+std::span<char> part(Chunk& chunk, std::uint64_t offset, std::uint64_t end) {
+  return {chunk.data(), static_cast<std::size_t>(std::min<std::uint64_t>(end - offset, chunkSize))};
+}
+
+void write(const Descriptor& file, const std::filesystem::path& path, const Contents& contents,
+           std::uint64_t begin, std::uint64_t end) {
+  Chunk chunk;
+  for (std::uint64_t offset = begin / chunkSize * chunkSize; offset < end; offset += chunkSize) {
+    std::span<char> left = part(chunk, offset, end);
+    contents.read(offset, left);
+    for (std::uint64_t at = offset; !left.empty();) {
+      const ssize_t count = pwrite(file.get(), left.data(), left.size(), static_cast<off_t>(at));
+      if (count < 0)
+        throwSystemFailure("cannot fill " + path.string());
+      left = left.subspan(static_cast<std::size_t>(count));
+      at += static_cast<std::uint64_t>(count);
+    }
+  }
+}
+
+bool holds(const Descriptor& file, const std::filesystem::path& path, const Contents& contents) {
+  const struct stat status = statusOf(file, path);
+  if (!S_ISREG(status.st_mode) || static_cast<std::uint64_t>(status.st_size) != contents.size())
+    return false;
+  Chunk here;
+  Chunk there;
+  for (std::uint64_t offset = 0; offset < contents.size();) {
+    const auto expected = part(there, offset, contents.size());
+    contents.read(offset, expected);
+    const ssize_t count =
+        pread(file.get(), here.data(), expected.size(), static_cast<off_t>(offset));
+    if (count < 0)
+      throwSystemFailure("cannot read " + path.string());
+    if (static_cast<std::size_t>(count) != expected.size() ||
+        std::memcmp(here.data(), there.data(), expected.size()) != 0)
+      return false;
+    offset += expected.size();
+  }
+  return true;
+}
+
+/// Puts a file's times back that it had before it was worked on.
+void restoreTimes(const Descriptor& file, const struct stat& before) {
+  const std::array<timespec, 2> times{before.st_atim, before.st_mtim};
+  futimens(file.get(), times.data());
+}
+
+// The last block goes only with a hole that ends behind it.
+void punch(const Descriptor& file, const std::filesystem::path& path, std::uint64_t bytes) {
   if (bytes == 0)
     return;
-  if (const int problem = posix_fallocate(file.get(), 0, static_cast<off_t>(bytes)))
-    throwSystemFailure("cannot fill " + path.string(), problem);
+  constexpr std::uint64_t beyond = 0xfffff;
+  if (fallocate(file.get(), FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, 0,
+                static_cast<off_t>(bytes | beyond) + 1) != 0) {
+    if (errno != EOPNOTSUPP)
+      throwSystemFailure("cannot empty " + path.string());
+    setSize(file, path, 0);
+    setSize(file, path, bytes);
+  }
+}
+
+// Nobody else has the file open, and who opens it now waits until this descriptor is closed. Where
+// there are no such leases, or not for this user, it has to do without.
+void keepOthersOut(const Descriptor& file) {
+  if (fcntl(file.get(), F_SETLEASE, F_WRLCK) != 0 && errno == EAGAIN)
+    throw Refusal(Refusal::inUse);
+}
+
+/// 0, or why the state could not be noted.
+int tryToNote(const std::filesystem::path& path, const char* state) {
+  const bool isNoted =
+      lsetxattr(path.c_str(), DiskFile::stateAttribute, state, std::strlen(state), 0) == 0;
+  return isNoted ? 0 : errno;
 }
 
 } // namespace
 
-void DiskFile::createWithContents(std::uint64_t bytes) const {
+void DiskFile::createWithContents(const Contents& contents) const {
   if (recalled_)
     return;
-  takeBlocks(openFile(path_, O_CREAT | O_EXCL), path_, bytes);
+  write(openFile(path_, O_WRONLY | O_CREAT | O_EXCL), path_, contents, 0, contents.size());
 }
 
 void DiskFile::createEmptied(std::uint64_t bytes) const {
   if (recalled_)
     return;
-  setSize(openFile(path_, O_CREAT | O_EXCL), path_, bytes);
+  setSize(openFile(path_, O_WRONLY | O_CREAT | O_EXCL), path_, bytes);
 }
 
-void DiskFile::fetch(std::uint64_t present) const {
+void DiskFile::fetch(const Contents& contents, std::uint64_t before, std::uint64_t present) const {
   if (recalled_)
     return;
-  takeBlocks(openFile(path_, 0), path_, present);
+  const Descriptor file = openFile(path_, O_WRONLY);
+  const struct stat times = statusOf(file, path_);
+  write(file, path_, contents, before, present);
+  restoreTimes(file, times);
 }
 
 void DiskFile::dropContents(std::uint64_t bytes) const {
   if (recalled_)
     return;
-  const Descriptor file = openFile(path_, 0);
-  setSize(file, path_, 0);
-  setSize(file, path_, bytes);
+  const Descriptor file = openFile(path_, O_WRONLY);
+  const struct stat before = statusOf(file, path_);
+  punch(file, path_, bytes);
+  restoreTimes(file, before);
+}
+
+void DiskFile::evict(const Contents& contents) const {
+  if (recalled_)
+    return;
+  const Descriptor file = openFile(path_, O_RDWR);
+  keepOthersOut(file);
+  const struct stat before = statusOf(file, path_);
+  if (!holds(file, path_, contents))
+    throw Refusal(Refusal::stillUploading);
+  if (const int problem = tryToNote(path_, evictedState); problem != 0 && problem != ENOTSUP)
+    throwSystemFailure("cannot note the state of " + path_.string(), problem);
+  try {
+    punch(file, path_, contents.size());
+  } catch (const std::system_error&) {
+    tryToNote(path_, currentState);
+    throw;
+  }
+  restoreTimes(file, before);
+}
+
+void DiskFile::checkEmptied() const {
+  if (recalled_)
+    return;
+  const Descriptor file = openFile(path_, O_WRONLY);
+  if (lseek(file.get(), 0, SEEK_DATA) >= 0)
+    throw Refusal(Refusal::stillUploading);
+}
+
+void DiskFile::lock() const {
+  if (recalled_)
+    return;
+  if (chmod(path_.c_str(), 0444) != 0)
+    throwSystemFailure("cannot lock " + path_.string());
 }
 
 void DiskFile::remove() const {
@@ -68,10 +188,15 @@ void DiskFile::remove() const {
 void DiskFile::note(const char* state) const {
   if (recalled_)
     return;
-  if (setxattr(path_.c_str(), stateAttribute, state, std::strlen(state), 0) == 0)
-    return;
-  if (errno != ENOTSUP && errno != EPERM && errno != ENOSPC)
-    throwSystemFailure("cannot note the state of " + path_.string());
+  const int problem = tryToNote(path_, state);
+  if (problem != 0 && problem != ENOTSUP && problem != EPERM && problem != ENOSPC)
+    throwSystemFailure("cannot note the state of " + path_.string(), problem);
+}
+
+std::string DiskFile::noted() const {
+  std::array<char, 32> state{};
+  const ssize_t size = lgetxattr(path_.c_str(), stateAttribute, state.data(), state.size());
+  return size < 0 ? std::string() : std::string(state.data(), static_cast<std::size_t>(size));
 }
 
 } // namespace icloud

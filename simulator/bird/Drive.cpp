@@ -1,6 +1,9 @@
 #include "bird/Drive.h"
 
+#include "bird/Refusal.h"
+
 #include <stdexcept>
+#include <system_error>
 
 namespace icloud {
 namespace {
@@ -9,18 +12,22 @@ const char* noteOf(ItemState state) {
   switch (state) {
   case ItemState::folder:
   case ItemState::current:
-    return "current";
+    return DiskFile::currentState;
   case ItemState::evicted:
-    return "evicted";
+    return DiskFile::evictedState;
   case ItemState::uploading:
     return "uploading";
   case ItemState::downloading:
-    return "downloading";
+    return DiskFile::downloadingState;
   case ItemState::other:
   case ItemState::gone:
     break;
   }
   return "other";
+}
+
+Contents contentsOf(const Item& item) {
+  return {item.path, item.bytes};
 }
 
 } // namespace
@@ -60,7 +67,7 @@ void Drive::addFolder(const std::string& path) {
     addFolder(path.substr(0, slash));
   if (!recalling_)
     std::filesystem::create_directory(folder_ / path);
-  add(Item{path, 0, std::nullopt, ItemState::folder, true});
+  add(Item{path, 0, 0, std::nullopt, ItemState::folder, true});
 }
 
 ItemId Drive::addFile(const std::string& path, std::uint64_t bytes, bool contentsHere) {
@@ -69,10 +76,10 @@ ItemId Drive::addFile(const std::string& path, std::uint64_t bytes, bool content
   if (const auto slash = path.rfind('/'); slash != std::string::npos)
     addFolder(path.substr(0, slash));
   const ItemState state = contentsHere ? ItemState::current : ItemState::evicted;
-  Item item{path, bytes, std::nullopt, state, contentsHere};
+  Item item{path, bytes, 0, std::nullopt, state, contentsHere};
   const DiskFile file = diskFile(item);
   if (contentsHere)
-    file.createWithContents(bytes);
+    file.createWithContents(contentsOf(item));
   else
     file.createEmptied(bytes);
   file.note(noteOf(state));
@@ -100,11 +107,16 @@ void Drive::beginTransfer(ItemId id, Direction direction) {
   texts_.erase(id);
 }
 
+void Drive::fetch(Item& item, std::uint64_t present) {
+  diskFile(item).fetch(contentsOf(item), item.fetched, present);
+  if (!recalling_)
+    item.fetched = present;
+}
+
 void Drive::moveTransfer(ItemId id, double progress, std::optional<double> percent) {
   Item& item = items_[id];
   if (item.state == ItemState::downloading && !item.contentsHere)
-    diskFile(item).fetch(
-        static_cast<std::uint64_t>(static_cast<double>(item.bytes) * progress / 100));
+    fetch(item, static_cast<std::uint64_t>(static_cast<double>(item.bytes) * progress / 100));
   item.percent.reset();
   if (percent)
     item.percent = static_cast<float>(*percent);
@@ -114,16 +126,76 @@ void Drive::moveTransfer(ItemId id, double progress, std::optional<double> perce
 void Drive::finishTransfer(ItemId id) {
   Item& item = items_[id];
   if (!item.contentsHere)
-    diskFile(item).fetch(item.bytes);
+    fetch(item, item.bytes);
+  item.fetched = 0;
   item.contentsHere = true;
   enter(id, ItemState::current);
 }
 
-void Drive::evict(ItemId id) {
+bool Drive::evict(ItemId id) {
   Item& item = items_[id];
-  diskFile(item).dropContents(item.bytes);
+  if (item.state == ItemState::folder)
+    throw Refusal(Refusal::isFolder);
+  if (item.state == ItemState::downloading)
+    throw Refusal(Refusal::stillDownloading);
+  if (item.state == ItemState::evicted)
+    diskFile(item).checkEmptied();
+  if (!item.contentsHere)
+    return false;
+  if (item.state != ItemState::current)
+    throw Refusal(Refusal::stillUploading);
+  diskFile(item).evict(contentsOf(item));
   item.contentsHere = false;
   enter(id, ItemState::evicted);
+  return true;
+}
+
+bool Drive::lacksContents(ItemId id) const {
+  const Item& item = items_[id];
+  if (item.state == ItemState::folder)
+    throw Refusal(Refusal::isFolder);
+  if (item.contentsHere || item.state == ItemState::downloading)
+    return false;
+  if (item.state == ItemState::evicted)
+    diskFile(item).checkEmptied();
+  return true;
+}
+
+void Drive::cancelDownload(ItemId id) {
+  Item& item = items_[id];
+  diskFile(item).dropContents(item.bytes);
+  item.fetched = 0;
+  item.contentsHere = false;
+  enter(id, ItemState::evicted);
+}
+
+void Drive::failDownload(ItemId id) {
+  try {
+    cancelDownload(id);
+  } catch (const std::system_error& problem) {
+    if (problem.code() == std::errc::no_such_file_or_directory)
+      return forget(id);
+    items_[id].state = ItemState::evicted;
+    items_[id].percent.reset();
+    changed_(id);
+  }
+}
+
+std::vector<ItemId> Drive::finishInterruptedWork() {
+  std::vector<ItemId> evicted;
+  for (ItemId id = 0; id < items_.size(); ++id) {
+    const ItemState state = items_[id].state;
+    if (state != ItemState::current && state != ItemState::evicted)
+      continue;
+    const std::string noted = diskFile(items_[id]).noted();
+    if (state == ItemState::current && noted == DiskFile::evictedState)
+      evicted.push_back(id);
+    else if (state != ItemState::evicted || noted != DiskFile::downloadingState)
+      continue;
+    diskFile(items_[id]).note(DiskFile::evictedState);
+    failDownload(id);
+  }
+  return evicted;
 }
 
 void Drive::setText(ItemId id, std::string text) {
@@ -135,12 +207,16 @@ void Drive::settle(ItemId id) {
   if (items_[id].contentsHere)
     enter(id, ItemState::current);
   else
-    evict(id);
+    cancelDownload(id);
 }
 
 void Drive::vanish(ItemId id) {
+  diskFile(items_[id]).remove();
+  forget(id);
+}
+
+void Drive::forget(ItemId id) {
   Item& item = items_[id];
-  diskFile(item).remove();
   byPath_.erase(item.path);
   texts_.erase(id);
   item.state = ItemState::gone;

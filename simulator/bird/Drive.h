@@ -46,7 +46,27 @@ public:
   void moveTransfer(ItemId id, double progress, std::optional<double> percent);
   void finishTransfer(ItemId id);
 
-  void evict(ItemId id);
+  /// Gives up the contents here of a file that is in sync; false when they are not here anyway.
+  /// Throws Refusal or std::system_error, and changes nothing then.
+  bool evict(ItemId id);
+
+  /// Whether a download has something to bring. Throws Refusal, or std::system_error when it could
+  /// not be written here.
+  bool lacksContents(ItemId id) const;
+
+  /// Gives up what a download has brought so far.
+  void cancelDownload(ItemId id);
+
+  /// The same for a download that cannot go on; the file may be gone.
+  void failDownload(ItemId id);
+
+  /// Finishes what a daemon had begun for a client when it was killed, after what was noted of its
+  /// work was recalled. Returns what had to be evicted.
+  std::vector<ItemId> finishInterruptedWork();
+
+  /// Takes away everybody's right to write to the file.
+  void lock(ItemId id) { diskFile(items_[id]).lock(); }
+
   void setText(ItemId id, std::string text);
 
   /// Back to what the contents on disk say.
@@ -58,6 +78,8 @@ public:
 private:
   DiskFile diskFile(const Item& item) const { return DiskFile(folder_ / item.path, recalling_); }
   ItemId add(Item item);
+  void fetch(Item& item, std::uint64_t present);
+  void forget(ItemId id);
   void enter(ItemId id, ItemState state);
 
   std::filesystem::path folder_;

@@ -22,6 +22,7 @@ enum class ItemState : std::uint8_t {
 struct Item {
   std::string path; ///< inside the drive
   std::uint64_t bytes = 0;
+  std::uint64_t fetched = 0;    ///< bytes that a download under way has brought
   std::optional<float> percent; ///< of a transfer that reports it
   ItemState state = ItemState::folder;
   bool contentsHere = true;

@@ -17,6 +17,18 @@ std::size_t stepOf(const TimelineEvent& event) {
   return std::visit([](const auto& what) { return what.step; }, event.what);
 }
 
+// A second, and one more for every ten megabytes.
+Transfer downloadOf(const Item& item) {
+  constexpr std::uint64_t bytesInAMillisecond = 10'000;
+  Transfer transfer;
+  transfer.path = item.path;
+  transfer.direction = Direction::download;
+  transfer.duration =
+      Milliseconds(1000 + static_cast<Milliseconds::rep>(item.bytes / bytesInAMillisecond));
+  transfer.every = std::max(Milliseconds(250), transfer.duration / 100);
+  return transfer;
+}
+
 bool isEarlier(const TimelineEvent& left, const TimelineEvent& right) {
   return left.at < right.at;
 }
@@ -43,15 +55,30 @@ void Player::tell(const char* word, const std::string& text) {
 
 void Player::recallUntil(std::size_t next) {
   recalling_ = true;
-  while (progress_.next < std::min(next, events_.size()))
+  recallActs();
+  while (progress_.next < std::min(next, events_.size())) {
     perform(events_[progress_.next++]);
+    recallActs();
+  }
   recalling_ = false;
 }
 
-void Player::resume(const Progress& progress, Clock::time_point now) {
+void Player::recallActs() {
+  for (; !acts_.empty() && acts_.front().isDueAt(progress_); acts_.pop_front()) {
+    try {
+      carryOut(acts_.front());
+    } catch (const std::exception&) {
+      continue; // the disk will tell how the item stands
+    }
+  }
+}
+
+void Player::resume(const Progress& progress, std::deque<ClientAct> acts, Clock::time_point now) {
+  acts_ = std::move(acts);
   for (const Progress::Restart& restart : progress.restarts) {
     recallUntil(restart.next);
     endStalls(restart.at);
+    progress_.restarts.push_back(restart);
   }
   recallUntil(progress.next);
   progress_ = progress;
@@ -111,21 +138,69 @@ void Player::advance(Clock::time_point now) {
   }
 }
 
+ClientAct Player::act(ClientAct::Kind kind, ItemId id, Clock::time_point now) const {
+  return {kind, cloud_.drive.item(id).path, progress_.restarts.size(), progress_.next,
+          elapsed(now)};
+}
+
+std::optional<ClientAct> Player::obey(ClientAct::Kind kind, ItemId id, Clock::time_point now) {
+  ClientAct done = act(kind, id, now);
+  if (!carryOut(done))
+    return std::nullopt;
+  host_.sendChanges();
+  return done;
+}
+
+bool Player::carryOut(const ClientAct& act) {
+  const ItemId id = itemOf(act.path);
+  if (act.kind == ClientAct::Kind::eviction)
+    return cloud_.drive.evict(id);
+  if (!recalling_ && !cloud_.drive.lacksContents(id))
+    return false;
+  beginDownload(id, act.at);
+  return true;
+}
+
+void Player::beginDownload(ItemId id, Milliseconds at) {
+  cloud_.drive.beginTransfer(id, Direction::download);
+  const std::size_t step = scenario_.story.size() + downloads_.size();
+  downloads_.push_back(downloadOf(cloud_.drive.item(id)));
+  transfers_[id] = step;
+  addTransferEvents(events_, step, at, downloads_.back());
+  std::stable_sort(events_.begin() + static_cast<std::ptrdiff_t>(progress_.next), events_.end(),
+                   isEarlier);
+  tell("story", "a client asks for " + named(downloads_.back()));
+}
+
 void Player::perform(const TimelineEvent& event) {
   try {
     std::visit([this](const auto& what) { happen(what); }, event.what);
   } catch (const std::exception& problem) {
-    tell("trouble", scenario_.file + ":" + std::to_string(lineOf(event)) + ": " + problem.what());
+    fail(event, problem.what());
   }
   host_.sendChanges();
 }
 
-unsigned Player::lineOf(const TimelineEvent& event) const {
-  return scenario_.story[stepOf(event)].line;
+// A step of the story that cannot be done is trouble; a client's download is given up.
+void Player::fail(const TimelineEvent& event, const std::string& problem) {
+  const std::size_t step = stepOf(event);
+  if (step < scenario_.story.size()) {
+    tell("trouble",
+         scenario_.file + ":" + std::to_string(scenario_.story[step].line) + ": " + problem);
+  } else if (const auto id = cloud_.drive.find(transferOf(step).path)) {
+    stop(*id);
+    cloud_.drive.failDownload(*id);
+    tell("story", named(transferOf(step)) + " fails: " + problem);
+  }
+}
+
+const Transfer& Player::transferOf(std::size_t step) const {
+  const std::size_t steps = scenario_.story.size();
+  return step < steps ? std::get<Transfer>(scenario_.story[step].action) : downloads_[step - steps];
 }
 
 const Transfer* Player::running(std::size_t step) const {
-  const auto& transfer = std::get<Transfer>(scenario_.story[step].action);
+  const Transfer& transfer = transferOf(step);
   const auto id = cloud_.drive.find(transfer.path);
   if (!id)
     return nullptr;
@@ -177,7 +252,7 @@ void Player::happen(const TransferEnd& event) {
     tell("story", named(*transfer) + " is finished");
     break;
   case Transfer::Ending::cancel:
-    cloud_.drive.evict(id);
+    cloud_.drive.cancelDownload(id);
     tell("story", named(*transfer) + " is cancelled");
     break;
   case Transfer::Ending::vanish:
@@ -234,13 +309,17 @@ void Player::run(const CancelDownload& action) {
   if (cloud_.drive.item(id).state != ItemState::downloading)
     throw std::runtime_error("there is no download of \"" + action.path + "\"");
   stop(id);
-  cloud_.drive.evict(id);
+  cloud_.drive.cancelDownload(id);
 }
 
 void Player::run(const Vanish& action) {
   const ItemId id = itemOf(action.path);
   stop(id);
   cloud_.drive.vanish(id);
+}
+
+void Player::run(const Lock& action) {
+  cloud_.drive.lock(itemOf(action.path));
 }
 
 void Player::run(const KillDaemon& /*action*/) {
@@ -253,8 +332,13 @@ void Player::run(const AwaitMonitors& /*action*/) {
     progress_.waitingAt = scenario_.story[step_].at;
 }
 
+// What is left of the clients' downloads goes on.
 void Player::run(const EndStory& /*action*/) {
-  progress_.next = events_.size();
+  const auto isOfStory = [this](const TimelineEvent& event) {
+    return stepOf(event) < scenario_.story.size();
+  };
+  const auto coming = events_.begin() + static_cast<std::ptrdiff_t>(progress_.next);
+  events_.erase(std::remove_if(coming, events_.end(), isOfStory), events_.end());
   tell("end", "");
 }
 

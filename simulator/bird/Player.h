@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bird/ClientAct.h"
 #include "bird/Cloud.h"
 #include "bird/Host.h"
 #include "bird/Progress.h"
@@ -7,6 +8,7 @@
 #include "scenario/Timeline.h"
 
 #include <chrono>
+#include <deque>
 #include <map>
 #include <optional>
 #include <string>
@@ -26,14 +28,23 @@ public:
   void setStage();
 
   /// Goes on after `setStage`, in place of a player that came so far. What had happened happens
-  /// again, untold; a transfer that had stalled moves again from now on.
-  void resume(const Progress& progress, Clock::time_point now);
+  /// again, untold, and so do the acts of clients; a transfer that had stalled moves again from now
+  /// on.
+  void resume(const Progress& progress, std::deque<ClientAct> acts, Clock::time_point now);
 
   void begin(Clock::time_point now);
   bool hasBegun() const { return progress_.origin.has_value(); }
 
   /// Does everything that is due. A step that cannot be done is told as trouble.
   void advance(Clock::time_point now);
+
+  /// Does what a client asks for with an item. A download moves with the story's clock, however
+  /// the story ends. Returns what a later player has to know of it; nothing when there was nothing
+  /// to do. Throws Refusal or std::system_error.
+  std::optional<ClientAct> obey(ClientAct::Kind kind, ItemId id, Clock::time_point now);
+
+  /// An act of now, for a later player.
+  ClientAct act(ClientAct::Kind kind, ItemId id, Clock::time_point now) const;
 
   /// When the next thing is due; nothing while the clock stands still or after the end.
   std::optional<Clock::time_point> nextDue() const;
@@ -47,9 +58,13 @@ public:
 private:
   void perform(const TimelineEvent& event);
   void recallUntil(std::size_t next);
+  void recallActs();
+  bool carryOut(const ClientAct& act);
+  void beginDownload(ItemId id, Milliseconds at);
   void endStalls(Milliseconds at);
   void tell(const char* word, const std::string& text);
-  unsigned lineOf(const TimelineEvent& event) const;
+  void fail(const TimelineEvent& event, const std::string& problem);
+  const Transfer& transferOf(std::size_t step) const;
   const Transfer* running(std::size_t step) const;
   ItemId itemOf(const std::string& path) const;
   void stop(ItemId id);
@@ -69,6 +84,7 @@ private:
   void run(const Evict& action);
   void run(const CancelDownload& action);
   void run(const Vanish& action);
+  void run(const Lock& action);
   void run(const AddJobs& action) { cloud_.jobs.set(action); }
   void run(const ClearJobs& /*action*/) { cloud_.jobs.clear(); }
   void run(const SetQuota& action) { cloud_.quota = action.bytes; }
@@ -82,6 +98,8 @@ private:
   Cloud& cloud_;
   Host& host_;
   std::vector<TimelineEvent> events_;
+  std::vector<Transfer> downloads_; ///< of clients; their steps come after those of the story
+  std::deque<ClientAct> acts_;      ///< that are still to be recalled
   Progress progress_;
   bool recalling_ = false; ///< what happens had happened before
   std::size_t step_ = 0;   ///< the line of the story that is run now

@@ -1,4 +1,5 @@
 #include "bird/Bird.h"
+#include "bird/Privileges.h"
 #include "scenario/ScenarioError.h"
 
 #include <csignal>
@@ -18,7 +19,9 @@ int checkScenario(const icloud::BirdOptions& options) {
 
 int serve(const icloud::BirdOptions& options) {
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGIO, SIG_IGN); // somebody waits for a file that is being evicted
   const auto scenario = icloud::readScenario(options.scenario);
+  icloud::heedPermissions();
   icloud::Bird(options, icloud::SystemRoot::ofThisProgram(), scenario).run();
   return EX_OK;
 }

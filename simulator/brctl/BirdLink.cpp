@@ -16,11 +16,14 @@ BirdLink::BirdLink(const SystemRoot& root, std::initializer_list<std::string_vie
   try {
     socket_ = connectTo(root.runFolder(), SystemRoot::birdSocket);
   } catch (const std::system_error& error) {
-    throw BirdFailure("cannot reach bird, the iCloud daemon: " + error.code().message());
+    const auto& code = error.code();
+    const bool isAway =
+        code == std::errc::no_such_file_or_directory || code == std::errc::connection_refused;
+    throw BirdFailure(isAway ? "bird is not running" : "cannot reach bird: " + code.message());
   }
   if (send(socket_.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) !=
       static_cast<ssize_t>(bytes.size()))
-    throw BirdFailure("lost the connection to bird");
+    throw BirdFailure("the connection to bird was lost");
 }
 
 std::optional<Record> BirdLink::received() {
@@ -47,7 +50,7 @@ Record BirdLink::await() {
     if (auto record = received())
       return std::move(*record);
     if (!receive())
-      throw BirdFailure("lost the connection to bird");
+      throw BirdFailure("the connection to bird was lost");
   }
 }
 

@@ -32,10 +32,20 @@ Command monitor(const std::vector<std::string>& arguments) {
   if (found.global && !found.containers.empty())
     throw UsageError("monitor: -g takes no container");
   if (found.global)
-    return {Command::Kind::monitorGlobal, ""};
+    return {Command::Kind::monitorGlobal, "", {}};
   if (found.containers.size() != 1)
     throw UsageError("monitor: one container is needed");
-  return {Command::Kind::monitorItems, found.containers.front()};
+  return {Command::Kind::monitorItems, found.containers.front(), {}};
+}
+
+Command onFiles(Command::Kind kind, const std::vector<std::string>& arguments) {
+  Command command{kind, "", {arguments.begin() + 1, arguments.end()}};
+  if (command.paths.empty())
+    throw UsageError(arguments.front() + ": a path is needed");
+  for (const std::string& path : command.paths)
+    if (path.starts_with("-"))
+      throw UsageError(arguments.front() + ": unknown option " + path);
+  return command;
 }
 
 } // namespace
@@ -44,7 +54,9 @@ const char* Command::usage() {
   return "usage: brctl monitor -i CONTAINER   shows the items of a container as they change\n"
          "       brctl monitor -g -i          shows the progress of all transfers\n"
          "       brctl status                 reports the jobs of the daemon\n"
-         "       brctl quota                  shows how much storage is left\n";
+         "       brctl quota                  shows how much storage is left\n"
+         "       brctl evict PATH...          leaves the contents of files only in iCloud\n"
+         "       brctl download PATH...       begins to bring them back\n";
 }
 
 Command Command::from(const std::vector<std::string>& arguments) {
@@ -53,14 +65,18 @@ Command Command::from(const std::vector<std::string>& arguments) {
   const std::string& name = arguments.front();
   if (name == "monitor")
     return monitor(arguments);
+  if (name == "evict")
+    return onFiles(Kind::evict, arguments);
+  if (name == "download")
+    return onFiles(Kind::download, arguments);
   const bool isPlain = name == "status" || name == "quota" || name == "help" || name == "--help";
   if (!isPlain)
     throw UsageError("unknown command " + name);
   if (arguments.size() > 1)
     throw UsageError(name + " takes no arguments");
   if (name == "status")
-    return {Kind::status, ""};
-  return {name == "quota" ? Kind::quota : Kind::help, ""};
+    return {Kind::status, "", {}};
+  return {name == "quota" ? Kind::quota : Kind::help, "", {}};
 }
 
 } // namespace icloud

@@ -14,10 +14,11 @@ public:
 
 /// What `brctl` is asked to do.
 struct Command {
-  enum class Kind { help, monitorItems, monitorGlobal, status, quota };
+  enum class Kind { help, monitorItems, monitorGlobal, status, quota, evict, download };
 
   Kind kind = Kind::help;
-  std::string container; ///< of monitorItems
+  std::string container;          ///< of monitorItems
+  std::vector<std::string> paths; ///< of evict and download
 
   static Command from(const std::vector<std::string>& arguments);
   static const char* usage();

@@ -32,7 +32,7 @@ void Monitor::follow() {
     waitForBird();
     if (!bird_.receive()) {
       output_.flush();
-      throw BirdFailure("lost the connection to bird");
+      throw BirdFailure("the connection to bird was lost");
     }
   }
 }

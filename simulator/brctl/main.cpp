@@ -1,5 +1,6 @@
 #include "brctl/BirdLink.h"
 #include "brctl/Command.h"
+#include "brctl/LocalCopies.h"
 #include "brctl/Monitor.h"
 #include "brctl/StatusText.h"
 #include "brctl/TextOutput.h"
@@ -7,6 +8,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 
 #include <sysexits.h>
 #include <unistd.h>
@@ -21,7 +23,7 @@ void printStatus(BirdLink& bird, TextOutput& output) {
     output.line(statusLine(record, style));
 }
 
-void run(const Command& command, const SystemRoot& root, TextOutput& output) {
+int run(const Command& command, const SystemRoot& root, TextOutput& output) {
   switch (command.kind) {
   case Command::Kind::help:
     output.raw(Command::usage());
@@ -44,8 +46,13 @@ void run(const Command& command, const SystemRoot& root, TextOutput& output) {
     output.line(bird.await().at(1) + " bytes of quota remaining in personal account");
     break;
   }
+  case Command::Kind::evict:
+    return changeLocalCopies(root, evictRequest, command.paths) ? EX_OK : EXIT_FAILURE;
+  case Command::Kind::download:
+    return changeLocalCopies(root, downloadRequest, command.paths) ? EX_OK : EXIT_FAILURE;
   }
   output.flush();
+  return EX_OK;
 }
 
 } // namespace
@@ -54,8 +61,7 @@ int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
   try {
     TextOutput output(STDOUT_FILENO);
-    run(Command::from({argv + 1, argv + argc}), SystemRoot::ofThisProgram(), output);
-    return EX_OK;
+    return run(Command::from({argv + 1, argv + argc}), SystemRoot::ofThisProgram(), output);
   } catch (const OutputGone&) {
     return EX_IOERR;
   } catch (const UsageError& error) {

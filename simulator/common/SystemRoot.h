@@ -40,6 +40,9 @@ public:
   /// Where the daemon keeps what it has to know after a restart.
   std::filesystem::path birdJournal() const { return path_ / "var/db/bird/journal"; }
 
+  /// Where the daemon keeps what its clients changed.
+  std::filesystem::path birdActs() const { return path_ / "var/db/bird/acts"; }
+
   /// The daemon's socket, as a name inside `runFolder`.
   static constexpr const char* birdSocket = "bird.socket";
 

@@ -34,10 +34,10 @@ template <typename... Functions> Overloaded(Functions...) -> Overloaded<Function
 
 } // namespace
 
-Attendant::Attendant(const std::filesystem::path& folder, std::filesystem::path pictures,
+Attendant::Attendant(const std::filesystem::path& folder, Surroundings surroundings,
                      std::vector<PersonStep> steps)
-    : seat_(folder), pictures_(std::move(pictures)), steps_(std::move(steps)), news_(newEvent()),
-      thread_([this] { work(); }) {}
+    : seat_(folder), surroundings_(std::move(surroundings)), steps_(std::move(steps)),
+      news_(newEvent()), thread_([this] { work(); }) {}
 
 Attendant::~Attendant() {
   leave();
@@ -80,7 +80,7 @@ void Attendant::leave() {
 void Attendant::work() {
   try {
     PersonActs acts(
-        seat_.awaitProgram(), pictures_,
+        seat_.awaitProgram(), surroundings_,
         [this](const std::string& text) { report(Report::Kind::saw, text); },
         [this](const std::string& text) { report(Report::Kind::menu, text); });
     for (const PersonStep& step : steps_)

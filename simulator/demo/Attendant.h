@@ -35,7 +35,7 @@ public:
   };
 
   /// Sits down at a seat in `folder`. Throws std::system_error.
-  Attendant(const std::filesystem::path& folder, std::filesystem::path pictures,
+  Attendant(const std::filesystem::path& folder, Surroundings surroundings,
             std::vector<PersonStep> steps);
   ~Attendant();
   Attendant(const Attendant&) = delete;
@@ -72,8 +72,7 @@ private:
   void report(Report::Kind kind, const std::string& text);
 
   Seat seat_;
-  std::filesystem::path folder_;
-  std::filesystem::path pictures_;
+  const Surroundings surroundings_;
   const std::vector<PersonStep> steps_;
   Descriptor news_;
 

@@ -78,7 +78,11 @@ void Demo::startProgram() {
   launch.output = launch.error = pipe.writing.get();
   if (!scenario_.person.empty() && !options_.interactive) {
     attendant_ = std::make_unique<Attendant>(
-        world_.folder(), options_.out.value_or(world_.temporary()), scenario_.person);
+        world_.folder(),
+        Surroundings{.pictures = options_.out.value_or(world_.temporary()),
+                     .drive = world_.drive(),
+                     .brctl = world_.root().brctl()},
+        scenario_.person);
     launch.environment.merge(attendant_->environment());
     personDone_ = false;
   }

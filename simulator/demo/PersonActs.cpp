@@ -1,6 +1,8 @@
 #include "demo/PersonActs.h"
 
+#include "common/DiskUsage.h"
 #include "demo/MenuText.h"
+#include "process/Launch.h"
 #include "scenario/Glob.h"
 
 #include <algorithm>
@@ -35,8 +37,8 @@ bool shows(const Window& window, const std::string& pattern) {
 
 } // namespace
 
-PersonActs::PersonActs(Person person, std::filesystem::path pictures, Tell tell, Tell tellMenu)
-    : person_(std::move(person)), pictures_(std::move(pictures)), tell_(std::move(tell)),
+PersonActs::PersonActs(Person person, Surroundings surroundings, Tell tell, Tell tellMenu)
+    : person_(std::move(person)), surroundings_(std::move(surroundings)), tell_(std::move(tell)),
       tellMenu_(std::move(tellMenu)) {}
 
 Window PersonActs::openMenu() {
@@ -87,10 +89,29 @@ void PersonActs::operator()(const PressKey& act) {
   person_.key(act.name);
 }
 
+void PersonActs::operator()(const PickFolder& act) {
+  person_.pickFolder(surroundings_.drive / act.path);
+}
+
+void PersonActs::operator()(const OpenFile& act) {
+  ChildProcess brctl({surroundings_.brctl, {"download", surroundings_.drive / act.path}, {}});
+  if (const int status = brctl.wait(); status != 0)
+    throw std::runtime_error("the file cannot be opened: brctl ended with " + describeEnd(status));
+}
+
+void PersonActs::operator()(const MeasureDisk& act) {
+  const std::uint64_t bytes = bytesOnDisk(surroundings_.drive / act.path);
+  tell_("\"" + act.path + "\" takes up " + std::to_string(bytes) + " bytes on this disk");
+  if (bytes < act.least)
+    throw std::runtime_error("that is too little");
+  if (bytes > act.most)
+    throw std::runtime_error("that is too much");
+}
+
 void PersonActs::operator()(const TakePicture& act) {
   std::array<char, 16> number{};
   std::snprintf(number.data(), number.size(), "%02d-", ++pictureCount_);
-  person_.screenshot(pictures_ / (number.data() + act.name + ".png"));
+  person_.screenshot(surroundings_.pictures / (number.data() + act.name + ".png"));
 }
 
 void PersonActs::operator()(const ReadMenu& /*act*/) {

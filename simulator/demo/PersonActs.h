@@ -9,14 +9,21 @@
 
 namespace icloud {
 
+/// What a person has before them besides the program.
+struct Surroundings {
+  std::filesystem::path pictures; ///< the folder for those that are taken
+  std::filesystem::path drive;
+  std::filesystem::path brctl;
+};
+
 /// Does what a scenario tells a person to do before the program. Failures as `Person` says.
 class PersonActs {
 public:
   using Tell = std::function<void(const std::string& text)>;
 
-  /// Pictures go into the folder `pictures`, numbered from 01. `tell` hears what the person did or
-  /// saw beyond the words of the step, `tellMenu` what a menu shows.
-  PersonActs(Person person, std::filesystem::path pictures, Tell tell, Tell tellMenu);
+  /// Pictures are numbered from 01. `tell` hears what the person did or saw beyond the words of the
+  /// step, `tellMenu` what a menu shows.
+  PersonActs(Person person, Surroundings surroundings, Tell tell, Tell tellMenu);
 
   void operator()(const OpenMenu& act);
   void operator()(const CloseMenu& act);
@@ -25,6 +32,9 @@ public:
   void operator()(const SeeText& act);
   void operator()(const PressButton& act);
   void operator()(const PressKey& act);
+  void operator()(const PickFolder& act);
+  void operator()(const OpenFile& act);
+  void operator()(const MeasureDisk& act);
   void operator()(const TakePicture& act);
   void operator()(const ReadMenu& act);
   void operator()(const ReadStrip& act);
@@ -35,7 +45,7 @@ private:
   void awaitNoMenu();
 
   Person person_;
-  std::filesystem::path pictures_;
+  Surroundings surroundings_;
   Tell tell_;
   Tell tellMenu_;
   int pictureCount_ = 0;

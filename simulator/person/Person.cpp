@@ -70,6 +70,13 @@ Window windowIn(const Json& json) {
           .entries = allIn(json["entries"], entryIn)};
 }
 
+constexpr const char* nameInPanel = "fileNameEdit";
+
+bool asksForAFolder(const Window& window) {
+  return std::any_of(window.parts.begin(), window.parts.end(),
+                     [](const Part& part) { return part.name == nameInPanel; });
+}
+
 Person::Test isOfKind(Window::Kind kind) {
   return [kind](const Window& window) { return window.kind == kind; };
 }
@@ -138,6 +145,16 @@ void Person::key(const std::string& name) {
 
 void Person::type(const std::string& text) {
   connection_->ask({{"do", "type"}, {"text", text}});
+}
+
+// What is proposed while somebody types would take the first click; it goes when the keyboard does.
+void Person::pickFolder(const std::filesystem::path& folder) {
+  const Window panel = awaitWindow(asksForAFolder);
+  click(nameInPanel);
+  key("Ctrl+A");
+  type(folder);
+  key("Tab");
+  press(panel.defaultButton().title);
 }
 
 void Person::screenshot(const std::filesystem::path& file, std::optional<int> window) {

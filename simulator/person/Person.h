@@ -57,6 +57,10 @@ public:
 
   void type(const std::string& text);
 
+  /// Waits for the panel that asks for a folder, types the path of one and presses the panel's
+  /// default button.
+  void pickFolder(const std::filesystem::path& folder);
+
   /// Keeps a picture of the screen, or of one window, in a PNG file.
   void screenshot(const std::filesystem::path& file, std::optional<int> window = std::nullopt);
 

@@ -23,6 +23,13 @@ std::vector<std::string> Window::buttonTitles() const {
   return titles;
 }
 
+const Button& Window::defaultButton() const {
+  const auto found = std::ranges::find(buttons, true, &Button::isDefault);
+  if (found == buttons.end())
+    throw std::runtime_error("no button of the window is the default");
+  return *found;
+}
+
 const Part& Window::part(const std::string& name) const {
   return named(parts, name, &Part::name);
 }

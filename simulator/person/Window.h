@@ -58,6 +58,9 @@ struct Window {
 
   std::vector<std::string> buttonTitles() const;
 
+  /// The button that Return presses. Throws std::runtime_error when there is none.
+  const Button& defaultButton() const;
+
   /// The part of that name. Throws std::runtime_error when there is none.
   const Part& part(const std::string& name) const;
 

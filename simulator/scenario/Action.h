@@ -73,6 +73,11 @@ struct CancelDownload {
   std::string path;
 };
 
+/// Takes away everybody's right to write to the file.
+struct Lock {
+  std::string path;
+};
+
 /// Deletes the file; iCloud says nothing more about it.
 struct Vanish {
   std::string path;
@@ -111,7 +116,7 @@ struct Print {
 struct EndStory {};
 
 using Action = std::variant<MakeFolder, MakeFiles, Transfer, GlobalTransfer, SetState, ClearState,
-                            Evict, CancelDownload, Vanish, AddJobs, ClearJobs, SetQuota,
+                            Evict, CancelDownload, Lock, Vanish, AddJobs, ClearJobs, SetQuota,
                             KillMonitors, KillDaemon, AwaitMonitors, Print, EndStory>;
 
 } // namespace icloud

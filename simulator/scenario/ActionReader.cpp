@@ -127,6 +127,8 @@ Action ActionReader::readOnFile(const std::string& verb, ScenarioLine& line) {
     return Evict{readKnownFile(line)};
   if (verb == "cancel")
     return CancelDownload{readKnownFile(line)};
+  if (verb == "lock")
+    return Lock{readKnownFile(line)};
   if (verb == "vanish")
     return Vanish{readKnownFile(line)};
   return readOther(verb, line);

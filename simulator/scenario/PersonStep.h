@@ -2,6 +2,8 @@
 
 #include "scenario/Action.h"
 
+#include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <variant>
@@ -26,6 +28,24 @@ struct CloseMenu {};
 /// Chooses an entry of the open menu, which closes.
 struct ChooseEntry {
   std::string pattern;
+};
+
+/// Types the path of a folder into the panel that asks for one, and presses its default button.
+struct PickFolder {
+  std::string path; ///< absolute, or relative to the drive
+};
+
+/// Opens a file of the drive in some application, which reads it: contents that are only in iCloud
+/// are downloaded.
+struct OpenFile {
+  std::string path; ///< relative to the drive
+};
+
+/// Tells what a file or a folder of the drive takes up on this disk.
+struct MeasureDisk {
+  std::string path; ///< relative to the drive
+  std::uint64_t least = 0;
+  std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
 };
 
 /// Looks for an entry in the open menu.
@@ -58,9 +78,9 @@ struct ReadMenu {};
 /// Tells what the item in the menu bar shows.
 struct ReadStrip {};
 
-using PersonAct =
-    std::variant<AwaitLine, AwaitExit, Pause, OpenMenu, CloseMenu, ChooseEntry, FindEntry, SeeText,
-                 PressButton, PressKey, TakePicture, ReadMenu, ReadStrip>;
+using PersonAct = std::variant<AwaitLine, AwaitExit, Pause, OpenMenu, CloseMenu, ChooseEntry,
+                               FindEntry, SeeText, PressButton, PressKey, PickFolder, OpenFile,
+                               MeasureDisk, TakePicture, ReadMenu, ReadStrip>;
 
 /// One line of a scenario that a person at the screen obeys.
 struct PersonStep {

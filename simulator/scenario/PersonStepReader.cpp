@@ -21,6 +21,27 @@ PersonAct readFind(ScenarioLine& line) {
   return entry;
 }
 
+PersonAct readOpen(ScenarioLine& line) {
+  if (line.accept("menu"))
+    return OpenMenu{};
+  return OpenFile{line.quoted("the path of a file or \"menu\"")};
+}
+
+PersonAct readClose(ScenarioLine& line) {
+  line.require("menu");
+  return CloseMenu{};
+}
+
+PersonAct readMeasure(ScenarioLine& line) {
+  MeasureDisk disk;
+  disk.path = line.quoted("a path");
+  if (line.accept("at-least"))
+    disk.least = line.size();
+  else if (line.accept("at-most"))
+    disk.most = line.size();
+  return disk;
+}
+
 PersonAct readShot(ScenarioLine& line) {
   TakePicture picture{line.quoted("a name")};
   if (picture.name.empty() || picture.name.find('/') != std::string::npos)
@@ -35,21 +56,16 @@ PersonAct readRead(ScenarioLine& line) {
   return ReadMenu{};
 }
 
-template <typename Act> PersonAct readMenuAct(ScenarioLine& line) {
-  line.require("menu");
-  return Act{};
-}
-
 struct Verb {
   std::string_view word;
   PersonAct (*read)(ScenarioLine&);
 };
 
-constexpr std::array<Verb, 11> verbs{{
+constexpr std::array<Verb, 13> verbs{{
     {"awaits", readAwait},
     {"pauses", [](ScenarioLine& line) -> PersonAct { return Pause{line.duration("a duration")}; }},
-    {"opens", readMenuAct<OpenMenu>},
-    {"closes", readMenuAct<CloseMenu>},
+    {"opens", readOpen},
+    {"closes", readClose},
     {"chooses",
      [](ScenarioLine& line) -> PersonAct { return ChooseEntry{line.quoted("a pattern")}; }},
     {"finds", readFind},
@@ -57,6 +73,8 @@ constexpr std::array<Verb, 11> verbs{{
     {"presses",
      [](ScenarioLine& line) -> PersonAct { return PressButton{line.quoted("a title")}; }},
     {"hits", [](ScenarioLine& line) -> PersonAct { return PressKey{line.quoted("a key")}; }},
+    {"picks", [](ScenarioLine& line) -> PersonAct { return PickFolder{line.quoted("a path")}; }},
+    {"measures", readMeasure},
     {"shot", readShot},
     {"reads", readRead},
 }};

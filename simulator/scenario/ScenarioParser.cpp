@@ -31,7 +31,7 @@ template <typename Kind> bool does(const Step& step) {
 
 bool canBeOnStage(const Step& step) {
   return does<MakeFolder>(step) || does<MakeFiles>(step) || does<AddJobs>(step) ||
-         does<SetState>(step) || does<SetQuota>(step);
+         does<SetState>(step) || does<SetQuota>(step) || does<Lock>(step);
 }
 
 } // namespace

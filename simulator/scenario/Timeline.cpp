@@ -27,7 +27,20 @@ std::set<Milliseconds> reportsOf(const Transfer& transfer, Milliseconds end) {
   return reports;
 }
 
-void addTransfer(Events& events, std::size_t step, Milliseconds begin, const Transfer& transfer) {
+void addGlobal(Events& events, std::size_t step, Milliseconds begin,
+               const GlobalTransfer& transfer) {
+  for (Milliseconds moved{}; moved < transfer.duration; moved += transfer.every) {
+    const double share = percentOf(moved, transfer.duration) / 100;
+    const auto completed = std::floor(static_cast<double>(transfer.bytes) * share);
+    events.push_back({begin + moved, GlobalTick{step, static_cast<std::uint64_t>(completed)}});
+  }
+  events.push_back({begin + transfer.duration, GlobalTick{step, transfer.bytes}});
+}
+
+} // namespace
+
+void addTransferEvents(Events& events, std::size_t step, Milliseconds begin,
+                       const Transfer& transfer) {
   const Milliseconds end = partOf(transfer.duration, transfer.endsAt);
   Milliseconds standstill{};
   for (const Milliseconds moved : reportsOf(transfer, end)) {
@@ -43,18 +56,6 @@ void addTransfer(Events& events, std::size_t step, Milliseconds begin, const Tra
   events.push_back({begin + end + standstill, TransferEnd{step}});
 }
 
-void addGlobal(Events& events, std::size_t step, Milliseconds begin,
-               const GlobalTransfer& transfer) {
-  for (Milliseconds moved{}; moved < transfer.duration; moved += transfer.every) {
-    const double share = percentOf(moved, transfer.duration) / 100;
-    const auto completed = std::floor(static_cast<double>(transfer.bytes) * share);
-    events.push_back({begin + moved, GlobalTick{step, static_cast<std::uint64_t>(completed)}});
-  }
-  events.push_back({begin + transfer.duration, GlobalTick{step, transfer.bytes}});
-}
-
-} // namespace
-
 std::vector<TimelineEvent> timelineOf(const Scenario& scenario) {
   Events events;
   for (std::size_t index = 0; index < scenario.story.size(); ++index) {
@@ -62,7 +63,7 @@ std::vector<TimelineEvent> timelineOf(const Scenario& scenario) {
     const Milliseconds at = step.at.value_or(Milliseconds{});
     events.push_back({at, RunStep{index}});
     if (const auto* transfer = std::get_if<Transfer>(&step.action))
-      addTransfer(events, index, at, *transfer);
+      addTransferEvents(events, index, at, *transfer);
     else if (const auto* global = std::get_if<GlobalTransfer>(&step.action))
       addGlobal(events, index, at, *global);
   }

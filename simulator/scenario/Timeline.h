@@ -42,6 +42,10 @@ struct TimelineEvent {
   std::variant<RunStep, TransferTick, TransferPause, TransferEnd, GlobalTick> what;
 };
 
+/// Appends what happens in a transfer that begins at a moment of the story; its number is `step`.
+void addTransferEvents(std::vector<TimelineEvent>& events, std::size_t step, Milliseconds begin,
+                       const Transfer& transfer);
+
 /// Everything that happens in a story, in order of time.
 std::vector<TimelineEvent> timelineOf(const Scenario& scenario);
 

@@ -34,18 +34,17 @@ std::string Calls::script() const {
 }
 
 std::vector<std::string> Calls::next() {
-  std::string text;
-  const auto take = [this, &text] {
-    while (text.find('\0') == std::string::npos) {
+  const auto take = [this] {
+    while (text_.find('\0') == std::string::npos) {
       if (!icloud::isReadableWithin(reading_.get(), patience))
         throw std::runtime_error("waited in vain for a call");
       std::array<char, PIPE_BUF> bytes;
       const ssize_t count = read(reading_.get(), bytes.data(), bytes.size());
-      text.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+      text_.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     }
-    const std::size_t end = text.find('\0');
-    std::string word = text.substr(0, end);
-    text.erase(0, end + 1);
+    const std::size_t end = text_.find('\0');
+    std::string word = text_.substr(0, end);
+    text_.erase(0, end + 1);
     return word;
   };
   std::vector<std::string> arguments(std::stoul(take()));

@@ -23,6 +23,7 @@ public:
 private:
   std::filesystem::path pipe_;
   icloud::Descriptor reading_;
+  std::string text_; ///< read, and not yet taken
 };
 
 } // namespace driftmark::desktop

@@ -98,6 +98,21 @@ const Accessible* Accessible::first(const std::string& ofRole) const {
   return nullptr;
 }
 
+const Accessible& Accessible::shown(const std::string& ofRole, const std::string& text) const {
+  const std::function<const Accessible*(const Accessible&)> find =
+      [&](const Accessible& item) -> const Accessible* {
+    if (item.role == ofRole && item.name == text && item.isShowing)
+      return &item;
+    for (const Accessible& child : item.children)
+      if (const Accessible* const found = find(child))
+        return found;
+    return nullptr;
+  };
+  if (const Accessible* const found = find(*this))
+    return *found;
+  throw std::runtime_error("no " + ofRole + " here is called " + text);
+}
+
 const Accessible& Accessible::named(const std::string& text) const {
   const auto found = std::ranges::find(children, text, &Accessible::name);
   if (found == children.end())

@@ -34,6 +34,10 @@ struct Accessible {
   /// The first thing of that role, itself or in it; null when there is none.
   const Accessible* first(const std::string& ofRole) const;
 
+  /// The first thing of that role and name that is shown in it, however deep. Throws
+  /// std::runtime_error when there is none.
+  const Accessible& shown(const std::string& ofRole, const std::string& text) const;
+
   /// The first thing of that name in it. Throws std::runtime_error when there is none.
   const Accessible& named(const std::string& text) const;
 };

@@ -1,47 +1,15 @@
+#include "DiskState.h"
 #include "SimulatedSystem.h"
-#include "bird/DiskFile.h"
-
-#include <array>
-#include <optional>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
-#include <sys/xattr.h>
 #include <sysexits.h>
 
 namespace icloud::test {
 namespace {
 
 using testing::HasSubstr;
-
-struct stat statOf(const std::filesystem::path& path) {
-  struct stat result {};
-  EXPECT_EQ(lstat(path.c_str(), &result), 0) << path;
-  return result;
-}
-
-// Nothing where the file system keeps no such notes.
-std::optional<std::string> notedState(const std::filesystem::path& path) {
-  std::array<char, 64> text{};
-  const ssize_t size = getxattr(path.c_str(), DiskFile::stateAttribute, text.data(), text.size());
-  if (size < 0)
-    return std::nullopt;
-  return std::string(text.data(), static_cast<std::size_t>(size));
-}
-
-void expectContentsHere(const std::filesystem::path& path, off_t bytes) {
-  EXPECT_EQ(statOf(path).st_size, bytes);
-  EXPECT_GE(statOf(path).st_blocks * 512, bytes);
-  EXPECT_EQ(notedState(path).value_or("current"), "current");
-}
-
-void expectContentsGone(const std::filesystem::path& path, off_t bytes) {
-  EXPECT_EQ(statOf(path).st_size, bytes);
-  EXPECT_EQ(statOf(path).st_blocks, 0);
-  EXPECT_EQ(notedState(path).value_or("evicted"), "evicted");
-}
 
 TEST(Bird, MakesTheFilesAndFoldersOfTheScenario) {
   SimulatedSystem system;

@@ -156,7 +156,8 @@ TEST(BrctlMonitor, EndsWithAMessageWhenBirdGoes) {
     Tool monitor = system.brctl(arguments, Channel::terminal());
     monitor.output().readUntil("observing");
     system.bird().process().end(std::chrono::seconds(10));
-    EXPECT_THAT(monitor.output().readToEnd(), HasSubstr("brctl: lost the connection to bird\r\n"));
+    EXPECT_THAT(monitor.output().readToEnd(),
+                HasSubstr("brctl: the connection to bird was lost\r\n"));
     const int status = monitor.process().wait();
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), EX_UNAVAILABLE);

@@ -221,8 +221,9 @@ TEST_F(DemoTest, AnswersACommandLineThatMakesNoSense) {
 #ifdef DRIFTMARK
 class DemoPersonTest : public DemoTest {
 protected:
-  Finished play(const std::string& steps, std::vector<std::string> more = {}) const {
-    Launch launch = demo("", "at 300ms end\nallow \"*\"\n" + steps, std::move(more));
+  Finished play(const std::string& steps, std::vector<std::string> more = {},
+                const std::string& stage = "") const {
+    Launch launch = demo("", stage + "at 300ms end\nallow \"*\"\n" + steps, std::move(more));
     launch.arguments[1] = DRIFTMARK;
     return runToEnd(launch);
   }
@@ -249,13 +250,37 @@ TEST_F(DemoPersonTest, SeesAndUsesTheProgram) {
   expectNothingLeft();
 }
 
+TEST_F(DemoPersonTest, FreesUpSpaceAndTakesItAgain) {
+  const Finished demo = play("person awaits \"the story ends\"\n"
+                             "person measures \"Photos\" at-least 120KB\n"
+                             "person opens menu\n"
+                             "person chooses \"Free Up Space…\"\n"
+                             "person picks \"Photos\"\n"
+                             "person sees \"2 files using *\"\n"
+                             "person presses \"Remove Downloads\"\n"
+                             "person sees \"iCloud is removing 2 downloads *\"\n"
+                             "person presses \"OK\"\n"
+                             "person measures \"Photos\" at-most 0\n"
+                             "person opens \"Photos/b.heic\"\n"
+                             "person awaits \"Driftmark: synced b.heic (download)\"\n"
+                             "person measures \"Photos/a.heic\" at-most 0\n"
+                             "person measures \"Photos/b.heic\" at-least 60KB\n",
+                             {}, "file \"Photos/a.heic\" 60KB\nfile \"Photos/b.heic\" 60KB\n");
+  EXPECT_EQ(demo.exitStatus, 0) << demo.output;
+  EXPECT_THAT(demo.output, HasSubstr("☞ \"Photos\" takes up 0 bytes on this disk\n"));
+  expectNothingLeft();
+}
+
 TEST_F(DemoPersonTest, AStepThatCannotBeDoneIsADeviation) {
   const std::vector<std::pair<std::string, std::string>> steps{
       {"person chooses \"Quit *\"", "no menu is open"},
       {"person closes menu", "no menu is open"},
       {"person opens menu\nperson chooses \"Dance\"", "the menu has no such entry"},
       {"person opens menu\nperson finds \"Launch at Login\" checked", "is not checked"},
-      {"person presses \"Dance\"", "no button"}};
+      {"person presses \"Dance\"", "no button"},
+      {"person measures \"Dances\"", "cannot measure "},
+      {"person measures \".\" at-least 1KB", "that is too little"},
+      {"person opens \"Dances\"", "the file cannot be opened: brctl ended with status 1"}};
   for (const auto& [step, problem] : steps) {
     const Finished demo = play(step + "\nperson shot \"never\"\n");
     EXPECT_EQ(demo.exitStatus, 1) << step;

@@ -126,7 +126,7 @@ TEST_F(Launchd, MonitorsLoseTheirConnection) {
   Tool monitor = system_.brctl(itemMonitor, Channel::terminal());
   monitor.output().readUntil("watching");
   restartBird();
-  EXPECT_THAT(monitor.output().readToEnd(), HasSubstr("lost the connection to bird"));
+  EXPECT_THAT(monitor.output().readToEnd(), HasSubstr("the connection to bird was lost"));
 }
 
 TEST_F(Launchd, EndsTheDaemonWithItself) {

@@ -53,15 +53,25 @@ TEST(Scenario, ReadsWhatThePersonDoes) {
                                           "at 1s end\n"
                                           "person finds \"Launch *\" checked\n"
                                           "person pauses 1.5s\n"
-                                          "person awaits exit\n",
+                                          "person awaits exit\n"
+                                          "person opens menu\n"
+                                          "person opens \"a/file\"\n"
+                                          "person picks \"a/folder\"\n"
+                                          "person measures \"a\" at-least 4KB\n"
+                                          "person measures \"b\" at-most 0\n",
                                           "a.scenario");
-  ASSERT_EQ(scenario.person.size(), 4u);
+  ASSERT_EQ(scenario.person.size(), 9u);
   EXPECT_EQ(std::get<AwaitLine>(scenario.person[0].act).pattern, "a line*");
   EXPECT_EQ(scenario.person[0].text, "awaits \"a line*\"");
   EXPECT_EQ(std::get<FindEntry>(scenario.person[1].act).checked, true);
   EXPECT_EQ(scenario.person[1].line, 3u);
   EXPECT_EQ(std::get<Pause>(scenario.person[2].act).duration, Milliseconds(1500));
   EXPECT_TRUE(std::holds_alternative<AwaitExit>(scenario.person[3].act));
+  EXPECT_TRUE(std::holds_alternative<OpenMenu>(scenario.person[4].act));
+  EXPECT_EQ(std::get<OpenFile>(scenario.person[5].act).path, "a/file");
+  EXPECT_EQ(std::get<PickFolder>(scenario.person[6].act).path, "a/folder");
+  EXPECT_EQ(std::get<MeasureDisk>(scenario.person[7].act).least, 4000u);
+  EXPECT_EQ(std::get<MeasureDisk>(scenario.person[8].act).most, 0u);
 }
 
 struct Mistake {
@@ -119,7 +129,11 @@ const std::vector<Mistake> mistakes{
     {"stall-after 0s", "longer than nothing"},
     {"person", "expected what the person does at the end"},
     {"person dances", R"(a person knows no "dances")"},
-    {"person opens", R"(expected "menu" at the end)"},
+    {"person opens", R"(expected the path of a file or "menu" at the end)"},
+    {"person closes", R"(expected "menu" at the end)"},
+    {"person picks freely", "expected a path in quotes at freely"},
+    {R"(person measures "a" at-least)", "expected a size at the end"},
+    {R"(person measures "a" about 4KB)", "nothing more was expected here: about 4KB"},
     {"person awaits spring", R"(expected a pattern or "exit" in quotes at spring)"},
     {"person pauses long", "not a duration such as"},
     {R"(person finds "a" unticked)", "nothing more was expected here: unticked"},

@@ -1,10 +1,14 @@
 #include "SimulatedSystem.h"
 
+#include <csignal>
+
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace icloud::test {
 namespace {
+
+constexpr const char* scenarioName = "test.scenario";
 
 Launch onChannel(const std::filesystem::path& program, std::vector<std::string> arguments,
                  const Channel& channel) {
@@ -31,12 +35,28 @@ void SimulatedSystem::playSupervised(const std::string& scenario, const std::str
 
 void SimulatedSystem::start(const std::filesystem::path& program, const std::string& scenario,
                             const std::string& beginAfter) {
-  const auto file = folder_.write("test.scenario", scenario);
-  std::vector<std::string> arguments{"--home", world_.home(), "--scenario", file};
+  folder_.write(scenarioName, scenario);
+  std::vector<std::string> arguments = birdArguments();
   if (!beginAfter.empty())
     arguments.insert(arguments.end(), {"--begin-after", beginAfter});
   bird_.emplace(program, arguments, Channel::pipe());
   bird_->output().readUntil(" ready\n");
+}
+
+std::vector<std::string> SimulatedSystem::birdArguments() const {
+  return {"--home", world_.home(), "--scenario", folder_.path() / scenarioName};
+}
+
+void SimulatedSystem::killBird() {
+  bird_->process().signal(SIGKILL);
+  bird_->process().wait();
+}
+
+void SimulatedSystem::resume() {
+  std::vector<std::string> arguments = birdArguments();
+  arguments.emplace_back("--resume");
+  bird_.emplace(world_.root().bird(), arguments, Channel::pipe());
+  bird_->output().readUntil(" resumed\n");
 }
 
 Tool SimulatedSystem::brctl(std::vector<std::string> arguments, Channel channel) const {

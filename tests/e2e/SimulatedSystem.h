@@ -43,6 +43,12 @@ public:
   /// The same with a daemon that is started again whenever it ends; `bird` is its supervisor then.
   void playSupervised(const std::string& scenario, const std::string& beginAfter = "items");
 
+  /// Kills the daemon, so that it can do nothing more.
+  void killBird();
+
+  /// Starts a daemon that goes on where the one before came to, with the same scenario.
+  void resume();
+
   Tool& bird() { return *bird_; }
   const World& world() const { return world_; }
 
@@ -55,6 +61,7 @@ public:
 private:
   void start(const std::filesystem::path& program, const std::string& scenario,
              const std::string& beginAfter);
+  std::vector<std::string> birdArguments() const;
 
   TemporaryFolder folder_;
   World world_;

@@ -45,8 +45,8 @@ TEST_F(PersonTest, seesWhatAWindowHolds) {
   const Window window = mainWindow();
   EXPECT_EQ(window.kind, Window::Kind::other);
   EXPECT_THAT(window.texts, ElementsAre("nothing"));
-  EXPECT_THAT(window.buttonTitles(), ElementsAre("Ask & wait", "Off"));
-  EXPECT_FALSE(window.buttons.back().isEnabled);
+  EXPECT_THAT(window.buttonTitles(), ElementsAre("Ask & wait", "Off", "Folder"));
+  EXPECT_FALSE(window.buttons[1].isEnabled);
   EXPECT_EQ(window.part("strip").toolTip, "a tip");
   EXPECT_EQ(window.part("strip").accessibleName, "the strip");
   EXPECT_EQ(window.part("strip").place.height, 24);
@@ -110,11 +110,33 @@ TEST_F(PersonTest, clicksWithAnyMouseButton) {
 TEST_F(PersonTest, typesIntoWhatHasTheKeyboard) {
   mainWindow();
   person_.click("line");
-  person_.type("Ab ü1");
-  EXPECT_EQ(said(), "Ab ü1");
+  person_.type("Ab ü🏖1");
+  EXPECT_EQ(said(), "Ab ü🏖1");
   person_.key("Return");
   person_.awaitEnd();
   EXPECT_EQ(program_.wait(), 0);
+}
+
+TEST_F(PersonTest, picksAFolderByItsPath) {
+  const auto folder = folder_.path() / "Été à la plage 🏖";
+  std::filesystem::create_directories(folder / "inside");
+  std::filesystem::create_directory(folder / "insider");
+  for (const auto& picked : {folder, folder / "inside", folder_.path()}) {
+    mainWindow();
+    person_.press("Folder");
+    person_.pickFolder(picked);
+    person_.awaitAbsence([](const Window& window) { return window.isModal; });
+    EXPECT_EQ(said(), picked);
+  }
+}
+
+TEST_F(PersonTest, picksNoFolderThatIsNotThere) {
+  mainWindow();
+  person_.press("Folder");
+  EXPECT_THROW(person_.pickFolder(folder_.path() / "missing"), std::runtime_error);
+  person_.press("Cancel");
+  person_.awaitAbsence([](const Window& window) { return window.isModal; });
+  EXPECT_EQ(said(), "no folder");
 }
 
 TEST_F(PersonTest, refusesWhatIsNotThere) {

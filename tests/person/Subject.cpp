@@ -1,4 +1,5 @@
 #include <QApplication>
+#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -40,6 +41,14 @@ bool ask(const QString& question, const QStringList& titles) {
   return box.clickedButton() == first;
 }
 
+QString pickedFolder() {
+  QFileDialog panel;
+  panel.setOption(QFileDialog::DontUseNativeDialog);
+  panel.setFileMode(QFileDialog::Directory);
+  panel.setLabelText(QFileDialog::Accept, "Take this");
+  return panel.exec() == QDialog::Accepted ? panel.selectedFiles().first() : "no folder";
+}
+
 } // namespace
 
 int main(int argc, char* argv[]) {
@@ -53,9 +62,10 @@ int main(int argc, char* argv[]) {
   auto* const askButton = new QPushButton("&Ask && wait", &window);
   auto* const offButton = new QPushButton("Off", &window);
   offButton->setEnabled(false);
+  auto* const folderButton = new QPushButton("Folder", &window);
   auto* const strip = new Strip(&window);
   for (QWidget* const part :
-       std::initializer_list<QWidget*>{said, line, askButton, offButton, strip})
+       std::initializer_list<QWidget*>{said, line, askButton, offButton, folderButton, strip})
     layout->addWidget(part);
 
   QMenu menu;
@@ -73,6 +83,8 @@ int main(int argc, char* argv[]) {
     const bool second = ask("Second?", {"Yes", "No"});
     said->setText(QString("%1 %2").arg(first ? "yes" : "no", second ? "yes" : "no"));
   });
+  QObject::connect(folderButton, &QPushButton::clicked, said,
+                   [said] { said->setText(pickedFolder()); });
   QObject::connect(line, &QLineEdit::textChanged, said, &QLabel::setText);
   QObject::connect(line, &QLineEdit::returnPressed, qApp, &QCoreApplication::quit);
   strip->onPress = [&](Qt::MouseButton button) {

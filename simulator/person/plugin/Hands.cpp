@@ -83,11 +83,12 @@ void Hands::press(QKeyCombination key, QWidget& fallback, Callback onLast) {
 void Hands::type(const QString& text, QWidget& fallback, Callback onLast) {
   const Window window = windowOf(fallback);
   std::vector<Callback> events;
-  for (const QChar character : text) {
-    const char ascii = character.toLatin1();
-    const Qt::Key key = character.unicode() < 0x80 ? QTest::asciiToKey(ascii) : Qt::Key_unknown;
-    events.push_back(keyEvent(QTest::Press, window, key, character, {}));
-    events.push_back(keyEvent(QTest::Release, window, key, character, {}));
+  for (const char32_t character : text.toUcs4()) {
+    const Qt::Key key =
+        character < 0x80 ? QTest::asciiToKey(static_cast<char>(character)) : Qt::Key_unknown;
+    const QString typed = QString::fromUcs4(&character, 1);
+    events.push_back(keyEvent(QTest::Press, window, key, typed, {}));
+    events.push_back(keyEvent(QTest::Release, window, key, typed, {}));
   }
   perform(std::move(events), std::move(onLast));
 }

@@ -1,0 +1,161 @@
+// Files that cannot be evicted, and a daemon that dies meanwhile.
+
+#include "common/DiskUsage.h"
+#include "desktop/Calls.h"
+#include "desktop/FreeUpSpaceTest.h"
+#include "road/AtTheScreen.h"
+
+#include <csignal>
+#include <fstream>
+#include <map>
+
+#include <gmock/gmock.h>
+
+namespace driftmark::desktop {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::UnorderedElementsAre;
+
+std::string numbered(const std::string& name, int number, std::size_t width) {
+  const std::string digits = std::to_string(number);
+  return name + std::string(width - digits.size(), '0') + digits;
+}
+
+class FreeUpSpaceFailures : public FreeUpSpaceTest {
+protected:
+  std::string failure(const std::string& file, const std::string& why) const {
+    const std::string path = drive() / file;
+    return "Driftmark: evict failed for " + path + ": brctl: " + path + ": " + why;
+  }
+};
+
+TEST_F(FreeUpSpaceFailures, areCountedAndLogged) {
+  play("files 10 \"Photos/IMG {n}.heic\" 4096\n"
+       "at 1ms upload \"Photos/IMG 03.heic\" over 10m\n"
+       "at 1ms lock \"Photos/IMG 05.heic\"\n"
+       "at 20m end\n");
+  startProgram();
+  program_->log.readUntil("Driftmark: uploading IMG 03.heic\n");
+  told_->readUntil("lock \"Photos/IMG 05.heic\"\n");
+  pick("Photos");
+  expectQuestion("Photos", 10, "41 KB");
+  fs::remove(drive() / "Photos/IMG 08.heic");
+  person_->press("Remove Downloads");
+  expectReport("iCloud is removing 7 downloads; 3 could not be evicted (see the log).");
+  answer("OK");
+  EXPECT_THAT(evictionLines(),
+              UnorderedElementsAre("Driftmark: evicting 10 files (41 KB) under " +
+                                       (drive() / "Photos").string(),
+                                   failure("Photos/IMG 03.heic", "still uploading"),
+                                   failure("Photos/IMG 05.heic", "Permission denied"),
+                                   failure("Photos/IMG 08.heic", "no such file")));
+  EXPECT_EQ(usage("Photos"), 2 * 4096U);
+  expectOrderlyEnd();
+}
+
+TEST_F(FreeUpSpaceFailures, ofATool) {
+  start("files 2 \"Photos/IMG {n}.heic\" 4096\n");
+  fs::remove(session_.root() / "usr/bin/brctl");
+  pick("Photos");
+  expectQuestion("Photos", 2, "8 KB");
+  person_->press("Remove Downloads");
+  expectReport("iCloud is removing 0 downloads; 2 could not be evicted (see the log).");
+  answer("OK");
+  EXPECT_THAT(evictionLines(), testing::SizeIs(3));
+  EXPECT_EQ(usage("Photos"), 2 * 4096U);
+  expectOrderlyEnd();
+}
+
+/// Many files, whose contents are known.
+class FreeUpSpaceCrash : public FreeUpSpaceFailures {
+protected:
+  static constexpr int many = 1000;
+  static constexpr int few = 200;
+
+  FreeUpSpaceCrash() {
+    play("files 1000 \"Films/f{n}\" 4096\nat 20m end\n");
+    for (int number = 1; number <= many; ++number)
+      contents_[number] = icloud::test::contentsOf(file(number));
+    beforeEviction("( " + evictions_.script() + " )");
+    startProgram();
+  }
+
+  /// Waits until so many evictions have begun. The program can go on writing its log meanwhile.
+  void awaitEvictions(int count) {
+    for (int eviction = 0; eviction < count; ++eviction) {
+      evictions_.next();
+      program_->log.readSoFar();
+    }
+  }
+
+  fs::path file(int number) const { return drive() / numbered("Films/f", number, 4); }
+
+  /// How many files have no blocks any more. Every other one has its bytes.
+  int evicted() const {
+    int count = 0;
+    for (const auto& [number, bytes] : contents_) {
+      EXPECT_EQ(fs::file_size(file(number)), 4096U);
+      if (icloud::bytesOnDisk(file(number)) == 0)
+        ++count;
+      else
+        EXPECT_EQ(icloud::test::contentsOf(file(number)), bytes) << number;
+    }
+    return count;
+  }
+
+  /// The daemon that runs now.
+  pid_t bird() const {
+    const std::string supervisor = std::to_string(supervisor_->identifier());
+    pid_t process = 0;
+    std::ifstream("/proc/" + supervisor + "/task/" + supervisor + "/children") >> process;
+    return process;
+  }
+
+  Calls evictions_{session_.folder() / "evictions"};
+  std::map<int, std::string> contents_;
+};
+
+TEST_F(FreeUpSpaceCrash, losesNothingAndASecondRunDoesTheRest) {
+  pick("Films");
+  expectQuestion("Films", many, "4.1 MB");
+  person_->press("Remove Downloads");
+  awaitEvictions(few);
+  // Nobody brings the daemon back before an eviction has failed for the want of it.
+  supervisor_->signal(SIGSTOP);
+  ASSERT_EQ(kill(bird(), SIGKILL), 0);
+  program_->log.readUntil("bird is not running\n");
+  supervisor_->signal(SIGCONT);
+  awaitEvictions(many - few);
+
+  const icloud::Window report = road::awaitAlert(*person_, "Freeing Up Space");
+  const auto failures = static_cast<int>(evictionLines().size()) - 1;
+  EXPECT_GE(failures, 1);
+  EXPECT_LT(failures, many - few);
+  EXPECT_EQ(report.texts.back(), "iCloud is removing " + std::to_string(many - failures) +
+                                     " downloads; " + std::to_string(failures) +
+                                     " could not be evicted (see the log).");
+  const int gone = evicted();
+  // An eviction whose answer was lost may have been done.
+  EXPECT_GE(gone, many - failures);
+  EXPECT_LE(gone, many - failures + 1);
+  answer("OK");
+
+  const int left = many - gone;
+  ASSERT_GT(left, 0);
+  pick("Films");
+  road::awaitAlert(*person_, "Remove Downloads in Films?");
+  EXPECT_THAT(person_->awaitAlert().texts.back(),
+              testing::StartsWith(std::to_string(left) + " files using "));
+  person_->press("Remove Downloads");
+  awaitEvictions(left);
+  const icloud::Window second = road::awaitAlert(*person_, "Freeing Up Space");
+  EXPECT_THAT(second.texts.back(),
+              testing::StartsWith("iCloud is removing " + std::to_string(left) + " downloads ("));
+  answer("OK");
+  EXPECT_EQ(evicted(), many);
+  expectOrderlyEnd();
+}
+
+} // namespace
+} // namespace driftmark::desktop

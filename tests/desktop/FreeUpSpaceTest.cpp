@@ -1,0 +1,109 @@
+#include "desktop/FreeUpSpaceTest.h"
+
+#include "common/DiskUsage.h"
+#include "road/AtTheScreen.h"
+
+#include <algorithm>
+#include <csignal>
+#include <fstream>
+#include <sstream>
+
+#include <gmock/gmock.h>
+
+namespace driftmark::desktop {
+
+namespace fs = std::filesystem;
+using icloud::Window;
+
+FreeUpSpaceTest::FreeUpSpaceTest() {
+  session_.setVariable("QT_QPA_PLATFORM", "offscreen");
+  session_.installTools();
+}
+
+void FreeUpSpaceTest::play(const std::string& scenario) {
+  const fs::path story = session_.folder() / "story";
+  std::ofstream(story) << scenario;
+  told_.emplace(icloud::test::Channel::pipe());
+  icloud::Launch launch{session_.root() / "sbin/launchd",
+                        {"--home", session_.home(), "--scenario", story, "--begin-after", "items"},
+                        {}};
+  launch.output = launch.error = told_->childEnd();
+  supervisor_.emplace(launch);
+  told_->closeChildEnd();
+  told_->readUntil(" ready\n");
+}
+
+void FreeUpSpaceTest::startProgram() {
+  program_.emplace(session_.start());
+  person_.emplace(session_.attend());
+  road::expectStarted(*person_);
+  told_->readUntil(" begin ");
+}
+
+Window FreeUpSpaceTest::openPanel() {
+  road::chooseInMenu(*person_, "Free Up Space…");
+  return person_->awaitWindow([](const Window& window) { return window.title == "Free Up Space"; });
+}
+
+void FreeUpSpaceTest::pick(const fs::path& folder) {
+  openPanel();
+  person_->pickFolder(drive() / folder);
+}
+
+void FreeUpSpaceTest::expectQuestion(const std::string& name, int files, const std::string& size) {
+  const std::string message = "Remove Downloads in " + name + "?";
+  road::awaitAlert(*person_, message);
+  road::expectAlert(
+      *person_, message,
+      std::to_string(files) + " files using " + size +
+          " on this Mac will be removed from local storage. They stay in iCloud and download again "
+          "when opened. Files not yet uploaded are left alone.",
+      {"Remove Downloads", "Cancel"});
+}
+
+void FreeUpSpaceTest::expectNothingToFree(const std::string& name) {
+  const std::string message = "Nothing to Free in " + name;
+  road::awaitAlert(*person_, message);
+  road::expectAlert(*person_, message, "No downloaded iCloud files were found there.");
+}
+
+void FreeUpSpaceTest::expectReport(const std::string& informative) {
+  road::awaitAlert(*person_, "Freeing Up Space");
+  road::expectAlert(*person_, "Freeing Up Space", informative);
+}
+
+void FreeUpSpaceTest::answer(const std::string& button) {
+  const int alert = person_->awaitAlert().number;
+  person_->press(button);
+  person_->awaitAbsence([alert](const Window& window) { return window.number == alert; });
+}
+
+void FreeUpSpaceTest::expectOrderlyEnd() {
+  program_->process.signal(SIGTERM);
+  EXPECT_EQ(icloud::describeEnd(program_->process.wait()), "status 0");
+}
+
+std::uint64_t FreeUpSpaceTest::usage(const fs::path& path) const {
+  return icloud::bytesOnDisk(drive() / path);
+}
+
+std::vector<std::string> FreeUpSpaceTest::evictionLines() {
+  std::vector<std::string> found;
+  std::istringstream log(program_->log.readSoFar());
+  for (std::string line; std::getline(log, line);)
+    if (line.starts_with("Driftmark: evicting ") || line.starts_with("Driftmark: evict failed "))
+      found.push_back(line);
+  return found;
+}
+
+void FreeUpSpaceTest::beforeEviction(const std::string& script) const {
+  const fs::path brctl = session_.root() / "usr/bin/brctl";
+  const fs::path itself = brctl.string() + ".itself";
+  fs::rename(brctl, itself);
+  session_.writeTool("/usr/bin/brctl", "if [ \"$1\" = evict ]; then\n"
+                                       "shift\n" +
+                                           script + "\nset -- evict \"$@\"\nfi\nexec '" +
+                                           itself.string() + "' \"$@\"");
+}
+
+} // namespace driftmark::desktop
