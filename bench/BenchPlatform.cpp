@@ -59,4 +59,27 @@ void FedChildren::feed(std::string_view bytes, std::size_t chunk) const {
     itemData_(bytes.substr(at, chunk));
 }
 
+Platform replaced(const Platform& all, ChildProcesses& children, StatusBar& statusBar,
+                  SystemLog& log, Dialogs& dialogs) {
+  return {.clock = all.clock,
+          .mainQueue = all.mainQueue,
+          .backgroundQueue = all.backgroundQueue,
+          .childProcesses = children,
+          .systemLog = log,
+          .fileSystem = all.fileSystem,
+          .environment = all.environment,
+          .text = all.text,
+          .httpClient = all.httpClient,
+          .dialogs = dialogs,
+          .userDefaults = all.userDefaults,
+          .bundle = all.bundle,
+          .application = all.application,
+          .runningApplications = all.runningApplications,
+          .signals = all.signals,
+          .statusBar = statusBar,
+          .workspace = all.workspace,
+          .loginItem = all.loginItem,
+          .cloudFiles = all.cloudFiles};
+}
+
 } // namespace driftmark::bench

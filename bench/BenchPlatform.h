@@ -6,6 +6,7 @@
 #include "platform/Clock.h"
 #include "platform/Environment.h"
 #include "platform/MainQueue.h"
+#include "platform/Platform.h"
 #include "platform/SystemLog.h"
 #include "platform/linux/LinuxFileSystem.h"
 #include "platform/linux/LinuxText.h"
@@ -76,6 +77,10 @@ class PlainText : public LinuxText {
 public:
   std::string byteCount(std::int64_t bytes) const override { return std::to_string(bytes); }
 };
+
+/// A platform's adapters but for these.
+Platform replaced(const Platform& all, ChildProcesses& children, StatusBar& statusBar,
+                  SystemLog& log, Dialogs& dialogs);
 
 /// The least platform that a monitor runs on.
 struct BenchPlatform {

@@ -64,29 +64,6 @@ SystemRoot systemRoot(const CaptureRoot& root) {
   return std::get<SystemRoot>(SystemRoot::of(RootedEnvironment(root.path().string())));
 }
 
-/// The program's own adapters but for these three.
-Platform replaced(const Platform& all, ChildProcesses& children, StatusBar& statusBar,
-                  SystemLog& log) {
-  return {.clock = all.clock,
-          .mainQueue = all.mainQueue,
-          .backgroundQueue = all.backgroundQueue,
-          .childProcesses = children,
-          .systemLog = log,
-          .fileSystem = all.fileSystem,
-          .environment = all.environment,
-          .text = all.text,
-          .httpClient = all.httpClient,
-          .dialogs = all.dialogs,
-          .userDefaults = all.userDefaults,
-          .bundle = all.bundle,
-          .application = all.application,
-          .runningApplications = all.runningApplications,
-          .signals = all.signals,
-          .statusBar = statusBar,
-          .workspace = all.workspace,
-          .loginItem = all.loginItem};
-}
-
 void drawPending() {
   for (int i = 0; i < 10; ++i)
     QCoreApplication::processEvents();
@@ -98,8 +75,8 @@ int drawingsWithoutChange() {
   FedChildren children;
   WatchedStatusBar statusBar;
   NoLog log;
-  const auto controller =
-      StatusItemController::make(replaced(platform.ports(), children, statusBar, log));
+  const auto controller = StatusItemController::make(
+      replaced(platform.ports(), children, statusBar, log, platform.ports().dialogs));
   drawPending();
   const MenuBarStrip& strip = statusBar.item().strip();
   const int before = strip.paintCount();
@@ -182,8 +159,8 @@ std::vector<double> openDuringListing(const CaptureRoot& root) {
   PlayedOnce children(platform.ports().childProcesses, [] { QCoreApplication::quit(); });
   WatchedStatusBar statusBar;
   NoLog log;
-  const auto controller =
-      StatusItemController::make(replaced(platform.ports(), children, statusBar, log));
+  const auto controller = StatusItemController::make(
+      replaced(platform.ports(), children, statusBar, log, platform.ports().dialogs));
   const Opener opener(statusBar.item());
   QCoreApplication::exec();
   return opener.milliseconds();

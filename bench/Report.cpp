@@ -18,7 +18,7 @@ struct Key {
   double aim;
 };
 
-constexpr std::array<Key, 15> keys{{
+constexpr std::array<Key, 18> keys{{
     {"pipeline_over_memchr", Better::lower, 15, 10},
     {"second_pass_over_memchr", Better::lower, 12, 7},
     {"speedup_over_regex", Better::higher, 10, 15},
@@ -31,9 +31,12 @@ constexpr std::array<Key, 15> keys{{
     {"start_over_bare", Better::lower, 1.5, 1.2},
     {"redraws_without_change", Better::lower, 0, 0},
     {"menu_open_ms_under_flood", Better::lower, 50, 16},
+    {"survey_over_find", Better::lower, 2.5, 1.5},
+    {"survey_main_loop_ms", Better::lower, 16, 5},
     {"overall_at_10000_active_us", Better::none, 0, 0},
     {"rss_after_check_over_bare", Better::none, 0, 0},
     {"second_pass_shuffled_over_memchr", Better::none, 0, 0},
+    {"survey_heap_over_paths", Better::none, 0, 0},
 }};
 
 std::string rounded(double value) {

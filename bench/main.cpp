@@ -2,6 +2,7 @@
 #include "MenuBench.h"
 #include "ProgramBench.h"
 #include "Report.h"
+#include "SurveyBench.h"
 #include "TerminalBench.h"
 
 #include <exception>
@@ -33,6 +34,7 @@ int main(int argc, char** argv) {
     benchOverall(figures);
     benchTerminal(figures, std::cout);
     benchMenu(figures, std::cout);
+    benchSurvey(figures, std::cout);
     benchProgram(figures, std::cout);
     std::cout << '\n';
     printTable(std::cout, figures);

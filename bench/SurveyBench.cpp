@@ -1,0 +1,199 @@
+#include "SurveyBench.h"
+
+#include "BenchPlatform.h"
+#include "HeapCounter.h"
+#include "Stopwatch.h"
+#include "SurveyTree.h"
+#include "evict/Evictor.h"
+#include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/SystemRoot.h"
+#include "process/Launch.h"
+#include "ui/StatusItemController.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include <QCoreApplication>
+#include <QTimer>
+
+#include <unistd.h>
+
+namespace driftmark::bench {
+namespace {
+
+constexpr std::size_t rounds = 7;
+constexpr std::int64_t blockSize = 512;
+constexpr const char* entryTitle = "Free Up Space…";
+
+using SteadyClock = std::chrono::steady_clock;
+
+/// Runs `find`, and adds up the blocks that it prints, a number a line.
+std::int64_t blocksByFind(const SurveyTree& tree) {
+  icloud::Pipe pipe = icloud::makePipe();
+  icloud::Launch launch{"/usr/bin/find", {tree.path(), "-type", "f", "-printf", "%b\n"}, {}};
+  launch.output = pipe.writing.get();
+  icloud::ChildProcess find(launch);
+  pipe.writing.reset();
+  std::string text;
+  std::array<char, 65536> bytes{};
+  for (ssize_t count = 0; (count = read(pipe.reading.get(), bytes.data(), bytes.size())) > 0;)
+    text.append(bytes.data(), static_cast<std::size_t>(count));
+  if (const int status = find.wait(); status != 0)
+    throw std::runtime_error("find ended with " + icloud::describeEnd(status));
+  std::int64_t sum = 0;
+  const char* const end = text.data() + text.size();
+  for (const char* line = text.data(); line < end;) {
+    std::int64_t blocks = 0;
+    line = std::from_chars(line, end, blocks).ptr + 1;
+    sum += blocks;
+  }
+  return sum;
+}
+
+std::size_t bytesOf(const std::vector<std::string>& paths) {
+  std::size_t bytes = 0;
+  for (const std::string& path : paths)
+    bytes += path.size();
+  return bytes;
+}
+
+/// Notes the longest time between two beats on the event loop.
+class LoopWatch {
+public:
+  LoopWatch() {
+    timer_.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { beat(); });
+    timer_.start(1);
+  }
+
+  void beat() {
+    const auto now = SteadyClock::now();
+    longest_ = std::max(longest_, std::chrono::duration<double, std::milli>(now - last_));
+    last_ = now;
+  }
+
+  double longestMilliseconds() const { return longest_.count(); }
+
+private:
+  QTimer timer_;
+  SteadyClock::time_point last_ = SteadyClock::now();
+  std::chrono::duration<double, std::milli> longest_{0};
+};
+
+/// Chooses a folder at once, and cancels what it is asked.
+class HastyUser final : public Dialogs {
+public:
+  HastyUser(std::string folder, LoopWatch& watch) : folder_(std::move(folder)), watch_(watch) {}
+
+  std::size_t runModal(const Alert& alert) override {
+    watch_.beat();
+    untilAsked_ = watch_.longestMilliseconds();
+    question_ = alert.informativeText;
+    QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+    return 1;
+  }
+  std::optional<std::string> chooseFolder(const FolderPanel& /*panel*/) override { return folder_; }
+  void orderFrontAboutPanel(const std::string& /*credits*/) override {}
+
+  const std::string& question() const { return question_; }
+
+  /// How long the loop stood still at most before the question came.
+  double longestUntilAsked() const { return untilAsked_; }
+
+private:
+  std::string folder_;
+  LoopWatch& watch_;
+  std::string question_;
+  double untilAsked_ = 0;
+};
+
+/// A menu bar where nothing is drawn.
+class BlankStatusBar final : public StatusBar {
+public:
+  std::unique_ptr<StatusItem> makeStatusItem() override { return std::make_unique<Item>(build_); }
+
+  void choose(std::string_view title) const {
+    const Menu menu = build_();
+    const auto found = std::ranges::find(menu, title, &MenuItem::title);
+    if (found == menu.end())
+      throw std::runtime_error("the menu has no such entry: " + std::string(title));
+    found->action();
+  }
+
+private:
+  class Item final : public StatusItem {
+  public:
+    explicit Item(std::function<Menu()>& build) : build_(build) {}
+    void setSymbol(const Symbol& /*symbol*/, const std::string& /*fallback*/) override {}
+    void setTitle(const std::string& /*title*/) override {}
+    void setToolTip(const std::string& /*text*/) override {}
+    void setMenu(std::function<Menu()> build, std::function<void()> /*willOpen*/) override {
+      build_ = std::move(build);
+    }
+    void retitle(MenuItem::Tag /*tag*/, const std::string& /*title*/) override {}
+
+  private:
+    std::function<Menu()>& build_;
+  };
+
+  std::function<Menu()> build_;
+};
+
+/// The longest standstill, in milliseconds, from the choice of the folder to the question.
+double longestGap(LinuxPlatform& platform, const SurveyTree& tree) {
+  FedChildren children;
+  BlankStatusBar statusBar;
+  NoLog log;
+  LoopWatch watch;
+  HastyUser user(tree.path().string(), watch);
+  const auto controller =
+      StatusItemController::make(replaced(platform.ports(), children, statusBar, log, user));
+  statusBar.choose(entryTitle);
+  QCoreApplication::exec();
+  if (!user.question().starts_with(std::to_string(SurveyTree::files) + " files"))
+    throw std::runtime_error("the user was asked something else: " + user.question());
+  return user.longestUntilAsked();
+}
+
+} // namespace
+
+void benchSurvey(Figures& figures, std::ostream& notes) {
+  const SurveyTree tree;
+  LinuxPlatform platform(std::get<SystemRoot>(SystemRoot::of(BareEnvironment())));
+  const CloudFiles& cloudFiles = platform.ports().cloudFiles;
+
+  Survey survey;
+  const auto heap = static_cast<double>(
+      peakHeap([&] { survey = Evictor::survey(cloudFiles, tree.path().string()); }));
+  if (survey.files.size() != SurveyTree::files || survey.bytes != blocksByFind(tree) * blockSize)
+    throw std::runtime_error("the survey is wrong");
+  figures["survey_heap_over_paths"] = heap / static_cast<double>(bytesOf(survey.files));
+
+  std::vector<double> find;
+  std::vector<double> surveys;
+  std::vector<double> gaps;
+  for (std::size_t round = 0; round < rounds; ++round) {
+    find.push_back(seconds([&] { blocksByFind(tree); }));
+    surveys.push_back(seconds([&] { Evictor::survey(cloudFiles, tree.path().string()); }));
+    gaps.push_back(longestGap(platform, tree));
+  }
+  figures["survey_over_find"] = median(surveys) / median(find);
+  figures["survey_main_loop_ms"] = median(gaps);
+  notes << "survey: " << SurveyTree::files << " files in " << SurveyTree::folders
+        << " folders, find " << median(find) << " s, survey " << median(surveys)
+        << " s, longest standstill of all rounds " << *std::ranges::max_element(gaps) << " ms\n";
+}
+
+} // namespace driftmark::bench
