@@ -80,6 +80,13 @@ TEST_F(MovesBetweenVolumes, everythingComesAlong) {
   EXPECT_THAT(namesIn(other_.path()), IsEmpty());
 }
 
+TEST_F(MovesBetweenVolumes, volumesOfTwoPlacesAreToldApart) {
+  EXPECT_TRUE(areOnTwoVolumes(in("a"), other_.path("b")));
+  EXPECT_FALSE(areOnTwoVolumes(in("a"), in("b")));
+  EXPECT_FALSE(areOnTwoVolumes(in("missing/a"), other_.path("b")))
+      << "nothing is known of the first";
+}
+
 TEST_F(MovesBetweenVolumes, filesAndLinksMoveThemselves) {
   folder_.write("file", "x");
   fs::create_symlink(in("file"), in("link"));

@@ -8,11 +8,12 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
 #ifdef __APPLE__
 #include <copyfile.h>
+#else
+#include <sys/xattr.h>
 #endif
 
 namespace driftmark::file_calls {
@@ -29,6 +30,11 @@ int renameWhereNothingIs(int fromFolder, const char* from, int toFolder, const c
   if (fstatat(toFolder, to, &information, AT_SYMLINK_NOFOLLOW) == 0)
     return EEXIST;
   return result(renameat(fromFolder, from, toFolder, to));
+}
+
+/// Whether a volume or the system does not take an attribute.
+bool isRefused(int error) {
+  return error == ENOTSUP || error == EPERM || error == EACCES;
 }
 
 struct CloseFolder {
@@ -76,17 +82,19 @@ std::array<timespec, 2> times(const struct stat& information) {
   return {information.st_atimespec, information.st_mtimespec};
 }
 
+int flush(int item) {
+  // `fsync` stops at the disk's own memory. Not every volume knows the other.
+  return fcntl(item, F_FULLFSYNC) == 0 ? 0 : result(fsync(item));
+}
+
 int copyAttributes(int from, int to) {
-  return result(fcopyfile(from, to, nullptr, COPYFILE_XATTR | COPYFILE_ACL));
+  const int error = result(fcopyfile(from, to, nullptr, COPYFILE_XATTR | COPYFILE_ACL));
+  return isRefused(error) ? 0 : error;
 }
 
 #else
 
 namespace {
-
-bool isRefused(int error) {
-  return error == ENOTSUP || error == EPERM || error == EACCES;
-}
 
 int copyAttribute(int from, int to, const char* name) {
   const ssize_t size = fgetxattr(from, name, nullptr, 0);
@@ -103,6 +111,10 @@ int copyAttribute(int from, int to, const char* name) {
 
 std::array<timespec, 2> times(const struct stat& information) {
   return {information.st_atim, information.st_mtim};
+}
+
+int flush(int item) {
+  return result(fsync(item));
 }
 
 int copyAttributes(int from, int to) {

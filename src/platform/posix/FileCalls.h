@@ -19,7 +19,11 @@ int listFolder(int folder, std::vector<std::string>& names);
 /// When an item was read and written last, in the order that the system sets them.
 std::array<timespec, 2> times(const struct stat& information);
 
-/// Copies extended attributes; those that the other volume does not take are left out.
+/// Brings what was written to an open item to the disk.
+int flush(int item);
+
+/// Copies extended attributes, and access lists where a system keeps them apart; those that the
+/// other volume does not take are left out.
 int copyAttributes(int from, int to);
 
 } // namespace driftmark::file_calls

@@ -35,7 +35,7 @@ int copyMetadata(int from, int to, const struct stat& information) {
     mode &= ~static_cast<mode_t>(S_ISUID | S_ISGID);
   if (fchmod(to, mode) != 0 || futimens(to, file_calls::times(information).data()) != 0)
     return errno;
-  return fsync(to) == 0 ? 0 : errno;
+  return file_calls::flush(to);
 }
 
 int writeAll(int to, std::string_view bytes) {

@@ -30,7 +30,7 @@ int renameTree(const std::string& from, const std::string& to) {
 void flushFolder(const std::string& path) {
   const FileDescriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (folder.isOpen())
-    fsync(folder.number());
+    file_calls::flush(folder.number());
 }
 
 /// Makes a whole copy appear at `to` at once.
@@ -67,6 +67,13 @@ int moveTree(const std::string& from, const std::string& to) {
   const std::string target = file_path::withoutTrailingSlashes(to);
   const int error = renameTree(source, target);
   return error == EXDEV ? moveBetweenVolumes(source, target) : error;
+}
+
+bool areOnTwoVolumes(const std::string& one, const std::string& other) {
+  struct stat first {};
+  struct stat second {};
+  return stat(file_path::parent(one).c_str(), &first) == 0 &&
+         stat(file_path::parent(other).c_str(), &second) == 0 && first.st_dev != second.st_dev;
 }
 
 } // namespace driftmark

@@ -10,4 +10,7 @@ namespace driftmark {
 /// Returns 0 or an error number; the item is then still at `from`. Any thread.
 int moveTree(const std::string& from, const std::string& to);
 
+/// Whether the folders that hold the two are known to be on different volumes. Any thread.
+bool areOnTwoVolumes(const std::string& one, const std::string& other);
+
 } // namespace driftmark

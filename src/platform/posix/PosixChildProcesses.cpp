@@ -69,13 +69,14 @@ PosixChildProcesses::spawn(const ToolCommand& command, DataHandler onData, ExitH
   if (auto* const error = std::get_if<LaunchError>(&launched))
     return std::move(*error);
   auto& process = std::get<0>(launched);
-  terminal.slave.reset();
 
   const auto channel = std::make_shared<TerminalChannel>(
       TerminalChannel::Surroundings{mainQueue_, children_, ioThread_.wakeup()}, process,
       std::move(terminal.master), std::move(onData), std::move(onExit));
   remember(channel);
   ioThread_.add(channel);
+  // Where the child has ended already, this waits on macOS until its output has been read.
+  terminal.slave.reset();
   return TerminalChild{process, std::make_unique<PosixReadHandle>(channel)};
 }
 
@@ -91,9 +92,14 @@ std::optional<LaunchError> PosixChildProcesses::launchDetached(const ToolCommand
 
 void PosixChildProcesses::shutdown() {
   children_->reapDetached();
+  const auto channels = std::exchange(channels_, {});
+  // On macOS, a child ends only when its output has been read, or nobody can read it any more.
+  for (const auto& weak : channels)
+    if (const auto channel = weak.lock())
+      channel->releaseTerminal();
   children_->endAll();
   ioThread_.stop();
-  for (const auto& weak : std::exchange(channels_, {}))
+  for (const auto& weak : channels)
     if (const auto channel = weak.lock())
       channel->abandon();
 }

@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -38,16 +39,10 @@ bool setCloseOnExec(int descriptor) {
   return fcntl(descriptor, F_SETFD, FD_CLOEXEC) == 0;
 }
 
-bool watch(int queue, pid_t pid) {
-  struct kevent change {};
-  EV_SET(&change, pid, EVFILT_PROC, EV_ADD, NOTE_EXIT, 0, nullptr);
-  if (kevent(queue, &change, 1, nullptr, 0, nullptr) == 0)
-    return true;
-  if (errno != ESRCH)
-    return false;
-  // The child has ended before it could be watched.
-  EV_SET(&change, 1, EVFILT_USER, EV_ADD, NOTE_TRIGGER, 0, nullptr);
-  return kevent(queue, &change, 1, nullptr, 0, nullptr) == 0;
+/// A pipe that has nothing but its end.
+FileDescriptor alreadyReadable() {
+  std::optional<Pipe> pipe = makePipe();
+  return pipe ? std::move(pipe->readEnd) : FileDescriptor();
 }
 
 } // namespace
@@ -71,9 +66,14 @@ FileDescriptor openTerminalMaster() {
 
 FileDescriptor watchExit(pid_t pid) {
   FileDescriptor queue(kqueue());
-  if (!queue.isOpen() || !setCloseOnExec(queue.number()) || !watch(queue.number(), pid))
+  if (!queue.isOpen() || !setCloseOnExec(queue.number()))
     return {};
-  return queue;
+  struct kevent change {};
+  EV_SET(&change, pid, EVFILT_PROC, EV_ADD, NOTE_EXIT, 0, nullptr);
+  if (kevent(queue.number(), &change, 1, nullptr, 0, nullptr) == 0)
+    return queue;
+  // A child that has ended already cannot be watched.
+  return errno == ESRCH ? alreadyReadable() : FileDescriptor();
 }
 
 int closeAllButStandard(posix_spawnattr_t& /*attributes*/, posix_spawn_file_actions_t& /*actions*/,

@@ -69,6 +69,9 @@ private:
     sigemptyset(&signals);
     note(posix_spawnattr_setsigmask(&attributes_, &signals));
     sigfillset(&signals);
+    // These two cannot be set, and a system may refuse the try.
+    sigdelset(&signals, SIGKILL);
+    sigdelset(&signals, SIGSTOP);
     note(posix_spawnattr_setsigdefault(&attributes_, &signals));
     flags_ |= POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
   }
