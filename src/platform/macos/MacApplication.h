@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/Application.h"
+#include "platform/MainQueue.h"
+
+#import <AppKit/AppKit.h>
+
+@class DriftmarkApplicationDelegate;
+
+namespace driftmark {
+
+/// This process as an AppKit application. There is one at a time.
+class MacApplication final : public Application {
+public:
+  /// The main queue outlives this object.
+  explicit MacApplication(MainQueue& mainQueue);
+  MacApplication(const MacApplication&) = delete;
+  ~MacApplication() override;
+
+  void becomeAccessory() override;
+  void setDelegate(ApplicationDelegate* delegate) override;
+
+  /// Does not return: the system ends the process here.
+  void run() override;
+
+  void activateIgnoringOtherApplications() override;
+
+  /// Ends the process from the main queue. What is modal then is closed first, from the inside out.
+  void terminate() override;
+
+  std::int32_t processIdentifier() const override;
+
+private:
+  void end();
+  void closeModalWindow();
+
+  MainQueue& mainQueue_;
+  NSApplication* const application_;
+  DriftmarkApplicationDelegate* const delegate_; ///< AppKit does not hold it
+};
+
+} // namespace driftmark

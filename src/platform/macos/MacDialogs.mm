@@ -1,0 +1,53 @@
+#include "platform/macos/MacAdapters.h"
+#include "platform/macos/Strings.h"
+
+#include <algorithm>
+#include <utility>
+
+#import <AppKit/AppKit.h>
+
+namespace driftmark {
+
+std::size_t MacDialogs::runModal(const Alert& alert) {
+  NSAlert* const native = [[NSAlert alloc] init];
+  native.messageText = nsString(alert.messageText);
+  native.informativeText = nsString(alert.informativeText);
+  for (const std::string& title : alert.buttons)
+    [native addButtonWithTitle:nsString(title)];
+  native.window.preventsApplicationTerminationWhenModal = NO;
+
+  const NSInteger index = [native runModal] - NSAlertFirstButtonReturn;
+  const auto count = static_cast<NSInteger>(std::max<std::size_t>(alert.buttons.size(), 1));
+  return index >= 0 && index < count ? static_cast<std::size_t>(index) : unanswered;
+}
+
+std::optional<std::string> MacDialogs::chooseFolder(const FolderPanel& panel) {
+  NSOpenPanel* const native = [NSOpenPanel openPanel];
+  native.title = nsString(panel.title);
+  native.message = nsString(panel.message);
+  native.prompt = nsString(panel.prompt);
+  native.canChooseFiles = NO;
+  native.canChooseDirectories = YES;
+  native.allowsMultipleSelection = NO;
+  native.directoryURL = [NSURL fileURLWithFileSystemRepresentation:panel.directory.c_str()
+                                                       isDirectory:YES
+                                                     relativeToURL:nil];
+
+  if ([native runModal] != NSModalResponseOK)
+    return std::nullopt;
+  std::string chosen = path(native.URL);
+  return chosen.empty() ? std::nullopt : std::optional(std::move(chosen));
+}
+
+void MacDialogs::orderFrontAboutPanel(const std::string& credits) {
+  NSDictionary<NSAttributedStringKey, id>* const attributes = @{
+    NSFontAttributeName : [NSFont systemFontOfSize:NSFont.smallSystemFontSize],
+    NSForegroundColorAttributeName : NSColor.labelColor,
+  };
+  NSAttributedString* const text = [[NSAttributedString alloc] initWithString:nsString(credits)
+                                                                   attributes:attributes];
+  [NSApplication.sharedApplication
+      orderFrontStandardAboutPanelWithOptions:@{NSAboutPanelOptionCredits : text}];
+}
+
+} // namespace driftmark

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/MainQueue.h"
+#include "platform/WaitingTasks.h"
+
+#import <Foundation/Foundation.h>
+
+namespace driftmark {
+
+/// The main queue on the run loop of the main thread, in all its common modes: tasks run while a
+/// menu is open or something modal is shown, too. Each turn of the loop runs one task, so that
+/// events come in between, and so does each turn of a loop inside a task. Delays do not count the
+/// time that the machine sleeps. A repetition that comes too late skips the turns that it missed.
+class MacMainQueue final : public MainQueue {
+public:
+  MacMainQueue();
+  ~MacMainQueue() override;
+
+  void async(Task task) override;
+  void after(Seconds delay, Task task) override;
+  std::unique_ptr<Timer> repeat(Seconds interval, Seconds tolerance, Task task) override;
+
+private:
+  void wake();
+  void runNext();
+
+  CFRunLoopSourceRef source_;
+  NSMutableSet<NSTimer*>* const delayed_ = [[NSMutableSet alloc] init]; ///< main thread only
+  WaitingTasks tasks_;
+};
+
+} // namespace driftmark

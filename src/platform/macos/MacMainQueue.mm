@@ -1,0 +1,100 @@
+#include "platform/macos/MacMainQueue.h"
+
+#include "platform/Weakly.h"
+#include "platform/macos/NoThrow.h"
+
+#include <utility>
+
+namespace driftmark {
+
+namespace {
+
+void start(NSTimer* timer) {
+  [NSRunLoop.mainRunLoop addTimer:timer forMode:NSRunLoopCommonModes];
+}
+
+/// Hands its task over to the queue again and again, as long as it lives.
+class RepeatingTimer final : public Timer {
+public:
+  RepeatingTimer(MainQueue& queue, Seconds interval, Seconds tolerance, MainQueue::Task task)
+      : task_(std::make_shared<const MainQueue::Task>(std::move(task))) {
+    MainQueue* const mainQueue = &queue;
+    const auto turn = weakly(task_, [](const MainQueue::Task& action) { action(); });
+    timer_ = [NSTimer timerWithTimeInterval:interval.count()
+                                    repeats:YES
+                                      block:^(NSTimer*) {
+                                        mainQueue->async(turn);
+                                      }];
+    timer_.tolerance = tolerance.count();
+    start(timer_);
+  }
+  RepeatingTimer(const RepeatingTimer&) = delete;
+  ~RepeatingTimer() override { [timer_ invalidate]; }
+
+private:
+  const std::shared_ptr<const MainQueue::Task> task_;
+  NSTimer* timer_ = nil;
+};
+
+} // namespace
+
+MacMainQueue::MacMainQueue() {
+  CFRunLoopSourceContext context{};
+  context.info = this;
+  context.perform = [](void* queue) { static_cast<MacMainQueue*>(queue)->runNext(); };
+  source_ = CFRunLoopSourceCreate(kCFAllocatorDefault, 0, &context);
+  CFRunLoopAddSource(CFRunLoopGetMain(), source_, kCFRunLoopCommonModes);
+}
+
+MacMainQueue::~MacMainQueue() {
+  tasks_.close();
+  CFRunLoopSourceInvalidate(source_);
+  CFRelease(source_);
+  // What a delayed task holds may come back to this queue while it goes.
+  while (delayed_.count > 0) {
+    @autoreleasepool {
+      NSTimer* const timer = [delayed_ anyObject];
+      [delayed_ removeObject:timer];
+      [timer invalidate];
+    }
+  }
+}
+
+void MacMainQueue::async(Task task) {
+  if (tasks_.append(std::move(task)))
+    wake();
+}
+
+void MacMainQueue::wake() {
+  CFRunLoopSourceSignal(source_);
+  CFRunLoopWakeUp(CFRunLoopGetMain());
+}
+
+/// The loop is told of the tasks behind before the task runs, as a loop inside it may go on with
+/// them.
+void MacMainQueue::runNext() {
+  WaitingTasks::Next next = tasks_.take();
+  if (next.othersWait)
+    wake();
+  @autoreleasepool {
+    if (next.task)
+      noThrow(std::exchange(next.task, nullptr));
+  }
+}
+
+void MacMainQueue::after(Seconds delay, Task task) {
+  NSTimer* const timer = [NSTimer timerWithTimeInterval:delay.count()
+                                                repeats:NO
+                                                  block:^(NSTimer* fired) {
+                                                    [delayed_ removeObject:fired];
+                                                    async(task);
+                                                  }];
+  [delayed_ addObject:timer];
+  start(timer);
+}
+
+std::unique_ptr<Timer> MacMainQueue::repeat(Seconds interval, Seconds tolerance, Task task) {
+  return std::make_unique<RepeatingTimer>(*this, interval, tolerance, std::move(task));
+}
+
+} // namespace driftmark

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "platform/macos/MacAdapters.h"
+#include "platform/macos/MacApplication.h"
+#include "platform/macos/MacBackgroundQueue.h"
+#include "platform/macos/MacHttpClient.h"
+#include "platform/macos/MacMainQueue.h"
+#include "platform/macos/MacSignals.h"
+#include "platform/macos/MacStatusItem.h"
+#include "platform/posix/PosixChildProcesses.h"
+#include "platform/posix/ProcessEnvironment.h"
+#include "platform/posix/SystemClock.h"
+
+namespace driftmark {
+
+/// All adapters of this front. Lives on the main thread. Destroying it ends all children, waits for
+/// background work and drops what waits on the queues; objects of the core that are still held by
+/// such work go then. There is one at a time.
+class MacPlatform {
+public:
+  /// Throws std::system_error when the system has no descriptors left.
+  MacPlatform();
+  ~MacPlatform();
+
+  /// The ports, to be used no longer than this object lives.
+  Platform ports();
+
+private:
+  SystemClock clock_;
+  MacSystemLog systemLog_;
+  MacFileSystem fileSystem_;
+  ProcessEnvironment environment_;
+  MacText text_;
+  MacUserDefaults userDefaults_;
+  MacBundle bundle_;
+  MacDialogs dialogs_;
+  MacHttpClient httpClient_;
+  MacRunningApplications runningApplications_;
+  MacStatusBar statusBar_;
+  MacWorkspace workspace_;
+  MacLoginItem loginItem_;
+  MacCloudFiles cloudFiles_;
+  MacMainQueue mainQueue_;
+  MacApplication application_{mainQueue_};
+  MacSignals signals_{mainQueue_};
+  PosixChildProcesses childProcesses_{mainQueue_, ""};
+  MacBackgroundQueue backgroundQueue_;
+};
+
+} // namespace driftmark

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/MainQueue.h"
+#include "platform/Signals.h"
+
+namespace driftmark {
+
+/// Signals as the system's dispatch sources report them, whatever is done with the signal itself.
+class MacSignals final : public Signals {
+public:
+  /// The main queue outlives this object and its sources.
+  explicit MacSignals(MainQueue& mainQueue) : mainQueue_(mainQueue) {}
+
+  void ignore(QuitSignal signal) override;
+  std::unique_ptr<SignalSource> makeSource(QuitSignal signal,
+                                           std::function<void()> handler) override;
+
+private:
+  MainQueue& mainQueue_;
+};
+
+} // namespace driftmark

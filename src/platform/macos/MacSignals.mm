@@ -1,0 +1,54 @@
+#include "platform/macos/MacSignals.h"
+
+#include "platform/Weakly.h"
+
+#include <csignal>
+#include <utility>
+
+#include <dispatch/dispatch.h>
+
+namespace driftmark {
+
+namespace {
+
+int number(QuitSignal signal) {
+  return signal == QuitSignal::terminate ? SIGTERM : SIGINT;
+}
+
+/// Delivers what a source of the system reports.
+class MacSignalSource final : public SignalSource {
+public:
+  MacSignalSource(dispatch_source_t source, MainQueue& mainQueue, std::function<void()> handler)
+      : source_(source), handler_(std::make_shared<const MainQueue::Task>(std::move(handler))) {
+    MainQueue* const queue = &mainQueue;
+    const auto call = weakly(handler_, [](const MainQueue::Task& task) { task(); });
+    dispatch_source_set_event_handler(source_, ^{
+      queue->async(call);
+    });
+    dispatch_resume(source_);
+  }
+  MacSignalSource(const MacSignalSource&) = delete;
+  ~MacSignalSource() override { dispatch_source_cancel(source_); }
+
+private:
+  const dispatch_source_t source_;
+  const std::shared_ptr<const MainQueue::Task> handler_;
+};
+
+} // namespace
+
+void MacSignals::ignore(QuitSignal signal) {
+  std::signal(number(signal), SIG_IGN);
+}
+
+std::unique_ptr<SignalSource> MacSignals::makeSource(QuitSignal signal,
+                                                     std::function<void()> handler) {
+  const dispatch_source_t source =
+      dispatch_source_create(DISPATCH_SOURCE_TYPE_SIGNAL, static_cast<uintptr_t>(number(signal)), 0,
+                             dispatch_get_main_queue());
+  if (source == nil)
+    return nullptr;
+  return std::make_unique<MacSignalSource>(source, mainQueue_, std::move(handler));
+}
+
+} // namespace driftmark

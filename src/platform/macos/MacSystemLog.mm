@@ -1,0 +1,19 @@
+#include "platform/macos/MacAdapters.h"
+#include "platform/macos/Strings.h"
+#include "text/TextRepair.h"
+
+#include <csignal>
+
+namespace driftmark {
+
+MacSystemLog::MacSystemLog() {
+  std::signal(SIGPIPE, SIG_IGN);
+}
+
+void MacSystemLog::log(std::string_view line) {
+  @autoreleasepool {
+    NSLog(@"%@", nsString(oneLine(line)));
+  }
+}
+
+} // namespace driftmark

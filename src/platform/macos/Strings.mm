@@ -1,0 +1,53 @@
+#include "platform/macos/Strings.h"
+
+#include "text/TextRepair.h"
+
+namespace driftmark {
+
+namespace {
+
+/// Nothing can lie below what is not a folder.
+constexpr const char* pathOfNothing = "/dev/null/nothing";
+
+} // namespace
+
+NSString* nsString(std::string_view text) {
+  const std::string utf8 = wellFormed(text);
+  NSString* const result = [[NSString alloc] initWithBytes:utf8.data()
+                                                    length:utf8.size()
+                                                  encoding:NSUTF8StringEncoding];
+  return result != nil ? result : @"";
+}
+
+std::string string(NSString* text) {
+  NSData* const utf8 = [text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES];
+  if (utf8.length == 0)
+    return {};
+  return {static_cast<const char*>(utf8.bytes), utf8.length};
+}
+
+NSURL* fileUrl(const std::string& path, bool isFolder) {
+  const bool isPath = path.starts_with('/') && path.find('\0') == std::string::npos;
+  return [NSURL fileURLWithFileSystemRepresentation:isPath ? path.c_str() : pathOfNothing
+                                        isDirectory:isFolder
+                                      relativeToURL:nil];
+}
+
+std::string path(NSURL* url) {
+  return url.isFileURL ? string(url.path) : std::string();
+}
+
+/// Some systems take any text and encode what an address cannot contain.
+NSURL* address(const std::string& text) {
+  NSString* const spelled = nsString(text);
+  NSURL* const url = [NSURL URLWithString:spelled];
+  const bool isAddress = spelled.length > 0 && [url.absoluteString isEqualToString:spelled];
+  return isAddress ? url : nil;
+}
+
+PlatformError platformError(NSError* error) {
+  std::string description = string(error.localizedDescription);
+  return {description.empty() ? "The operation couldn’t be completed." : std::move(description)};
+}
+
+} // namespace driftmark

@@ -1,0 +1,11 @@
+#include "app/Program.h"
+#include "platform/macos/MacPlatform.h"
+#include "platform/posix/StandardDescriptors.h"
+
+int main() {
+  driftmark::openMissingStandardDescriptors();
+  @autoreleasepool {
+    driftmark::MacPlatform platform;
+    return driftmark::runProgram(platform.ports());
+  }
+}

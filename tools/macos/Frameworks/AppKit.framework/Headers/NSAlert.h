@@ -1,0 +1,19 @@
+#pragma once
+
+#import <AppKit/NSControl.h>
+#import <AppKit/NSWindow.h>
+#import <Foundation/Foundation.h>
+
+#pragma clang assume_nonnull begin
+
+static const NSModalResponse NSAlertFirstButtonReturn = 1000;
+
+@interface NSAlert : NSObject
+@property(copy) NSString* messageText;
+@property(copy) NSString* informativeText;
+@property(readonly, strong) NSWindow* window;
+- (NSButton*)addButtonWithTitle:(NSString*)title;
+- (NSModalResponse)runModal;
+@end
+
+#pragma clang assume_nonnull end

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <objc/objc.h>
+
+typedef double CGFloat;
+
+struct CGPoint {
+  CGFloat x;
+  CGFloat y;
+};
+typedef struct CGPoint CGPoint;
+
+typedef unsigned char Boolean;
+typedef signed long CFIndex;
+typedef unsigned long CFHashCode;
+
+typedef const void* CFTypeRef;
+typedef const struct __CFString* CFStringRef;
+typedef const struct __CFAllocator* CFAllocatorRef;
+
+extern "C" {
+extern const CFAllocatorRef kCFAllocatorDefault;
+
+void CFRelease(CFTypeRef cf);
+}
