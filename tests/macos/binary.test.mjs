@@ -1,0 +1,210 @@
+// The checker of programs sees each kind of slip, in programs that are built here. Takes the name of a
+// case.
+
+import assert from 'node:assert/strict';
+import { spawnSync } from 'node:child_process';
+import { readFileSync, writeFileSync } from 'node:fs';
+import path from 'node:path';
+import { zigLibrary } from '../../tools/macos/check/toolchain.mjs';
+import { check, macosTools, runCase, spoil } from './support.mjs';
+
+/// Builds the program of the fixtures in `folder` for Apple silicon, as the product is built; returns
+/// the file.
+function build(folder, { system = '13.0' } = {}) {
+  const declared = path.join(folder, 'Frameworks');
+  zig(folder, 'aarch64', system, ['-c', 'program.m', '-o', 'program.o']);
+  run(folder, 'ld64.lld-19', [
+    ...['-arch', 'arm64', '-platform_version', 'macos', system, '14.0', '-adhoc_codesign', '-S'],
+    ...['-F', declared, '-L', path.join(zigLibrary(), 'libc', 'darwin')],
+    ...['program.o', ...libraries, '-lSystem', '-o', 'program'],
+  ]);
+  return path.join(folder, 'program');
+}
+
+/// Builds it for Intel's processors, with zig's own linker: the tables for the loader have their older
+/// form then.
+function buildForIntel(folder) {
+  const declared = path.join(folder, 'Frameworks');
+  zig(folder, 'x86_64', '13.0', ['program.m', '-s', '-F', declared, ...libraries, '-o', 'program']);
+  return path.join(folder, 'program');
+}
+
+/// Puts an image for Apple silicon into a universal file, at byte `start`.
+function join(folder, image, start) {
+  const bytes = readFileSync(image);
+  const header = Buffer.alloc(start);
+  [0xcafebabe, 1, 0x0100000c, 0, start, bytes.length, Math.log2(start)].forEach((word, index) =>
+    header.writeUInt32BE(word, index * 4),
+  );
+  const file = path.join(folder, 'universal');
+  writeFileSync(file, Buffer.concat([header, bytes]));
+  return file;
+}
+
+const libraries = ['-L', path.join(macosTools, 'lib'), '-lobjc'].concat([
+  '-framework',
+  'Foundation',
+  '-framework',
+  'AppKit',
+]);
+
+function zig(folder, architecture, system, args) {
+  const target = ['-target', `${architecture}-macos.${system}`];
+  const options = ['-fobjc-arc', '-O1', '-iframework', path.join(folder, 'Frameworks')];
+  run(folder, path.join(macosTools, 'zig'), ['cc', ...target, ...options, ...args]);
+}
+
+function run(cwd, program, args) {
+  const { status, stderr, error } = spawnSync(program, args, { cwd, encoding: 'utf8' });
+  assert.equal(status, 0, error?.message ?? stderr);
+}
+
+const inspect = (folder, file, architectures = 'arm64') =>
+  check(
+    'binary.mjs',
+    file,
+    '--frameworks',
+    path.join(folder, 'Frameworks'),
+    '--architectures',
+    architectures,
+  );
+
+/// The checker finds `expected`, and nothing else that is wrong.
+function finds({ status, lines }, expected) {
+  const findings = lines.filter(line => !/^(?:arm64|x86_64): /.test(line));
+  assert.equal(findings.length, 1, lines.join('\n'));
+  assert.match(findings[0], expected);
+  assert.equal(status, 1);
+}
+
+function accepts({ status, lines }) {
+  assert.equal(status, 0, lines.join('\n'));
+}
+
+/// Changes the source before it is built.
+const write = (folder, from, to) => spoil(folder, { file: 'program.m', from, to });
+
+await runCase({
+  acceptsASoundProgram(folder) {
+    accepts(inspect(folder, build(folder)));
+  },
+
+  acceptsItForIntel(folder) {
+    accepts(inspect(folder, buildForIntel(folder), 'x86_64'));
+  },
+
+  seesAMissingArchitecture(folder) {
+    finds(
+      inspect(folder, build(folder), 'arm64,x86_64'),
+      /is for arm64; it must be for arm64 and x86_64/,
+    );
+  },
+
+  acceptsItInAUniversalFile(folder) {
+    accepts(inspect(folder, join(folder, build(folder), 0x4000)));
+  },
+
+  seesAnImageThatBeginsNoPage(folder) {
+    finds(inspect(folder, join(folder, build(folder), 0x1000)), /starts at byte 4096 of the file/);
+  },
+
+  seesAnUndeclaredSelector(folder) {
+    write(
+      folder,
+      '@interface Greeter',
+      '@interface NSMenu (More)\n- (void)openAtOnce;\n@end\n@interface Greeter',
+    );
+    write(folder, '  return [greeter', '  [menu openAtOnce];\n  return [greeter');
+    finds(inspect(folder, build(folder)), /\(arm64\): sends openAtOnce, which nothing declares/);
+  },
+
+  seesASelectorMadeInPassing(folder) {
+    write(
+      folder,
+      '  return [greeter',
+      '  SEL later = @selector(openAtOnce:);\n  printf("%p", (void*)later);\n  return [greeter',
+    );
+    finds(inspect(folder, build(folder)), /sends openAtOnce:, which nothing declares/);
+  },
+
+  seesAMisspeltDelegateMethod(folder) {
+    write(
+      folder,
+      '@implementation Greeter',
+      '@implementation Greeter\n- (void)menuNeedUpdate:(NSMenu*)menu {\n}',
+    );
+    finds(
+      inspect(folder, build(folder)),
+      /Greeter has a method menuNeedUpdate:, which nothing calls/,
+    );
+  },
+
+  seesANewerMinimum(folder) {
+    finds(
+      inspect(folder, build(folder, { system: '14.0' })),
+      /needs macOS 14\.0; it must run from 13\.0 on/,
+    );
+  },
+
+  seesASymbolThatTheSystemHasNot(folder) {
+    const stub = path.join(folder, 'Frameworks', 'AppKit.framework', 'AppKit.tbd');
+    const own = readFileSync(stub);
+    spoil(folder, {
+      file: 'Frameworks/AppKit.framework/AppKit.tbd',
+      from: '    objc-classes:',
+      to: '    symbols:           [ _NSOpenAtOnce ]\n    objc-classes:',
+    });
+    write(
+      folder,
+      'int main(void) {',
+      'void NSOpenAtOnce(void);\nint main(void) {\n  NSOpenAtOnce();',
+    );
+    const file = buildForIntel(folder);
+    writeFileSync(stub, own);
+    finds(inspect(folder, file, 'x86_64'), /wants _NSOpenAtOnce, which .*AppKit has not/);
+  },
+
+  seesALibraryTooMany(folder) {
+    spoil(folder, {
+      file: 'Frameworks/AppKit.framework/AppKit.tbd',
+      from: 'Versions/C',
+      to: 'Versions/A',
+    });
+    const file = build(folder);
+    spoil(folder, {
+      file: 'Frameworks/AppKit.framework/AppKit.tbd',
+      from: 'Versions/A',
+      to: 'Versions/C',
+    });
+    const { status, lines } = inspect(folder, file);
+    assert.match(lines.join('\n'), /is linked to .*Versions\/A\/AppKit\n/);
+    assert.match(lines.join('\n'), /is not linked to .*Versions\/C\/AppKit\n/);
+    assert.equal(status, 1);
+  },
+
+  seesAPathOfTheBuild(folder) {
+    write(folder, '"hello %d\\n"', '"/builds/driftmark/main.mm %d\\n"');
+    finds(inspect(folder, build(folder)), /holds the path \/builds\/driftmark\/main\.mm/);
+  },
+
+  seesABrokenSeal(folder) {
+    const file = build(folder);
+    const bytes = readFileSync(file);
+    bytes[bytes.indexOf('hello')] ^= 1;
+    writeFileSync(file, bytes);
+    finds(inspect(folder, file), /the digest of page 0 \(from byte 0\) is not its own/);
+  },
+
+  seesAMissingSeal(folder) {
+    const file = build(folder);
+    const bytes = readFileSync(file);
+    // The command that leads to the signature becomes one that says nothing here.
+    bytes.writeUInt32LE(0x26, bytes.indexOf(Buffer.from([0x1d, 0, 0, 0, 0x10, 0, 0, 0])));
+    writeFileSync(file, bytes);
+    finds(inspect(folder, file), /is not signed/);
+  },
+
+  saysThatThereIsNoProgram(folder) {
+    finds(inspect(folder, path.join(folder, 'nothing')), /there is no .*nothing/);
+  },
+});
