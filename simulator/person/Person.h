@@ -24,8 +24,8 @@ public:
 
   /// Takes over a connection that a program opened, and waits for its greeting.
   explicit Person(Descriptor connection);
-  Person(Person&&) noexcept;
-  Person& operator=(Person&&) noexcept;
+  Person(Person&& other) noexcept;
+  Person& operator=(Person&& other) noexcept;
   ~Person();
 
   /// The program before which this person sits.

@@ -125,7 +125,7 @@ QString FolderDialog::folder() const {
   const QString written = part<QLineEdit>("fileNameEdit").text();
   if (written.isEmpty())
     return QDir::cleanPath(selectedFiles().value(0));
-  const QString path = QDir::cleanPath(directory().absoluteFilePath(written));
+  QString path = QDir::cleanPath(directory().absoluteFilePath(written));
   if (written != "~" && !written.startsWith("~/"))
     return path;
   return QFileInfo(path).isDir() ? path : QDir::cleanPath(QDir::homePath() + written.mid(1));
@@ -137,7 +137,7 @@ bool FolderDialog::hasFolder() const {
 
 void FolderDialog::accept() {
   if (hasFolder())
-    QDialog::accept();
+    QDialog::accept(); // NOLINT(bugprone-parent-virtual-call): Qt's own would refuse hidden ones
 }
 
 std::optional<std::string> FolderDialog::run() {
