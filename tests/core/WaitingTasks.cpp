@@ -48,10 +48,11 @@ TEST(WaitingTasksTest, closingDropsWhatWaitsAndWhatComes) {
 
 TEST(WaitingTasksTest, droppedTaskMayComeBack) {
   struct Returning {
-    WaitingTasks& tasks;
+    explicit Returning(WaitingTasks& queue) : tasks(queue) {}
     ~Returning() {
       tasks.append([] {});
     }
+    WaitingTasks& tasks;
   };
   WaitingTasks tasks;
   tasks.append([held = std::make_shared<Returning>(tasks)] {});
