@@ -158,6 +158,16 @@ TEST_F(FreeUpSpaceTest, cancelledConfirmationEvictsNothing) {
   EXPECT_THAT(takeLog(), IsEmpty());
 }
 
+TEST_F(FreeUpSpaceTest, cancelledSurveyIsLetGoInTheBackground) {
+  fill(photos, 2);
+  platform.dialogs.answer(cancel);
+  pick(photos);
+  EXPECT_TRUE(platform.backgroundQueue.runNext());
+  platform.mainQueue.runAll();
+  EXPECT_EQ(platform.backgroundQueue.waiting(), 1U);
+  EXPECT_EQ(platform.backgroundQueue.qualities().back(), QualityOfService::utility);
+}
+
 TEST_F(FreeUpSpaceTest, evictionIsLoggedAndReported) {
   fill(photos, 3);
   platform.dialogs.answer(removeDownloads);
