@@ -1,15 +1,15 @@
 #pragma once
 
 #include "monitor/SyncMonitor.h"
-#include "platform/BackgroundQueue.h"
-#include "platform/ChildProcesses.h"
-#include "platform/Clock.h"
-#include "platform/Environment.h"
-#include "platform/MainQueue.h"
-#include "platform/Platform.h"
-#include "platform/SystemLog.h"
-#include "platform/linux/LinuxFileSystem.h"
-#include "platform/linux/LinuxText.h"
+#include "platform/linux/desktop/LinuxFileSystem.h"
+#include "platform/linux/desktop/LinuxText.h"
+#include "ports/BackgroundQueue.h"
+#include "ports/ChildProcesses.h"
+#include "ports/Clock.h"
+#include "ports/Environment.h"
+#include "ports/MainQueue.h"
+#include "ports/Platform.h"
+#include "ports/SystemLog.h"
 
 #include <cstddef>
 #include <string>

@@ -4,8 +4,8 @@
 #include "Corpus.h"
 #include "Stopwatch.h"
 #include "platform/linux/LinuxPlatform.h"
-#include "platform/linux/LinuxStatusItem.h"
 #include "platform/linux/SystemRoot.h"
+#include "platform/linux/menubar/LinuxStatusItem.h"
 #include "replay/CaptureRoot.h"
 #include "ui/StatusItemController.h"
 

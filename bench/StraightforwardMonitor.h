@@ -2,8 +2,8 @@
 
 #include "monitor/model/ActiveItem.h"
 #include "monitor/model/CompletedItem.h"
-#include "platform/Clock.h"
-#include "platform/SystemLog.h"
+#include "ports/Clock.h"
+#include "ports/SystemLog.h"
 
 #include <cstddef>
 #include <cstdint>

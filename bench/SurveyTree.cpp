@@ -2,7 +2,7 @@
 
 #include "common/Descriptor.h"
 #include "common/SystemFailure.h"
-#include "platform/linux/LinuxCloudFiles.h"
+#include "platform/linux/desktop/LinuxCloudFiles.h"
 
 #include <cstdlib>
 #include <string>

@@ -5,8 +5,8 @@
 #include "Corpus.h"
 #include "Stopwatch.h"
 #include "monitor/SyncMonitor.h"
-#include "platform/linux/QtMainQueue.h"
-#include "platform/posix/PosixChildProcesses.h"
+#include "platform/linux/runloop/QtMainQueue.h"
+#include "platform/posix/children/PosixChildProcesses.h"
 #include "replay/CaptureRoot.h"
 
 #include <ostream>

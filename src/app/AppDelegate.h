@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Application.h"
-#include "platform/Platform.h"
+#include "ports/Application.h"
+#include "ports/Platform.h"
 
 #include <memory>
 

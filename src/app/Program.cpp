@@ -2,8 +2,8 @@
 
 #include "app/AppDelegate.h"
 #include "app/SingleInstance.h"
-#include "platform/Application.h"
-#include "platform/Signals.h"
+#include "ports/Application.h"
+#include "ports/Signals.h"
 
 #include <memory>
 #include <vector>

@@ -1,9 +1,9 @@
 #include "app/SingleInstance.h"
 
-#include "platform/Application.h"
-#include "platform/Bundle.h"
-#include "platform/Log.h"
-#include "platform/RunningApplications.h"
+#include "ports/Application.h"
+#include "ports/Bundle.h"
+#include "ports/RunningApplications.h"
+#include "support/Log.h"
 
 #include <algorithm>
 #include <cstdint>

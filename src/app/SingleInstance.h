@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Clock.h"
-#include "platform/Platform.h"
+#include "ports/Clock.h"
+#include "ports/Platform.h"
 
 namespace driftmark {
 

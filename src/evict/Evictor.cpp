@@ -1,9 +1,9 @@
 #include "evict/Evictor.h"
 
-#include "platform/CloudFiles.h"
-#include "platform/Fatal.h"
-#include "platform/Log.h"
-#include "text/Numbers.h"
+#include "ports/CloudFiles.h"
+#include "support/Fatal.h"
+#include "support/Log.h"
+#include "support/Numbers.h"
 
 namespace driftmark {
 

@@ -1,6 +1,6 @@
 #include "install/Relaunch.h"
 
-#include "platform/ChildProcesses.h"
+#include "ports/ChildProcesses.h"
 
 namespace driftmark {
 

@@ -1,13 +1,13 @@
 #include "install/UserInstall.h"
 
 #include "install/Relaunch.h"
-#include "platform/Application.h"
-#include "platform/Bundle.h"
-#include "platform/ChildProcesses.h"
-#include "platform/Dialogs.h"
-#include "platform/FileSystem.h"
-#include "platform/UserDefaults.h"
-#include "text/Paths.h"
+#include "ports/Application.h"
+#include "ports/Bundle.h"
+#include "ports/ChildProcesses.h"
+#include "ports/Dialogs.h"
+#include "ports/FileSystem.h"
+#include "ports/UserDefaults.h"
+#include "support/Paths.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Platform.h"
-#include "platform/PlatformError.h"
+#include "ports/Platform.h"
+#include "ports/PlatformError.h"
 
 #include <string>
 #include <variant>

@@ -1,7 +1,7 @@
 #include "monitor/Brctl.h"
 
-#include "platform/SystemLog.h"
-#include "text/TextScan.h"
+#include "ports/SystemLog.h"
+#include "support/TextScan.h"
 
 #include <utility>
 

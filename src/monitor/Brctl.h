@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ChildProcesses.h"
+#include "ports/ChildProcesses.h"
 
 #include <optional>
 #include <string>

@@ -2,11 +2,11 @@
 
 #include "monitor/Patterns.h"
 #include "monitor/SyncMonitor.h"
-#include "platform/Fatal.h"
-#include "platform/Text.h"
-#include "platform/Weakly.h"
-#include "text/Numbers.h"
-#include "text/TextScan.h"
+#include "ports/Text.h"
+#include "support/Fatal.h"
+#include "support/Numbers.h"
+#include "support/TextScan.h"
+#include "support/Weakly.h"
 
 #include <algorithm>
 

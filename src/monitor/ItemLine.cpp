@@ -1,6 +1,6 @@
 #include "monitor/ItemLine.h"
 
-#include "text/TextScan.h"
+#include "support/TextScan.h"
 
 #include <algorithm>
 

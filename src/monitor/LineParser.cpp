@@ -3,10 +3,10 @@
 #include "monitor/ItemLine.h"
 #include "monitor/Patterns.h"
 #include "monitor/SyncMonitor.h"
-#include "text/Numbers.h"
-#include "text/Paths.h"
-#include "text/TextCuts.h"
-#include "text/TextScan.h"
+#include "support/Numbers.h"
+#include "support/Paths.h"
+#include "support/TextCuts.h"
+#include "support/TextScan.h"
 
 #include <algorithm>
 #include <utility>

@@ -2,7 +2,7 @@
 
 #include "monitor/Brctl.h"
 #include "monitor/SyncMonitor.h"
-#include "platform/Weakly.h"
+#include "support/Weakly.h"
 
 #include <utility>
 

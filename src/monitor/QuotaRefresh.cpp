@@ -2,9 +2,9 @@
 
 #include "monitor/Brctl.h"
 #include "monitor/SyncMonitor.h"
-#include "platform/BackgroundQueue.h"
-#include "platform/Weakly.h"
-#include "text/Numbers.h"
+#include "ports/BackgroundQueue.h"
+#include "support/Numbers.h"
+#include "support/Weakly.h"
 
 namespace driftmark {
 

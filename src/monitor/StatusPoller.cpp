@@ -3,9 +3,9 @@
 #include "monitor/Brctl.h"
 #include "monitor/Patterns.h"
 #include "monitor/SyncMonitor.h"
-#include "platform/BackgroundQueue.h"
-#include "platform/Weakly.h"
-#include "text/TextCuts.h"
+#include "ports/BackgroundQueue.h"
+#include "support/TextCuts.h"
+#include "support/Weakly.h"
 
 #include <algorithm>
 #include <utility>

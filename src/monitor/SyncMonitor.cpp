@@ -1,9 +1,9 @@
 #include "monitor/SyncMonitor.h"
 
-#include "platform/Environment.h"
-#include "platform/FileSystem.h"
-#include "platform/Log.h"
-#include "text/Numbers.h"
+#include "ports/Environment.h"
+#include "ports/FileSystem.h"
+#include "support/Log.h"
+#include "support/Numbers.h"
 
 namespace driftmark {
 

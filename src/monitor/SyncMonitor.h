@@ -11,10 +11,10 @@
 #include "monitor/model/OverallState.h"
 #include "monitor/model/RecentKind.h"
 #include "monitor/model/StatusActivity.h"
-#include "platform/ChildProcesses.h"
-#include "platform/Clock.h"
-#include "platform/MainQueue.h"
-#include "platform/Platform.h"
+#include "ports/ChildProcesses.h"
+#include "ports/Clock.h"
+#include "ports/MainQueue.h"
+#include "ports/Platform.h"
 
 #include <cstddef>
 #include <cstdint>

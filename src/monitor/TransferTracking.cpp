@@ -1,9 +1,9 @@
 // Keeps the transfers in flight and the recent list in order between the lines.
 
 #include "monitor/SyncMonitor.h"
-#include "platform/FileSystem.h"
-#include "platform/Weakly.h"
-#include "text/Paths.h"
+#include "ports/FileSystem.h"
+#include "support/Paths.h"
+#include "support/Weakly.h"
 
 #include <algorithm>
 

@@ -4,13 +4,13 @@
 
 #include "evict/Evictor.h"
 #include "monitor/SyncMonitor.h"
-#include "platform/Application.h"
-#include "platform/BackgroundQueue.h"
-#include "platform/Dialogs.h"
-#include "platform/Log.h"
-#include "platform/MainQueue.h"
-#include "platform/Text.h"
-#include "text/Paths.h"
+#include "ports/Application.h"
+#include "ports/BackgroundQueue.h"
+#include "ports/Dialogs.h"
+#include "ports/MainQueue.h"
+#include "ports/Text.h"
+#include "support/Log.h"
+#include "support/Paths.h"
 #include "ui/StatusItemController.h"
 
 #include <utility>

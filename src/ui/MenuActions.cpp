@@ -1,11 +1,11 @@
 // What the items of the menu do.
 
 #include "monitor/SyncMonitor.h"
-#include "platform/Application.h"
-#include "platform/Dialogs.h"
-#include "platform/Log.h"
-#include "platform/LoginItem.h"
-#include "platform/Workspace.h"
+#include "ports/Application.h"
+#include "ports/Dialogs.h"
+#include "ports/LoginItem.h"
+#include "ports/Workspace.h"
+#include "support/Log.h"
 #include "ui/StatusItemController.h"
 #include "update/UpdateChecker.h"
 

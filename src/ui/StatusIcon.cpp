@@ -1,9 +1,9 @@
 // What the status item shows: symbol, title and tooltip.
 
 #include "monitor/SyncMonitor.h"
-#include "platform/Log.h"
-#include "platform/Text.h"
-#include "text/Numbers.h"
+#include "ports/Text.h"
+#include "support/Log.h"
+#include "support/Numbers.h"
 #include "ui/StatusItemController.h"
 
 namespace driftmark {

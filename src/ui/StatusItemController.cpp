@@ -1,7 +1,7 @@
 #include "ui/StatusItemController.h"
 
 #include "monitor/SyncMonitor.h"
-#include "platform/Weakly.h"
+#include "support/Weakly.h"
 #include "update/UpdateChecker.h"
 
 namespace driftmark {

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "monitor/model/OverallState.h"
-#include "platform/Menu.h"
-#include "platform/Platform.h"
-#include "platform/StatusItem.h"
+#include "ports/Menu.h"
+#include "ports/Platform.h"
+#include "ports/StatusItem.h"
 
 #include <functional>
 #include <memory>

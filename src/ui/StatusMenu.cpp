@@ -1,12 +1,12 @@
 // The menu: the program's whole view of the model, built anew at each opening.
 
 #include "monitor/SyncMonitor.h"
-#include "platform/Application.h"
-#include "platform/LoginItem.h"
-#include "platform/Text.h"
-#include "platform/Weakly.h"
-#include "text/Numbers.h"
-#include "text/Paths.h"
+#include "ports/Application.h"
+#include "ports/LoginItem.h"
+#include "ports/Text.h"
+#include "support/Numbers.h"
+#include "support/Paths.h"
+#include "support/Weakly.h"
 #include "ui/StatusItemController.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // Reads the update manifest.
 
-#include "platform/Text.h"
+#include "ports/Text.h"
 #include "update/UpdateChecker.h"
 
 #include <nlohmann/json.hpp>

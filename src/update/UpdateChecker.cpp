@@ -1,13 +1,13 @@
 #include "update/UpdateChecker.h"
 
-#include "platform/Application.h"
-#include "platform/Bundle.h"
-#include "platform/Dialogs.h"
-#include "platform/Fatal.h"
-#include "platform/Log.h"
-#include "platform/Text.h"
-#include "platform/UserDefaults.h"
-#include "platform/Weakly.h"
+#include "ports/Application.h"
+#include "ports/Bundle.h"
+#include "ports/Dialogs.h"
+#include "ports/Text.h"
+#include "ports/UserDefaults.h"
+#include "support/Fatal.h"
+#include "support/Log.h"
+#include "support/Weakly.h"
 
 #include <utility>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/HttpClient.h"
-#include "platform/MainQueue.h"
-#include "platform/Platform.h"
-#include "platform/PlatformError.h"
+#include "ports/HttpClient.h"
+#include "ports/MainQueue.h"
+#include "ports/Platform.h"
+#include "ports/PlatformError.h"
 
 #include <cstddef>
 #include <initializer_list>

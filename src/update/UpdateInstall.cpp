@@ -2,12 +2,12 @@
 // place.
 
 #include "install/Relaunch.h"
-#include "platform/Application.h"
-#include "platform/Bundle.h"
-#include "platform/ChildProcesses.h"
-#include "platform/FileSystem.h"
-#include "platform/Weakly.h"
-#include "text/TextScan.h"
+#include "ports/Application.h"
+#include "ports/Bundle.h"
+#include "ports/ChildProcesses.h"
+#include "ports/FileSystem.h"
+#include "support/TextScan.h"
+#include "support/Weakly.h"
 #include "update/UpdateChecker.h"
 
 #include <functional>

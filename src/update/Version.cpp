@@ -1,6 +1,6 @@
 // Compares dotted versions.
 
-#include "text/Numbers.h"
+#include "support/Numbers.h"
 #include "update/UpdateChecker.h"
 
 #include <algorithm>

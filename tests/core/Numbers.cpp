@@ -1,4 +1,4 @@
-#include "text/Numbers.h"
+#include "support/Numbers.h"
 
 #include <cstdlib>
 #include <limits>

@@ -1,4 +1,4 @@
-#include "text/Paths.h"
+#include "support/Paths.h"
 
 #include <gtest/gtest.h>
 

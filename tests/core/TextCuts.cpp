@@ -1,4 +1,4 @@
-#include "text/TextCuts.h"
+#include "support/TextCuts.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "text/TextRepair.h"
+#include "support/TextRepair.h"
 
 #include <string>
 

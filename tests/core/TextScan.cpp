@@ -1,4 +1,4 @@
-#include "text/TextScan.h"
+#include "support/TextScan.h"
 
 #include <algorithm>
 #include <string>

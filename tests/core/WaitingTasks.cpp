@@ -1,4 +1,4 @@
-#include "platform/WaitingTasks.h"
+#include "support/WaitingTasks.h"
 
 #include <atomic>
 #include <memory>

@@ -1,11 +1,11 @@
 // One adapter in a process of its own: desktop_subject OPERATION PATH.
 
-#include "platform/linux/LinuxWorkspace.h"
-#include "platform/linux/QtMainQueue.h"
 #include "platform/linux/SystemRoot.h"
-#include "platform/linux/XdgLoginItem.h"
-#include "platform/posix/PosixChildProcesses.h"
+#include "platform/linux/desktop/LinuxWorkspace.h"
+#include "platform/linux/desktop/XdgLoginItem.h"
+#include "platform/linux/runloop/QtMainQueue.h"
 #include "platform/posix/ProcessEnvironment.h"
+#include "platform/posix/children/PosixChildProcesses.h"
 
 #include <iostream>
 #include <string>

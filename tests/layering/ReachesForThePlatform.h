@@ -1,8 +1,8 @@
 #pragma once
 
 // What no source of the core may include; read by the test of the check, compiled by nothing.
-#include "platform/Clock.h"
-#include "platform/posix/PosixChildProcesses.h"
+#include "platform/posix/children/PosixChildProcesses.h"
+#include "ports/Clock.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "platform/linux/AboutPanel.h"
+#include "platform/linux/dialogs/AboutPanel.h"
 
 #include "EventLoop.h"
 #include "Input.h"

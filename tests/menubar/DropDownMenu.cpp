@@ -3,8 +3,8 @@
 #include "EventLoop.h"
 #include "Input.h"
 #include "Items.h"
-#include "platform/linux/LinuxStatusItem.h"
-#include "platform/linux/ShownText.h"
+#include "platform/linux/menubar/LinuxStatusItem.h"
+#include "platform/linux/menubar/ShownText.h"
 
 #include <chrono>
 #include <string>

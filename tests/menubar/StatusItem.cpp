@@ -3,7 +3,7 @@
 #include "EventLoop.h"
 #include "Input.h"
 #include "Items.h"
-#include "platform/linux/LinuxStatusItem.h"
+#include "platform/linux/menubar/LinuxStatusItem.h"
 
 #include <set>
 #include <string>

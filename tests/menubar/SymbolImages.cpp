@@ -1,4 +1,4 @@
-#include "platform/linux/SymbolImages.h"
+#include "platform/linux/menubar/SymbolImages.h"
 
 #include <string>
 

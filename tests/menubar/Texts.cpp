@@ -1,7 +1,7 @@
 // Times and characters as the system words and counts them.
 
-#include "platform/linux/Characters.h"
-#include "platform/linux/RelativeTime.h"
+#include "platform/linux/desktop/RelativeTime.h"
+#include "platform/linux/menubar/Characters.h"
 
 #include <chrono>
 #include <string>

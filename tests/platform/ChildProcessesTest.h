@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/linux/QtMainQueue.h"
-#include "platform/posix/PosixChildProcesses.h"
+#include "platform/linux/runloop/QtMainQueue.h"
+#include "platform/posix/children/PosixChildProcesses.h"
 
 #include <functional>
 #include <memory>

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "TemporaryFolder.h"
-#include "platform/linux/LinuxCloudFiles.h"
-#include "platform/linux/QtMainQueue.h"
-#include "platform/posix/PosixChildProcesses.h"
+#include "platform/linux/desktop/LinuxCloudFiles.h"
+#include "platform/linux/runloop/QtMainQueue.h"
+#include "platform/posix/children/PosixChildProcesses.h"
 
 #include <cstddef>
 #include <optional>

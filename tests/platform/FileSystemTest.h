@@ -1,7 +1,7 @@
 #pragma once
 
 #include "TemporaryFolder.h"
-#include "platform/linux/LinuxFileSystem.h"
+#include "platform/linux/desktop/LinuxFileSystem.h"
 
 #include <filesystem>
 #include <fstream>

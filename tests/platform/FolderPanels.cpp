@@ -3,9 +3,9 @@
 #include "EventLoop.h"
 #include "ScopedVariable.h"
 #include "TemporaryFolder.h"
-#include "platform/linux/LinuxBundle.h"
-#include "platform/linux/QtDialogs.h"
-#include "platform/linux/QtMainQueue.h"
+#include "platform/linux/desktop/LinuxBundle.h"
+#include "platform/linux/dialogs/QtDialogs.h"
+#include "platform/linux/runloop/QtMainQueue.h"
 
 #include <cstdlib>
 #include <filesystem>

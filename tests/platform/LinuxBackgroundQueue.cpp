@@ -1,4 +1,4 @@
-#include "platform/linux/LinuxBackgroundQueue.h"
+#include "platform/linux/runloop/LinuxBackgroundQueue.h"
 
 #include "EventLoop.h"
 

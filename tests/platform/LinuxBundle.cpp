@@ -1,9 +1,9 @@
 // Bundles on the disk.
 
-#include "platform/linux/LinuxBundle.h"
+#include "platform/linux/desktop/LinuxBundle.h"
 
 #include "TemporaryFolder.h"
-#include "platform/linux/PropertyList.h"
+#include "platform/linux/desktop/PropertyList.h"
 
 #include <filesystem>
 #include <string>

@@ -1,6 +1,6 @@
 // What the adapter tells of the files of the drive, and how it has them evicted.
 
-#include "platform/linux/LinuxCloudFiles.h"
+#include "platform/linux/desktop/LinuxCloudFiles.h"
 
 #include "CloudDrive.h"
 #include "EventLoop.h"

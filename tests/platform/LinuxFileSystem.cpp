@@ -1,6 +1,6 @@
 // The file system on real files.
 
-#include "platform/linux/LinuxFileSystem.h"
+#include "platform/linux/desktop/LinuxFileSystem.h"
 
 #include "FileSystemTest.h"
 #include "OrdinaryUser.h"

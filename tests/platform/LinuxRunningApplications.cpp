@@ -1,9 +1,9 @@
-#include "platform/linux/LinuxRunningApplications.h"
+#include "platform/linux/desktop/LinuxRunningApplications.h"
 
 #include "TemporaryFolder.h"
 #include "platform/posix/FileDescriptor.h"
 #include "platform/posix/SystemCalls.h"
-#include "platform/posix/ToolLauncher.h"
+#include "platform/posix/children/ToolLauncher.h"
 #include "support/TestEnvironment.h"
 
 #include <csignal>

@@ -1,7 +1,7 @@
-#include "platform/linux/LinuxSignals.h"
+#include "platform/linux/runloop/LinuxSignals.h"
 
 #include "EventLoop.h"
-#include "platform/linux/QtMainQueue.h"
+#include "platform/linux/runloop/QtMainQueue.h"
 #include "support/contracts/SignalsContract.h"
 
 #include <csignal>

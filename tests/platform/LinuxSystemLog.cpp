@@ -1,4 +1,4 @@
-#include "platform/linux/LinuxSystemLog.h"
+#include "platform/linux/desktop/LinuxSystemLog.h"
 
 #include "StandardErrorCapture.h"
 

@@ -1,4 +1,4 @@
-#include "platform/linux/LinuxText.h"
+#include "platform/linux/desktop/LinuxText.h"
 
 #include <clocale>
 #include <cstdint>

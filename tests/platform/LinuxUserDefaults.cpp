@@ -1,6 +1,6 @@
 // The settings file as a person finds and leaves it.
 
-#include "platform/linux/LinuxUserDefaults.h"
+#include "platform/linux/desktop/LinuxUserDefaults.h"
 
 #include "ScopedVariable.h"
 #include "TemporaryFolder.h"

@@ -1,6 +1,6 @@
-#include "platform/posix/OutputQueue.h"
+#include "platform/posix/children/OutputQueue.h"
 
-#include "platform/ChildProcesses.h"
+#include "ports/ChildProcesses.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "ScopedVariable.h"
-#include "platform/linux/LinuxFileSystem.h"
+#include "platform/linux/desktop/LinuxFileSystem.h"
 
 #include <optional>
 #include <string>

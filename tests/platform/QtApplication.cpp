@@ -1,7 +1,7 @@
-#include "platform/linux/QtApplication.h"
+#include "platform/linux/runloop/QtApplication.h"
 
 #include "EventLoop.h"
-#include "platform/linux/QtMainQueue.h"
+#include "platform/linux/runloop/QtMainQueue.h"
 
 #include <functional>
 #include <string>

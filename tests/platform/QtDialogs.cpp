@@ -1,11 +1,11 @@
 // The alerts as a person sees and answers them.
 
-#include "platform/linux/QtDialogs.h"
+#include "platform/linux/dialogs/QtDialogs.h"
 
 #include "EventLoop.h"
-#include "platform/linux/AlertDialog.h"
-#include "platform/linux/LinuxBundle.h"
-#include "platform/linux/QtMainQueue.h"
+#include "platform/linux/desktop/LinuxBundle.h"
+#include "platform/linux/dialogs/AlertDialog.h"
+#include "platform/linux/runloop/QtMainQueue.h"
 
 #include <cstdlib>
 #include <functional>

@@ -1,12 +1,12 @@
 // What the HTTPS client makes of a real server.
 
-#include "platform/linux/QtHttpClient.h"
+#include "platform/linux/network/QtHttpClient.h"
 
 #include "EventLoop.h"
 #include "ScopedVariable.h"
 #include "TemporaryFolder.h"
 #include "https/HttpsServer.h"
-#include "platform/linux/LinuxFileSystem.h"
+#include "platform/linux/desktop/LinuxFileSystem.h"
 
 #include <chrono>
 #include <cstddef>

@@ -1,8 +1,8 @@
 // What the Qt queues do beyond the contracts of their ports.
 
 #include "EventLoop.h"
-#include "platform/linux/QtMainQueue.h"
-#include "platform/linux/TaskQueue.h"
+#include "platform/linux/runloop/QtMainQueue.h"
+#include "platform/linux/runloop/TaskQueue.h"
 
 #include <chrono>
 #include <functional>

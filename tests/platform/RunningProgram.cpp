@@ -2,7 +2,7 @@
 
 #include "EventLoop.h"
 #include "platform/posix/SystemCalls.h"
-#include "platform/posix/ToolLauncher.h"
+#include "platform/posix/children/ToolLauncher.h"
 
 #include <array>
 #include <csignal>

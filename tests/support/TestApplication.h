@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Application.h"
+#include "ports/Application.h"
 
 #include <functional>
 #include <utility>

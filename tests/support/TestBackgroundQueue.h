@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/BackgroundQueue.h"
+#include "ports/BackgroundQueue.h"
 
 #include <cstddef>
 #include <deque>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/ChildProcesses.h"
-#include "platform/MainQueue.h"
+#include "ports/ChildProcesses.h"
+#include "ports/MainQueue.h"
 
 #include <atomic>
 #include <condition_variable>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Environment.h"
+#include "ports/Environment.h"
 
 #include <map>
 #include <optional>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/MainQueue.h"
+#include "ports/MainQueue.h"
 #include "support/TestClock.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Clock.h"
-#include "platform/RunningApplications.h"
+#include "ports/Clock.h"
+#include "ports/RunningApplications.h"
 
 #include <cstdint>
 #include <map>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/SystemLog.h"
+#include "ports/SystemLog.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -3,8 +3,8 @@
 // QT_QPA_PLATFORM=offscreen where there is no display.
 
 #include "SampleMenus.h"
-#include "platform/linux/AboutPanel.h"
-#include "platform/linux/LinuxStatusItem.h"
+#include "platform/linux/dialogs/AboutPanel.h"
+#include "platform/linux/menubar/LinuxStatusItem.h"
 
 #include <algorithm>
 #include <cstdlib>

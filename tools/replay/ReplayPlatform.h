@@ -1,13 +1,13 @@
 #pragma once
 
 #include "monitor/SyncMonitor.h"
-#include "platform/Environment.h"
-#include "platform/SystemLog.h"
-#include "platform/linux/LinuxBackgroundQueue.h"
-#include "platform/linux/LinuxFileSystem.h"
-#include "platform/linux/LinuxText.h"
-#include "platform/linux/QtMainQueue.h"
-#include "platform/posix/PosixChildProcesses.h"
+#include "platform/linux/desktop/LinuxFileSystem.h"
+#include "platform/linux/desktop/LinuxText.h"
+#include "platform/linux/runloop/LinuxBackgroundQueue.h"
+#include "platform/linux/runloop/QtMainQueue.h"
+#include "platform/posix/children/PosixChildProcesses.h"
+#include "ports/Environment.h"
+#include "ports/SystemLog.h"
 #include "replay/PlayedChildren.h"
 
 #include <atomic>

@@ -1,7 +1,7 @@
 #include "replay/Report.h"
 
-#include "platform/FileSystem.h"
-#include "platform/Text.h"
+#include "ports/FileSystem.h"
+#include "ports/Text.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "monitor/SyncMonitor.h"
-#include "platform/Platform.h"
+#include "ports/Platform.h"
 
 #include <iosfwd>
 

@@ -1,5 +1,5 @@
 #include "monitor/SyncMonitor.h"
-#include "platform/linux/LinuxSignals.h"
+#include "platform/linux/runloop/LinuxSignals.h"
 #include "replay/CaptureRoot.h"
 #include "replay/ReplayPlatform.h"
 #include "replay/Report.h"

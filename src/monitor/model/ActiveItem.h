@@ -1,7 +1,7 @@
 #pragma once
 
 #include "monitor/model/Direction.h"
-#include "platform/Clock.h"
+#include "ports/Clock.h"
 
 #include <optional>
 #include <string>

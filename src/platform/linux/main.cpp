@@ -2,7 +2,7 @@
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/SystemRoot.h"
 #include "platform/posix/ProcessEnvironment.h"
-#include "platform/posix/StandardDescriptors.h"
+#include "platform/posix/children/StandardDescriptors.h"
 
 #include <algorithm>
 #include <array>

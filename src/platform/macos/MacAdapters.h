@@ -1,15 +1,15 @@
 #pragma once
 
-#include "platform/Bundle.h"
-#include "platform/CloudFiles.h"
-#include "platform/Dialogs.h"
-#include "platform/FileSystem.h"
-#include "platform/LoginItem.h"
-#include "platform/SystemLog.h"
-#include "platform/Text.h"
-#include "platform/UserDefaults.h"
-#include "platform/Workspace.h"
-#include "platform/posix/PosixRunningApplications.h"
+#include "platform/posix/children/PosixRunningApplications.h"
+#include "ports/Bundle.h"
+#include "ports/CloudFiles.h"
+#include "ports/Dialogs.h"
+#include "ports/FileSystem.h"
+#include "ports/LoginItem.h"
+#include "ports/SystemLog.h"
+#include "ports/Text.h"
+#include "ports/UserDefaults.h"
+#include "ports/Workspace.h"
 
 /// The adapters that keep nothing: each call goes to the system. Each has a source of its own.
 namespace driftmark {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Application.h"
-#include "platform/MainQueue.h"
+#include "ports/Application.h"
+#include "ports/MainQueue.h"
 
 #import <AppKit/AppKit.h>
 

@@ -1,8 +1,8 @@
 #include "platform/macos/MacAdapters.h"
 #include "platform/macos/Strings.h"
-#include "platform/posix/FileError.h"
-#include "platform/posix/FilePath.h"
-#include "platform/posix/ItemMove.h"
+#include "platform/posix/files/FileError.h"
+#include "platform/posix/files/FilePath.h"
+#include "platform/posix/files/ItemMove.h"
 
 namespace driftmark {
 

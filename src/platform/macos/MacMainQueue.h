@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/MainQueue.h"
-#include "platform/WaitingTasks.h"
+#include "ports/MainQueue.h"
+#include "support/WaitingTasks.h"
 
 #import <Foundation/Foundation.h>
 

@@ -1,7 +1,7 @@
 #include "platform/macos/MacMainQueue.h"
 
-#include "platform/Weakly.h"
 #include "platform/macos/NoThrow.h"
+#include "support/Weakly.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Menu.h"
+#include "ports/Menu.h"
 
 #include <functional>
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/Platform.h"
 #include "platform/macos/MacAdapters.h"
 #include "platform/macos/MacApplication.h"
 #include "platform/macos/MacBackgroundQueue.h"
@@ -8,9 +7,10 @@
 #include "platform/macos/MacMainQueue.h"
 #include "platform/macos/MacSignals.h"
 #include "platform/macos/MacStatusItem.h"
-#include "platform/posix/PosixChildProcesses.h"
 #include "platform/posix/ProcessEnvironment.h"
 #include "platform/posix/SystemClock.h"
+#include "platform/posix/children/PosixChildProcesses.h"
+#include "ports/Platform.h"
 
 namespace driftmark {
 

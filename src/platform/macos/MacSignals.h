@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/MainQueue.h"
-#include "platform/Signals.h"
+#include "ports/MainQueue.h"
+#include "ports/Signals.h"
 
 namespace driftmark {
 

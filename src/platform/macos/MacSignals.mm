@@ -1,6 +1,6 @@
 #include "platform/macos/MacSignals.h"
 
-#include "platform/Weakly.h"
+#include "support/Weakly.h"
 
 #include <csignal>
 #include <utility>

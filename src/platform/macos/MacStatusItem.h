@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/StatusItem.h"
 #include "platform/macos/MacMenu.h"
+#include "ports/StatusItem.h"
 
 #import <AppKit/AppKit.h>
 

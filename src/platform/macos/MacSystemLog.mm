@@ -1,6 +1,6 @@
 #include "platform/macos/MacAdapters.h"
 #include "platform/macos/Strings.h"
-#include "text/TextRepair.h"
+#include "support/TextRepair.h"
 
 #include <csignal>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/PlatformError.h"
+#include "ports/PlatformError.h"
 
 #include <string>
 #include <string_view>

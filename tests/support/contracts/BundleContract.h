@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Bundle.h"
+#include "ports/Bundle.h"
 #include "support/contracts/SubjectFactory.h"
 
 #include <memory>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/CloudFiles.h"
+#include "ports/CloudFiles.h"
 #include "support/contracts/SubjectFactory.h"
 
 #include <memory>

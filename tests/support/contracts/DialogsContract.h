@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Dialogs.h"
+#include "ports/Dialogs.h"
 #include "support/contracts/SubjectFactory.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/FileSystem.h"
+#include "ports/FileSystem.h"
 #include "support/contracts/SubjectFactory.h"
 
 #include <memory>

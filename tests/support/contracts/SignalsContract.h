@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Signals.h"
+#include "ports/Signals.h"
 #include "support/contracts/SubjectFactory.h"
 
 #include <functional>

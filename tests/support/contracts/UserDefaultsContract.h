@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/UserDefaults.h"
+#include "ports/UserDefaults.h"
 #include "support/contracts/SubjectFactory.h"
 
 #include <memory>

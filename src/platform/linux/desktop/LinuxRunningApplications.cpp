@@ -1,0 +1,99 @@
+#include "platform/linux/desktop/LinuxRunningApplications.h"
+
+#include "platform/linux/SystemRoot.h"
+#include "platform/linux/desktop/LinuxBundle.h"
+
+#include <algorithm>
+#include <charconv>
+#include <compare>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <sstream>
+#include <string_view>
+#include <system_error>
+
+#include <unistd.h>
+
+namespace driftmark {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// A process and when it came up, in the kernel's ticks since the start of the system. The kernel
+/// hands identifiers out in ascending order, which tells those of one tick apart.
+struct Process {
+  std::uint64_t startTime;
+  std::int32_t identifier;
+
+  // NOLINTNEXTLINE(modernize-use-nullptr): what the comparison is made of has a plain 0 in it
+  auto operator<=>(const Process&) const = default;
+};
+
+template <class Number> std::optional<Number> numberIn(std::string_view text) {
+  Number number{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() && end == text.data() + text.size() ? std::optional(number)
+                                                                  : std::nullopt;
+}
+
+/// When the process with that folder in /proc came up; absent when it is gone.
+std::optional<std::uint64_t> startTime(const fs::path& folder) {
+  constexpr int fieldsBetween = 19; // the name is the 2nd field, the time of the start the 22nd
+  std::ifstream file(folder / "stat");
+  std::string line;
+  std::getline(file, line);
+  // The name is in parentheses and may hold anything, parentheses too.
+  std::istringstream fields(line.substr(std::min(line.rfind(')') + 1, line.size())));
+  std::string field;
+  for (int i = 0; i <= fieldsBetween; ++i)
+    fields >> field;
+  return fields ? numberIn<std::uint64_t>(field) : std::nullopt;
+}
+
+/// The system root that the process with that folder in /proc was started with.
+std::string systemRootOf(const fs::path& folder) {
+  const std::string prefix = std::string(SystemRoot::variableName) + "=";
+  std::ifstream file(folder / "environ");
+  for (std::string variable; std::getline(file, variable, '\0');)
+    if (variable.starts_with(prefix))
+      return variable.substr(prefix.size());
+  return SystemRoot::none;
+}
+
+/// The process with that folder in /proc if it runs from a bundle of that identifier in that
+/// system.
+std::optional<Process> copyAt(const fs::path& folder, const std::string& identifier,
+                              const std::string& systemRoot) {
+  const auto process = numberIn<std::int32_t>(folder.filename().string());
+  if (!process)
+    return std::nullopt;
+  std::error_code hidden;
+  const fs::path executable = fs::read_symlink(folder / "exe", hidden);
+  if (hidden || LinuxBundle(executable.string(), "").identifier() != identifier ||
+      systemRootOf(folder) != systemRoot)
+    return std::nullopt;
+  const auto start = startTime(folder);
+  return start ? std::optional(Process{*start, *process}) : std::nullopt;
+}
+
+} // namespace
+
+std::vector<std::int32_t>
+LinuxRunningApplications::withBundleIdentifier(const std::string& identifier) const {
+  const Process self{startTime("/proc/self").value_or(0), ::getpid()};
+  std::vector<Process> copies;
+  std::error_code error;
+  for (fs::directory_iterator entry("/proc", error), end; !error && entry != end;
+       entry.increment(error))
+    if (const auto copy = copyAt(entry->path(), identifier, systemRoot_); copy && *copy <= self)
+      copies.push_back(*copy);
+  std::ranges::sort(copies);
+  std::vector<std::int32_t> identifiers;
+  std::ranges::transform(copies, std::back_inserter(identifiers), &Process::identifier);
+  return identifiers;
+}
+
+} // namespace driftmark

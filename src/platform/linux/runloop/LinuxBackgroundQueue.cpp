@@ -1,0 +1,77 @@
+#include "platform/linux/runloop/LinuxBackgroundQueue.h"
+
+#include "platform/posix/children/SignalsBlocked.h"
+
+#include <system_error>
+#include <utility>
+
+namespace driftmark {
+
+namespace {
+
+/// Tasks mostly wait for a tool to end, so their number does not follow the processors'.
+constexpr std::size_t mostThreads = 16;
+
+} // namespace
+
+LinuxBackgroundQueue::~LinuxBackgroundQueue() {
+  std::deque<Task> dropped;
+  std::deque<Task> alsoDropped;
+  {
+    const std::lock_guard lock(mutex_);
+    closing_ = true;
+    dropped.swap(userInitiated_);
+    alsoDropped.swap(utility_);
+  }
+  changed_.notify_all();
+  for (std::thread& thread : threads_)
+    thread.join();
+}
+
+void LinuxBackgroundQueue::async(QualityOfService quality, Task task) {
+  const std::lock_guard lock(mutex_);
+  if (closing_)
+    return;
+  auto& tasks = quality == QualityOfService::userInitiated ? userInitiated_ : utility_;
+  tasks.push_back(std::move(task));
+  ensureThreads();
+  changed_.notify_one();
+}
+
+/// Starts a thread when there are not enough for the tasks that wait.
+void LinuxBackgroundQueue::ensureThreads() {
+  if (waiting() <= idleThreads_ || threads_.size() == mostThreads)
+    return;
+  const SignalsBlocked guard;
+  try {
+    threads_.emplace_back([this] { runTasks(); });
+  } catch (const std::system_error&) {
+    if (threads_.empty())
+      throw;
+  }
+}
+
+void LinuxBackgroundQueue::runTasks() {
+  std::unique_lock lock(mutex_);
+  for (;;) {
+    ++idleThreads_;
+    changed_.wait(lock, [this] { return closing_ || waiting() > 0; });
+    --idleThreads_;
+    if (closing_)
+      return;
+    Task task = takeMostUrgent();
+    lock.unlock();
+    task();
+    task = nullptr;
+    lock.lock();
+  }
+}
+
+LinuxBackgroundQueue::Task LinuxBackgroundQueue::takeMostUrgent() {
+  auto& tasks = userInitiated_.empty() ? utility_ : userInitiated_;
+  Task task = std::move(tasks.front());
+  tasks.pop_front();
+  return task;
+}
+
+} // namespace driftmark

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "ports/BackgroundQueue.h"
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace driftmark {
+
+/// Background work on at most sixteen threads, started as they are needed and kept. Waiting
+/// user-initiated tasks go before waiting utility tasks. Tasks handed over while the queue is being
+/// destroyed are dropped.
+class LinuxBackgroundQueue final : public BackgroundQueue {
+public:
+  LinuxBackgroundQueue() = default;
+  LinuxBackgroundQueue(const LinuxBackgroundQueue&) = delete;
+  LinuxBackgroundQueue& operator=(const LinuxBackgroundQueue&) = delete;
+  ~LinuxBackgroundQueue() override;
+
+  /// Throws std::system_error when the system has not even one thread left.
+  void async(QualityOfService quality, Task task) override;
+
+private:
+  void ensureThreads();
+  void runTasks();
+  Task takeMostUrgent();
+  std::size_t waiting() const { return userInitiated_.size() + utility_.size(); }
+
+  std::mutex mutex_; ///< guards what follows
+  std::condition_variable changed_;
+  std::deque<Task> userInitiated_;
+  std::deque<Task> utility_;
+  std::vector<std::thread> threads_;
+  std::size_t idleThreads_ = 0;
+  bool closing_ = false;
+};
+
+} // namespace driftmark

@@ -1,0 +1,139 @@
+#include "platform/posix/files/FileCalls.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdio>
+#include <memory>
+#include <string_view>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#ifdef __APPLE__
+#include <copyfile.h>
+#else
+#include <sys/xattr.h>
+#endif
+
+namespace driftmark::file_calls {
+
+namespace {
+
+int result(int status) {
+  return status == 0 ? 0 : errno;
+}
+
+/// For volumes that know no exclusive renaming. Leaves a moment for others between its two steps.
+int renameWhereNothingIs(int fromFolder, const char* from, int toFolder, const char* to) {
+  struct stat information {};
+  if (fstatat(toFolder, to, &information, AT_SYMLINK_NOFOLLOW) == 0)
+    return EEXIST;
+  return result(renameat(fromFolder, from, toFolder, to));
+}
+
+/// Whether a volume or the system does not take an attribute.
+bool isRefused(int error) {
+  return error == ENOTSUP || error == EPERM || error == EACCES;
+}
+
+struct CloseFolder {
+  void operator()(DIR* folder) const { closedir(folder); }
+};
+
+} // namespace
+
+int renameExclusively(int fromFolder, const char* from, int toFolder, const char* to) {
+#ifdef __APPLE__
+  const int error = result(renameatx_np(fromFolder, from, toFolder, to, RENAME_EXCL));
+#else
+  const int error = result(renameat2(fromFolder, from, toFolder, to, RENAME_NOREPLACE));
+#endif
+  if (error == EINVAL || error == ENOSYS || error == ENOTSUP)
+    return renameWhereNothingIs(fromFolder, from, toFolder, to);
+  return error;
+}
+
+int listFolder(int folder, std::vector<std::string>& names) {
+  // A descriptor of its own, so that every listing starts at the beginning.
+  const int own = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (own < 0)
+    return errno;
+  const std::unique_ptr<DIR, CloseFolder> listing(fdopendir(own));
+  if (!listing) {
+    const int error = errno;
+    close(own);
+    return error;
+  }
+  names.clear();
+  errno = 0;
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread has this listing
+  while (const dirent* const entry = readdir(listing.get())) {
+    const std::string_view name = static_cast<const char*>(entry->d_name);
+    if (name != "." && name != "..")
+      names.emplace_back(name);
+  }
+  return errno;
+}
+
+#ifdef __APPLE__
+
+std::array<timespec, 2> times(const struct stat& information) {
+  return {information.st_atimespec, information.st_mtimespec};
+}
+
+int flush(int item) {
+  // `fsync` stops at the disk's own memory. Not every volume knows the other.
+  return fcntl(item, F_FULLFSYNC) == 0 ? 0 : result(fsync(item));
+}
+
+int copyAttributes(int from, int to) {
+  const int error = result(fcopyfile(from, to, nullptr, COPYFILE_XATTR | COPYFILE_ACL));
+  return isRefused(error) ? 0 : error;
+}
+
+#else
+
+namespace {
+
+int copyAttribute(int from, int to, const char* name) {
+  const ssize_t size = fgetxattr(from, name, nullptr, 0);
+  if (size < 0)
+    return errno == ENODATA ? 0 : errno;
+  std::vector<char> value(static_cast<std::size_t>(size));
+  const ssize_t count = fgetxattr(from, name, value.data(), value.size());
+  if (count < 0)
+    return errno == ENODATA ? 0 : errno;
+  return result(fsetxattr(to, name, value.data(), static_cast<std::size_t>(count), 0));
+}
+
+} // namespace
+
+std::array<timespec, 2> times(const struct stat& information) {
+  return {information.st_atim, information.st_mtim};
+}
+
+int flush(int item) {
+  return result(fsync(item));
+}
+
+int copyAttributes(int from, int to) {
+  const ssize_t size = flistxattr(from, nullptr, 0);
+  if (size <= 0)
+    return size == 0 || isRefused(errno) ? 0 : errno;
+  std::vector<char> names(static_cast<std::size_t>(size) + 1);
+  const ssize_t count = flistxattr(from, names.data(), static_cast<std::size_t>(size));
+  if (count < 0)
+    return errno;
+  const char* const end = names.data() + count;
+  for (const char* name = names.data(); name < end; name += std::string_view(name).size() + 1) {
+    const int error = copyAttribute(from, to, name);
+    if (error != 0 && !isRefused(error))
+      return error;
+  }
+  return 0;
+}
+
+#endif
+
+} // namespace driftmark::file_calls

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "ports/Symbol.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace driftmark {
+
+/// One line of a menu, as a plain value. Its texts are shown as they are: no markup, no mnemonics.
+struct MenuItem {
+  /// A name by which the controller finds an item again; 0 for none.
+  using Tag = int;
+
+  enum class Kind {
+    command,  ///< can be chosen; without an action it is shown disabled
+    label,    ///< shown disabled
+    separator ///< a line; it has nothing else
+  };
+
+  Kind kind = Kind::command;
+  std::string title;
+  std::optional<Symbol> symbol; ///< one of an unknown name is not shown
+  std::string toolTip;
+  std::string keyEquivalent; ///< one letter, with the system's command modifier; empty for none
+  bool isChecked = false;
+  Tag tag = 0;
+  std::function<void()> action; ///< called on the main thread when the item is chosen
+};
+
+using Menu = std::vector<MenuItem>;
+
+} // namespace driftmark

@@ -1,0 +1,32 @@
+#include "support/Paths.h"
+
+namespace driftmark {
+
+namespace {
+
+std::string_view withoutTrailingSlashes(std::string_view path) {
+  return path.substr(0, path.find_last_not_of('/') + 1);
+}
+
+} // namespace
+
+std::string deletingLastPathComponent(std::string_view path) {
+  const std::string_view item = withoutTrailingSlashes(path);
+  const std::size_t slash = item.rfind('/');
+  if (slash == std::string_view::npos)
+    return path.starts_with('/') ? "/" : "";
+  const std::string_view parent = withoutTrailingSlashes(item.substr(0, slash));
+  return parent.empty() ? "/" : std::string(parent);
+}
+
+std::string appendingPathComponent(std::string_view folder, std::string_view name) {
+  return std::string(withoutTrailingSlashes(folder)).append("/").append(name);
+}
+
+std::string abbreviatingWithTilde(std::string_view path, std::string_view home) {
+  const bool isInside = !home.empty() && path.starts_with(home) &&
+                        (path.size() == home.size() || path[home.size()] == '/');
+  return isInside ? std::string("~").append(path.substr(home.size())) : std::string(path);
+}
+
+} // namespace driftmark
