@@ -3,7 +3,7 @@
 #include "ProcessCost.h"
 #include "Stopwatch.h"
 #include "demo/ProgramLaunch.h"
-#include "demo/World.h"
+#include "demo/Sandbox.h"
 #include "process/Launch.h"
 #include "process/LineReader.h"
 #include "scenario/ScenarioParser.h"
@@ -72,16 +72,17 @@ private:
 };
 
 /// A simulated iCloud in which nothing happens.
-class QuietWorld {
+class QuietSandbox {
 public:
-  QuietWorld()
-      : world_(ICLOUD_TOOLS), story_(world_.folder() / "quiet.scenario"),
-        bird_({world_.root().bird(), {"--home", world_.home(), "--scenario", writtenStory()}, {}},
-              true, " ready") {
+  QuietSandbox()
+      : sandbox_(ICLOUD_TOOLS), story_(sandbox_.folder() / "quiet.scenario"),
+        bird_(
+            {sandbox_.root().bird(), {"--home", sandbox_.home(), "--scenario", writtenStory()}, {}},
+            true, " ready") {
     bird_.await();
     options_.program = DRIFTMARK_PROGRAM;
     options_.scenario = story_;
-    program_ = icloud::programLaunch(options_, icloud::readScenario(story_), world_);
+    program_ = icloud::programLaunch(options_, icloud::readScenario(story_), sandbox_);
   }
 
   const icloud::Launch& program() const { return program_; }
@@ -99,7 +100,7 @@ private:
     return story_;
   }
 
-  icloud::World world_;
+  icloud::Sandbox sandbox_;
   fs::path story_;
   Watched bird_;
   icloud::DemoOptions options_;
@@ -121,12 +122,12 @@ double startTime(icloud::Launch launch, const char* awaited) {
   return time.count();
 }
 
-void benchStart(const QuietWorld& world, Figures& figures, std::ostream& notes) {
+void benchStart(const QuietSandbox& sandbox, Figures& figures, std::ostream& notes) {
   std::vector<double> program;
   std::vector<double> bare;
   for (std::size_t i = 0; i <= starts; ++i) {
-    const double one = startTime(world.program(), "drawing");
-    const double other = startTime(world.bare(), "loop");
+    const double one = startTime(sandbox.program(), "drawing");
+    const double other = startTime(sandbox.bare(), "loop");
     if (i == 0)
       continue; // the first finds the libraries on the disk
     program.push_back(one);
@@ -139,9 +140,9 @@ void benchStart(const QuietWorld& world, Figures& figures, std::ostream& notes) 
 
 /// Measures the memory before the first look for updates, which loads what the network needs, and
 /// after it; and what idling costs from then on.
-void benchIdle(const QuietWorld& world, Figures& figures, std::ostream& notes) {
-  Watched program(world.program(), true, "update check failed");
-  const icloud::ChildProcess bare(world.bare());
+void benchIdle(const QuietSandbox& sandbox, Figures& figures, std::ostream& notes) {
+  Watched program(sandbox.program(), true, "update check failed");
+  const icloud::ChildProcess bare(sandbox.bare());
   const pid_t process = program.process().identifier();
   std::this_thread::sleep_for(settlingTime);
   const double memory = residentMemory(process);
@@ -164,9 +165,9 @@ void benchIdle(const QuietWorld& world, Figures& figures, std::ostream& notes) {
 } // namespace
 
 void benchProgram(Figures& figures, std::ostream& notes) {
-  const QuietWorld world;
-  benchStart(world, figures, notes);
-  benchIdle(world, figures, notes);
+  const QuietSandbox sandbox;
+  benchStart(sandbox, figures, notes);
+  benchIdle(sandbox, figures, notes);
 }
 
 } // namespace driftmark::bench

@@ -5,7 +5,7 @@
 #include "Corpus.h"
 #include "Stopwatch.h"
 #include "monitor/SyncMonitor.h"
-#include "platform/linux/runloop/QtMainQueue.h"
+#include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 #include "replay/CaptureRoot.h"
 
@@ -68,7 +68,7 @@ double drainTime(const PlayedListing& listing) {
 
 double programTime(const PlayedListing& listing) {
   BenchPlatform rest;
-  QtMainQueue mainQueue;
+  LinuxMainQueue mainQueue;
   PosixChildProcesses processes(mainQueue, listing.root().path().string());
   ItemMonitorAlone children(processes);
   const SyncMonitor::Ports ports{rest.clock, mainQueue, rest.backgroundQueue, children,

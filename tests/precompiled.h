@@ -1,7 +1,4 @@
 // What almost every test includes, compiled once for each test program.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -11,3 +8,6 @@
 #include <unordered_map>
 #include <variant>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>

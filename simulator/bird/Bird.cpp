@@ -75,7 +75,7 @@ void Bird::recall(const JournalEntry& entry) {
   player_.resume(entry.progress, acts_.read(), now);
   cloud_.drive.setRecalling(false);
   for (const ItemId id : cloud_.drive.finishInterruptedWork())
-    acts_.add(player_.act(ClientAct::Kind::eviction, id, now));
+    acts_.add(player_.act(ClientOperation::Kind::eviction, id, now));
 }
 
 void Bird::note() {
@@ -161,8 +161,9 @@ void Bird::answer(Connection& connection, const Record& request) {
   } else if (kind == quotaRequest) {
     connection.client.serve(reply({"quota", std::to_string(cloud_.quota)}));
   } else if ((kind == evictRequest || kind == downloadRequest) && request.size() == 2) {
-    connection.client.serve(answerTo(
-        kind == evictRequest ? ClientAct::Kind::eviction : ClientAct::Kind::download, request[1]));
+    connection.client.serve(answerTo(kind == evictRequest ? ClientOperation::Kind::eviction
+                                                          : ClientOperation::Kind::download,
+                                     request[1]));
     return;
   } else {
     connection.client.serve(failure("bird does not know what this client asks for"));
@@ -171,7 +172,7 @@ void Bird::answer(Connection& connection, const Record& request) {
   beginWhenReady(kind);
 }
 
-std::unique_ptr<Feeder> Bird::answerTo(ClientAct::Kind kind, const std::string& path) {
+std::unique_ptr<Feeder> Bird::answerTo(ClientOperation::Kind kind, const std::string& path) {
   try {
     obey(kind, path);
     return reply({"done"});
@@ -183,9 +184,9 @@ std::unique_ptr<Feeder> Bird::answerTo(ClientAct::Kind kind, const std::string& 
 }
 
 // An act is noted once it is done. One that this process does not live to note is found on disk.
-void Bird::obey(ClientAct::Kind kind, const std::string& path) {
+void Bird::obey(ClientOperation::Kind kind, const std::string& path) {
   const auto id = lookUp(cloud_.drive, path);
-  if (!id && kind == ClientAct::Kind::eviction)
+  if (!id && kind == ClientOperation::Kind::eviction)
     throw Refusal(Refusal::stillUploading);
   if (!id)
     return;

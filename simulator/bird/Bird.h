@@ -1,6 +1,5 @@
 #pragma once
 
-#include "bird/ActLog.h"
 #include "bird/BirdOptions.h"
 #include "bird/Client.h"
 #include "bird/Cloud.h"
@@ -8,6 +7,7 @@
 #include "bird/Host.h"
 #include "bird/ItemFeeder.h"
 #include "bird/Journal.h"
+#include "bird/OperationLog.h"
 #include "bird/Player.h"
 #include "common/Descriptor.h"
 #include "common/SystemRoot.h"
@@ -47,8 +47,8 @@ private:
   void tell(const char* word, const std::string& text) override;
 
   void recall(const JournalEntry& entry);
-  std::unique_ptr<Feeder> answerTo(ClientAct::Kind kind, const std::string& path);
-  void obey(ClientAct::Kind kind, const std::string& path);
+  std::unique_ptr<Feeder> answerTo(ClientOperation::Kind kind, const std::string& path);
+  void obey(ClientOperation::Kind kind, const std::string& path);
   void note();
   bool waitForWork();
   int pollTimeout() const;
@@ -62,7 +62,7 @@ private:
   SystemRoot root_;
   std::set<std::string> beginAfter_;
   Journal journal_;
-  ActLog acts_;
+  OperationLog acts_;
   bool resumed_;
   bool isKilled_ = false;
   Cloud cloud_;

@@ -55,15 +55,15 @@ void Player::tell(const char* word, const std::string& text) {
 
 void Player::recallUntil(std::size_t next) {
   recalling_ = true;
-  recallActs();
+  recallOperations();
   while (progress_.next < std::min(next, events_.size())) {
     perform(events_[progress_.next++]);
-    recallActs();
+    recallOperations();
   }
   recalling_ = false;
 }
 
-void Player::recallActs() {
+void Player::recallOperations() {
   for (; !acts_.empty() && acts_.front().isDueAt(progress_); acts_.pop_front()) {
     try {
       carryOut(acts_.front());
@@ -73,7 +73,8 @@ void Player::recallActs() {
   }
 }
 
-void Player::resume(const Progress& progress, std::deque<ClientAct> acts, Clock::time_point now) {
+void Player::resume(const Progress& progress, std::deque<ClientOperation> acts,
+                    Clock::time_point now) {
   acts_ = std::move(acts);
   for (const Progress::Restart& restart : progress.restarts) {
     recallUntil(restart.next);
@@ -138,22 +139,23 @@ void Player::advance(Clock::time_point now) {
   }
 }
 
-ClientAct Player::act(ClientAct::Kind kind, ItemId id, Clock::time_point now) const {
+ClientOperation Player::act(ClientOperation::Kind kind, ItemId id, Clock::time_point now) const {
   return {kind, cloud_.drive.item(id).path, progress_.restarts.size(), progress_.next,
           elapsed(now)};
 }
 
-std::optional<ClientAct> Player::obey(ClientAct::Kind kind, ItemId id, Clock::time_point now) {
-  ClientAct done = act(kind, id, now);
+std::optional<ClientOperation> Player::obey(ClientOperation::Kind kind, ItemId id,
+                                            Clock::time_point now) {
+  ClientOperation done = act(kind, id, now);
   if (!carryOut(done))
     return std::nullopt;
   host_.sendChanges();
   return done;
 }
 
-bool Player::carryOut(const ClientAct& act) {
+bool Player::carryOut(const ClientOperation& act) {
   const ItemId id = itemOf(act.path);
-  if (act.kind == ClientAct::Kind::eviction)
+  if (act.kind == ClientOperation::Kind::eviction)
     return cloud_.drive.evict(id);
   if (!recalling_ && !cloud_.drive.lacksContents(id))
     return false;

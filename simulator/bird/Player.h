@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bird/ClientAct.h"
+#include "bird/ClientOperation.h"
 #include "bird/Cloud.h"
 #include "bird/Host.h"
 #include "bird/Progress.h"
@@ -30,7 +30,7 @@ public:
   /// Goes on after `setStage`, in place of a player that came so far. What had happened happens
   /// again, untold, and so do the acts of clients; a transfer that had stalled moves again from now
   /// on.
-  void resume(const Progress& progress, std::deque<ClientAct> acts, Clock::time_point now);
+  void resume(const Progress& progress, std::deque<ClientOperation> acts, Clock::time_point now);
 
   void begin(Clock::time_point now);
   bool hasBegun() const { return progress_.origin.has_value(); }
@@ -41,10 +41,10 @@ public:
   /// Does what a client asks for with an item. A download moves with the story's clock, however
   /// the story ends. Returns what a later player has to know of it; nothing when there was nothing
   /// to do. Throws Refusal or std::system_error.
-  std::optional<ClientAct> obey(ClientAct::Kind kind, ItemId id, Clock::time_point now);
+  std::optional<ClientOperation> obey(ClientOperation::Kind kind, ItemId id, Clock::time_point now);
 
   /// An act of now, for a later player.
-  ClientAct act(ClientAct::Kind kind, ItemId id, Clock::time_point now) const;
+  ClientOperation act(ClientOperation::Kind kind, ItemId id, Clock::time_point now) const;
 
   /// When the next thing is due; nothing while the clock stands still or after the end.
   std::optional<Clock::time_point> nextDue() const;
@@ -58,8 +58,8 @@ public:
 private:
   void perform(const TimelineEvent& event);
   void recallUntil(std::size_t next);
-  void recallActs();
-  bool carryOut(const ClientAct& act);
+  void recallOperations();
+  bool carryOut(const ClientOperation& act);
   void beginDownload(ItemId id, Milliseconds at);
   void endStalls(Milliseconds at);
   void tell(const char* word, const std::string& text);
@@ -98,8 +98,8 @@ private:
   Cloud& cloud_;
   Host& host_;
   std::vector<TimelineEvent> events_;
-  std::vector<Transfer> downloads_; ///< of clients; their steps come after those of the story
-  std::deque<ClientAct> acts_;      ///< that are still to be recalled
+  std::vector<Transfer> downloads_;  ///< of clients; their steps come after those of the story
+  std::deque<ClientOperation> acts_; ///< that are still to be recalled
   Progress progress_;
   bool recalling_ = false; ///< what happens had happened before
   std::size_t step_ = 0;   ///< the line of the story that is run now

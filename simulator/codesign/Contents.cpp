@@ -55,7 +55,7 @@ Contents contentsOf(const fs::path& bundle) {
   Contents contents;
   for (const auto& entry : fs::recursive_directory_iterator(bundle)) {
     const std::string name = entry.path().lexically_relative(bundle);
-    if (name != sealPlace && (entry.is_symlink() || !entry.is_directory()))
+    if (name != signaturePath && (entry.is_symlink() || !entry.is_directory()))
       contents[name] = described(entry.path());
   }
   return contents;

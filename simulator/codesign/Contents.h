@@ -14,7 +14,7 @@ public:
 };
 
 /// Where a bundle keeps its seal, relative to it.
-inline constexpr const char* sealPlace = "Contents/_CodeSignature/CodeResources";
+inline constexpr const char* signaturePath = "Contents/_CodeSignature/CodeResources";
 
 /// What is in a bundle, its seal excepted: of each file and link, by its path in the bundle, a text
 /// that differs when its contents, its target, its kind or whether it can be run differ.

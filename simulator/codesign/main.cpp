@@ -1,7 +1,7 @@
 #include "bundle/InfoPlist.h"
 #include "codesign/Command.h"
 #include "codesign/Contents.h"
-#include "codesign/Seal.h"
+#include "codesign/Signature.h"
 #include "common/SystemRoot.h"
 
 #include <cstdio>
@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 constexpr int badUsage = 2;
 constexpr const char* notSigned = "code object is not signed at all";
-constexpr const char* sealBroken = "a sealed resource is missing or invalid";
+constexpr const char* signatureBroken = "a sealed resource is missing or invalid";
 
 /// A bundle, and how the one who asked calls it.
 struct Subject {
@@ -47,8 +47,8 @@ void requireBundle(const fs::path& path) {
     throw SigningFailure("bundle format unrecognized, invalid, or unsuitable");
 }
 
-Seal requiredSeal(const fs::path& bundle) {
-  auto seal = Seal::of(bundle);
+Signature requiredSignature(const fs::path& bundle) {
+  auto seal = Signature::of(bundle);
   if (!seal)
     throw SigningFailure(notSigned);
   return std::move(*seal);
@@ -69,16 +69,16 @@ void compare(const Subject& subject, const Contents& sealed, const Contents& pre
     if (!present.contains(name))
       note("file missing", name);
   if (!differences.empty())
-    throw SigningFailure(sealBroken + differences);
+    throw SigningFailure(signatureBroken + differences);
 }
 
 void verify(const Subject& subject, const Command& command) {
-  const Seal seal = requiredSeal(subject.bundle);
+  const Signature seal = requiredSignature(subject.bundle);
   compare(subject, seal.contents, contentsOf(subject.bundle));
   if (command.strict)
     requireLinksInside(subject.bundle);
   if (seal.identifier != requiredText(subject.bundle, "CFBundleIdentifier"))
-    throw SigningFailure(sealBroken);
+    throw SigningFailure(signatureBroken);
   if (command.verbosity == 0)
     return;
   say(subject.shown, "valid on disk");
@@ -86,7 +86,7 @@ void verify(const Subject& subject, const Command& command) {
 }
 
 void display(const Subject& subject, const Command& command) {
-  const Seal seal = requiredSeal(subject.bundle);
+  const Signature seal = requiredSignature(subject.bundle);
   show("Executable",
        subject.shown + "/Contents/MacOS/" + requiredText(subject.bundle, "CFBundleExecutable"));
   if (command.verbosity == 0)
@@ -101,16 +101,16 @@ void display(const Subject& subject, const Command& command) {
   std::fprintf(stderr, "Sealed Resources version=2 rules=0 files=%zu\n", seal.contents.size());
 }
 
-bool hasSeal(const fs::path& bundle) {
-  return fs::exists(fs::symlink_status(bundle / sealPlace));
+bool hasSignature(const fs::path& bundle) {
+  return fs::exists(fs::symlink_status(bundle / signaturePath));
 }
 
 void sign(const Subject& subject, const Identity& identity, bool force) {
-  const bool replaces = hasSeal(subject.bundle);
+  const bool replaces = hasSignature(subject.bundle);
   if (replaces && !force)
     throw SigningFailure("is already signed");
-  const Seal seal{identity, requiredText(subject.bundle, "CFBundleIdentifier"),
-                  contentsOf(subject.bundle)};
+  const Signature seal{identity, requiredText(subject.bundle, "CFBundleIdentifier"),
+                       contentsOf(subject.bundle)};
   seal.writeTo(subject.bundle);
   if (replaces)
     say(subject.shown, "replacing existing signature");

@@ -15,25 +15,25 @@
 
 namespace icloud {
 Demo::Demo(const DemoOptions& options)
-    : options_(options), scenario_(readScenario(options.scenario)), narrator_(options.out),
-      world_(options.tools), signals_(signalDescriptor({SIGINT, SIGTERM, SIGHUP})),
+    : options_(options), scenario_(readScenario(options.scenario)), reporter_(options.out),
+      sandbox_(options.tools), signals_(signalDescriptor({SIGINT, SIGTERM, SIGHUP})),
       deadline_(Clock::now() + options.limit) {}
 
 int Demo::run() {
   adoptOrphans();
   desktopLines_ =
-      LineReader(world_.openedFiles(), [this](const std::string& line) { hearDesktop(line); });
+      LineReader(sandbox_.openedFiles(), [this](const std::string& line) { hearDesktop(line); });
   introduce();
   startBird();
   watch();
   if (interruption_ != 0) {
-    narrator_.say("\nInterrupted; everything is taken away again.");
+    reporter_.say("\nInterrupted; everything is taken away again.");
     return 128 + interruption_;
   }
   const Summary summary = makeSummary();
-  narrator_.summary(summary.text());
+  reporter_.summary(summary.text());
   if (options_.out)
-    narrator_.say("\nlog.txt, story.txt, menus.txt, summary.txt and the pictures are in " +
+    reporter_.say("\nlog.txt, story.txt, menus.txt, summary.txt and the pictures are in " +
                   options_.out->string());
   return summary.deviations().empty() ? 0 : 1;
 }
@@ -43,12 +43,12 @@ void Demo::introduce() {
   std::snprintf(length.data(), length.size(), "%.3g s",
                 std::chrono::duration<double>(scenario_.length()).count());
   const std::string program = options_.program.stem();
-  narrator_.say("\"" + scenario_.title + "\", " + length.data() +
+  reporter_.say("\"" + scenario_.title + "\", " + length.data() +
                 " of a simulated iCloud. A line with ☁ is what happens there,\n"
-                "one with ☞ what a person does at the screen; the others are the log of " +
+                "one with ☞ what a user does at the screen; the others are the log of " +
                 program + ".\n");
   if (options_.interactive)
-    narrator_.say("The person is you: " + program +
+    reporter_.say("The user is you: " + program +
                   " is at the top right of your screen. Open its menu whenever you like;\n"
                   "what it asks the desktop to open is told here. It ends with the story, or when\n"
                   "you quit it; what it logs is not compared with the scenario.\n");
@@ -58,8 +58,8 @@ void Demo::startBird() {
   Pipe pipe = makePipe();
   birdLines_ =
       LineReader(std::move(pipe.reading), [this](const std::string& line) { hearBird(line); });
-  Launch launch{world_.root().launchd(),
-                {"--home", world_.home(), "--scenario",
+  Launch launch{sandbox_.root().launchd(),
+                {"--home", sandbox_.home(), "--scenario",
                  std::filesystem::absolute(options_.scenario), "--begin-after",
                  "items,global,status,quota"},
                 {}};
@@ -70,21 +70,21 @@ void Demo::startBird() {
 void Demo::startProgram() {
   Pipe pipe = makePipe();
   programLines_ = LineReader(std::move(pipe.reading), [this](const std::string& line) {
-    narrator_.log(line);
-    if (attendant_)
-      attendant_->hear(line);
+    reporter_.log(line);
+    if (user_)
+      user_->hear(line);
   });
-  Launch launch = programLaunch(options_, scenario_, world_);
+  Launch launch = programLaunch(options_, scenario_, sandbox_);
   launch.output = launch.error = pipe.writing.get();
-  if (!scenario_.person.empty() && !options_.interactive) {
-    attendant_ = std::make_unique<Attendant>(
-        world_.folder(),
-        Surroundings{.pictures = options_.out.value_or(world_.temporary()),
-                     .drive = world_.drive(),
-                     .brctl = world_.root().brctl()},
-        scenario_.person);
-    launch.environment.merge(attendant_->environment());
-    personDone_ = false;
+  if (!scenario_.user.empty() && !options_.interactive) {
+    user_ = std::make_unique<ScenarioUser>(
+        sandbox_.folder(),
+        Surroundings{.pictures = options_.out.value_or(sandbox_.temporary()),
+                     .drive = sandbox_.drive(),
+                     .brctl = sandbox_.root().brctl()},
+        scenario_.user);
+    launch.environment.merge(user_->environment());
+    userDone_ = false;
   }
   program_.emplace(launch);
 }
@@ -111,41 +111,41 @@ void Demo::hearBird(const std::string& line) {
 }
 
 void Demo::tellStory(const std::string& text) {
-  narrator_.cloud(text);
-  if (attendant_)
-    attendant_->hear(text);
+  reporter_.cloud(text);
+  if (user_)
+    user_->hear(text);
 }
 
 void Demo::storyEnded() {
   tellStory("the story ends");
   storyOver_ = true;
-  if (personDone_)
-    beginEnding();
+  if (userDone_)
+    beginShutdown();
 }
 
 void Demo::hearDesktop(const std::string& line) {
-  narrator_.person(line);
-  if (attendant_)
-    attendant_->hear(line);
+  reporter_.user(line);
+  if (user_)
+    user_->hear(line);
 }
 
-void Demo::hearPerson() {
-  using Kind = Attendant::Report::Kind;
-  for (const Attendant::Report& report : attendant_->takeReports()) {
+void Demo::takeUserReports() {
+  using Kind = ScenarioUser::Report::Kind;
+  for (const ScenarioUser::Report& report : user_->takeReports()) {
     if (report.kind == Kind::menu)
-      narrator_.menu(report.text);
+      reporter_.menu(report.text);
     else if (report.kind != Kind::done)
-      narrator_.person(report.text);
+      reporter_.user(report.text);
     if (report.kind == Kind::trouble)
-      personProblems_.push_back(report.text);
-    personDone_ = personDone_ || report.kind == Kind::done || report.kind == Kind::trouble;
+      userProblems_.push_back(report.text);
+    userDone_ = userDone_ || report.kind == Kind::done || report.kind == Kind::trouble;
   }
-  if (personDone_ && storyOver_)
-    beginEnding();
+  if (userDone_ && storyOver_)
+    beginShutdown();
 }
 
-bool Demo::personQuits() const {
-  return attendant_ && attendant_->seesTheEnd() && personProblems_.empty();
+bool Demo::userQuits() const {
+  return user_ && user_->seesTheEnd() && userProblems_.empty();
 }
 
 void Demo::watch() {
@@ -167,7 +167,7 @@ bool Demo::wait() {
                                {programLines_.descriptor(), POLLIN, 0},
                                {programRuns ? program_->exitDescriptor() : -1, POLLIN, 0},
                                {launchd_->hasEnded() ? -1 : launchd_->exitDescriptor(), POLLIN, 0},
-                               {attendant_ ? attendant_->descriptor() : -1, POLLIN, 0},
+                               {user_ ? user_->descriptor() : -1, POLLIN, 0},
                                {desktopLines_.descriptor(), POLLIN, 0}}};
   const int ready = poll(waits.data(), waits.size(), timeLeft());
   if (ready <= 0)
@@ -179,7 +179,7 @@ bool Demo::wait() {
   if (waits[2].revents != 0)
     programLines_.read();
   if (waits[5].revents != 0)
-    hearPerson();
+    takeUserReports();
   if (waits[6].revents != 0)
     desktopLines_.read();
   if (waits[3].revents != 0)

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "demo/Attendant.h"
 #include "demo/DemoOptions.h"
-#include "demo/Narrator.h"
+#include "demo/Reporter.h"
+#include "demo/Sandbox.h"
+#include "demo/ScenarioUser.h"
 #include "demo/Summary.h"
-#include "demo/World.h"
 #include "process/Launch.h"
 #include "process/LineReader.h"
 #include "scenario/Scenario.h"
@@ -33,18 +33,18 @@ private:
   void startProgram();
   void hearBird(const std::string& line);
   void hearDesktop(const std::string& line);
-  void hearPerson();
+  void takeUserReports();
   void tellStory(const std::string& text);
   void storyEnded();
-  bool personQuits() const;
-  void beginEnding();
+  bool userQuits() const;
+  void beginShutdown();
   void watch();
   bool wait();
   int timeLeft() const;
   void overrun();
   void takeSignal();
   void programEnded();
-  void personLeaves();
+  void userLeaves();
   void launchdEnded();
   void endChildren();
   void checkOrphans();
@@ -52,23 +52,23 @@ private:
 
   DemoOptions options_;
   Scenario scenario_;
-  Narrator narrator_;
-  World world_;
+  Reporter reporter_;
+  Sandbox sandbox_;
   Descriptor signals_;
   std::optional<ChildProcess> launchd_;
   std::optional<ChildProcess> program_;
   LineReader birdLines_;
   LineReader programLines_;
   LineReader desktopLines_;
-  std::unique_ptr<Attendant> attendant_; // none where the scenario has no person, or you are it
+  std::unique_ptr<ScenarioUser> user_; // none where the scenario has no user, or you are it
   Clock::time_point deadline_;
   bool storyOver_ = false;
-  bool personDone_ = true;
+  bool userDone_ = true;
   bool ending_ = false;
   bool over_ = false;
   int interruption_ = 0;
   std::vector<std::string> storyProblems_;
-  std::vector<std::string> personProblems_;
+  std::vector<std::string> userProblems_;
   std::vector<std::string> endProblems_;
   std::vector<std::string> orphanProblems_;
 };

@@ -24,11 +24,11 @@ const char* DemoOptions::usage() {
          "\n"
          "A program in a bundle is run from a copy of the bundle in /Applications.\n"
          "\n"
-         "The scenario's person uses mouse and keyboard on a screen that is only in memory.\n"
+         "The scenario's user uses mouse and keyboard on a screen that is only in memory.\n"
          "\n"
          "  --interactive    on the display, for you to use; the log is not compared\n"
          "  --out DIR        also writes log.txt, story.txt, summary.txt, menus.txt and the\n"
-         "                   person's pictures there\n"
+         "                   user's pictures there\n"
          "  --limit SECONDS  gives up after so long (150)\n"
          "  --tools DIR      a system root to take the tools from (\"root\" beside this program)\n";
 }

@@ -18,7 +18,7 @@ public:
 /// What the demo is told when it is started.
 struct DemoOptions {
   bool help = false;
-  bool interactive = false;      ///< on the display; whoever sits there is the person
+  bool interactive = false;      ///< on the display; whoever sits there is the user
   std::filesystem::path program; ///< in a bundle: the bundle is installed first
   std::filesystem::path scenario;
   std::filesystem::path tools; ///< a system root to copy the tools from

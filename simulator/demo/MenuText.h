@@ -1,6 +1,6 @@
 #pragma once
 
-#include "person/Window.h"
+#include "uidriver/Window.h"
 
 #include <string>
 

@@ -25,12 +25,12 @@ void write(const fs::path& file, const char* text) {
     throw std::runtime_error("cannot write " + file.string());
 }
 
-fs::path installedProgram(const fs::path& program, const World& world) {
+fs::path installedProgram(const fs::path& program, const Sandbox& sandbox) {
   const fs::path folder = program.parent_path();
   const fs::path bundle = folder.parent_path().parent_path();
   if (!folder.string().ends_with("/Contents/MacOS") || bundle.extension() != ".app")
     return program;
-  return world.install(bundle) / "Contents/MacOS" / program.filename();
+  return sandbox.install(bundle) / "Contents/MacOS" / program.filename();
 }
 
 /// The program has another home, where the display's key is not.
@@ -40,24 +40,24 @@ void showOnDisplay(Launch& launch) {
     launch.environment["XAUTHORITY"] = fs::path(home) / ".Xauthority";
 }
 
-void showInMemory(Launch& launch, const World& world) {
-  const fs::path file = world.folder() / "screen.json";
+void showInMemory(Launch& launch, const Sandbox& sandbox) {
+  const fs::path file = sandbox.folder() / "screen.json";
   write(file, screen);
   launch.environment["QT_QPA_PLATFORM"] = "offscreen:configfile=" + file.string();
   // What is revealed is not to be shown on somebody's desktop either.
   launch.environment["DBUS_SESSION_BUS_ADDRESS"] =
-      "unix:path=" + (world.folder() / "no bus").string();
+      "unix:path=" + (sandbox.folder() / "no bus").string();
 }
 
 } // namespace
 
-Launch programLaunch(const DemoOptions& options, const Scenario& scenario, const World& world) {
-  write(world.home() / ".config/driftmark/settings.json", settings);
-  Launch launch{installedProgram(options.program, world),
+Launch programLaunch(const DemoOptions& options, const Scenario& scenario, const Sandbox& sandbox) {
+  write(sandbox.home() / ".config/driftmark/settings.json", settings);
+  Launch launch{installedProgram(options.program, sandbox),
                 {},
-                {{"HOME", world.home()},
-                 {"TMPDIR", world.temporary()},
-                 {"DRIFTMARK_SYSTEM_ROOT", world.root().path()},
+                {{"HOME", sandbox.home()},
+                 {"TMPDIR", sandbox.temporary()},
+                 {"DRIFTMARK_SYSTEM_ROOT", sandbox.root().path()},
                  {"DRIFTMARK_STALL_SECS", scenario.stallAfter},
                  {"XDG_CONFIG_HOME", std::nullopt},
                  {"XDG_DATA_HOME", std::nullopt},
@@ -65,7 +65,7 @@ Launch programLaunch(const DemoOptions& options, const Scenario& scenario, const
   if (options.interactive)
     showOnDisplay(launch);
   else
-    showInMemory(launch, world);
+    showInMemory(launch, sandbox);
   return launch;
 }
 

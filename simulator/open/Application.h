@@ -5,7 +5,7 @@
 
 namespace icloud {
 
-/// Why something cannot be opened, in the words for a person.
+/// Why something cannot be opened, in the words for a user.
 class OpenFailure : public std::runtime_error {
 public:
   using std::runtime_error::runtime_error;

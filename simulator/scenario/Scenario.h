@@ -2,7 +2,7 @@
 
 #include "scenario/Action.h"
 #include "scenario/Expectation.h"
-#include "scenario/PersonStep.h"
+#include "scenario/UserStep.h"
 
 #include <filesystem>
 #include <optional>
@@ -26,7 +26,7 @@ struct Scenario {
   std::optional<std::string> stallAfter; ///< seconds, as a decimal number
   std::vector<Step> stage;               ///< what is there before the story begins
   std::vector<Step> story;               ///< by time
-  std::vector<PersonStep> person;        ///< one after the other
+  std::vector<UserStep> user;            ///< one after the other
   std::vector<Expectation> expectations;
 
   Milliseconds length() const;

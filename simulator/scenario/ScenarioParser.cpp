@@ -1,7 +1,7 @@
 #include "scenario/ScenarioParser.h"
 
-#include "scenario/PersonStepReader.h"
 #include "scenario/ScenarioError.h"
+#include "scenario/UserStepReader.h"
 
 #include <algorithm>
 
@@ -62,8 +62,8 @@ void ScenarioParser::readDirective(ScenarioLine& line) {
     readExpectation(line, Expectation::Kind::never);
   else if (line.accept("allow"))
     readExpectation(line, Expectation::Kind::allow);
-  else if (line.accept("person"))
-    readPersonStep(line);
+  else if (line.accept("user"))
+    readUserStep(line);
   else
     readStep(line);
 }
@@ -82,10 +82,10 @@ void ScenarioParser::readExpectation(ScenarioLine& line, Expectation::Kind kind)
   scenario_.expectations.push_back(std::move(expectation));
 }
 
-void ScenarioParser::readPersonStep(ScenarioLine& line) {
-  PersonStep step{{}, line.number(), line.rest()};
-  step.act = readPersonAct(line);
-  scenario_.person.push_back(std::move(step));
+void ScenarioParser::readUserStep(ScenarioLine& line) {
+  UserStep step{{}, line.number(), line.rest()};
+  step.act = readUserAction(line);
+  scenario_.user.push_back(std::move(step));
 }
 
 void ScenarioParser::readStep(ScenarioLine& line) {

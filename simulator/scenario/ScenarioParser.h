@@ -22,7 +22,7 @@ public:
 private:
   void readDirective(ScenarioLine& line);
   void readExpectation(ScenarioLine& line, Expectation::Kind kind);
-  void readPersonStep(ScenarioLine& line);
+  void readUserStep(ScenarioLine& line);
   void readStep(ScenarioLine& line);
   void place(Step step, const ScenarioLine& line);
 

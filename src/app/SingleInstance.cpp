@@ -21,14 +21,14 @@ std::vector<std::int32_t> otherCopies(const Platform& platform, const std::strin
   return copies;
 }
 
-/// Waits until none of the processes runs, or `grace` is over.
+/// Waits until none of the processes runs, or `gracePeriod` is over.
 void awaitEnd(const Platform& platform, const std::vector<std::int32_t>& processes) {
   const auto runs = [&](std::int32_t process) {
     return platform.runningApplications.isRunning(process);
   };
-  const Date deadline = later(platform.clock.now(), SingleInstance::grace);
+  const Date deadline = later(platform.clock.now(), SingleInstance::gracePeriod);
   while (platform.clock.now() < deadline && std::ranges::any_of(processes, runs))
-    platform.clock.sleep(SingleInstance::nap);
+    platform.clock.sleep(SingleInstance::pollInterval);
 }
 
 } // namespace

@@ -10,12 +10,13 @@ class SingleInstance {
 public:
   SingleInstance() = delete;
 
-  /// Asks the older copies to end, waits for that, and kills those that do not. Blocks for `grace`
-  /// and a nap at most. Does nothing for a program without a bundle identifier. Main thread only.
+  /// Asks the older copies to end, waits for that, and kills those that do not. Blocks for
+  /// `gracePeriod` and a pollInterval at most. Does nothing for a program without a bundle
+  /// identifier. Main thread only.
   static void takeOver(const Platform& platform);
 
-  static constexpr Seconds grace{3.0};
-  static constexpr Seconds nap{0.05}; ///< between two looks at the older copies
+  static constexpr Seconds gracePeriod{3.0};
+  static constexpr Seconds pollInterval{0.05}; ///< between two looks at the older copies
 };
 
 } // namespace driftmark

@@ -24,7 +24,7 @@ public:
   /// thread only.
   virtual std::string relativeTime(Date date, Date now) const = 0;
 
-  /// The first `count` characters of `text`, each whole as a person counts them: an emoji with its
+  /// The first `count` characters of `text`, each whole as a user counts them: an emoji with its
   /// joiners or a letter with its accents is one. Any thread.
   virtual std::string firstCharacters(const std::string& text, std::size_t count) const = 0;
 };

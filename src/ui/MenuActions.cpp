@@ -16,7 +16,7 @@ namespace driftmark {
 namespace {
 
 constexpr const char* credits = "Menu bar monitor for iCloud Drive sync activity\n"
-                                "https://" DRIFTMARK_MAKER_HOST "/driftmark/";
+                                "https://" DRIFTMARK_VENDOR_HOST "/driftmark/";
 
 Alert restartQuestion(std::ptrdiff_t stalled) {
   const std::string count =

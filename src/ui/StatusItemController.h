@@ -44,7 +44,7 @@ public:
   static constexpr std::size_t maxTransferRows = 15;
   static constexpr std::size_t maxDirectoryRows = 10;
   static constexpr std::size_t maxIssueRows = 10;
-  static constexpr std::size_t maxIssueCharacters = 60; ///< as a person counts them
+  static constexpr std::size_t maxIssueCharacters = 60; ///< as a user counts them
 
 private:
   // StatusItemController.cpp

@@ -16,7 +16,8 @@ namespace driftmark {
 namespace {
 
 /// The host is the maker's choice at build time, the path is fixed.
-constexpr const char* makersManifestURL = "https://" DRIFTMARK_MAKER_HOST "/driftmark/appcast.json";
+constexpr const char* makersManifestURL =
+    "https://" DRIFTMARK_VENDOR_HOST "/driftmark/appcast.json";
 
 } // namespace
 

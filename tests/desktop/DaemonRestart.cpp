@@ -1,4 +1,4 @@
-// A person restarts the daemon of a stalled synchronisation.
+// A user restarts the daemon of a stalled synchronisation.
 
 #include "desktop/BrctlScript.h"
 #include "desktop/Session.h"
@@ -32,24 +32,24 @@ protected:
   /// Starts the program, and waits until it has noticed that nothing goes on.
   void awaitStall() {
     program_.emplace(session_.start());
-    person_.emplace(session_.attend());
+    driver_.emplace(session_.attend());
     program_->log.readUntil("state -> attention\n");
   }
 
   Window openMenu() {
-    person_->click("MenuBarStrip");
-    return person_->awaitMenu();
+    driver_->click("MenuBarStrip");
+    return driver_->awaitMenu();
   }
 
   /// Takes the offer, and answers the question whether this is meant.
   void answer(const std::string& button) {
     openMenu();
-    person_->choose(offer);
-    const Window alert = person_->awaitAlert();
+    driver_->choose(offer);
+    const Window alert = driver_->awaitAlert();
     EXPECT_EQ(alert.texts.front(), "Restart iCloud Sync?");
     EXPECT_TRUE(alert.texts.back().starts_with("1 transfer has made no progress for a while. "));
     EXPECT_THAT(alert.buttonTitles(), ElementsAre("Restart Sync", "Cancel"));
-    person_->press(button);
+    driver_->press(button);
   }
 
   void expectOrderlyEnd() {
@@ -59,7 +59,7 @@ protected:
 
   Session session_;
   std::optional<Program> program_;
-  std::optional<icloud::Person> person_;
+  std::optional<icloud::UiDriver> driver_;
 };
 
 TEST_F(DaemonRestart, letsAStalledTransferGoOn) {

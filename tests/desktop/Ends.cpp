@@ -11,7 +11,7 @@
 namespace driftmark::desktop {
 namespace {
 
-using icloud::Person;
+using icloud::UiDriver;
 using icloud::Window;
 using testing::IsEmpty;
 
@@ -22,9 +22,9 @@ protected:
   explicit Ends(const std::string& steps = "wait") {
     session_.writeTool("/usr/bin/brctl", "exec " CHILD_TOOL " " + steps);
     program_.emplace(session_.start());
-    person_.emplace(session_.attend());
+    driver_.emplace(session_.attend());
     program_->log.readUntil("brctl monitor -g started");
-    person_->awaitWindow([](const Window& window) { return window.kind == Window::Kind::other; });
+    driver_->awaitWindow([](const Window& window) { return window.kind == Window::Kind::other; });
   }
 
   void expectOrderlyEnd() {
@@ -38,14 +38,14 @@ protected:
   }
 
   void openMenu() {
-    person_->click("MenuBarStrip");
-    person_->awaitMenu();
+    driver_->click("MenuBarStrip");
+    driver_->awaitMenu();
   }
 
   Session session_;
   Display& display_ = session_.openDisplay();
   std::optional<Program> program_;
-  std::optional<Person> person_;
+  std::optional<UiDriver> driver_;
 };
 
 TEST_F(Ends, byEitherSignal) {
@@ -66,7 +66,7 @@ TEST_F(Ends, byBothSignalsSeveralTimes) {
 
 TEST_F(Ends, byTheMenu) {
   openMenu();
-  person_->choose("Quit Driftmark");
+  driver_->choose("Quit Driftmark");
   expectOrderlyEnd();
 }
 
@@ -78,8 +78,8 @@ TEST_F(Ends, byASignalWhileTheMenuIsOpen) {
 
 TEST_F(Ends, byASignalWhileTheAboutPanelIsOpen) {
   openMenu();
-  person_->choose("About Driftmark");
-  person_->awaitWindow([](const Window& window) { return window.kind == Window::Kind::dialog; });
+  driver_->choose("About Driftmark");
+  driver_->awaitWindow([](const Window& window) { return window.kind == Window::Kind::dialog; });
   program_->process.signal(SIGINT);
   expectOrderlyEnd();
 }

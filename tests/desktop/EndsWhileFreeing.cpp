@@ -17,7 +17,7 @@
 namespace driftmark::desktop {
 namespace {
 
-using icloud::Person;
+using icloud::UiDriver;
 using icloud::Window;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -39,20 +39,20 @@ protected:
     session_.writeTool("/usr/bin/brctl",
                        "[ \"$1\" = evict ] || exec " CHILD_TOOL " wait\n" + eviction);
     program_.emplace(session_.start());
-    person_.emplace(session_.attend());
+    driver_.emplace(session_.attend());
     program_->log.readUntil("brctl monitor -g started");
-    person_->awaitWindow([](const Window& window) { return window.kind == Window::Kind::other; });
+    driver_->awaitWindow([](const Window& window) { return window.kind == Window::Kind::other; });
   }
 
   void choose(const std::string& entry) {
-    person_->click("MenuBarStrip");
-    person_->awaitMenu();
-    person_->choose(entry);
+    driver_->click("MenuBarStrip");
+    driver_->awaitMenu();
+    driver_->choose(entry);
   }
 
   void freeUpSpace() {
     choose("Free Up Space…");
-    person_->pickFolder(drive_);
+    driver_->pickFolder(drive_);
   }
 
   /// Chooses the drive and has its files removed, up to the first eviction, which does not end.
@@ -62,8 +62,8 @@ protected:
     start("echo \"$2\" >> '" + calls_.string() + "'\necho evicting > /proc/$PPID/fd/2\nexec " +
           CHILD_TOOL " wait");
     freeUpSpace();
-    person_->awaitAlert();
-    person_->press("Remove Downloads");
+    driver_->awaitAlert();
+    driver_->press("Remove Downloads");
     program_->log.readUntil("evicting 50 files");
     program_->log.readUntil("\nevicting\n");
   }
@@ -88,13 +88,13 @@ protected:
   std::filesystem::path calls_ = session_.folder() / "calls";
   std::filesystem::path drive_ = session_.home() / "Library/Mobile Documents/com~apple~CloudDocs";
   std::optional<Program> program_;
-  std::optional<Person> person_;
+  std::optional<UiDriver> driver_;
 };
 
 TEST_F(EndsWhileFreeing, whileTheFolderIsChosen) {
   start("exit 0");
   choose("Free Up Space…");
-  person_->awaitWindow([](const Window& window) { return window.title == "Free Up Space"; });
+  driver_->awaitWindow([](const Window& window) { return window.title == "Free Up Space"; });
   endBySignal();
   EXPECT_THAT(program_->log.readToEnd(), Not(HasSubstr("evict")));
 }
@@ -103,7 +103,7 @@ TEST_F(EndsWhileFreeing, whileTheQuestionIsOpen) {
   addCurrentFile("file");
   start("exit 0");
   freeUpSpace();
-  person_->awaitAlert();
+  driver_->awaitAlert();
   endBySignal();
   EXPECT_THAT(program_->log.readToEnd(), Not(HasSubstr("evict")));
 }

@@ -2,7 +2,7 @@
 
 #include "desktop/ScreenReader.h"
 #include "desktop/Session.h"
-#include "road/AtTheScreen.h"
+#include "update/AtTheScreen.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,8 +22,8 @@ protected:
     fs::create_directories(drive() / "Photos");
     fs::create_directories(drive() / "Letters");
     program_.emplace(session_.start());
-    person_.emplace(session_.attend());
-    road::chooseInMenu(*person_, "Free Up Space…");
+    driver_.emplace(session_.attend());
+    road::chooseInMenu(*driver_, "Free Up Space…");
   }
 
   fs::path drive() const {
@@ -49,17 +49,17 @@ protected:
   }
 
   void expectNothingToFree(const std::string& name) {
-    road::awaitAlert(*person_, "Nothing to Free in " + name);
+    road::awaitAlert(*driver_, "Nothing to Free in " + name);
   }
 
   void awaitNoPanel() {
-    person_->awaitAbsence([](const Window& window) { return window.title == "Free Up Space"; });
+    driver_->awaitAbsence([](const Window& window) { return window.title == "Free Up Space"; });
   }
 
   Session session_;
   std::optional<ScreenReader> reader_;
   std::optional<Program> program_;
-  std::optional<icloud::Person> person_;
+  std::optional<icloud::UiDriver> driver_;
 };
 
 TEST_F(FolderPanel, isReadByAScreenReader) {

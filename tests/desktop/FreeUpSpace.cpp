@@ -1,7 +1,7 @@
-// A person frees up space: every window and every word, and what becomes of the files.
+// A user frees up space: every window and every word, and what becomes of the files.
 
 #include "desktop/FreeUpSpaceTest.h"
-#include "road/AtTheScreen.h"
+#include "update/AtTheScreen.h"
 
 #include <algorithm>
 #include <fstream>
@@ -36,7 +36,7 @@ TEST_F(FreeUpSpace, asksForAFolderAndOpensAtTheDrive) {
                                     "opened."));
   EXPECT_EQ(panel.defaultButton().title, "Choose");
   EXPECT_THAT(panel.buttonTitles(), Contains("Cancel"));
-  person_->press("Choose");
+  driver_->press("Choose");
   expectQuestion("iCloud Drive", 5, "33 KB");
   answer("Cancel");
   expectOrderlyEnd();
@@ -46,9 +46,9 @@ TEST_F(FreeUpSpace, freesTheWholeDrive) {
   start(stage);
   EXPECT_EQ(usage(), 5 * 4096U + 3 * 4096U);
   openPanel();
-  person_->press("Choose");
+  driver_->press("Choose");
   expectQuestion("iCloud Drive", 5, "33 KB");
-  person_->press("Remove Downloads");
+  driver_->press("Remove Downloads");
   expectReport("iCloud is removing 5 downloads (33 KB). Space is freed as each file is evicted.");
   EXPECT_EQ(usage(), 0U);
   EXPECT_EQ(fs::file_size(drive() / "Letters/Letter.pages"), 4096U);
@@ -67,7 +67,7 @@ TEST_F(FreeUpSpace, freesAFolderAndNothingElse) {
   start(stage);
   pick("Photos");
   expectQuestion("Photos", 4, "29 KB");
-  person_->press("Remove Downloads");
+  driver_->press("Remove Downloads");
   expectReport("iCloud is removing 4 downloads (29 KB). Space is freed as each file is evicted.");
   answer("OK");
   EXPECT_EQ(usage("Photos"), 0U);
@@ -81,12 +81,12 @@ TEST_F(FreeUpSpace, showsInTheMenuWhatWasRemoved) {
   start("file \"Photos/Cover.heic\" 4096\n");
   pick("Photos");
   expectQuestion("Photos", 1, "4 KB");
-  person_->press("Remove Downloads");
+  driver_->press("Remove Downloads");
   program_->log.readUntil("Driftmark: evicted Cover.heic\n");
   expectReport("iCloud is removing 1 downloads (4 KB). Space is freed as each file is evicted.");
   answer("OK");
-  person_->click("MenuBarStrip");
-  const auto entries = person_->awaitMenu().entries;
+  driver_->click("MenuBarStrip");
+  const auto entries = driver_->awaitMenu().entries;
   EXPECT_TRUE(std::ranges::any_of(entries, [](const MenuEntry& entry) {
     return entry.text.starts_with("Cover.heic  —  removed download");
   }));
@@ -98,8 +98,8 @@ TEST_F(FreeUpSpace, aFileThatWasRemovedComesBackWhenItIsOpened) {
   const fs::path file = drive() / "Photos/Cover.heic";
   const std::string before = icloud::test::contentsOf(file);
   pick("Photos");
-  person_->awaitAlert();
-  person_->press("Remove Downloads");
+  driver_->awaitAlert();
+  driver_->press("Remove Downloads");
   expectReport("iCloud is removing 1 downloads (401 KB). Space is freed as each file is evicted.");
   answer("OK");
   EXPECT_EQ(usage("Photos"), 0U);
@@ -131,10 +131,10 @@ TEST_F(FreeUpSpace, doesNothingWhenThePanelIsCancelled) {
   for (const bool withTheMouse : {true, false}) {
     const int panel = openPanel().number;
     if (withTheMouse)
-      person_->press("Cancel");
+      driver_->press("Cancel");
     else
-      person_->key("Escape");
-    person_->awaitAbsence([panel](const Window& window) { return window.number == panel; });
+      driver_->key("Escape");
+    driver_->awaitAbsence([panel](const Window& window) { return window.number == panel; });
   }
   // Whatever a survey had found would be asked about before this one.
   pick("Letters");
@@ -151,12 +151,12 @@ TEST_F(FreeUpSpace, doesNothingWhenTheQuestionIsCancelled) {
   for (const bool withTheMouse : {true, false}) {
     pick("Photos");
     expectQuestion("Photos", 4, "29 KB");
-    const int question = person_->awaitAlert().number;
+    const int question = driver_->awaitAlert().number;
     if (withTheMouse)
-      person_->press("Cancel");
+      driver_->press("Cancel");
     else
-      person_->key("Escape");
-    person_->awaitAbsence([question](const Window& window) { return window.number == question; });
+      driver_->key("Escape");
+    driver_->awaitAbsence([question](const Window& window) { return window.number == question; });
   }
   EXPECT_EQ(usage(), before);
   EXPECT_THAT(evictionLines(), IsEmpty());

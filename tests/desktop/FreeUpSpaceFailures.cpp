@@ -3,7 +3,7 @@
 #include "common/DiskUsage.h"
 #include "desktop/Calls.h"
 #include "desktop/FreeUpSpaceTest.h"
-#include "road/AtTheScreen.h"
+#include "update/AtTheScreen.h"
 
 #include <csignal>
 #include <fstream>
@@ -41,7 +41,7 @@ TEST_F(FreeUpSpaceFailures, areCountedAndLogged) {
   pick("Photos");
   expectQuestion("Photos", 10, "41 KB");
   fs::remove(drive() / "Photos/IMG 08.heic");
-  person_->press("Remove Downloads");
+  driver_->press("Remove Downloads");
   expectReport("iCloud is removing 7 downloads; 3 could not be evicted (see the log).");
   answer("OK");
   EXPECT_THAT(evictionLines(),
@@ -59,7 +59,7 @@ TEST_F(FreeUpSpaceFailures, ofATool) {
   fs::remove(session_.root() / "usr/bin/brctl");
   pick("Photos");
   expectQuestion("Photos", 2, "8 KB");
-  person_->press("Remove Downloads");
+  driver_->press("Remove Downloads");
   expectReport("iCloud is removing 0 downloads; 2 could not be evicted (see the log).");
   answer("OK");
   EXPECT_THAT(evictionLines(), testing::SizeIs(3));
@@ -119,7 +119,7 @@ protected:
 TEST_F(FreeUpSpaceCrash, losesNothingAndASecondRunDoesTheRest) {
   pick("Films");
   expectQuestion("Films", many, "4.1 MB");
-  person_->press("Remove Downloads");
+  driver_->press("Remove Downloads");
   awaitEvictions(few);
   // Nobody brings the daemon back before an eviction has failed for the want of it.
   supervisor_->signal(SIGSTOP);
@@ -128,7 +128,7 @@ TEST_F(FreeUpSpaceCrash, losesNothingAndASecondRunDoesTheRest) {
   supervisor_->signal(SIGCONT);
   awaitEvictions(many - few);
 
-  const icloud::Window report = road::awaitAlert(*person_, "Freeing Up Space");
+  const icloud::Window report = road::awaitAlert(*driver_, "Freeing Up Space");
   const auto failures = static_cast<int>(evictionLines().size()) - 1;
   EXPECT_GE(failures, 1);
   EXPECT_LT(failures, many - few);
@@ -144,12 +144,12 @@ TEST_F(FreeUpSpaceCrash, losesNothingAndASecondRunDoesTheRest) {
   const int left = many - gone;
   ASSERT_GT(left, 0);
   pick("Films");
-  road::awaitAlert(*person_, "Remove Downloads in Films?");
-  EXPECT_THAT(person_->awaitAlert().texts.back(),
+  road::awaitAlert(*driver_, "Remove Downloads in Films?");
+  EXPECT_THAT(driver_->awaitAlert().texts.back(),
               testing::StartsWith(std::to_string(left) + " files using "));
-  person_->press("Remove Downloads");
+  driver_->press("Remove Downloads");
   awaitEvictions(left);
-  const icloud::Window second = road::awaitAlert(*person_, "Freeing Up Space");
+  const icloud::Window second = road::awaitAlert(*driver_, "Freeing Up Space");
   EXPECT_THAT(second.texts.back(),
               testing::StartsWith("iCloud is removing " + std::to_string(left) + " downloads ("));
   answer("OK");

@@ -1,7 +1,7 @@
 #include "desktop/FreeUpSpaceTest.h"
 
 #include "common/DiskUsage.h"
-#include "road/AtTheScreen.h"
+#include "update/AtTheScreen.h"
 
 #include <algorithm>
 #include <csignal>
@@ -35,26 +35,26 @@ void FreeUpSpaceTest::play(const std::string& scenario) {
 
 void FreeUpSpaceTest::startProgram() {
   program_.emplace(session_.start());
-  person_.emplace(session_.attend());
-  road::expectStarted(*person_);
+  driver_.emplace(session_.attend());
+  road::expectStarted(*driver_);
   told_->readUntil(" begin ");
 }
 
 Window FreeUpSpaceTest::openPanel() {
-  road::chooseInMenu(*person_, "Free Up Space…");
-  return person_->awaitWindow([](const Window& window) { return window.title == "Free Up Space"; });
+  road::chooseInMenu(*driver_, "Free Up Space…");
+  return driver_->awaitWindow([](const Window& window) { return window.title == "Free Up Space"; });
 }
 
 void FreeUpSpaceTest::pick(const fs::path& folder) {
   openPanel();
-  person_->pickFolder(drive() / folder);
+  driver_->pickFolder(drive() / folder);
 }
 
 void FreeUpSpaceTest::expectQuestion(const std::string& name, int files, const std::string& size) {
   const std::string message = "Remove Downloads in " + name + "?";
-  road::awaitAlert(*person_, message);
+  road::awaitAlert(*driver_, message);
   road::expectAlert(
-      *person_, message,
+      *driver_, message,
       std::to_string(files) + " files using " + size +
           " on this Mac will be removed from local storage. They stay in iCloud and download again "
           "when opened. Files not yet uploaded are left alone.",
@@ -63,19 +63,19 @@ void FreeUpSpaceTest::expectQuestion(const std::string& name, int files, const s
 
 void FreeUpSpaceTest::expectNothingToFree(const std::string& name) {
   const std::string message = "Nothing to Free in " + name;
-  road::awaitAlert(*person_, message);
-  road::expectAlert(*person_, message, "No downloaded iCloud files were found there.");
+  road::awaitAlert(*driver_, message);
+  road::expectAlert(*driver_, message, "No downloaded iCloud files were found there.");
 }
 
 void FreeUpSpaceTest::expectReport(const std::string& informative) {
-  road::awaitAlert(*person_, "Freeing Up Space");
-  road::expectAlert(*person_, "Freeing Up Space", informative);
+  road::awaitAlert(*driver_, "Freeing Up Space");
+  road::expectAlert(*driver_, "Freeing Up Space", informative);
 }
 
 void FreeUpSpaceTest::answer(const std::string& button) {
-  const int alert = person_->awaitAlert().number;
-  person_->press(button);
-  person_->awaitAbsence([alert](const Window& window) { return window.number == alert; });
+  const int alert = driver_->awaitAlert().number;
+  driver_->press(button);
+  driver_->awaitAbsence([alert](const Window& window) { return window.number == alert; });
 }
 
 void FreeUpSpaceTest::expectOrderlyEnd() {

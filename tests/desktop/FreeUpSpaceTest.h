@@ -11,7 +11,7 @@
 
 namespace driftmark::desktop {
 
-/// A session with a drive in it, the program before it, and a person who frees up space.
+/// A session with a drive in it, the program before it, and a user who frees up space.
 class FreeUpSpaceTest : public testing::Test {
 protected:
   FreeUpSpaceTest();
@@ -61,7 +61,7 @@ protected:
   std::optional<icloud::test::Channel> told_; ///< what the daemon tells
   std::optional<icloud::ChildProcess> supervisor_;
   std::optional<Program> program_;
-  std::optional<icloud::Person> person_;
+  std::optional<icloud::UiDriver> driver_;
 };
 
 } // namespace driftmark::desktop

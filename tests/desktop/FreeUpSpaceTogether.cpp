@@ -3,7 +3,7 @@
 #include "desktop/Calls.h"
 #include "desktop/FreeUpSpaceTest.h"
 #include "desktop/HeldFolders.h"
-#include "road/AtTheScreen.h"
+#include "update/AtTheScreen.h"
 
 #include <csignal>
 
@@ -39,14 +39,14 @@ TEST_F(FreeUpSpaceTogether, aSecondRunPassesAFirstThatStillWalks) {
 
   pick("Letters");
   expectQuestion("Letters", 1, "4 KB");
-  person_->press("Remove Downloads");
+  driver_->press("Remove Downloads");
   expectReport("iCloud is removing 1 downloads (4 KB). Space is freed as each file is evicted.");
   answer("OK");
   EXPECT_EQ(usage("Letters"), 0U);
 
   held.letOneIn();
   expectQuestion("Photos", 3, "25 KB");
-  person_->press("Remove Downloads");
+  driver_->press("Remove Downloads");
   expectReport("iCloud is removing 3 downloads (25 KB). Space is freed as each file is evicted.");
   answer("OK");
   EXPECT_EQ(usage(), 0U);
@@ -68,12 +68,12 @@ TEST_F(FreeUpSpaceTogether, aSecondRunMayBeAboutTheSameFiles) {
   expectQuestion("Photos", 3, "25 KB");
   held.letOneIn();
   // The other question comes while this one is open, with what its survey found.
-  person_->awaitWindow([first = person_->awaitAlert().number](const icloud::Window& window) {
+  driver_->awaitWindow([first = driver_->awaitAlert().number](const icloud::Window& window) {
     return window.kind == icloud::Window::Kind::alert && window.number != first;
   });
   for (int run = 0; run < 2; ++run) {
     expectQuestion("Photos", 3, "25 KB");
-    person_->press("Remove Downloads");
+    driver_->press("Remove Downloads");
     expectReport("iCloud is removing 3 downloads (25 KB). Space is freed as each file is evicted.");
     answer("OK");
   }
@@ -124,7 +124,7 @@ TEST_F(FreeUpSpaceEnds, inTheMiddleOfAnEviction) {
   const auto before = settings();
   pick("Photos");
   expectQuestion("Photos", 40, "164 KB");
-  person_->press("Remove Downloads");
+  driver_->press("Remove Downloads");
   evictions.next();
   evictions.next();
   program_->process.signal(SIGTERM);

@@ -23,7 +23,7 @@ using testing::Not;
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds patience{30};
-constexpr std::chrono::seconds grace{3};
+constexpr std::chrono::seconds gracePeriod{3};
 
 /// By a link where that can be had, since the program is large.
 void copyProgram(const fs::path& from, const fs::path& to) {
@@ -165,7 +165,7 @@ TEST_F(Instances, aCopyThatIgnoresTheRequestIsKilled) {
                                 " ignored the quit request; killing it\n";
   newer.log.readUntil(complaint);
   // Both lines take their time to be read.
-  EXPECT_GT(Clock::now() - asked, grace - std::chrono::milliseconds(500));
+  EXPECT_GT(Clock::now() - asked, gracePeriod - std::chrono::milliseconds(500));
   EXPECT_EQ(icloud::describeEnd(stubborn.process.wait()), "signal 9 (Killed)");
   awaitUp(newer);
   EXPECT_EQ(newer.log.readSoFar().find(complaint), newer.log.readSoFar().rfind(complaint));

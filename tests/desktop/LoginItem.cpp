@@ -160,27 +160,27 @@ TEST_F(LoginItem, saysWhenItsFolderIsClosedAndKeepsTheEntry) {
 TEST_F(LoginItem, isSwitchedByTheMenu) {
   session_.writeTool("/usr/bin/brctl", "exec " CHILD_TOOL " wait");
   Program program = session_.start();
-  icloud::Person person = session_.attend();
+  icloud::UiDriver driver = session_.attend();
   program.log.readUntil("brctl monitor -g started");
   const std::string entry = "Launch at Login";
   const auto isChecked = [&] {
-    person.click("MenuBarStrip");
-    return person.awaitMenu().entry(entry).isChecked;
+    driver.click("MenuBarStrip");
+    return driver.awaitMenu().entry(entry).isChecked;
   };
   EXPECT_FALSE(isChecked());
-  person.choose(entry);
+  driver.choose(entry);
   program.log.readUntil("Driftmark: launch at login enabled\n");
   EXPECT_THAT(DesktopEntry(entry_).command(), ElementsAre(DRIFTMARK_PROGRAM));
 
   EXPECT_TRUE(isChecked());
-  person.choose(entry);
+  driver.choose(entry);
   program.log.readUntil("Driftmark: launch at login disabled\n");
   EXPECT_FALSE(fs::exists(entry_));
 
   fs::remove(folder_);
   std::ofstream(folder_) << "a file is in the way";
   EXPECT_FALSE(isChecked());
-  person.choose(entry);
+  driver.choose(entry);
   program.log.readUntil("Driftmark: launch-at-login change failed: Not a directory\n");
 }
 

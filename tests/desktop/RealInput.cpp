@@ -23,7 +23,7 @@ protected:
     session_.writeTool("/usr/bin/brctl", brctlUploading("a.txt", "45"));
     session_.writeTool("/usr/bin/xdg-open", opened_.script());
     program_.emplace(session_.start());
-    person_.emplace(session_.attend());
+    driver_.emplace(session_.attend());
     program_->log.readUntil("state -> uploading");
   }
 
@@ -46,12 +46,12 @@ protected:
   /// Opens the menu with a click on the strip.
   Accessible openMenu() {
     clickOn(see("button menu"));
-    person_->awaitMenu();
+    driver_->awaitMenu();
     return see("popup menu");
   }
 
   void awaitNoMenu() {
-    person_->awaitAbsence([](const Window& window) { return window.kind == Window::Kind::menu; });
+    driver_->awaitAbsence([](const Window& window) { return window.kind == Window::Kind::menu; });
   }
 
   void expectOrderlyEnd() {
@@ -63,7 +63,7 @@ protected:
   Calls opened_{session_.folder() / "opened"};
   std::optional<ScreenReader> reader_;
   std::optional<Program> program_;
-  std::optional<icloud::Person> person_;
+  std::optional<icloud::UiDriver> driver_;
 };
 
 TEST_F(RealInput, aClickOpensTheMenuAndAClickOnAnEntryChoosesIt) {
@@ -77,7 +77,7 @@ TEST_F(RealInput, aClickOnALabelChoosesNothing) {
   const Accessible menu = openMenu();
   clickOn(menu.named("iCloud Drive: Uploading…"));
   clickOn(menu.named("About Driftmark"));
-  person_->awaitWindow([](const Window& window) { return window.kind == Window::Kind::dialog; });
+  driver_->awaitWindow([](const Window& window) { return window.kind == Window::Kind::dialog; });
 }
 
 TEST_F(RealInput, aSecondClickOnTheStripClosesTheMenu) {
@@ -96,7 +96,7 @@ TEST_F(RealInput, aClickElsewhereClosesTheMenu) {
 TEST_F(RealInput, aPressDraggedToAnEntryChoosesIt) {
   const QPoint strip = see("button menu").place.center();
   use({"mousemove", std::to_string(strip.x()), std::to_string(strip.y()), "mousedown", "1"});
-  person_->awaitMenu();
+  driver_->awaitMenu();
   const QPoint entry = see("popup menu").named("Quit Driftmark").place.center();
   // The hand passes over the entries on its way.
   use({"mousemove", std::to_string(entry.x()), std::to_string(entry.y() - 30), "mousemove",

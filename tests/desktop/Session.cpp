@@ -28,7 +28,7 @@ void giveAway(const fs::path& path, uid_t user) {
 
 } // namespace
 
-Session::Session() : seat_(folder_.path()), variables_(seat_.environment()) {
+Session::Session() : driverListener_(folder_.path()), variables_(driverListener_.environment()) {
   for (const char* const name : {"run", "tmp", "bus"})
     makePrivateFolder(folder() / name);
   fs::create_directory(root());

@@ -4,8 +4,8 @@
 #include "desktop/SessionBus.h"
 #include "e2e/Channel.h"
 #include "e2e/TemporaryFolder.h"
-#include "person/Seat.h"
 #include "process/Launch.h"
+#include "uidriver/DriverListener.h"
 
 #include <filesystem>
 #include <optional>
@@ -52,8 +52,8 @@ public:
   Program start(const std::filesystem::path& executable = DRIFTMARK_PROGRAM,
                 std::vector<std::string> arguments = {}, std::optional<uid_t> user = std::nullopt);
 
-  /// Waits for the person before the next program.
-  icloud::Person attend() { return seat_.awaitProgram(); }
+  /// Waits for the user before the next program.
+  icloud::UiDriver attend() { return driverListener_.awaitProgram(); }
 
   /// Runs a tool of this machine to its end, which has to be a success.
   void run(const std::filesystem::path& tool, std::vector<std::string> arguments) const;
@@ -64,7 +64,7 @@ public:
 
 private:
   icloud::test::TemporaryFolder folder_;
-  icloud::Seat seat_;
+  icloud::DriverListener driverListener_;
   SessionBus::Variables variables_;
   std::optional<Display> display_;
   std::optional<SessionBus> bus_;

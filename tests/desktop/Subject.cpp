@@ -1,10 +1,10 @@
 // One adapter in a process of its own: desktop_subject OPERATION PATH.
 
 #include "platform/linux/SystemRoot.h"
+#include "platform/linux/desktop/LinuxLoginItem.h"
 #include "platform/linux/desktop/LinuxWorkspace.h"
-#include "platform/linux/desktop/XdgLoginItem.h"
-#include "platform/linux/runloop/QtMainQueue.h"
-#include "platform/posix/ProcessEnvironment.h"
+#include "platform/linux/runloop/LinuxMainQueue.h"
+#include "platform/posix/PosixEnvironment.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 
 #include <iostream>
@@ -22,9 +22,9 @@ constexpr int wrongUse = 2;
 
 /// Until the process is ended, so that it can take the desktop's answer.
 int runWorkspace(const std::string& operation, const std::string& path) {
-  QtMainQueue mainQueue;
+  LinuxMainQueue mainQueue;
   PosixChildProcesses childProcesses(
-      mainQueue, std::get<SystemRoot>(SystemRoot::of(ProcessEnvironment())).path());
+      mainQueue, std::get<SystemRoot>(SystemRoot::of(PosixEnvironment())).path());
   LinuxWorkspace workspace(childProcesses);
   if (operation == "reveal")
     workspace.activateFileViewerSelecting(path);
@@ -34,7 +34,7 @@ int runWorkspace(const std::string& operation, const std::string& path) {
 }
 
 int runLoginItem(const std::string& operation, const std::string& executable) {
-  XdgLoginItem loginItem(executable);
+  LinuxLoginItem loginItem(executable);
   if (operation == "login-status") {
     std::cerr << (loginItem.status() == LoginItem::Status::enabled ? "enabled" : "not registered");
     return 0;

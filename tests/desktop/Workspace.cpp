@@ -84,19 +84,19 @@ protected:
 
   void start() {
     program_.emplace(session_.start());
-    person_.emplace(session_.attend());
+    driver_.emplace(session_.attend());
     program_->log.readUntil("uploading a b.txt");
   }
 
   void choose(const std::string& entry) {
-    person_->click("MenuBarStrip");
-    person_->awaitMenu();
-    person_->choose(entry);
+    driver_->click("MenuBarStrip");
+    driver_->awaitMenu();
+    driver_->choose(entry);
   }
 
   const std::string row_ = "a b.txt  —  uploading 45%";
   std::optional<Program> program_;
-  std::optional<icloud::Person> person_;
+  std::optional<icloud::UiDriver> driver_;
 };
 
 TEST_F(WorkspaceOfTheProgram, isAskedByTheMenu) {

@@ -17,7 +17,7 @@ TEST(Bird, MakesTheFilesAndFoldersOfTheScenario) {
               "files 12 \"A/b c/Été {n}.txt\" 10KB\n"
               "file \"A/far.mov\" 5MB remote\n"
               "at 60s end\n");
-  const auto drive = system.world().drive();
+  const auto drive = system.sandbox().drive();
   EXPECT_TRUE(std::filesystem::is_directory(drive / "Empty"));
   expectContentsHere(drive / "A/b c/Été 01.txt", 10'000);
   expectContentsHere(drive / "A/b c/Été 12.txt", 10'000);
@@ -38,7 +38,7 @@ TEST(Bird, TransfersAndEvictionsChangeWhatIsOnDisk) {
               "at 300ms end\n",
               "");
   system.bird().output().readUntil(" end\n");
-  const auto drive = system.world().drive();
+  const auto drive = system.sandbox().drive();
   expectContentsHere(drive / "fetched", 500'000);
   expectContentsHere(drive / "new", 500'000);
   expectContentsGone(drive / "evicted", 500'000);
@@ -53,7 +53,7 @@ TEST(Bird, ADownloadInFlightTakesBlocksAsItGoes) {
               "at 60s end\n",
               "");
   system.bird().output().readUntil(" stalls\n");
-  const auto film = system.world().drive() / "film";
+  const auto film = system.sandbox().drive() / "film";
   EXPECT_EQ(statOf(film).st_size, 1'000'000);
   EXPECT_GE(statOf(film).st_blocks * 512, 500'000);
   EXPECT_LT(statOf(film).st_blocks * 512, 1'000'000);
@@ -82,7 +82,7 @@ TEST(Bird, ItsClockStandsStillWhileAMonitorIsAwaited) {
 TEST(Bird, EndsCleanlyOnSigtermAndTakesItsSocketAway) {
   SimulatedSystem system;
   system.play("at 60s end\n");
-  const auto socket = system.world().root().runFolder() / SystemRoot::birdSocket;
+  const auto socket = system.sandbox().root().runFolder() / SystemRoot::birdSocket;
   EXPECT_TRUE(std::filesystem::exists(socket));
   const int status = system.bird().process().end(std::chrono::seconds(10));
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
@@ -94,7 +94,7 @@ TEST(Bird, ReplacesTheSocketOfOneThatWasKilled) {
   system.play("quota 1\nat 60s end\n");
   system.bird().process().signal(SIGKILL);
   system.bird().process().wait();
-  std::filesystem::remove_all(system.world().home() / "Library");
+  std::filesystem::remove_all(system.sandbox().home() / "Library");
   system.play("quota 2\nat 60s end\n");
   EXPECT_THAT(system.runBrctl({"quota"}).output, HasSubstr("2 bytes"));
 }
@@ -116,7 +116,7 @@ TEST(Bird, SaysWhereAScenarioIsWrong) {
   const SimulatedSystem system;
   const TemporaryFolder folder;
   const auto file = folder.write("bad.scenario", "quota 1\n\nat 1s dance\n");
-  const Finished bird = runToEnd({system.world().root().bird(), {"--check", file}, {}});
+  const Finished bird = runToEnd({system.sandbox().root().bird(), {"--check", file}, {}});
   EXPECT_EQ(bird.exitStatus, EX_DATAERR);
   EXPECT_EQ(bird.error, "bird: " + file.string() + ":3: unknown verb \"dance\"\n");
 }
@@ -126,7 +126,7 @@ TEST(Bird, AnswersACommandLineThatMakesNoSense) {
   const std::vector<std::vector<std::string>> commands{
       {}, {"--home", "x"}, {"--scenario"}, {"--begin-after", "tea"}, {"--dance"}};
   for (const auto& command : commands) {
-    const Finished bird = runToEnd({system.world().root().bird(), command, {}});
+    const Finished bird = runToEnd({system.sandbox().root().bird(), command, {}});
     EXPECT_EQ(bird.exitStatus, EX_USAGE);
     EXPECT_THAT(bird.error, HasSubstr("usage: bird"));
   }
@@ -135,7 +135,7 @@ TEST(Bird, AnswersACommandLineThatMakesNoSense) {
 TEST(Bird, CanReadEveryScenarioThatIsShipped) {
   const SimulatedSystem system;
   for (const auto& entry : std::filesystem::directory_iterator(ICLOUD_SCENARIOS)) {
-    const Finished bird = runToEnd({system.world().root().bird(), {"--check", entry.path()}, {}});
+    const Finished bird = runToEnd({system.sandbox().root().bird(), {"--check", entry.path()}, {}});
     EXPECT_EQ(bird.exitStatus, 0) << bird.error;
   }
 }

@@ -27,7 +27,7 @@ TEST(BrctlStatus, NamesTheFoldersAndTheirJobs) {
   EXPECT_EQ(status.exitStatus, 0);
   EXPECT_THAT(status.error, IsEmpty());
   EXPECT_THAT(status.output, StartsWith("<com.apple.CloudDocs[1] "));
-  const std::string under = "\n  Under " + system.world().drive().string();
+  const std::string under = "\n  Under " + system.sandbox().drive().string();
   const auto photos = status.output.find(under + "/Photos\n    > \"item 1\"");
   const auto letters = status.output.find(under + "/Letters\n    > \"item 1\"");
   ASSERT_NE(photos, std::string::npos);

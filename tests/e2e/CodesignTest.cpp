@@ -19,7 +19,7 @@ protected:
   Codesign() { makeBundle(bundle_); }
 
   Finished codesign(std::vector<std::string> arguments) const {
-    return runToEnd({system_.world().root().codesign(), std::move(arguments), {}});
+    return runToEnd({system_.sandbox().root().codesign(), std::move(arguments), {}});
   }
 
   Finished verify(const fs::path& path) const {
@@ -63,7 +63,7 @@ TEST_F(Codesign, SaysNothingOfASealThatHolds) {
 
 TEST_F(Codesign, ASealHoldsWhereverTheBundleIs) {
   sign();
-  const fs::path installed = system_.world().root().applications() / "Greeter.app";
+  const fs::path installed = system_.sandbox().root().applications() / "Greeter.app";
   fs::copy(bundle_, installed, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
   EXPECT_EQ(verify("/Applications/Greeter.app").exitStatus, 0);
 }

@@ -162,10 +162,10 @@ TEST_F(DemoTest, AnInterruptionTakesEverythingAway) {
 }
 
 TEST_F(DemoTest, WhoPlaysIsNotComparedWithTheScenario) {
-  const Finished demo = runToEnd(this->demo(
-      goodWatcher, shortStory + "person opens menu\nexpect 9 \"a\"\n", {"--interactive"}));
+  const Finished demo = runToEnd(
+      this->demo(goodWatcher, shortStory + "user opens menu\nexpect 9 \"a\"\n", {"--interactive"}));
   EXPECT_EQ(demo.exitStatus, 0) << demo.output;
-  EXPECT_THAT(demo.output, HasSubstr("The person is you: watcher is at the top right"));
+  EXPECT_THAT(demo.output, HasSubstr("The user is you: watcher is at the top right"));
   EXPECT_THAT(demo.output, HasSubstr("the story was told to its end\n"));
   EXPECT_THAT(demo.output, Not(HasSubstr("log line")));
 }
@@ -179,9 +179,9 @@ TEST_F(DemoTest, WhoPlaysMayQuitWheneverTheyLike) {
 }
 
 TEST_F(DemoTest, WhatThePersonHasNotDoneIsADeviation) {
-  const Finished demo = runToEnd(this->demo("exit 0\n", shortStory + "person opens menu\n"));
+  const Finished demo = runToEnd(this->demo("exit 0\n", shortStory + "user opens menu\n"));
   EXPECT_EQ(demo.exitStatus, 1);
-  EXPECT_THAT(demo.output, HasSubstr("line 6 of the scenario, person opens menu"));
+  EXPECT_THAT(demo.output, HasSubstr("line 6 of the scenario, user opens menu"));
   expectNothingLeft();
 }
 
@@ -219,7 +219,7 @@ TEST_F(DemoTest, AnswersACommandLineThatMakesNoSense) {
 }
 
 #ifdef DRIFTMARK
-class DemoPersonTest : public DemoTest {
+class DemoUserTest : public DemoTest {
 protected:
   Finished play(const std::string& steps, std::vector<std::string> more = {},
                 const std::string& stage = "") const {
@@ -229,19 +229,19 @@ protected:
   }
 };
 
-TEST_F(DemoPersonTest, SeesAndUsesTheProgram) {
-  const Finished demo = play("person awaits \"Driftmark: quota remaining *\"\n"
-                             "person reads strip\n"
-                             "person opens menu\n"
-                             "person reads menu\n"
-                             "person finds \"Launch at Login\" unchecked\n"
-                             "person shot \"menu\"\n"
-                             "person closes menu\n"
-                             "person shot \"no menu\"\n"
-                             "person awaits \"the story ends\"\n"
-                             "person opens menu\n"
-                             "person chooses \"Quit *\"\n"
-                             "person awaits exit\n");
+TEST_F(DemoUserTest, SeesAndUsesTheProgram) {
+  const Finished demo = play("user awaits \"Driftmark: quota remaining *\"\n"
+                             "user reads strip\n"
+                             "user opens menu\n"
+                             "user reads menu\n"
+                             "user finds \"Launch at Login\" unchecked\n"
+                             "user shot \"menu\"\n"
+                             "user closes menu\n"
+                             "user shot \"no menu\"\n"
+                             "user awaits \"the story ends\"\n"
+                             "user opens menu\n"
+                             "user chooses \"Quit *\"\n"
+                             "user awaits exit\n");
   EXPECT_EQ(demo.exitStatus, 0) << demo.output;
   EXPECT_THAT(demo.output, HasSubstr(" s  ☞ the menu bar says: iCloud Drive: idle\n"));
   EXPECT_THAT(contentsOf(folder_.path() / "out/menus.txt"), HasSubstr("\n  Launch at Login\n"));
@@ -250,52 +250,52 @@ TEST_F(DemoPersonTest, SeesAndUsesTheProgram) {
   expectNothingLeft();
 }
 
-TEST_F(DemoPersonTest, FreesUpSpaceAndTakesItAgain) {
-  const Finished demo = play("person awaits \"the story ends\"\n"
-                             "person measures \"Photos\" at-least 120KB\n"
-                             "person opens menu\n"
-                             "person chooses \"Free Up Space…\"\n"
-                             "person picks \"Photos\"\n"
-                             "person sees \"2 files using *\"\n"
-                             "person presses \"Remove Downloads\"\n"
-                             "person sees \"iCloud is removing 2 downloads *\"\n"
-                             "person presses \"OK\"\n"
-                             "person measures \"Photos\" at-most 0\n"
-                             "person opens \"Photos/b.heic\"\n"
-                             "person awaits \"Driftmark: synced b.heic (download)\"\n"
-                             "person measures \"Photos/a.heic\" at-most 0\n"
-                             "person measures \"Photos/b.heic\" at-least 60KB\n",
+TEST_F(DemoUserTest, FreesUpSpaceAndTakesItAgain) {
+  const Finished demo = play("user awaits \"the story ends\"\n"
+                             "user measures \"Photos\" at-least 120KB\n"
+                             "user opens menu\n"
+                             "user chooses \"Free Up Space…\"\n"
+                             "user picks \"Photos\"\n"
+                             "user sees \"2 files using *\"\n"
+                             "user presses \"Remove Downloads\"\n"
+                             "user sees \"iCloud is removing 2 downloads *\"\n"
+                             "user presses \"OK\"\n"
+                             "user measures \"Photos\" at-most 0\n"
+                             "user opens \"Photos/b.heic\"\n"
+                             "user awaits \"Driftmark: synced b.heic (download)\"\n"
+                             "user measures \"Photos/a.heic\" at-most 0\n"
+                             "user measures \"Photos/b.heic\" at-least 60KB\n",
                              {}, "file \"Photos/a.heic\" 60KB\nfile \"Photos/b.heic\" 60KB\n");
   EXPECT_EQ(demo.exitStatus, 0) << demo.output;
   EXPECT_THAT(demo.output, HasSubstr("☞ \"Photos\" takes up 0 bytes on this disk\n"));
   expectNothingLeft();
 }
 
-TEST_F(DemoPersonTest, AStepThatCannotBeDoneIsADeviation) {
+TEST_F(DemoUserTest, AStepThatCannotBeDoneIsADeviation) {
   const std::vector<std::pair<std::string, std::string>> steps{
-      {"person chooses \"Quit *\"", "no menu is open"},
-      {"person closes menu", "no menu is open"},
-      {"person opens menu\nperson chooses \"Dance\"", "the menu has no such entry"},
-      {"person opens menu\nperson finds \"Launch at Login\" checked", "is not checked"},
-      {"person presses \"Dance\"", "no button"},
-      {"person measures \"Dances\"", "cannot measure "},
-      {"person measures \".\" at-least 1KB", "that is too little"},
-      {"person opens \"Dances\"", "the file cannot be opened: brctl ended with status 1"}};
+      {"user chooses \"Quit *\"", "no menu is open"},
+      {"user closes menu", "no menu is open"},
+      {"user opens menu\nperson chooses \"Dance\"", "the menu has no such entry"},
+      {"user opens menu\nperson finds \"Launch at Login\" checked", "is not checked"},
+      {"user presses \"Dance\"", "no button"},
+      {"user measures \"Dances\"", "cannot measure "},
+      {"user measures \".\" at-least 1KB", "that is too little"},
+      {"user opens \"Dances\"", "the file cannot be opened: brctl ended with status 1"}};
   for (const auto& [step, problem] : steps) {
     const Finished demo = play(step + "\nperson shot \"never\"\n");
     EXPECT_EQ(demo.exitStatus, 1) << step;
     EXPECT_THAT(demo.output, HasSubstr(problem));
-    EXPECT_THAT(demo.output, HasSubstr("FAIL  the person at the screen could do every step\n"));
+    EXPECT_THAT(demo.output, HasSubstr("FAIL  the user at the screen could do every step\n"));
     EXPECT_FALSE(std::filesystem::exists(folder_.path() / "out/01-never.png"));
     expectNothingLeft();
   }
 }
 
-TEST_F(DemoPersonTest, WaitingInVainIsADeviation) {
-  const Finished demo = play("person awaits \"snow\"\n", {"--limit", "3"});
+TEST_F(DemoUserTest, WaitingInVainIsADeviation) {
+  const Finished demo = play("user awaits \"snow\"\n", {"--limit", "3"});
   EXPECT_EQ(demo.exitStatus, 1);
   EXPECT_THAT(demo.output,
-              HasSubstr("waited in vain: line 3 of the scenario, person awaits \"snow\"\n"));
+              HasSubstr("waited in vain: line 3 of the scenario, user awaits \"snow\"\n"));
   expectNothingLeft();
 }
 #endif

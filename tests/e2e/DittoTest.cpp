@@ -37,7 +37,7 @@ protected:
     EXPECT_THAT(ran.error, HasSubstr(words));
   }
 
-  SystemRoot root() const { return system_.world().root(); }
+  SystemRoot root() const { return system_.sandbox().root(); }
   fs::path in(const std::string& name) const { return folder_.path() / name; }
 
   TemporaryFolder folder_;

@@ -24,7 +24,7 @@ const std::vector<std::string> itemMonitor{"monitor", "-i", "com.apple.CloudDocs
 
 class Eviction : public testing::Test {
 protected:
-  fs::path inDrive(const std::string& path) const { return system_.world().drive() / path; }
+  fs::path inDrive(const std::string& path) const { return system_.sandbox().drive() / path; }
 
   Finished evict(std::vector<std::string> paths) const { return run("evict", std::move(paths)); }
   Finished download(std::vector<std::string> paths) const {
@@ -40,7 +40,7 @@ protected:
   Finished evictFrom(const fs::path& folder, const std::string& path) const {
     return runToEnd({"/bin/sh",
                      {"-c", "cd \"$0\" && exec \"$1\" evict \"$2\"", folder,
-                      system_.world().root().brctl(), path},
+                      system_.sandbox().root().brctl(), path},
                      {}});
   }
 
@@ -102,7 +102,7 @@ TEST_F(Eviction, OfWhatIsOnlyInICloudIsDoneAlreadyAndNotShown) {
 TEST_F(Eviction, TakesPathsFromTheWorkingFolderAndThroughOtherNames) {
   system_.play("files 6 \"A/B/{n}\" 4KB\nat 10m end\n");
   const TemporaryFolder elsewhere;
-  fs::create_directory_symlink(system_.world().drive(), elsewhere.path() / "drive");
+  fs::create_directory_symlink(system_.sandbox().drive(), elsewhere.path() / "drive");
   fs::create_directory_symlink("A/B", inDrive("link"));
   expectDone(evictFrom(inDrive("A"), "B/1"));
   expectDone(evictFrom(inDrive("A/B"), "../../A/./B/2"));
@@ -195,7 +195,7 @@ TEST_F(Eviction, WithoutBirdSaysSoForEveryPath) {
 }
 
 TEST_F(Eviction, SaysWhenBirdDiesInTheMiddle) {
-  const fs::path folder = system_.world().root().runFolder();
+  const fs::path folder = system_.sandbox().root().runFolder();
   fs::create_directories(folder);
   Descriptor listener = listenAt(folder, SystemRoot::birdSocket);
   Tool brctl = system_.brctl({"evict", "/a", "/b"}, Channel::pipe());
@@ -276,7 +276,7 @@ TEST_F(Eviction, WhatClientsDidIsStillSoAfterARestart) {
   expectDone(evict({inDrive("3")}));
   expectDone(download({inDrive("3"), inDrive("5")}));
   for (unsigned time = 1; time <= 2; ++time) {
-    runToEnd({system_.world().root().killall(), {"bird"}, {}});
+    runToEnd({system_.sandbox().root().killall(), {"bird"}, {}});
     system_.bird().output().readUntil(" resumed\n", time);
   }
   system_.bird().output().readUntil("the download of \"5\" is finished\n");
@@ -325,7 +325,7 @@ TEST_F(Eviction, AnActThatIsHalfWrittenIsForgotten) {
   system_.play("files 2 \"{n}\" 4KB\nat 10m end\n", "");
   expectDone(evict({inDrive("1")}));
   system_.killBird();
-  const auto acts = system_.world().root().birdActs();
+  const auto acts = system_.sandbox().root().birdActs();
   std::ofstream(acts, std::ios::app) << "8:evicti";
   system_.resume();
   expectDone(evict({inDrive("2")}));
@@ -346,11 +346,11 @@ TEST_F(Eviction, AThousandFilesAreEvictedQuicklyAndTheJournalIsLeftAlone) {
   for (int number = 1; number <= 1000; ++number)
     paths.push_back(inDrive(numbered(number)));
   expectDone(evict({inDrive(numbered(1))}));
-  const auto journal = statOf(system_.world().root().birdJournal());
+  const auto journal = statOf(system_.sandbox().root().birdJournal());
   const auto begin = std::chrono::steady_clock::now();
   expectDone(evict(paths));
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
-  EXPECT_EQ(statOf(system_.world().root().birdJournal()).st_ino, journal.st_ino);
+  EXPECT_EQ(statOf(system_.sandbox().root().birdJournal()).st_ino, journal.st_ino);
   for (int number = 1; number <= 1000; ++number)
     expectContentsGone(inDrive(numbered(number)), 60'000);
 }

@@ -8,7 +8,7 @@ namespace icloud::test {
 namespace {
 
 Finished killall(const SimulatedSystem& system, std::vector<std::string> arguments) {
-  return runToEnd({system.world().root().killall(), std::move(arguments), {}});
+  return runToEnd({system.sandbox().root().killall(), std::move(arguments), {}});
 }
 
 TEST(Killall, EndsTheDaemonOfItsOwnSystemOnly) {

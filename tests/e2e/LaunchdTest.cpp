@@ -19,13 +19,13 @@ const std::vector<std::string> itemMonitor{"monitor", "-i", "com.apple.CloudDocs
 class Launchd : public testing::Test {
 protected:
   void restartBird() {
-    const Finished killed = runToEnd({system_.world().root().killall(), {"bird"}, {}});
+    const Finished killed = runToEnd({system_.sandbox().root().killall(), {"bird"}, {}});
     ASSERT_EQ(killed.exitStatus, 0) << killed.error;
     launchd().output().readUntil(" resumed\n", ++restarts_);
   }
 
   Tool& launchd() { return system_.bird(); }
-  std::filesystem::path drive() const { return system_.world().drive(); }
+  std::filesystem::path drive() const { return system_.sandbox().drive(); }
 
   SimulatedSystem system_;
   unsigned restarts_ = 0;
@@ -134,7 +134,7 @@ TEST_F(Launchd, EndsTheDaemonWithItself) {
   const int status = launchd().process().end(std::chrono::seconds(10));
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
   launchd().output().readToEnd();
-  EXPECT_FALSE(std::filesystem::exists(system_.world().root().runFolder() / "bird.socket"));
+  EXPECT_FALSE(std::filesystem::exists(system_.sandbox().root().runFolder() / "bird.socket"));
 }
 
 TEST_F(Launchd, LeavesNoDaemonWhenItIsKilled) {
@@ -154,10 +154,10 @@ TEST_F(Launchd, EndsWithADaemonThatCannotServeAtAll) {
   const TemporaryFolder folder;
   const auto scenario = folder.write("bad.scenario", "at 1s dance\n");
   const Finished ran = runToEnd(
-      {system_.world().root().launchd(), {"--home", folder.path(), "--scenario", scenario}, {}});
+      {system_.sandbox().root().launchd(), {"--home", folder.path(), "--scenario", scenario}, {}});
   EXPECT_EQ(ran.exitStatus, EX_DATAERR);
   EXPECT_THAT(ran.error, HasSubstr("bird: "));
-  EXPECT_EQ(runToEnd({system_.world().root().launchd(), {}, {}}).exitStatus, EX_USAGE);
+  EXPECT_EQ(runToEnd({system_.sandbox().root().launchd(), {}, {}}).exitStatus, EX_USAGE);
 }
 
 TEST_F(Launchd, NoDaemonGoesOnWithoutAJournal) {
@@ -165,13 +165,13 @@ TEST_F(Launchd, NoDaemonGoesOnWithoutAJournal) {
   const auto scenario = folder.write("a.scenario", "at 1s end\n");
   const std::vector<std::string> arguments{"--home", folder.path(), "--scenario", scenario,
                                            "--resume"};
-  const Finished missing = runToEnd({system_.world().root().bird(), arguments, {}});
+  const Finished missing = runToEnd({system_.sandbox().root().bird(), arguments, {}});
   EXPECT_EQ(missing.exitStatus, EX_OSERR);
   EXPECT_THAT(missing.error, HasSubstr("nothing to go on from"));
-  std::ofstream(system_.world().root().birdJournal()) << "5:story3:abc1:x";
-  EXPECT_EQ(runToEnd({system_.world().root().bird(), arguments, {}}).exitStatus, EX_OSERR);
-  std::ofstream(system_.world().root().birdJournal()) << "5:story3:abc1:x1:y\n";
-  EXPECT_EQ(runToEnd({system_.world().root().bird(), arguments, {}}).exitStatus, EX_OSERR);
+  std::ofstream(system_.sandbox().root().birdJournal()) << "5:story3:abc1:x";
+  EXPECT_EQ(runToEnd({system_.sandbox().root().bird(), arguments, {}}).exitStatus, EX_OSERR);
+  std::ofstream(system_.sandbox().root().birdJournal()) << "5:story3:abc1:x1:y\n";
+  EXPECT_EQ(runToEnd({system_.sandbox().root().bird(), arguments, {}}).exitStatus, EX_OSERR);
 }
 
 } // namespace

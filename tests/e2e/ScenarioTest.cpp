@@ -49,29 +49,29 @@ TEST(Scenario, ReadsStageStoryAndExpectations) {
 }
 
 TEST(Scenario, ReadsWhatThePersonDoes) {
-  const Scenario scenario = parseScenario("person awaits \"a line*\" # with a comment\n"
+  const Scenario scenario = parseScenario("user awaits \"a line*\" # with a comment\n"
                                           "at 1s end\n"
-                                          "person finds \"Launch *\" checked\n"
-                                          "person pauses 1.5s\n"
-                                          "person awaits exit\n"
-                                          "person opens menu\n"
-                                          "person opens \"a/file\"\n"
-                                          "person picks \"a/folder\"\n"
-                                          "person measures \"a\" at-least 4KB\n"
-                                          "person measures \"b\" at-most 0\n",
+                                          "user finds \"Launch *\" checked\n"
+                                          "user pauses 1.5s\n"
+                                          "user awaits exit\n"
+                                          "user opens menu\n"
+                                          "user opens \"a/file\"\n"
+                                          "user picks \"a/folder\"\n"
+                                          "user measures \"a\" at-least 4KB\n"
+                                          "user measures \"b\" at-most 0\n",
                                           "a.scenario");
-  ASSERT_EQ(scenario.person.size(), 9u);
-  EXPECT_EQ(std::get<AwaitLine>(scenario.person[0].act).pattern, "a line*");
-  EXPECT_EQ(scenario.person[0].text, "awaits \"a line*\"");
-  EXPECT_EQ(std::get<FindEntry>(scenario.person[1].act).checked, true);
-  EXPECT_EQ(scenario.person[1].line, 3u);
-  EXPECT_EQ(std::get<Pause>(scenario.person[2].act).duration, Milliseconds(1500));
-  EXPECT_TRUE(std::holds_alternative<AwaitExit>(scenario.person[3].act));
-  EXPECT_TRUE(std::holds_alternative<OpenMenu>(scenario.person[4].act));
-  EXPECT_EQ(std::get<OpenFile>(scenario.person[5].act).path, "a/file");
-  EXPECT_EQ(std::get<PickFolder>(scenario.person[6].act).path, "a/folder");
-  EXPECT_EQ(std::get<MeasureDisk>(scenario.person[7].act).least, 4000u);
-  EXPECT_EQ(std::get<MeasureDisk>(scenario.person[8].act).most, 0u);
+  ASSERT_EQ(scenario.user.size(), 9u);
+  EXPECT_EQ(std::get<AwaitLine>(scenario.user[0].act).pattern, "a line*");
+  EXPECT_EQ(scenario.user[0].text, "awaits \"a line*\"");
+  EXPECT_EQ(std::get<FindEntry>(scenario.user[1].act).checked, true);
+  EXPECT_EQ(scenario.user[1].line, 3u);
+  EXPECT_EQ(std::get<Pause>(scenario.user[2].act).duration, Milliseconds(1500));
+  EXPECT_TRUE(std::holds_alternative<AwaitExit>(scenario.user[3].act));
+  EXPECT_TRUE(std::holds_alternative<OpenMenu>(scenario.user[4].act));
+  EXPECT_EQ(std::get<OpenFile>(scenario.user[5].act).path, "a/file");
+  EXPECT_EQ(std::get<PickFolder>(scenario.user[6].act).path, "a/folder");
+  EXPECT_EQ(std::get<MeasureDisk>(scenario.user[7].act).least, 4000u);
+  EXPECT_EQ(std::get<MeasureDisk>(scenario.user[8].act).most, 0u);
 }
 
 struct Mistake {
@@ -127,18 +127,18 @@ const std::vector<Mistake> mistakes{
     {R"(expect "a")", "expected a number of lines without quotes"},
     {R"(expect 3 to 2 "a")", "the greater number comes last"},
     {"stall-after 0s", "longer than nothing"},
-    {"person", "expected what the person does at the end"},
-    {"person dances", R"(a person knows no "dances")"},
-    {"person opens", R"(expected the path of a file or "menu" at the end)"},
-    {"person closes", R"(expected "menu" at the end)"},
-    {"person picks freely", "expected a path in quotes at freely"},
-    {R"(person measures "a" at-least)", "expected a size at the end"},
-    {R"(person measures "a" about 4KB)", "nothing more was expected here: about 4KB"},
-    {"person awaits spring", R"(expected a pattern or "exit" in quotes at spring)"},
-    {"person pauses long", "not a duration such as"},
-    {R"(person finds "a" unticked)", "nothing more was expected here: unticked"},
-    {"person reads minds", R"(expected "menu" at minds)"},
-    {R"(person shot "a/b")", "part of a file's name"}};
+    {"user", "expected what the user does at the end"},
+    {"user dances", R"(a user knows no "dances")"},
+    {"user opens", R"(expected the path of a file or "menu" at the end)"},
+    {"user closes", R"(expected "menu" at the end)"},
+    {"user picks freely", "expected a path in quotes at freely"},
+    {R"(user measures "a" at-least)", "expected a size at the end"},
+    {R"(user measures "a" about 4KB)", "nothing more was expected here: about 4KB"},
+    {"user awaits spring", R"(expected a pattern or "exit" in quotes at spring)"},
+    {"user pauses long", "not a duration such as"},
+    {R"(user finds "a" unticked)", "nothing more was expected here: unticked"},
+    {"user reads minds", R"(expected "menu" at minds)"},
+    {R"(user shot "a/b")", "part of a file's name"}};
 
 TEST(Scenario, AMistakeIsNamedWithFileAndLine) {
   for (const Mistake& mistake : mistakes) {

@@ -26,11 +26,11 @@ Tool::Tool(const std::filesystem::path& program, std::vector<std::string> argume
 }
 
 void SimulatedSystem::play(const std::string& scenario, const std::string& beginAfter) {
-  start(world_.root().bird(), scenario, beginAfter);
+  start(sandbox_.root().bird(), scenario, beginAfter);
 }
 
 void SimulatedSystem::playSupervised(const std::string& scenario, const std::string& beginAfter) {
-  start(world_.root().launchd(), scenario, beginAfter);
+  start(sandbox_.root().launchd(), scenario, beginAfter);
 }
 
 void SimulatedSystem::start(const std::filesystem::path& program, const std::string& scenario,
@@ -44,7 +44,7 @@ void SimulatedSystem::start(const std::filesystem::path& program, const std::str
 }
 
 std::vector<std::string> SimulatedSystem::birdArguments() const {
-  return {"--home", world_.home(), "--scenario", folder_.path() / scenarioName};
+  return {"--home", sandbox_.home(), "--scenario", folder_.path() / scenarioName};
 }
 
 void SimulatedSystem::killBird() {
@@ -55,16 +55,16 @@ void SimulatedSystem::killBird() {
 void SimulatedSystem::resume() {
   std::vector<std::string> arguments = birdArguments();
   arguments.emplace_back("--resume");
-  bird_.emplace(world_.root().bird(), arguments, Channel::pipe());
+  bird_.emplace(sandbox_.root().bird(), arguments, Channel::pipe());
   bird_->output().readUntil(" resumed\n");
 }
 
 Tool SimulatedSystem::brctl(std::vector<std::string> arguments, Channel channel) const {
-  return {world_.root().brctl(), std::move(arguments), std::move(channel)};
+  return {sandbox_.root().brctl(), std::move(arguments), std::move(channel)};
 }
 
 Finished SimulatedSystem::runBrctl(std::vector<std::string> arguments) const {
-  return runToEnd({world_.root().brctl(), std::move(arguments), {}});
+  return runToEnd({sandbox_.root().brctl(), std::move(arguments), {}});
 }
 
 Finished runToEnd(Launch launch) {

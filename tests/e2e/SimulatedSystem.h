@@ -2,7 +2,7 @@
 
 #include "Channel.h"
 #include "TemporaryFolder.h"
-#include "demo/World.h"
+#include "demo/Sandbox.h"
 #include "process/Launch.h"
 
 #include <optional>
@@ -34,7 +34,7 @@ private:
 /// A system root, a home, and a daemon once `play` was called.
 class SimulatedSystem {
 public:
-  SimulatedSystem() : world_(ICLOUD_TOOLS) {}
+  SimulatedSystem() : sandbox_(ICLOUD_TOOLS) {}
 
   /// Starts the daemon with a scenario and waits until it serves. The story begins after the
   /// requests of `beginAfter`.
@@ -50,7 +50,7 @@ public:
   void resume();
 
   Tool& bird() { return *bird_; }
-  const World& world() const { return world_; }
+  const Sandbox& sandbox() const { return sandbox_; }
 
   /// Starts `brctl`.
   Tool brctl(std::vector<std::string> arguments, Channel channel) const;
@@ -64,7 +64,7 @@ private:
   std::vector<std::string> birdArguments() const;
 
   TemporaryFolder folder_;
-  World world_;
+  Sandbox sandbox_;
   std::optional<Tool> bird_;
 };
 

@@ -24,7 +24,7 @@ protected:
   }
 
   Finished xattr(std::vector<std::string> arguments) const {
-    return runToEnd({system_.world().root().xattr(), std::move(arguments), {}});
+    return runToEnd({system_.sandbox().root().xattr(), std::move(arguments), {}});
   }
 
   void expectSuccess(std::vector<std::string> arguments, const std::string& output = "") const {
@@ -41,7 +41,7 @@ protected:
   }
 
   SimulatedSystem system_;
-  fs::path bundle_ = system_.world().root().applications() / "Greeter.app";
+  fs::path bundle_ = system_.sandbox().root().applications() / "Greeter.app";
   std::string shown_ = "/Applications/Greeter.app";
   std::string file_ = shown_ + "/Contents/Info.plist";
 };

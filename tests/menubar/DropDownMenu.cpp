@@ -3,8 +3,8 @@
 #include "EventLoop.h"
 #include "Input.h"
 #include "Items.h"
+#include "platform/linux/menubar/DisplayText.h"
 #include "platform/linux/menubar/LinuxStatusItem.h"
-#include "platform/linux/menubar/ShownText.h"
 
 #include <chrono>
 #include <string>
@@ -231,7 +231,7 @@ TEST_F(DropDownMenuTest, toolTipsAreNeverMarkup) {
     EXPECT_EQ(QString::fromStdString(shown).remove(QChar(0x2060)), path);
     menu().close();
   }
-  const QString shown = shown_text::toolTip({QStringLiteral("line\nbreak")});
+  const QString shown = display_text::toolTip({QStringLiteral("line\nbreak")});
   EXPECT_FALSE(shown.contains(u'\n'));
 }
 

@@ -11,12 +11,12 @@
 #include "platform/linux/desktop/LinuxSystemLog.h"
 #include "platform/linux/desktop/LinuxText.h"
 #include "platform/linux/desktop/LinuxUserDefaults.h"
-#include "platform/linux/dialogs/QtDialogs.h"
-#include "platform/linux/network/QtHttpClient.h"
+#include "platform/linux/dialogs/LinuxDialogs.h"
+#include "platform/linux/network/LinuxHttpClient.h"
 #include "platform/linux/runloop/LinuxBackgroundQueue.h"
-#include "platform/linux/runloop/QtMainQueue.h"
-#include "platform/posix/ProcessEnvironment.h"
-#include "platform/posix/SystemClock.h"
+#include "platform/linux/runloop/LinuxMainQueue.h"
+#include "platform/posix/PosixClock.h"
+#include "platform/posix/PosixEnvironment.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 #include "support/contracts/BackgroundQueueContract.h"
 #include "support/contracts/BundleContract.h"
@@ -58,7 +58,7 @@ public:
   void pass(Seconds duration) override { runFor(duration); }
 
 private:
-  SystemClock clock_;
+  PosixClock clock_;
 };
 
 INSTANTIATE_TEST_SUITE_P(System, ClockContract, Values(subject<ClockSubject, RealClock>("real")),
@@ -72,7 +72,7 @@ public:
   void destroy() override { queue_.reset(); }
 
 private:
-  std::optional<QtMainQueue> queue_{std::in_place};
+  std::optional<LinuxMainQueue> queue_{std::in_place};
 };
 
 INSTANTIATE_TEST_SUITE_P(Qt, MainQueueContract,
@@ -105,7 +105,7 @@ public:
 
 private:
   TemporaryFolder folder_;
-  QtMainQueue mainQueue_;
+  LinuxMainQueue mainQueue_;
   PosixChildProcesses children_{mainQueue_, ""};
 };
 
@@ -157,7 +157,7 @@ public:
   void unset(const std::string& name) override { variables_.emplace_front(name, std::nullopt); }
 
 private:
-  ProcessEnvironment environment_;
+  PosixEnvironment environment_;
   std::list<ScopedVariable> variables_; ///< the newest first, since each brings back the one before
 };
 
@@ -260,7 +260,7 @@ private:
   TemporaryFolder folder_;
   QObject context_;
   LinuxBundle bundle_{"/nowhere/program", ""};
-  QtDialogs dialogs_{bundle_};
+  LinuxDialogs dialogs_{bundle_};
 };
 
 INSTANTIATE_TEST_SUITE_P(Qt, DialogsContract, Values(subject<DialogsSubject, RealDialogs>("real")),
@@ -318,9 +318,10 @@ private:
   TemporaryFolder folder_;
   ScopedVariable temporary_{"TMPDIR", folder_.path()};
   HttpsServer server_;
-  ScopedVariable authorities_{QtHttpClient::extraAuthoritiesVariable, server_.certificateFile()};
+  ScopedVariable caCertificates_{LinuxHttpClient::extraCaCertificatesVariable,
+                                 server_.certificateFile()};
   LinuxFileSystem fileSystem_{""};
-  QtHttpClient client_{fileSystem_};
+  LinuxHttpClient client_{fileSystem_};
   int pages_ = 0;
 };
 

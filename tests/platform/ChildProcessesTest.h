@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/runloop/QtMainQueue.h"
+#include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 
 #include <functional>
@@ -49,7 +49,7 @@ protected:
   /// Waits for a line that holds nothing but a process identifier, the first one of the output.
   static int identifierFrom(const Tool& tool);
 
-  QtMainQueue mainQueue_;
+  LinuxMainQueue mainQueue_;
   std::optional<PosixChildProcesses> children_{std::in_place, mainQueue_, ""};
 };
 

@@ -2,7 +2,7 @@
 
 #include "TemporaryFolder.h"
 #include "platform/linux/desktop/LinuxCloudFiles.h"
-#include "platform/linux/runloop/QtMainQueue.h"
+#include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 
 #include <cstddef>
@@ -56,7 +56,7 @@ public:
 private:
   TemporaryFolder drive_;
   TemporaryFolder root_;
-  QtMainQueue mainQueue_;
+  LinuxMainQueue mainQueue_;
   PosixChildProcesses children_{mainQueue_, root_.path()};
   LinuxCloudFiles files_{children_};
   std::string failures_;

@@ -1,11 +1,11 @@
-// The panel in which a folder is chosen, as a person sees and uses it.
+// The panel in which a folder is chosen, as a user sees and uses it.
 
 #include "EventLoop.h"
 #include "ScopedVariable.h"
 #include "TemporaryFolder.h"
 #include "platform/linux/desktop/LinuxBundle.h"
-#include "platform/linux/dialogs/QtDialogs.h"
-#include "platform/linux/runloop/QtMainQueue.h"
+#include "platform/linux/dialogs/LinuxDialogs.h"
+#include "platform/linux/runloop/LinuxMainQueue.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -114,14 +114,14 @@ protected:
             .directory = directory};
   }
 
-  /// Shows the panel at `directory`; `person` acts once it has the keyboard, and has to answer it.
+  /// Shows the panel at `directory`; `user` acts once it has the keyboard, and has to answer it.
   std::optional<std::string> show(const std::string& directory,
-                                  const std::function<void()>& person) {
+                                  const std::function<void()>& driver) {
     bool wasOpen = false;
     QTimer::singleShot(0, &context_, [&] {
       wasOpen = openPanel() && runUntil([] { return nameField().hasFocus(); });
       if (wasOpen)
-        person();
+        driver();
       if (QFileDialog* const unanswered = openPanel()) {
         ADD_FAILURE() << "unanswered: " << nameField().text().toStdString();
         unanswered->close();
@@ -146,7 +146,7 @@ protected:
   TemporaryFolder folder_;
   QObject context_;
   LinuxBundle bundle_{"/nowhere/driftmark", ""};
-  QtDialogs dialogs_{bundle_};
+  LinuxDialogs dialogs_{bundle_};
 };
 
 TEST_F(FolderPanels, saysWhatItIsToldTo) {
@@ -383,7 +383,7 @@ TEST_F(FolderPanels, everythingIsInsideAndFits) {
 }
 
 TEST_F(FolderPanels, mainQueueRunsWhileThePanelIsOpen) {
-  QtMainQueue queue;
+  LinuxMainQueue queue;
   std::string order;
   queue.async([&] {
     const auto chosen = dialogs_.chooseFolder(panel(folder_.path()));
@@ -399,7 +399,7 @@ TEST_F(FolderPanels, mainQueueRunsWhileThePanelIsOpen) {
 }
 
 TEST_F(FolderPanels, endOfTheApplicationClosesIt) {
-  QtMainQueue queue;
+  LinuxMainQueue queue;
   std::optional<std::string> answer = "none yet";
   queue.async([&] { answer = dialogs_.chooseFolder(panel(folder_.path())); });
   queue.async([] { QCoreApplication::exit(); });
@@ -408,7 +408,7 @@ TEST_F(FolderPanels, endOfTheApplicationClosesIt) {
 }
 
 TEST_F(FolderPanels, panelAfterTheEndOfTheApplicationIsClosedAtOnce) {
-  QtMainQueue queue;
+  LinuxMainQueue queue;
   std::optional<std::string> answer = "none yet";
   queue.async([&] {
     QCoreApplication::quit();

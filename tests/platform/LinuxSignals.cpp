@@ -1,7 +1,7 @@
 #include "platform/linux/runloop/LinuxSignals.h"
 
 #include "EventLoop.h"
-#include "platform/linux/runloop/QtMainQueue.h"
+#include "platform/linux/runloop/LinuxMainQueue.h"
 #include "support/contracts/SignalsContract.h"
 
 #include <csignal>
@@ -31,7 +31,7 @@ public:
   bool runUntil(const std::function<bool()>& done) override { return test::runUntil(done); }
 
 private:
-  QtMainQueue queue_;
+  LinuxMainQueue queue_;
   LinuxSignals signals_{queue_};
 };
 
@@ -40,7 +40,7 @@ INSTANTIATE_TEST_SUITE_P(Linux, SignalsContract,
 
 class LinuxSignalsTest : public testing::Test {
 protected:
-  QtMainQueue queue;
+  LinuxMainQueue queue;
   LinuxSignals signals{queue};
 };
 

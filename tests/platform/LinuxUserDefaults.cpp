@@ -1,4 +1,4 @@
-// The settings file as a person finds and leaves it.
+// The settings file as a user finds and leaves it.
 
 #include "platform/linux/desktop/LinuxUserDefaults.h"
 

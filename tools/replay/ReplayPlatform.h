@@ -4,7 +4,7 @@
 #include "platform/linux/desktop/LinuxFileSystem.h"
 #include "platform/linux/desktop/LinuxText.h"
 #include "platform/linux/runloop/LinuxBackgroundQueue.h"
-#include "platform/linux/runloop/QtMainQueue.h"
+#include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 #include "ports/Environment.h"
 #include "ports/SystemLog.h"
@@ -45,7 +45,7 @@ private:
   bool shown_;
 };
 
-/// An empty environment: settings of the person who replays are not those of the capture.
+/// An empty environment: settings of the user who replays are not those of the capture.
 class NoEnvironment final : public Environment {
 public:
   std::optional<std::string> variable(const std::string& /*name*/) const override { return {}; }
@@ -78,7 +78,7 @@ private:
   EveryFileExists fileSystem_{""};
   NoEnvironment environment_;
   LinuxText text_;
-  QtMainQueue mainQueue_;
+  LinuxMainQueue mainQueue_;
   PosixChildProcesses processes_;
   PlayedChildren children_;
   LinuxBackgroundQueue backgroundQueue_;

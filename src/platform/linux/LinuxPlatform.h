@@ -4,21 +4,21 @@
 #include "platform/linux/desktop/LinuxBundle.h"
 #include "platform/linux/desktop/LinuxCloudFiles.h"
 #include "platform/linux/desktop/LinuxFileSystem.h"
+#include "platform/linux/desktop/LinuxLoginItem.h"
 #include "platform/linux/desktop/LinuxRunningApplications.h"
 #include "platform/linux/desktop/LinuxSystemLog.h"
 #include "platform/linux/desktop/LinuxText.h"
 #include "platform/linux/desktop/LinuxUserDefaults.h"
 #include "platform/linux/desktop/LinuxWorkspace.h"
-#include "platform/linux/desktop/XdgLoginItem.h"
-#include "platform/linux/dialogs/QtDialogs.h"
+#include "platform/linux/dialogs/LinuxDialogs.h"
 #include "platform/linux/menubar/LinuxStatusItem.h"
-#include "platform/linux/network/QtHttpClient.h"
+#include "platform/linux/network/LinuxHttpClient.h"
+#include "platform/linux/runloop/LinuxApplication.h"
 #include "platform/linux/runloop/LinuxBackgroundQueue.h"
+#include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/linux/runloop/LinuxSignals.h"
-#include "platform/linux/runloop/QtApplication.h"
-#include "platform/linux/runloop/QtMainQueue.h"
-#include "platform/posix/ProcessEnvironment.h"
-#include "platform/posix/SystemClock.h"
+#include "platform/posix/PosixClock.h"
+#include "platform/posix/PosixEnvironment.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 #include "ports/Platform.h"
 
@@ -46,20 +46,20 @@ private:
   /// Lets background work come to its end soon.
   void shutdown();
 
-  SystemClock clock_;
+  PosixClock clock_;
   LinuxSystemLog systemLog_;
   LinuxFileSystem fileSystem_;
-  ProcessEnvironment environment_;
+  PosixEnvironment environment_;
   LinuxText text_;
   LinuxUserDefaults userDefaults_;
   LinuxBundle bundle_;
-  QtDialogs dialogs_{bundle_};
-  QtHttpClient httpClient_{fileSystem_};
-  QtApplication application_;
+  LinuxDialogs dialogs_{bundle_};
+  LinuxHttpClient httpClient_{fileSystem_};
+  LinuxApplication application_;
   LinuxRunningApplications runningApplications_;
   LinuxStatusBar statusBar_;
-  XdgLoginItem loginItem_{LinuxBundle::executableOfThisProcess()};
-  QtMainQueue mainQueue_;
+  LinuxLoginItem loginItem_{LinuxBundle::executableOfThisProcess()};
+  LinuxMainQueue mainQueue_;
   LinuxSignals signals_{mainQueue_};
   PosixChildProcesses childProcesses_;
   LinuxWorkspace workspace_{childProcesses_};

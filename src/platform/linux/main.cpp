@@ -1,7 +1,7 @@
 #include "app/Program.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/SystemRoot.h"
-#include "platform/posix/ProcessEnvironment.h"
+#include "platform/posix/PosixEnvironment.h"
 #include "platform/posix/children/StandardDescriptors.h"
 
 #include <algorithm>
@@ -22,7 +22,7 @@ constexpr int badSystemRoot = 2;
 
 /// Whether the user or the session says where windows are to appear.
 bool hasDisplay() {
-  const ProcessEnvironment environment;
+  const PosixEnvironment environment;
   constexpr std::array names{"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"};
   return std::ranges::any_of(
       names, [&](const char* name) { return !environment.variable(name).value_or("").empty(); });
@@ -49,7 +49,7 @@ int main(int argc, char* argv[]) {
   std::vector<char*> arguments = applicationArguments(argc, argv);
   int count = static_cast<int>(arguments.size()) - 1;
   const QApplication application(count, arguments.data());
-  const auto root = SystemRoot::of(ProcessEnvironment());
+  const auto root = SystemRoot::of(PosixEnvironment());
   if (const auto* const error = std::get_if<SystemRoot::Error>(&root)) {
     std::cerr << "driftmark: " << error->message << '\n';
     return badSystemRoot;

@@ -28,7 +28,7 @@ public:
 /// none.
 class MacCloudFiles final : public CloudFiles {
 public:
-  void walk(const std::string& folder, const Visitor& visit) const override;
+  void walk(const std::string& folder, const PluginConnection& visit) const override;
 
   /// The description is the error's technical one.
   std::optional<PlatformError> evict(const std::string& path) override;

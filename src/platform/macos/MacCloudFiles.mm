@@ -59,7 +59,7 @@ NSURL* walkable(const std::string& folder) {
 
 } // namespace
 
-void MacCloudFiles::walk(const std::string& folder, const Visitor& visit) const {
+void MacCloudFiles::walk(const std::string& folder, const PluginConnection& visit) const {
   NSArray<NSURLResourceKey>* const keys = @[
     NSURLIsRegularFileKey, NSURLIsUbiquitousItemKey, NSURLUbiquitousItemDownloadingStatusKey,
     NSURLTotalFileAllocatedSizeKey

@@ -7,8 +7,8 @@
 #include "platform/macos/MacMainQueue.h"
 #include "platform/macos/MacSignals.h"
 #include "platform/macos/MacStatusItem.h"
-#include "platform/posix/ProcessEnvironment.h"
-#include "platform/posix/SystemClock.h"
+#include "platform/posix/PosixClock.h"
+#include "platform/posix/PosixEnvironment.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 #include "ports/Platform.h"
 
@@ -27,10 +27,10 @@ public:
   Platform ports();
 
 private:
-  SystemClock clock_;
+  PosixClock clock_;
   MacSystemLog systemLog_;
   MacFileSystem fileSystem_;
-  ProcessEnvironment environment_;
+  PosixEnvironment environment_;
   MacText text_;
   MacUserDefaults userDefaults_;
   MacBundle bundle_;

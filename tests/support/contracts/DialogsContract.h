@@ -13,7 +13,7 @@
 
 namespace driftmark::test {
 
-/// Dialogs under test, with a person who answers.
+/// Dialogs under test, with a user who answers.
 class DialogsSubject {
 public:
   virtual ~DialogsSubject() = default;

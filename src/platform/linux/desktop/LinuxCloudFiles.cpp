@@ -92,7 +92,7 @@ std::string words(const ToolResult& result) {
 
 } // namespace
 
-void LinuxCloudFiles::walk(const std::string& folder, const Visitor& visit) const {
+void LinuxCloudFiles::walk(const std::string& folder, const PluginConnection& visit) const {
   WalkEntry entry;
   walkFolder(folder, [&](const FoundItem& item) {
     if (closing_)

@@ -1,7 +1,7 @@
 #include "platform/linux/menubar/DropDownMenu.h"
 
+#include "platform/linux/menubar/DisplayText.h"
 #include "platform/linux/menubar/EntryAccessible.h"
-#include "platform/linux/menubar/ShownText.h"
 #include "support/Weakly.h"
 
 #include <algorithm>
@@ -151,9 +151,9 @@ void DropDownMenu::draw(Row& row) {
   if (row.action->isSeparator())
     return;
   const QFontMetricsF metrics(font(), this);
-  const shown_text::Line line =
-      shown_text::line(row.action->data().toString(), metrics, widestTitle_);
-  row.action->setText(withoutMnemonic(shown_text::inOrder(line.text)));
+  const display_text::Line line =
+      display_text::line(row.action->data().toString(), metrics, widestTitle_);
+  row.action->setText(withoutMnemonic(display_text::inOrder(line.text)));
   row.isCut = line.isCut;
   row.width = metrics.horizontalAdvance(line.text);
 }
@@ -231,7 +231,7 @@ bool DropDownMenu::showToolTip(const QHelpEvent& event) {
     if (!item.toolTip.empty())
       paragraphs += QString::fromStdString(item.toolTip);
   }
-  shown_text::showToolTip(event.globalPos(), paragraphs, this);
+  display_text::showToolTip(event.globalPos(), paragraphs, this);
   return true;
 }
 

@@ -1,6 +1,6 @@
 #include "platform/linux/menubar/MenuBarStrip.h"
 
-#include "platform/linux/menubar/ShownText.h"
+#include "platform/linux/menubar/DisplayText.h"
 #include "platform/linux/menubar/TabularText.h"
 
 #include <algorithm>
@@ -126,7 +126,7 @@ void MenuBarStrip::setHighlighted(bool highlighted) {
 bool MenuBarStrip::event(QEvent* event) {
   switch (event->type()) {
   case QEvent::ToolTip:
-    shown_text::showToolTip(static_cast<QHelpEvent*>(event)->globalPos(), {toolTip()}, this);
+    display_text::showToolTip(static_cast<QHelpEvent*>(event)->globalPos(), {toolTip()}, this);
     return true;
   case QEvent::ApplicationFontChange:
     useSystemFont();
@@ -194,7 +194,7 @@ void MenuBarStrip::focusInEvent(QFocusEvent* event) {
   QWidget::focusInEvent(event);
 }
 
-/// Closed by a person, the strip comes back; while the application ends, no event loop brings it.
+/// Closed by a user, the strip comes back; while the application ends, no event loop brings it.
 void MenuBarStrip::closeEvent(QCloseEvent* event) {
   QMetaObject::invokeMethod(this, &QWidget::show, Qt::QueuedConnection);
   QWidget::closeEvent(event);
@@ -218,7 +218,7 @@ void MenuBarStrip::followScreen() {
 /// Gives the strip the width that its contents need.
 void MenuBarStrip::fit() {
   const QFontMetricsF metrics(font(), this);
-  shownTitle_ = shown_text::line(QString::fromStdString(title_), metrics, widestTitle).text;
+  shownTitle_ = display_text::line(QString::fromStdString(title_), metrics, widestTitle).text;
   qreal needed = 2 * margin + symbolSize;
   if (!shownTitle_.isEmpty())
     needed += titleGap + std::max(tabular_text::width(shownTitle_, metrics),

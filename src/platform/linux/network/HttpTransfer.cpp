@@ -1,7 +1,7 @@
 #include "platform/linux/network/HttpTransfer.h"
 
-#include "platform/linux/network/QtHttpClient.h"
-#include "platform/posix/ProcessEnvironment.h"
+#include "platform/linux/network/LinuxHttpClient.h"
+#include "platform/posix/PosixEnvironment.h"
 
 #include <algorithm>
 #include <chrono>
@@ -44,8 +44,8 @@ QNetworkRequest requestFor(const HttpClient::Request& request, const QUrl& url) 
 }
 
 /// Trusts the authorities of the file that the environment names; says why it cannot.
-QString trustExtraAuthorities(QNetworkRequest& request) {
-  const auto name = ProcessEnvironment().variable(QtHttpClient::extraAuthoritiesVariable);
+QString trustExtraCaCertificates(QNetworkRequest& request) {
+  const auto name = PosixEnvironment().variable(LinuxHttpClient::extraCaCertificatesVariable);
   if (!name || name->empty())
     return {};
   const auto authorities = QSslCertificate::fromPath(QString::fromStdString(*name), QSsl::Pem);
@@ -96,7 +96,7 @@ void HttpTransfer::send(const HttpClient::Request& request) {
   if (url.scheme() != "https")
     return end("Only secure (https) addresses are supported.");
   QNetworkRequest networkRequest = requestFor(request, url);
-  if (const QString fault = trustExtraAuthorities(networkRequest); !fault.isEmpty())
+  if (const QString fault = trustExtraCaCertificates(networkRequest); !fault.isEmpty())
     return end(fault);
 
   reply_ = network_.get(networkRequest);

@@ -1,6 +1,6 @@
 #include "platform/posix/files/PosixFileSystem.h"
 
-#include "platform/posix/ProcessEnvironment.h"
+#include "platform/posix/PosixEnvironment.h"
 #include "platform/posix/files/FileError.h"
 #include "platform/posix/files/FilePath.h"
 #include "platform/posix/files/ItemMove.h"
@@ -30,7 +30,7 @@ std::string homeByDatabase() {
 }
 
 std::string home() {
-  std::string path = ProcessEnvironment().variable("HOME").value_or("");
+  std::string path = PosixEnvironment().variable("HOME").value_or("");
   if (!path.starts_with('/'))
     path = homeByDatabase();
   path.erase(path.find_last_not_of('/') + 1);

@@ -1,6 +1,6 @@
 #include "platform/posix/files/TemporaryDirectory.h"
 
-#include "platform/posix/ProcessEnvironment.h"
+#include "platform/posix/PosixEnvironment.h"
 #include "platform/posix/files/FilePath.h"
 
 #include <cerrno>
@@ -14,7 +14,7 @@ namespace driftmark {
 namespace {
 
 std::string parentFolder() {
-  const std::string path = ProcessEnvironment().variable("TMPDIR").value_or("");
+  const std::string path = PosixEnvironment().variable("TMPDIR").value_or("");
   return path.starts_with('/') ? file_path::withoutTrailingSlashes(path) : "/tmp";
 }
 

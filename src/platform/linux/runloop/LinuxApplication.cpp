@@ -1,0 +1,51 @@
+#include "platform/linux/runloop/LinuxApplication.h"
+
+#include <utility>
+
+#include <QApplication>
+#include <QMetaObject>
+#include <QObject>
+#include <QWidget>
+
+#include <unistd.h>
+
+namespace driftmark {
+
+void LinuxApplication::run() {
+  QGuiApplication::setQuitOnLastWindowClosed(false);
+  QObject context;
+  QMetaObject::invokeMethod(
+      &context,
+      [this] {
+        if (delegate_)
+          delegate_->applicationDidFinishLaunching();
+      },
+      Qt::QueuedConnection);
+  QCoreApplication::exec();
+  willTerminate();
+}
+
+void LinuxApplication::willTerminate() {
+  if (ApplicationDelegate* const delegate = std::exchange(delegate_, nullptr))
+    delegate->applicationWillTerminate();
+}
+
+void LinuxApplication::activateIgnoringOtherApplications() {
+  for (QWidget* const window : QApplication::topLevelWidgets()) {
+    if (!window->isVisible() || window->windowFlags().testFlag(Qt::WindowDoesNotAcceptFocus))
+      continue;
+    window->raise();
+    window->activateWindow();
+  }
+}
+
+void LinuxApplication::terminate() {
+  QMetaObject::invokeMethod(
+      QCoreApplication::instance(), [] { QCoreApplication::exit(); }, Qt::QueuedConnection);
+}
+
+std::int32_t LinuxApplication::processIdentifier() const {
+  return getpid();
+}
+
+} // namespace driftmark

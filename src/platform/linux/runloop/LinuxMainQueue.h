@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/linux/runloop/DeadlineTimer.h"
+#include "platform/linux/runloop/TaskQueue.h"
+#include "ports/MainQueue.h"
+
+#include <list>
+
+namespace driftmark {
+
+/// The main queue on the Qt event loop of the thread that made it. Delays run on the monotonic
+/// clock, at the precision of a millisecond; every task, delayed or repeated ones too, waits for
+/// its turn in the one queue. A repetition whose task is late skips the turns that it missed.
+class LinuxMainQueue final : public MainQueue {
+public:
+  /// Throws std::system_error when the system has no descriptors left.
+  LinuxMainQueue() = default;
+  LinuxMainQueue(const LinuxMainQueue&) = delete;
+  LinuxMainQueue& operator=(const LinuxMainQueue&) = delete;
+  ~LinuxMainQueue() override;
+
+  void async(Task task) override;
+  void after(Seconds delay, Task task) override;
+  std::unique_ptr<Timer> repeat(Seconds interval, Seconds tolerance, Task task) override;
+
+private:
+  class Repetition;
+  class RepeatingTimer;
+
+  /// A task that waits for its delay to pass.
+  struct DelayedTask {
+    Task task;
+    std::unique_ptr<DeadlineTimer> timer;
+  };
+
+  void runDelayed(std::list<DelayedTask>::iterator delayed);
+
+  TaskQueue tasks_;
+  std::list<DelayedTask> delayed_;
+};
+
+} // namespace driftmark

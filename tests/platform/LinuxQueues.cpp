@@ -1,0 +1,237 @@
+// What the Qt queues do beyond the contracts of their ports.
+
+#include "EventLoop.h"
+#include "platform/linux/runloop/LinuxMainQueue.h"
+#include "platform/linux/runloop/TaskQueue.h"
+
+#include <chrono>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QObject>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+namespace driftmark::test {
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+/// Counts the wake-ups of the event loop by a descriptor.
+class WakeupCounter final : public QObject {
+public:
+  WakeupCounter() { QCoreApplication::instance()->installEventFilter(this); }
+
+  bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+    count_ += event->type() == QEvent::SockAct ? 1 : 0;
+    return false;
+  }
+  int count() const { return count_; }
+
+private:
+  int count_ = 0;
+};
+
+TEST(TaskQueue, manyTasksTakeOneWakeup) {
+  TaskQueue queue;
+  const WakeupCounter counter;
+  int ran = 0;
+  for (int task = 0; task < 10'000; ++task)
+    queue.post([&] { ++ran; });
+  ASSERT_TRUE(runUntil([&] { return ran == 10'000; }));
+  EXPECT_EQ(counter.count(), 1);
+}
+
+TEST(TaskQueue, tasksFromManyThreadsAllRun) {
+  TaskQueue queue;
+  int ran = 0;
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 4; ++thread)
+    threads.emplace_back([&] {
+      for (int task = 0; task < 5'000; ++task)
+        queue.post([&] { ++ran; });
+    });
+  EXPECT_TRUE(runUntil([&] { return ran == 20'000; }));
+  for (std::thread& thread : threads)
+    thread.join();
+}
+
+/// Runs an event loop of its own until `done`.
+void runInside(const std::function<bool()>& done) {
+  EXPECT_TRUE(runUntil(done));
+}
+
+TEST(TaskQueue, eventLoopInsideATaskGoesOnWithTheOthersInOrder) {
+  TaskQueue queue;
+  std::string order;
+  queue.post([&] {
+    order += "1 ";
+    queue.post([&] { order += "4 "; });
+    runInside([&] { return order.ends_with("5 "); });
+    order += "end ";
+  });
+  queue.post([&] {
+    order += "2 ";
+    queue.post([&] { order += "5 "; });
+  });
+  queue.post([&] { order += "3 "; });
+  ASSERT_TRUE(runUntil([&] { return order.ends_with("end "); }));
+  EXPECT_EQ(order, "1 2 3 4 5 end ");
+}
+
+TEST(TaskQueue, eventLoopInsideTheLastTaskHearsOfNewOnes) {
+  TaskQueue queue;
+  bool ran = false;
+  bool over = false;
+  std::thread other;
+  queue.post([&] {
+    other = std::thread([&] { queue.post([&] { ran = true; }); });
+    runInside([&] { return ran; });
+    over = true;
+  });
+  EXPECT_TRUE(runUntil([&] { return over; }));
+  other.join();
+}
+
+TEST(TaskQueue, eventLoopsInsideEachOtherKeepTheOrder) {
+  TaskQueue queue;
+  std::string order;
+  for (const char* const name : {"a", "b", "c"})
+    queue.post([&order, name] {
+      order += name;
+      runInside([&] { return order.find('!') != std::string::npos; });
+      order += name;
+    });
+  queue.post([&] { order += "!"; });
+  EXPECT_TRUE(runUntil([&] { return order.size() == 7; }));
+  EXPECT_EQ(order, "abc!cba");
+}
+
+TEST(TaskQueue, queueSleepsWhenAllTasksHaveRun) {
+  TaskQueue queue;
+  bool ran = false;
+  queue.post([&] { runFor(Seconds(0)); });
+  queue.post([&] { ran = true; });
+  ASSERT_TRUE(runUntil([&] { return ran; }));
+  const WakeupCounter counter;
+  runFor(Seconds(0.02));
+  EXPECT_EQ(counter.count(), 0);
+}
+
+TEST(LinuxMainQueue, taskThatKeepsHandingOverItselfStarvesNothing) {
+  LinuxMainQueue queue;
+  bool over = false;
+  long rounds = 0;
+  const std::function<void()> again = [&] {
+    ++rounds;
+    if (!over)
+      queue.async(again);
+  };
+  again();
+  int ticks = 0;
+  QTimer timer;
+  QObject::connect(&timer, &QTimer::timeout, &timer, [&] { ++ticks; });
+  timer.start(std::chrono::milliseconds(1));
+  bool delayed = false;
+  queue.after(Seconds(0.01), [&] { delayed = true; });
+  EXPECT_TRUE(runUntil([&] { return delayed && ticks >= 5; }));
+  EXPECT_GT(rounds, 5);
+  over = true;
+}
+
+TEST(LinuxMainQueue, manyDelaysAreNeverEarly) {
+  LinuxMainQueue queue;
+  int ran = 0;
+  int early = 0;
+  constexpr int count = 300;
+  for (int number = 0; number < count; ++number) {
+    const Seconds delay(number * 0.000137);
+    const auto start = SteadyClock::now();
+    queue.after(delay, [&, start, delay] {
+      ++ran;
+      early += SteadyClock::now() - start < delay ? 1 : 0;
+    });
+  }
+  EXPECT_TRUE(runUntil([&] { return ran == count; }));
+  EXPECT_EQ(early, 0);
+}
+
+TEST(LinuxMainQueue, tolerantTimersAreNeverEarlyAndKeepTheirPace) {
+  LinuxMainQueue queue;
+  constexpr Seconds interval{0.05};
+  const auto start = SteadyClock::now();
+  std::vector<Seconds> moments;
+  const auto timer =
+      queue.repeat(interval, interval, [&] { moments.emplace_back(SteadyClock::now() - start); });
+  ASSERT_TRUE(runUntil([&] { return moments.size() >= 6; }));
+  for (std::size_t turn = 0; turn < moments.size(); ++turn)
+    EXPECT_GE(moments[turn].count(), interval.count() * static_cast<double>(turn + 1));
+}
+
+TEST(LinuxMainQueue, lateTurnsAreNotMadeUpFor) {
+  LinuxMainQueue queue;
+  int turns = 0;
+  const auto timer = queue.repeat(Seconds(0.01), Seconds(0), [&] {
+    if (++turns == 1) {
+      const auto end = SteadyClock::now() + std::chrono::milliseconds(55);
+      while (SteadyClock::now() < end) {
+      }
+    }
+  });
+  const auto start = SteadyClock::now();
+  ASSERT_TRUE(runUntil([&] { return turns == 2; }));
+  EXPECT_GE(SteadyClock::now() - start, std::chrono::milliseconds(65));
+}
+
+TEST(LinuxMainQueue, delaysBeyondTheTimersRangeDoNotComeEarly) {
+  LinuxMainQueue queue;
+  bool ran = false;
+  for (const double delay : {3e6, 1e9, 1e300, std::numeric_limits<double>::infinity()})
+    queue.after(Seconds(delay), [&] { ran = true; });
+  const auto timer = queue.repeat(Seconds(1e12), Seconds(1e12), [&] { ran = true; });
+  runFor(Seconds(0.02));
+  EXPECT_FALSE(ran);
+}
+
+TEST(LinuxMainQueue, delaysThatAreNoneRunSoon) {
+  LinuxMainQueue queue;
+  int ran = 0;
+  for (const double delay : {0.0, -5.0, std::numeric_limits<double>::quiet_NaN()})
+    queue.after(Seconds(delay), [&] { ++ran; });
+  EXPECT_TRUE(runUntil([&] { return ran == 3; }));
+}
+
+/// Comes back to the queue when it is dropped, as an owner of timers and tasks may do.
+class Holder {
+public:
+  explicit Holder(LinuxMainQueue& queue)
+      : queue_(queue), timer_(queue.repeat(Seconds(1), Seconds(0), [] {})) {}
+  Holder(const Holder&) = delete;
+  Holder& operator=(const Holder&) = delete;
+  ~Holder() {
+    queue_.async([] {});
+    queue_.after(Seconds(0), [] {});
+    timer_.reset();
+  }
+
+private:
+  LinuxMainQueue& queue_;
+  std::unique_ptr<Timer> timer_;
+};
+
+TEST(LinuxMainQueue, droppedTasksMayUseTheQueueWhileTheyGo) {
+  auto queue = std::make_unique<LinuxMainQueue>();
+  queue->async([holder = std::make_shared<Holder>(*queue)] {});
+  queue->after(Seconds(1), [holder = std::make_shared<Holder>(*queue)] {});
+  queue.reset();
+}
+
+} // namespace
+} // namespace driftmark::test

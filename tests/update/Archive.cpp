@@ -1,0 +1,80 @@
+#include "update/Archive.h"
+
+#include "e2e/TemporaryFolder.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include <archive.h>
+#include <archive_entry.h>
+
+namespace driftmark::road {
+namespace fs = std::filesystem;
+
+struct Archive::Entry {
+  std::string name;
+  unsigned type = AE_IFREG;
+  unsigned mode = 0644;
+  std::string bytes;
+  std::string target;
+};
+
+Archive::Archive(const fs::path& file) : archive_(archive_write_new()) {
+  archive_write_set_format_zip(archive_);
+  if (archive_write_open_filename(archive_, file.c_str()) != ARCHIVE_OK)
+    throw std::runtime_error(archive_error_string(archive_));
+}
+
+Archive::~Archive() {
+  archive_write_free(archive_);
+}
+
+void Archive::add(const fs::path& item, const std::string& name) {
+  const fs::file_status status = fs::symlink_status(item);
+  const auto mode = static_cast<unsigned>(status.permissions());
+  if (fs::is_symlink(status)) {
+    addLink(name, fs::read_symlink(item));
+  } else if (fs::is_directory(status)) {
+    addFolder(name, mode);
+    for (const auto& entry : fs::directory_iterator(item))
+      add(entry.path(), name + "/" + entry.path().filename().string());
+  } else {
+    addFile(name, icloud::test::contentsOf(item), mode);
+  }
+}
+
+void Archive::addFile(const std::string& name, const std::string& bytes, unsigned mode) {
+  write({.name = name, .type = AE_IFREG, .mode = mode, .bytes = bytes, .target = {}});
+}
+
+void Archive::addFolder(const std::string& name, unsigned mode) {
+  write({.name = name + "/", .type = AE_IFDIR, .mode = mode, .bytes = {}, .target = {}});
+}
+
+void Archive::addLink(const std::string& name, const std::string& target) {
+  write({.name = name, .type = AE_IFLNK, .mode = 0777, .bytes = {}, .target = target});
+}
+
+void Archive::close() {
+  if (archive_write_close(archive_) != ARCHIVE_OK)
+    throw std::runtime_error(archive_error_string(archive_));
+}
+
+void Archive::write(const Entry& entry) {
+  const std::unique_ptr<archive_entry, decltype(&archive_entry_free)> header(archive_entry_new(),
+                                                                             archive_entry_free);
+  archive_entry_set_pathname_utf8(header.get(), entry.name.c_str());
+  archive_entry_set_filetype(header.get(), entry.type);
+  archive_entry_set_perm(header.get(), entry.mode);
+  archive_entry_set_size(header.get(), static_cast<la_int64_t>(entry.bytes.size()));
+  if (!entry.target.empty())
+    archive_entry_set_symlink_utf8(header.get(), entry.target.c_str());
+  const auto written = [&] {
+    return archive_write_data(archive_, entry.bytes.data(), entry.bytes.size());
+  };
+  if (archive_write_header(archive_, header.get()) != ARCHIVE_OK ||
+      (!entry.bytes.empty() && !std::in_range<std::size_t>(written())))
+    throw std::runtime_error(archive_error_string(archive_));
+}
+
+} // namespace driftmark::road

@@ -1,0 +1,192 @@
+// What can go wrong on the way to an update, what the user is told, and that nothing has changed.
+
+#include "e2e/TemporaryFolder.h"
+#include "update/Archive.h"
+#include "update/LocalPort.h"
+#include "update/UpdateTest.h"
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+namespace driftmark::road {
+namespace {
+
+namespace fs = std::filesystem;
+using icloud::test::contentsOf;
+using testing::HasSubstr;
+
+class UpdateFailures : public UpdateTest {
+protected:
+  /// Checks, and expects to be told why that failed, on the screen and in the log.
+  void expectCheckFails(RunningCopy& copy, const std::string& logged, const std::string& shown) {
+    check(copy);
+    expectAlert(copy.driver, "Could not check for updates", shown);
+    copy.driver.press("OK");
+    copy.log.readUntil("Driftmark: update check failed: " + logged + "\n");
+    expectStarted(copy.driver);
+    EXPECT_EQ(treeAt(installed()), installedTree_);
+  }
+
+  void setManifestAddress(const std::string& url) const {
+    machine_.writeSettings(nlohmann::json{{"UpdateManifestURL", url}}.dump());
+  }
+
+  const std::string unreadable = "The update information was unreadable.";
+};
+
+TEST_F(UpdateFailures, unreachable) {
+  const LocalPort port;
+  setManifestAddress("https://localhost:" + std::to_string(port.number) + manifestPath);
+  RunningCopy copy = startInstalled();
+  expectCheckFails(copy, "Connection refused", "Connection refused");
+}
+
+TEST_F(UpdateFailures, anAuthorityThatNobodyKnows) {
+  release("1.1");
+  machine_.setVariable("DRIFTMARK_EXTRA_CA_CERTIFICATES", "");
+  RunningCopy copy = startInstalled();
+  check(copy);
+  const icloud::Window alert = awaitAlert(copy.driver, "Could not check for updates");
+  EXPECT_THAT(alert.texts.back(), HasSubstr("certificate"));
+  copy.driver.press("OK");
+  copy.log.readUntil("Driftmark: update check failed: " + alert.texts.back() + "\n");
+  EXPECT_THAT(requestedPaths(), testing::IsEmpty());
+}
+
+TEST_F(UpdateFailures, aCertificateForAnotherHost) {
+  const test::HttpsServer other({.folder = machine_.home(), .hostName = "elsewhere.test"});
+  machine_.setVariable("DRIFTMARK_EXTRA_CA_CERTIFICATES", other.certificateFile());
+  setManifestAddress(other.url(manifestPath));
+  RunningCopy copy = startInstalled();
+  check(copy);
+  const icloud::Window alert = awaitAlert(copy.driver, "Could not check for updates");
+  EXPECT_THAT(alert.texts.back(), HasSubstr("host name"));
+  EXPECT_THAT(other.requests(), testing::IsEmpty());
+}
+
+TEST_F(UpdateFailures, anErrorPage) {
+  server_.serve(manifestPath,
+                {.status = 404, .body = "<html>404: this page has drifted away</html>"});
+  RunningCopy copy = startInstalled();
+  expectCheckFails(copy, "unreadable manifest", unreadable);
+}
+
+TEST_F(UpdateFailures, malformedManifests) {
+  const std::string url = server_.url(archivePath);
+  const std::vector<std::string> manifests{
+      "",
+      "null",
+      "[]",
+      R"("text")",
+      R"({"version": "1.1", "url": ")" + url + "\"",
+      R"({"version": "1.1"})",
+      R"({"url": ")" + url + "\"}",
+      R"({"version": 1.1, "url": ")" + url + "\"}",
+      R"({"version": "1.1", "url": 7})",
+      R"({"version": "1.1", "url": ""})",
+      R"({"version": "1.1", "url": ")" + url + R"(", "notes": ["a"]})",
+      "{\"version\": \"1.1\xff\", \"url\": \"" + url + "\"}",
+      std::string(100000, '['),
+  };
+  RunningCopy copy = startInstalled();
+  for (const std::string& manifest : manifests) {
+    server_.serve(manifestPath, {.body = manifest});
+    SCOPED_TRACE(manifest.substr(0, 80));
+    expectCheckFails(copy, "unreadable manifest", unreadable);
+  }
+  EXPECT_EQ(requestedPaths().size(), manifests.size());
+}
+
+TEST_F(UpdateFailures, aManifestCutShort) {
+  release("1.1");
+  server_.serve(manifestPath, {.body = std::string(1000, ' '), .cutAfter = 500});
+  RunningCopy copy = startInstalled();
+  check(copy);
+  const icloud::Window alert = awaitAlert(copy.driver, "Could not check for updates");
+  EXPECT_NE(alert.texts.back(), unreadable);
+  copy.driver.press("OK");
+  copy.log.readUntil("Driftmark: update check failed: " + alert.texts.back() + "\n");
+}
+
+TEST_F(UpdateFailures, aDownloadCutShort) {
+  release("1.1");
+  const std::string archive = contentsOf(newArchive());
+  server_.serve(archivePath, {.body = archive, .cutAfter = archive.size() / 2});
+  RunningCopy copy = startInstalled();
+  agree(copy);
+  const icloud::Window alert = awaitAlert(copy.driver, "Update failed");
+  EXPECT_THAT(alert.texts.back(), testing::Not(HasSubstr("unpacked")));
+  copy.driver.press("OK");
+  expectStarted(copy.driver);
+  EXPECT_EQ(treeAt(installed()), installedTree_);
+  EXPECT_THAT(treeAt(machine_.programsTemporaryFolder()), testing::SizeIs(testing::Le(1U)));
+}
+
+TEST_F(UpdateFailures, noArchiveAtItsAddress) {
+  release("1.1");
+  server_.serve(archivePath, {.status = 410, .body = "<html>gone</html>"});
+  RunningCopy copy = startInstalled();
+  expectFailure(copy, "The update archive could not be unpacked.");
+}
+
+TEST_F(UpdateFailures, anArchiveCutShortBeforeItWasServed) {
+  release("1.1");
+  const std::string archive = contentsOf(newArchive());
+  server_.serve(archivePath, {.body = archive.substr(0, archive.size() / 2)});
+  RunningCopy copy = startInstalled();
+  expectFailure(copy, "The update archive could not be unpacked.");
+}
+
+TEST_F(UpdateFailures, theBundleInASubfolder) {
+  const fs::path bundle = build("1.1");
+  const fs::path file = newArchive();
+  Archive archive(file);
+  archive.addFolder("Driftmark 1.1");
+  archive.add(bundle, "Driftmark 1.1/Driftmark.app");
+  archive.close();
+  announce("1.1", file);
+  RunningCopy copy = startInstalled();
+  expectFailure(copy, "The update archive did not contain Driftmark.app.");
+}
+
+TEST_F(UpdateFailures, aChangedResource) {
+  const fs::path bundle = build("1.1");
+  std::ofstream(bundle / "Contents/MacOS/Driftmark", std::ios::app) << "x";
+  announce("1.1", pack(bundle));
+  RunningCopy copy = startInstalled();
+  expectFailure(copy, "The update's code signature is invalid.");
+}
+
+TEST_F(UpdateFailures, anAddedResource) {
+  const fs::path bundle = build("1.1");
+  std::ofstream(bundle / "Contents/MacOS/helper") << "#!/bin/sh\n";
+  announce("1.1", pack(bundle));
+  RunningCopy copy = startInstalled();
+  expectFailure(copy, "The update's code signature is invalid.");
+}
+
+TEST_F(UpdateFailures, noSignature) {
+  const fs::path bundle = build("1.1");
+  fs::remove_all(bundle / "Contents/_CodeSignature");
+  announce("1.1", pack(bundle));
+  RunningCopy copy = startInstalled();
+  expectFailure(copy, "The update's code signature is invalid.");
+}
+
+TEST_F(UpdateFailures, anotherTeam) {
+  for (const char* identity : {"Developer ID Application: Elsewhere (ABCDE12345)", "-"}) {
+    const fs::path bundle = build("1.1");
+    machine_.seal(bundle, identity);
+    announce("1.1", pack(bundle));
+    RunningCopy copy = startInstalled();
+    expectFailure(copy, "The update was not signed by Tallowmere.");
+    quit(copy.driver);
+  }
+}
+
+} // namespace
+} // namespace driftmark::road

@@ -1,0 +1,160 @@
+// The older program becomes the newer one, or stays what it is.
+
+#include "e2e/TemporaryFolder.h"
+#include "update/OtherVolume.h"
+#include "update/UpdateTest.h"
+
+namespace driftmark::road {
+namespace {
+
+namespace fs = std::filesystem;
+using icloud::test::contentsOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class Updates : public UpdateTest {};
+
+TEST_F(Updates, offersInstallsAndComesUpAsTheNewerCopy) {
+  const Tree newTree = release("1.1", "Calmer waters.\n& <b>no</b> markup");
+  RunningCopy copy = startInstalled();
+  check(copy);
+  expectAlert(copy.driver, "Driftmark 1.1 is available",
+              "You have 1.0.\n\nCalmer waters.\n& <b>no</b> markup", offerButtons);
+  copy.log.readUntil("Driftmark: update 1.1 available (running 1.0)\n");
+  copy.driver.press("Install and Relaunch");
+  expectRelaunch(copy, installed(), "1.1");
+  EXPECT_EQ(treeAt(installed()), newTree);
+
+  const fs::path work = machine_.workFolder(copy.process.identifier());
+  EXPECT_EQ(treeAt(work / "Driftmark-old.app"), installedTree_);
+  EXPECT_FALSE(fs::exists(work / "Driftmark.app"));
+  EXPECT_EQ(contentsOf(machine_.programsTemporaryFolder() / "Driftmark-update.zip"),
+            contentsOf(newArchive()));
+  EXPECT_THAT(requestedPaths(), ElementsAre(manifestPath, archivePath, manifestPath));
+}
+
+TEST_F(Updates, laterChangesNothingAndAsksAgain) {
+  release("1.1");
+  RunningCopy copy = startInstalled();
+  for (int time = 0; time < 2; ++time) {
+    check(copy);
+    expectAlert(copy.driver, "Driftmark 1.1 is available", "You have 1.0.", offerButtons);
+    copy.driver.press("Later");
+    expectStarted(copy.driver);
+  }
+  quit(copy.driver);
+  EXPECT_EQ(copy.process.wait(), 0);
+  EXPECT_EQ(treeAt(installed()), installedTree_);
+  EXPECT_THAT(requestedPaths(), testing::Each(manifestPath));
+  EXPECT_THAT(Machine::endOfEverything(), testing::IsEmpty());
+}
+
+TEST_F(Updates, saysThatItIsUpToDate) {
+  for (const char* version : {"1.0", "1.0.0", "0.9.9"}) {
+    release(version);
+    RunningCopy copy = startInstalled();
+    check(copy);
+    expectAlert(copy.driver, "Driftmark is up to date", "Version 1.0 is the latest.");
+    copy.driver.press("OK");
+    copy.log.readUntil("Driftmark: up to date (1.0)\n");
+    quit(copy.driver);
+  }
+}
+
+TEST_F(Updates, twoQuickRequestsOfTheUserSendOne) {
+  release("1.0");
+  server_.hold(manifestPath);
+  RunningCopy copy = startInstalled();
+  check(copy);
+  check(copy);
+  ASSERT_TRUE(server_.awaitRequests(manifestPath, 1));
+  server_.release(manifestPath);
+  copy.driver.awaitAlert();
+  copy.driver.press("OK");
+  expectStarted(copy.driver);
+  EXPECT_THAT(requestedPaths(), ElementsAre(manifestPath));
+}
+
+TEST_F(Updates, aSecondAgreementDuringTheDownloadStartsASecondOne) {
+  const Tree newTree = release("1.1");
+  server_.hold(archivePath);
+  RunningCopy copy = startInstalled();
+  agree(copy);
+  expectStarted(copy.driver);
+  ASSERT_TRUE(server_.awaitRequests(archivePath, 1));
+
+  const char* const second = "/driftmark/second.zip";
+  announce("1.1", newArchive(), {}, second);
+  server_.hold(second);
+  agree(copy);
+  expectStarted(copy.driver);
+  ASSERT_TRUE(server_.awaitRequests(second, 1));
+
+  server_.release(archivePath);
+  expectRelaunch(copy, installed(), "1.1");
+  EXPECT_EQ(treeAt(installed()), newTree);
+}
+
+TEST_F(Updates, worksInAPathWithSpaces) {
+  const fs::path spaced = machine_.applications() / "Drift  mark.app";
+  fs::rename(installed(), spaced);
+  const Tree newTree = release("1.1");
+  RunningCopy copy = startInstalled(spaced);
+  agree(copy);
+  expectRelaunch(copy, spaced, "1.1");
+  EXPECT_EQ(treeAt(spaced), newTree);
+}
+
+// The command that opens the new copy quotes the path and does not escape it.
+TEST_F(Updates, swapsButDoesNotReopenAPathWithADoubleQuote) {
+  const fs::path quoted = machine_.applications() / "Drift\"mark.app";
+  fs::rename(installed(), quoted);
+  const Tree newTree = release("1.1");
+  RunningCopy copy = startInstalled(quoted);
+  agree(copy);
+  copy.log.readUntil("Driftmark: updated bundle at /Applications/Drift\"mark.app, relaunching\n");
+  copy.driver.awaitEnd();
+  EXPECT_EQ(copy.process.wait(), 0);
+  EXPECT_THAT(Machine::endOfEverything(), testing::IsEmpty());
+  EXPECT_FALSE(machine_.copyOpenedWithin(std::chrono::milliseconds(0)));
+  EXPECT_EQ(treeAt(quoted), newTree);
+}
+
+TEST_F(Updates, acrossVolumes) {
+  const auto elsewhere = folderOnAnotherVolume(machine_.folder());
+  if (!elsewhere)
+    GTEST_SKIP() << "there is no second volume";
+  machine_.moveTemporaryFiles(elsewhere->path());
+  const Tree newTree = release("1.1");
+  RunningCopy copy = startInstalled();
+  agree(copy);
+  expectRelaunch(copy, installed(), "1.1");
+  EXPECT_EQ(treeAt(installed()), newTree);
+  EXPECT_EQ(treeAt(machine_.workFolder(copy.process.identifier()) / "Driftmark-old.app"),
+            installedTree_);
+}
+
+TEST_F(Updates, theFirstMoveFailingLeavesEverythingInItsPlace) {
+  release("1.1");
+  machine_.useUnprivilegedUser();
+  machine_.giveToUser(installed());
+  installedTree_ = treeAt(installed());
+  fs::permissions(machine_.applications(), fs::perms::owner_read | fs::perms::owner_exec |
+                                               fs::perms::others_read | fs::perms::others_exec);
+  RunningCopy copy = startInstalled();
+  expectFailure(copy, "“Driftmark.app” couldn’t be moved: Permission denied");
+}
+
+// A folder that its owner may not write to cannot be moved into another one.
+TEST_F(Updates, theSecondMoveFailingBringsTheOldCopyBack) {
+  const fs::path bundle = build("1.1");
+  fs::permissions(bundle, fs::perms::owner_read | fs::perms::owner_exec);
+  announce("1.1", pack(bundle));
+  machine_.useUnprivilegedUser();
+  RunningCopy copy = startInstalled();
+  expectFailure(copy, "“Driftmark.app” couldn’t be moved: Permission denied");
+  EXPECT_FALSE(fs::exists(machine_.workFolder(copy.process.identifier()) / "Driftmark-old.app"));
+}
+
+} // namespace
+} // namespace driftmark::road
