@@ -11,7 +11,7 @@ namespace {
 
 using testing::HasSubstr;
 
-TEST(Bird, MakesTheFilesAndFoldersOfTheScenario) {
+TEST(Bird, initialFilesAndFoldersAreCreated) {
   SimulatedSystem system;
   system.play("folder \"Empty\"\n"
               "files 12 \"A/b c/Été {n}.txt\" 10KB\n"
@@ -24,7 +24,7 @@ TEST(Bird, MakesTheFilesAndFoldersOfTheScenario) {
   expectContentsGone(drive / "A/far.mov", 5'000'000);
 }
 
-TEST(Bird, TransfersAndEvictionsChangeWhatIsOnDisk) {
+TEST(Bird, transfersAndEvictionsChangeBlocksOnDisk) {
   SimulatedSystem system;
   system.play("file \"fetched\" 500KB remote\n"
               "file \"evicted\" 500KB\n"
@@ -46,7 +46,7 @@ TEST(Bird, TransfersAndEvictionsChangeWhatIsOnDisk) {
   EXPECT_FALSE(std::filesystem::exists(drive / "doomed"));
 }
 
-TEST(Bird, ADownloadInFlightTakesBlocksAsItGoes) {
+TEST(Bird, downloadInFlightAllocatesBlocksGradually) {
   SimulatedSystem system;
   system.play("file \"film\" 1MB remote\n"
               "at 0s download \"film\" over 100ms stalled at 50% for 60s\n"
@@ -60,14 +60,14 @@ TEST(Bird, ADownloadInFlightTakesBlocksAsItGoes) {
   EXPECT_EQ(notedState(film).value_or("downloading"), "downloading");
 }
 
-TEST(Bird, AStepThatCannotBeDoneIsToldAndTheStoryGoesOn) {
+TEST(Bird, failedStepIsReportedAndScenarioContinues) {
   SimulatedSystem system;
   system.play("file \"far\" 1KB remote\nat 0s evict \"far\"\nat 100ms end\n", "");
   const std::string told = system.bird().output().readUntil(" end\n");
   EXPECT_THAT(told, HasSubstr(".scenario:2: not in sync, so it cannot be evicted: \"far\"\n"));
 }
 
-TEST(Bird, ItsClockStandsStillWhileAMonitorIsAwaited) {
+TEST(Bird, clockStopsWhileAwaitingMonitors) {
   SimulatedSystem system;
   system.play("at 0s await monitors\nat 100ms end\n", "quota");
   system.runBrctl({"quota"});
@@ -79,7 +79,7 @@ TEST(Bird, ItsClockStandsStillWhileAMonitorIsAwaited) {
   EXPECT_THAT(system.bird().output().readUntil(" end\n"), HasSubstr("\n0.1 end\n"));
 }
 
-TEST(Bird, EndsCleanlyOnSigtermAndTakesItsSocketAway) {
+TEST(Bird, sigtermEndsDaemonAndRemovesSocket) {
   SimulatedSystem system;
   system.play("at 60s end\n");
   const auto socket = system.sandbox().root().runFolder() / SystemRoot::birdSocket;
@@ -89,7 +89,7 @@ TEST(Bird, EndsCleanlyOnSigtermAndTakesItsSocketAway) {
   EXPECT_FALSE(std::filesystem::exists(socket));
 }
 
-TEST(Bird, ReplacesTheSocketOfOneThatWasKilled) {
+TEST(Bird, socketOfKilledDaemonIsReplaced) {
   SimulatedSystem system;
   system.play("quota 1\nat 60s end\n");
   system.bird().process().signal(SIGKILL);
@@ -99,7 +99,7 @@ TEST(Bird, ReplacesTheSocketOfOneThatWasKilled) {
   EXPECT_THAT(system.runBrctl({"quota"}).output, HasSubstr("2 bytes"));
 }
 
-TEST(Bird, ServesBelowARootWhosePathIsLongerThanASocketAddress) {
+TEST(Bird, rootPathMayExceedSocketAddressLength) {
   const TemporaryFolder folder;
   const auto longRoot = folder.path() / std::string(150, 'x') / std::string(150, 'y');
   std::filesystem::create_directories(longRoot);
@@ -112,7 +112,7 @@ TEST(Bird, ServesBelowARootWhosePathIsLongerThanASocketAddress) {
   EXPECT_THAT(runToEnd({root.brctl(), {"quota"}, {}}).output, HasSubstr("77 bytes of quota"));
 }
 
-TEST(Bird, SaysWhereAScenarioIsWrong) {
+TEST(Bird, checkReportsFileAndLineOfMistake) {
   const SimulatedSystem system;
   const TemporaryFolder folder;
   const auto file = folder.write("bad.scenario", "quota 1\n\nat 1s dance\n");
@@ -121,7 +121,7 @@ TEST(Bird, SaysWhereAScenarioIsWrong) {
   EXPECT_EQ(bird.error, "bird: " + file.string() + ":3: unknown verb \"dance\"\n");
 }
 
-TEST(Bird, AnswersACommandLineThatMakesNoSense) {
+TEST(Bird, invalidCommandLineShowsUsage) {
   const SimulatedSystem system;
   const std::vector<std::vector<std::string>> commands{
       {}, {"--home", "x"}, {"--scenario"}, {"--begin-after", "tea"}, {"--dance"}};
@@ -132,7 +132,7 @@ TEST(Bird, AnswersACommandLineThatMakesNoSense) {
   }
 }
 
-TEST(Bird, CanReadEveryScenarioThatIsShipped) {
+TEST(Bird, everyShippedScenarioIsValid) {
   const SimulatedSystem system;
   for (const auto& entry : std::filesystem::directory_iterator(ICLOUD_SCENARIOS)) {
     const Finished bird = runToEnd({system.sandbox().root().bird(), {"--check", entry.path()}, {}});

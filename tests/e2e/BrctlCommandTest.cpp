@@ -20,7 +20,7 @@ const std::string jobs = "file \"Films/a.mov\" 4KB remote\n"
                          "jobs 1 uploading in \"Letters\"\n"
                          "at 60s end\n";
 
-TEST(BrctlStatus, NamesTheFoldersAndTheirJobs) {
+TEST(BrctlStatus, foldersAreListedWithTheirJobs) {
   SimulatedSystem system;
   system.play(jobs);
   const Finished status = system.runBrctl({"status"});
@@ -38,14 +38,14 @@ TEST(BrctlStatus, NamesTheFoldersAndTheirJobs) {
   EXPECT_THAT(status.output, Not(HasSubstr("\x1b")));
 }
 
-TEST(BrctlStatus, ShowsAFailedUploadAsAJobThatIsNotActive) {
+TEST(BrctlStatus, failedUploadIsNotActive) {
   SimulatedSystem system;
   system.play(jobs);
   EXPECT_THAT(system.runBrctl({"status"}).output,
               ContainsRegex("\n    > \"b.mov\" .*upload\\{state: failed"));
 }
 
-TEST(BrctlStatus, ShowsTheTransfersOfItemsToo) {
+TEST(BrctlStatus, itemTransfersAreListed) {
   SimulatedSystem system;
   system.play("file \"Films/a.mov\" 4KB remote\n"
               "at 0s download \"Films/a.mov\" over 60s every 30s\n"
@@ -57,7 +57,7 @@ TEST(BrctlStatus, ShowsTheTransfersOfItemsToo) {
               ContainsRegex("\n    > \"a.mov\" .*downloader\\{downloading:"));
 }
 
-TEST(BrctlStatus, IsColouredOnATerminal) {
+TEST(BrctlStatus, terminalOutputIsColoured) {
   SimulatedSystem system;
   system.play(jobs);
   Tool status = system.brctl({"status"}, Channel::terminal());
@@ -66,13 +66,13 @@ TEST(BrctlStatus, IsColouredOnATerminal) {
   EXPECT_THAT(text, HasSubstr("\x1b[32mdownloader{\x1b[0mdownloading:"));
 }
 
-TEST(BrctlStatus, HasNoJobsWhenNothingMoves) {
+TEST(BrctlStatus, idleDriveHasNoJobs) {
   SimulatedSystem system;
   system.play("file \"a\" 4KB\nat 60s end\n");
   EXPECT_THAT(system.runBrctl({"status"}).output, Not(HasSubstr("Under")));
 }
 
-TEST(BrctlQuota, TellsTheBytesThatAreLeft) {
+TEST(BrctlQuota, remainingBytesArePrinted) {
   SimulatedSystem system;
   system.play("quota 48318382080\nat 60s end\n");
   const Finished quota = system.runBrctl({"quota"});
@@ -81,7 +81,7 @@ TEST(BrctlQuota, TellsTheBytesThatAreLeft) {
   EXPECT_THAT(quota.error, IsEmpty());
 }
 
-TEST(BrctlFailure, WithoutBirdEveryCommandSaysSo) {
+TEST(BrctlFailure, everyCommandFailsWithoutBird) {
   const SimulatedSystem system;
   const std::vector<std::vector<std::string>> commands{
       {"monitor", "-i", "com.apple.CloudDocs"}, {"monitor", "-g", "-i"}, {"status"}, {"quota"}};
@@ -93,7 +93,7 @@ TEST(BrctlFailure, WithoutBirdEveryCommandSaysSo) {
   }
 }
 
-TEST(BrctlFailure, AnUnknownContainerIsRefused) {
+TEST(BrctlFailure, unknownContainerIsRefused) {
   SimulatedSystem system;
   system.play("at 60s end\n");
   const Finished finished = system.runBrctl({"monitor", "-i", "com.example.Other"});
@@ -101,7 +101,7 @@ TEST(BrctlFailure, AnUnknownContainerIsRefused) {
   EXPECT_THAT(finished.error, HasSubstr("brctl: no such container\n"));
 }
 
-TEST(BrctlUsage, ACommandLineThatMakesNoSenseIsAnswered) {
+TEST(BrctlUsage, invalidCommandLineShowsUsage) {
   const SimulatedSystem system;
   const std::vector<std::vector<std::string>> commands{
       {},
@@ -127,7 +127,7 @@ TEST(BrctlUsage, ACommandLineThatMakesNoSenseIsAnswered) {
   }
 }
 
-TEST(BrctlUsage, HelpIsNoError) {
+TEST(BrctlUsage, helpExitsWithZero) {
   const Finished help = SimulatedSystem().runBrctl({"help"});
   EXPECT_EQ(help.exitStatus, 0);
   EXPECT_THAT(help.output, StartsWith("usage: brctl monitor"));

@@ -31,7 +31,7 @@ std::size_t countOf(const std::string& text, const std::string& part) {
   return count;
 }
 
-TEST(BrctlMonitor, ListsEveryKindOfItemInColourOnATerminal) {
+TEST(BrctlMonitor, itemsAreColouredOnTerminal) {
   SimulatedSystem system;
   system.play(everyState);
   Tool monitor = system.brctl(itemMonitor, Channel::terminal());
@@ -45,7 +45,7 @@ TEST(BrctlMonitor, ListsEveryKindOfItemInColourOnATerminal) {
                               "broken.txt ☁ \x1b[1;31mUpload Error 28\x1b[0m\r\n"));
 }
 
-TEST(BrctlMonitor, ListsEveryKindOfItemPlainlyOnAPipe) {
+TEST(BrctlMonitor, itemsArePlainOnPipe) {
   SimulatedSystem system;
   system.play(everyState);
   Tool monitor = system.brctl(itemMonitor, Channel::pipe());
@@ -61,7 +61,7 @@ TEST(BrctlMonitor, ListsEveryKindOfItemPlainlyOnAPipe) {
   EXPECT_THAT(text, Not(HasSubstr("\r")));
 }
 
-TEST(BrctlMonitor, ShowsTransfersWithAndWithoutPercentages) {
+TEST(BrctlMonitor, transfersAreShownWithAndWithoutPercentages) {
   SimulatedSystem system;
   system.play("file \"up.txt\" 4KB\n"
               "file \"down.mov\" 800KB remote\n"
@@ -84,7 +84,7 @@ TEST(BrctlMonitor, ShowsTransfersWithAndWithoutPercentages) {
     EXPECT_THAT(text, HasSubstr("\x1b[1m o \x1b[0m" + prefix + name + " ☁\r\n"));
 }
 
-TEST(BrctlMonitor, ShowsTheProgressObjectsOfGlobalTransfersWhole) {
+TEST(BrctlMonitor, globalTransfersAreShownAsProgressObjects) {
   SimulatedSystem system;
   system.play("at 0s global 4096 over 400ms every 100ms\n"
               "at 500ms print global \"that was all\\n\"\n"
@@ -100,7 +100,7 @@ TEST(BrctlMonitor, ShowsTheProgressObjectsOfGlobalTransfersWhole) {
   EXPECT_EQ(countOf(text, "<NSProgress: 0x"), 5u);
 }
 
-TEST(BrctlMonitor, ShowsAGlobalMonitorThatComesLateWhatIsUnderWay) {
+TEST(BrctlMonitor, lateGlobalMonitorShowsRunningTransfers) {
   SimulatedSystem system;
   system.play("at 0s global 4096 over 60s every 30s\nat 60s end\n", "quota");
   system.runBrctl({"quota"});
@@ -109,7 +109,7 @@ TEST(BrctlMonitor, ShowsAGlobalMonitorThatComesLateWhatIsUnderWay) {
   EXPECT_THAT(monitor.output().readUntil("of 4096"), HasSubstr("Completed: 0 of 4096"));
 }
 
-TEST(BrctlMonitor, PassesPrintedBytesOnAsTheyAre) {
+TEST(BrctlMonitor, printedBytesAreUnchanged) {
   SimulatedSystem system;
   system.play("at 0s print items \"\\xff\\x00half a line\"\nat 1s end\n");
   Tool monitor = system.brctl(itemMonitor, Channel::terminal());
@@ -117,7 +117,7 @@ TEST(BrctlMonitor, PassesPrintedBytesOnAsTheyAre) {
   EXPECT_THAT(text, HasSubstr(std::string("\xff\0half", 6)));
 }
 
-TEST(BrctlMonitor, ReplaysACapture) {
+TEST(BrctlMonitor, captureIsReplayed) {
   const TemporaryFolder folder;
   const auto capture = folder.write("capture.txt", " o /com~apple~CloudDocs/old ↑ 5%\nthe end\n");
   SimulatedSystem system;
@@ -127,7 +127,7 @@ TEST(BrctlMonitor, ReplaysACapture) {
               HasSubstr(" o /com~apple~CloudDocs/old ↑ 5%\r\n"));
 }
 
-TEST(BrctlMonitor, EndsWhenItsTerminalGoesAway) {
+TEST(BrctlMonitor, closedTerminalEndsMonitor) {
   SimulatedSystem system;
   system.play("at 60s end\n");
   Tool monitor = system.brctl(itemMonitor, Channel::terminal());
@@ -138,7 +138,7 @@ TEST(BrctlMonitor, EndsWhenItsTerminalGoesAway) {
   EXPECT_EQ(WEXITSTATUS(status), EX_IOERR);
 }
 
-TEST(BrctlMonitor, EndsWhenItsPipeGoesAway) {
+TEST(BrctlMonitor, closedPipeEndsMonitor) {
   SimulatedSystem system;
   system.play("at 60s end\n");
   Tool monitor = system.brctl(itemMonitor, Channel::pipe());
@@ -149,7 +149,7 @@ TEST(BrctlMonitor, EndsWhenItsPipeGoesAway) {
   EXPECT_EQ(WEXITSTATUS(status), EX_IOERR);
 }
 
-TEST(BrctlMonitor, EndsWithAMessageWhenBirdGoes) {
+TEST(BrctlMonitor, lostConnectionEndsMonitorWithMessage) {
   for (const auto& arguments : {itemMonitor, globalMonitor}) {
     SimulatedSystem system;
     system.play("at 60s end\n", "items,global");
@@ -164,7 +164,7 @@ TEST(BrctlMonitor, EndsWithAMessageWhenBirdGoes) {
   }
 }
 
-TEST(BrctlMonitor, IsKilledByAStoryThatSaysSo) {
+TEST(BrctlMonitor, killStepKillsOnlyNamedMonitor) {
   SimulatedSystem system;
   system.play("at 0s kill item-monitor\nat 1s end\n", "items,global");
   Tool items = system.brctl(itemMonitor, Channel::terminal());
@@ -176,7 +176,7 @@ TEST(BrctlMonitor, IsKilledByAStoryThatSaysSo) {
   EXPECT_FALSE(isReadableWithin(global.process().exitDescriptor(), std::chrono::seconds(0)));
 }
 
-TEST(BrctlMonitor, AReaderThatIsSlowHoldsNobodyElseUpAndLosesNothing) {
+TEST(BrctlMonitor, slowReaderBlocksNobodyAndLosesNothing) {
   SimulatedSystem system;
   system.play("files 20000 \"Folder/A file with a name of some length {n}.txt\" 0B\n"
               "at 60s end\n");

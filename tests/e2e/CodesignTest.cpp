@@ -51,7 +51,7 @@ protected:
   fs::path bundle_ = folder_.path() / "A Greeter.app";
 };
 
-TEST_F(Codesign, SaysNothingOfASealThatHolds) {
+TEST_F(Codesign, validSignatureIsSilent) {
   sign();
   const Finished verified = verify(bundle_);
   EXPECT_EQ(verified.exitStatus, 0);
@@ -61,64 +61,64 @@ TEST_F(Codesign, SaysNothingOfASealThatHolds) {
                                                   ": satisfies its Designated Requirement\n");
 }
 
-TEST_F(Codesign, ASealHoldsWhereverTheBundleIs) {
+TEST_F(Codesign, signatureSurvivesMovingBundle) {
   sign();
   const fs::path installed = system_.sandbox().root().applications() / "Greeter.app";
   fs::copy(bundle_, installed, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
   EXPECT_EQ(verify("/Applications/Greeter.app").exitStatus, 0);
 }
 
-TEST_F(Codesign, FindsAFileThatWasChanged) {
+TEST_F(Codesign, changedFileIsFound) {
   sign();
   writeFile(in("Resources/Été.txt"), "winter\n");
   expectBroken("file modified", "Resources/Été.txt");
 }
 
-TEST_F(Codesign, FindsAProgramThatWasChanged) {
+TEST_F(Codesign, changedExecutableIsFound) {
   sign();
   writeFile(in("MacOS/Greeter"), "#!/bin/sh\nexit 1\n");
   expectBroken("file modified", "MacOS/Greeter");
 }
 
-TEST_F(Codesign, FindsAFileThatWasAdded) {
+TEST_F(Codesign, addedFileIsFound) {
   sign();
   writeFile(in("_CodeSignature/more"), "");
   expectBroken("file added", "_CodeSignature/more");
 }
 
-TEST_F(Codesign, FindsAFileThatIsMissing) {
+TEST_F(Codesign, missingFileIsFound) {
   sign();
   fs::remove(in("Resources/current"));
   expectBroken("file missing", "Resources/current");
 }
 
-TEST_F(Codesign, FindsAProgramThatCanNoLongerBeRun) {
+TEST_F(Codesign, lostExecutePermissionIsFound) {
   sign();
   fs::permissions(in("MacOS/Greeter"), fs::perms(0644));
   expectBroken("file modified", "MacOS/Greeter");
 }
 
-TEST_F(Codesign, FindsALinkThatLeadsElsewhere) {
+TEST_F(Codesign, changedLinkTargetIsFound) {
   sign();
   fs::remove(in("Resources/current"));
   fs::create_symlink("../Info.plist", in("Resources/current"));
   expectBroken("file modified", "Resources/current");
 }
 
-TEST_F(Codesign, FindsAFileThatBecameAPipe) {
+TEST_F(Codesign, fileReplacedByPipeIsFound) {
   sign();
   fs::remove(in("Resources/Été.txt"));
   ASSERT_EQ(mkfifo(in("Resources/Été.txt").c_str(), 0600), 0);
   expectBroken("file modified", "Resources/Été.txt");
 }
 
-TEST_F(Codesign, FindsWhatLiesBesideTheContents) {
+TEST_F(Codesign, fileBesideContentsIsFound) {
   sign();
   writeFile(bundle_ / "more", "");
   expectInvalid("unsealed contents present in the bundle root", bundle_);
 }
 
-TEST_F(Codesign, FindsASealThatWasTamperedWith) {
+TEST_F(Codesign, tamperedSignatureIsFound) {
   sign();
   const std::string seal = contentsOf(in("_CodeSignature/CodeResources"));
   std::string other = seal;
@@ -129,17 +129,17 @@ TEST_F(Codesign, FindsASealThatWasTamperedWith) {
   }
 }
 
-TEST_F(Codesign, SaysWhatIsNotSigned) {
+TEST_F(Codesign, unsignedPathIsReported) {
   expectInvalid("code object is not signed at all", bundle_);
   expectInvalid("code object is not signed at all", folder_.write("file", ""));
 }
 
-TEST_F(Codesign, SaysWhatIsMissingOrNoBundle) {
+TEST_F(Codesign, missingPathAndNonBundleAreReported) {
   expectInvalid("No such file or directory", folder_.path() / "None.app");
   expectInvalid("bundle format unrecognized, invalid, or unsuitable", folder_.path());
 }
 
-TEST_F(Codesign, StrictlyTakesNoLinkForABundle) {
+TEST_F(Codesign, strictVerificationRefusesLinkedBundle) {
   sign();
   const fs::path link = folder_.path() / "Link.app";
   fs::create_directory_symlink(bundle_, link);
@@ -148,7 +148,7 @@ TEST_F(Codesign, StrictlyTakesNoLinkForABundle) {
   EXPECT_EQ(codesign({"--verify", link}).exitStatus, 0);
 }
 
-TEST_F(Codesign, StrictlyFindsLinksThatLeadOutside) {
+TEST_F(Codesign, strictVerificationRefusesLinksLeadingOutside) {
   fs::create_symlink("../..", in("Resources/inside"));
   for (const std::string target :
        {"/etc/hosts", "../../../file", "../Resources/../../..", "inside/..", "current"}) {
@@ -160,7 +160,7 @@ TEST_F(Codesign, StrictlyFindsLinksThatLeadOutside) {
   }
 }
 
-TEST_F(Codesign, ShowsASeal) {
+TEST_F(Codesign, displayShowsSignature) {
   sign();
   const Finished shown = codesign({"-dv", bundle_});
   EXPECT_EQ(shown.exitStatus, 0);
@@ -172,20 +172,20 @@ TEST_F(Codesign, ShowsASeal) {
   EXPECT_THAT(codesign({"-dvv", bundle_}).error, HasSubstr("\nAuthority=" + maker + "\n"));
 }
 
-TEST_F(Codesign, ShowsThatASealIsNobodys) {
+TEST_F(Codesign, displayShowsAdHocSignature) {
   sign("-");
   EXPECT_EQ(verify(bundle_).exitStatus, 0);
   EXPECT_THAT(codesign({"-dv", bundle_}).error,
               HasSubstr("\nSignature=adhoc\nTeamIdentifier=not set\n"));
 }
 
-TEST_F(Codesign, ShowsNothingOfWhatIsNotSigned) {
+TEST_F(Codesign, displayRefusesUnsignedBundle) {
   const Finished shown = codesign({"-dv", bundle_});
   EXPECT_EQ(shown.exitStatus, 1);
   EXPECT_EQ(shown.error, bundle_.string() + ": code object is not signed at all\n");
 }
 
-TEST_F(Codesign, SealsAnewOnlyWhenForced) {
+TEST_F(Codesign, resigningNeedsForce) {
   sign();
   const Finished again = codesign({"--sign", "-", bundle_});
   EXPECT_EQ(again.exitStatus, 1);
@@ -197,7 +197,7 @@ TEST_F(Codesign, SealsAnewOnlyWhenForced) {
   EXPECT_EQ(verify(bundle_).exitStatus, 0);
 }
 
-TEST_F(Codesign, SealsForNobodyUnknown) {
+TEST_F(Codesign, unknownIdentityIsRefused) {
   for (const std::string identity : {"Somebody", "Somebody (SHORT)", "Somebody (lower45678)"}) {
     const Finished signing = codesign({"-s", identity, bundle_});
     EXPECT_EQ(signing.exitStatus, 1);
@@ -205,14 +205,14 @@ TEST_F(Codesign, SealsForNobodyUnknown) {
   }
 }
 
-TEST_F(Codesign, SaysThatASealCannotBeWritten) {
+TEST_F(Codesign, unwritableSignatureIsReported) {
   writeFile(in("_CodeSignature"), "in the way");
   const Finished signing = codesign({"-s", maker, bundle_});
   EXPECT_EQ(signing.exitStatus, 1);
   EXPECT_THAT(signing.error, testing::StartsWith(bundle_.string() + ": "));
 }
 
-TEST_F(Codesign, AnswersACommandLineThatMakesNoSense) {
+TEST_F(Codesign, invalidCommandLineShowsUsage) {
   const std::vector<std::vector<std::string>> commands{
       {}, {"--verify"}, {"x"}, {"-s"}, {"-z", "x"}, {"--dance", "x"}, {"--verify", "-d", "x"}};
   for (const auto& command : commands) {

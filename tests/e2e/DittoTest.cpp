@@ -44,7 +44,7 @@ protected:
   SimulatedSystem system_;
 };
 
-TEST_F(Ditto, PacksABundleAndUnpacksItAsItWas) {
+TEST_F(Ditto, packedBundleUnpacksUnchanged) {
   makeBundle(in("Greeter.app"));
   fs::create_directory(in("Greeter.app/Contents/Empty"));
   expectSuccess({"-c", "-k", "--keepParent", in("Greeter.app"), in("Greeter.zip")});
@@ -52,14 +52,14 @@ TEST_F(Ditto, PacksABundleAndUnpacksItAsItWas) {
   EXPECT_EQ(described(in("a/new folder/Greeter.app")), described(in("Greeter.app")));
 }
 
-TEST_F(Ditto, PacksWhatIsInAFolderWithoutItsName) {
+TEST_F(Ditto, folderIsPackedWithoutItsName) {
   makeBundle(in("Greeter.app"));
   expectSuccess({"-ck", in("Greeter.app"), in("Greeter.zip")});
   expectSuccess({"-x", "-k", in("Greeter.zip"), in("out")});
   EXPECT_EQ(described(in("out/Contents")), described(in("Greeter.app/Contents")));
 }
 
-TEST_F(Ditto, UnpacksIntoAFolderThatIsThere) {
+TEST_F(Ditto, unpackingMergesIntoExistingFolder) {
   writeZip(in("a.zip"), {{"new", "new"}, {"old", "changed"}});
   fs::create_directory(in("out"));
   folder_.write("out/old", "old");
@@ -69,7 +69,7 @@ TEST_F(Ditto, UnpacksIntoAFolderThatIsThere) {
             "newchangedkept");
 }
 
-TEST_F(Ditto, KeepsTimesAndModesOfAnArchiveButGivesNobodyPrivileges) {
+TEST_F(Ditto, unpackingKeepsTimesAndModesButDropsSetuid) {
   writeZip(in("a.zip"), {{"folder/", "", 040750}, {"folder/tool", "x", 0106755}});
   expectSuccess({"-xk", in("a.zip"), in("out")});
   struct stat status {};
@@ -79,7 +79,7 @@ TEST_F(Ditto, KeepsTimesAndModesOfAnArchiveButGivesNobodyPrivileges) {
   EXPECT_EQ(fs::status(in("out/folder")).permissions(), fs::perms(0750));
 }
 
-TEST_F(Ditto, UnpacksNothingOutsideTheFolder) {
+TEST_F(Ditto, unpackingStaysInsideFolder) {
   const std::string outside = in("outside");
   const std::vector<std::vector<TestEntry>> archives{
       {{"../outside", "evil"}},
@@ -96,14 +96,14 @@ TEST_F(Ditto, UnpacksNothingOutsideTheFolder) {
   }
 }
 
-TEST_F(Ditto, ReplacesALinkOfTheArchiveInsteadOfWritingThroughIt) {
+TEST_F(Ditto, unpackingReplacesLinkOfArchive) {
   folder_.write("outside", "mine");
   writeZip(in("evil.zip"), {{"link", in("outside"), 0120777}, {"link", "evil"}});
   ditto({"-xk", in("evil.zip"), in("out")});
   EXPECT_EQ(contentsOf(in("outside")), "mine");
 }
 
-TEST_F(Ditto, RefusesWhatIsNoArchive) {
+TEST_F(Ditto, fileThatIsNoArchiveIsRefused) {
   makeBundle(in("Greeter.app"));
   expectSuccess({"-ck", in("Greeter.app"), in("whole.zip")});
   const std::string whole = contentsOf(in("whole.zip"));
@@ -117,7 +117,7 @@ TEST_F(Ditto, RefusesWhatIsNoArchive) {
   }
 }
 
-TEST_F(Ditto, RefusesAnArchiveWithDamagedContents) {
+TEST_F(Ditto, damagedArchiveIsRefused) {
   writeZip(in("a.zip"), {{"text", std::string(1000, 'x') + "secret"}});
   std::string bytes = contentsOf(in("a.zip"));
   const auto contents = bytes.find("text") + 40;
@@ -126,11 +126,11 @@ TEST_F(Ditto, RefusesAnArchiveWithDamagedContents) {
   expectFailure({"-xk", archive, in("out")}, "text: ");
 }
 
-TEST_F(Ditto, RefusesAnArchiveThatIsMissing) {
+TEST_F(Ditto, missingArchiveIsReported) {
   expectFailure({"-xk", in("none.zip"), in("out")}, "none.zip: No such file or directory\n");
 }
 
-TEST_F(Ditto, LeavesNothingOfAnArchiveThatCannotBeMade) {
+TEST_F(Ditto, failedPackingLeavesNoArchive) {
   fs::create_directory(in("source"));
   ASSERT_EQ(mkfifo(in("source/pipe").c_str(), 0600), 0);
   expectFailure({"-ck", in("source"), in("a.zip")}, "source/pipe: neither a file");
@@ -139,7 +139,7 @@ TEST_F(Ditto, LeavesNothingOfAnArchiveThatCannotBeMade) {
   EXPECT_EQ(std::distance(fs::directory_iterator(folder_.path()), {}), 1);
 }
 
-TEST_F(Ditto, CopiesATreeWithItsMetadata) {
+TEST_F(Ditto, copyKeepsMetadata) {
   makeBundle(in("Greeter.app"));
   const std::vector<std::string> timed{"Contents/Resources/Été.txt", "Contents/Resources/current",
                                        "Contents"};
@@ -165,7 +165,7 @@ TEST_F(Ditto, CopiesATreeWithItsMetadata) {
   EXPECT_TRUE(!keepsAttributes || getxattr(copy.c_str(), "user.a", &value, 1) == 1);
 }
 
-TEST_F(Ditto, MergesATreeIntoAFolderThatIsThere) {
+TEST_F(Ditto, copyMergesIntoExistingFolder) {
   for (const char* const name : {"from", "from/sub", "to", "to/sub"})
     fs::create_directory(in(name));
   folder_.write("from/sub/new", "new");
@@ -178,7 +178,7 @@ TEST_F(Ditto, MergesATreeIntoAFolderThatIsThere) {
             "newchangedkept");
 }
 
-TEST_F(Ditto, CopiesAFileUnderANameOrIntoAFolder) {
+TEST_F(Ditto, fileIsCopiedToNameOrIntoFolder) {
   folder_.write("file", "text");
   fs::create_directory(in("folder"));
   expectSuccess({in("file"), in("copy")});
@@ -186,7 +186,7 @@ TEST_F(Ditto, CopiesAFileUnderANameOrIntoAFolder) {
   EXPECT_EQ(contentsOf(in("copy")) + contentsOf(in("folder/file")), "texttext");
 }
 
-TEST_F(Ditto, DoesNotWriteThroughALinkThatIsThere) {
+TEST_F(Ditto, copyReplacesExistingLink) {
   folder_.write("outside", "mine");
   fs::create_directory(in("from"));
   folder_.write("from/name", "theirs");
@@ -196,7 +196,7 @@ TEST_F(Ditto, DoesNotWriteThroughALinkThatIsThere) {
   EXPECT_EQ(contentsOf(in("outside")) + contentsOf(in("to/name")), "minetheirs");
 }
 
-TEST_F(Ditto, SaysWhatCannotBeCopied) {
+TEST_F(Ditto, failedCopyIsReported) {
   fs::create_directories(in("from/name"));
   folder_.write("file", "text");
   expectFailure({in("none"), in("to")},
@@ -208,7 +208,7 @@ TEST_F(Ditto, SaysWhatCannotBeCopied) {
   expectFailure({in("from"), in("to")}, "to/name: Not a directory\n");
 }
 
-TEST_F(Ditto, SaysThatATargetCannotBeWritten) {
+TEST_F(Ditto, unwritableTargetIsReported) {
   makeBundle(in("Greeter.app"));
   fs::permissions(root().applications(), fs::perms(0555));
   const Finished ran =
@@ -218,7 +218,7 @@ TEST_F(Ditto, SaysThatATargetCannotBeWritten) {
   EXPECT_TRUE(fs::is_empty(root().applications()));
 }
 
-TEST_F(Ditto, AnswersACommandLineThatMakesNoSense) {
+TEST_F(Ditto, invalidCommandLineShowsUsage) {
   const std::vector<std::vector<std::string>> commands{
       {}, {"a"}, {"a", "b", "c"}, {"-x", "a", "b"}, {"-xck", "a", "b"}, {"-z", "a", "b"}};
   for (const auto& command : commands)

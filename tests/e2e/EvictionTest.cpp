@@ -60,7 +60,13 @@ protected:
   SimulatedSystem system_;
 };
 
-TEST_F(Eviction, GivesTheBlocksBackAndKeepsNameSizeAndTimes) {
+/// The files that `brctl download` brings back.
+class Download : public Eviction {};
+
+/// What is left of client operations when the daemon is started again.
+class Restart : public Eviction {};
+
+TEST_F(Eviction, evictionFreesBlocksAndKeepsSizeAndTimes) {
   system_.play("file \"Films/a.mov\" 5123456B\nfile \"empty\" 0B\nat 10m end\n");
   const auto film = inDrive("Films/a.mov");
   const std::array<timespec, 2> times{{{1'000'000'000, 0}, {1'200'000'000, 5}}};
@@ -74,7 +80,7 @@ TEST_F(Eviction, GivesTheBlocksBackAndKeepsNameSizeAndTimes) {
   EXPECT_EQ(statOf(film).st_mtim.tv_nsec, 5);
 }
 
-TEST_F(Eviction, IsShownByMonitorsAsThatOfAStory) {
+TEST_F(Eviction, monitorShowsClientAndScenarioEvictionsAlike) {
   system_.play("file \"mine\" 4KB\nfile \"its\" 4KB\n"
                "at 0s await monitors\nat 10ms evict \"its\"\nat 10m end\n",
                "");
@@ -88,7 +94,7 @@ TEST_F(Eviction, IsShownByMonitorsAsThatOfAStory) {
     EXPECT_THAT(text, HasSubstr(line + name + " ☁ \x1b[2mnot downloaded"));
 }
 
-TEST_F(Eviction, OfWhatIsOnlyInICloudIsDoneAlreadyAndNotShown) {
+TEST_F(Eviction, evictedFileNeedsNoEviction) {
   system_.play("file \"far\" 4KB remote\nat 10m end\n");
   Tool monitor = system_.brctl(itemMonitor, Channel::terminal());
   monitor.output().readUntil("watching for changes");
@@ -99,7 +105,7 @@ TEST_F(Eviction, OfWhatIsOnlyInICloudIsDoneAlreadyAndNotShown) {
   EXPECT_EQ(text.find("not downloaded"), text.rfind("not downloaded"));
 }
 
-TEST_F(Eviction, TakesPathsFromTheWorkingFolderAndThroughOtherNames) {
+TEST_F(Eviction, pathsMayBeRelativeOrThroughLinks) {
   system_.play("files 6 \"A/B/{n}\" 4KB\nat 10m end\n");
   const TemporaryFolder elsewhere;
   fs::create_directory_symlink(system_.sandbox().drive(), elsewhere.path() / "drive");
@@ -113,7 +119,7 @@ TEST_F(Eviction, TakesPathsFromTheWorkingFolderAndThroughOtherNames) {
   expectContentsHere(inDrive("A/B/6"), 4000);
 }
 
-TEST_F(Eviction, IsRefusedForWhatCannotBeEvicted) {
+TEST_F(Eviction, refusalNamesReason) {
   system_.play("folder \"Folder\"\n"
                "file \"here\" 4KB\nfile \"doomed\" 4KB\nfile \"broken\" 4KB\nfile \"sent\" 4KB\n"
                "file \"locked\" 4KB\nfile \"coming\" 4KB remote\n"
@@ -152,7 +158,7 @@ TEST_F(Eviction, IsRefusedForWhatCannotBeEvicted) {
   EXPECT_EQ(contentsOf(inDrive("by hand")), "text");
 }
 
-TEST_F(Eviction, LeavesAFileAloneThatWasChangedByHand) {
+TEST_F(Eviction, manuallyChangedFileIsLeftAlone) {
   system_.play("files 3 \"{n}\" 100KB\nat 10m end\n");
   expectDone(evict({inDrive("3")}));
   std::fstream(inDrive("1"), std::ios::in | std::ios::out).seekp(99'999).put('!');
@@ -166,7 +172,7 @@ TEST_F(Eviction, LeavesAFileAloneThatWasChangedByHand) {
   expectRefused("download", inDrive("3"), "still uploading");
 }
 
-TEST_F(Eviction, WaitsForNobodyWhoHasTheFileOpen) {
+TEST_F(Eviction, openFileIsRefused) {
   system_.play("file \"a\" 4KB\nat 10m end\n");
   const std::string before = contentsOf(inDrive("a"));
   {
@@ -177,7 +183,7 @@ TEST_F(Eviction, WaitsForNobodyWhoHasTheFileOpen) {
   expectDone(evict({inDrive("a")}));
 }
 
-TEST_F(Eviction, OneFailureLeavesTheOtherPathsAlone) {
+TEST_F(Eviction, oneFailureDoesNotAffectOtherPaths) {
   system_.play("files 3 \"{n}\" 4KB\nat 10m end\n");
   const Finished finished =
       evict({inDrive("1"), inDrive("none"), inDrive("2"), "/elsewhere", inDrive("3")});
@@ -188,13 +194,13 @@ TEST_F(Eviction, OneFailureLeavesTheOtherPathsAlone) {
     expectContentsGone(inDrive(name), 4000);
 }
 
-TEST_F(Eviction, WithoutBirdSaysSoForEveryPath) {
+TEST_F(Eviction, missingBirdIsReportedForEveryPath) {
   for (const char* const command : {"evict", "download"})
     EXPECT_EQ(run(command, {"/a", "b"}).error,
               "brctl: /a: bird is not running\nbrctl: b: bird is not running\n");
 }
 
-TEST_F(Eviction, SaysWhenBirdDiesInTheMiddle) {
+TEST_F(Eviction, lostBirdIsReported) {
   const fs::path folder = system_.sandbox().root().runFolder();
   fs::create_directories(folder);
   Descriptor listener = listenAt(folder, SystemRoot::birdSocket);
@@ -208,7 +214,7 @@ TEST_F(Eviction, SaysWhenBirdDiesInTheMiddle) {
                                         "brctl: /b: bird is not running\n");
 }
 
-TEST_F(Eviction, ADownloadBringsTheSameBytesBack) {
+TEST_F(Download, sameBytesAreRestored) {
   system_.play("file \"a\" 777777B\nfile \"b\" 777777B\nfile \"far\" 70001B remote\nat 10m end\n",
                "");
   const std::string before = contentsOf(inDrive("a"));
@@ -232,7 +238,7 @@ TEST_F(Eviction, ADownloadBringsTheSameBytesBack) {
   expectContentsGone(inDrive("a"), 777'777);
 }
 
-TEST_F(Eviction, ADownloadIsRefusedForWhatCannotBeFetched) {
+TEST_F(Download, refusalNamesReason) {
   system_.play("folder \"Folder\"\nfile \"locked\" 4KB remote\nlock \"locked\"\nat 10m end\n", "");
   std::ofstream(inDrive("by hand")) << "text";
   expectRefused("download", inDrive("Folder"), "is a folder");
@@ -242,7 +248,7 @@ TEST_F(Eviction, ADownloadIsRefusedForWhatCannotBeFetched) {
   expectDone(download({inDrive("by hand")}));
 }
 
-TEST_F(Eviction, ADownloadGoesOnAfterTheEndOfTheStory) {
+TEST_F(Download, downloadContinuesAfterScenarioEnds) {
   system_.play("file \"a\" 4KB remote\nat 0s quota 1\nat 300ms upload \"b\" 1KB over 60s\n"
                "at 400ms end\n",
                "");
@@ -253,7 +259,7 @@ TEST_F(Eviction, ADownloadGoesOnAfterTheEndOfTheStory) {
   expectContentsHere(inDrive("a"), 4000);
 }
 
-TEST_F(Eviction, ADownloadWhoseFileIsTakenAwayIsGivenUp) {
+TEST_F(Download, downloadOfDeletedFileFails) {
   system_.play("file \"a\" 90MB remote\nat 10m end\n", "");
   expectDone(download({inDrive("a")}));
   fs::remove(inDrive("a"));
@@ -262,7 +268,7 @@ TEST_F(Eviction, ADownloadWhoseFileIsTakenAwayIsGivenUp) {
   expectRefused("download", inDrive("a"), "no such file");
 }
 
-TEST_F(Eviction, WhatClientsDidIsStillSoAfterARestart) {
+TEST_F(Restart, clientOperationsSurviveRestart) {
   system_.playSupervised("files 4 \"{n}\" 300KB\nfile \"5\" 300KB remote\n"
                          "at 0s quota 1\n"
                          "at 100ms upload \"3\" over 100ms\n"
@@ -292,7 +298,7 @@ TEST_F(Eviction, WhatClientsDidIsStillSoAfterARestart) {
 }
 
 // What a daemon leaves that is killed between two steps of its work.
-TEST_F(Eviction, WorkThatWasBegunIsFinishedAfterARestart) {
+TEST_F(Restart, interruptedWorkIsFinished) {
   system_.play("files 3 \"{n}\" 300KB\nfile \"4\" 300KB remote\nat 10m end\n", "");
   const std::string before = contentsOf(inDrive("1"));
   if (!notedState(inDrive("1")))
@@ -340,7 +346,7 @@ std::string numbered(int number) {
   return "Many/" + std::string(4 - digits.size(), '0') + digits;
 }
 
-TEST_F(Eviction, AThousandFilesAreEvictedQuicklyAndTheJournalIsLeftAlone) {
+TEST_F(Eviction, thousandFilesAreEvictedQuickly) {
   system_.play("files 1000 \"Many/{n}\" 60KB\nat 10m end\n", "");
   std::vector<std::string> paths;
   for (int number = 1; number <= 1000; ++number)
@@ -356,7 +362,7 @@ TEST_F(Eviction, AThousandFilesAreEvictedQuicklyAndTheJournalIsLeftAlone) {
 }
 
 // However far it has come, every file is whole or evicted, and a second run does the rest.
-TEST_F(Eviction, LosesNothingWhenBirdIsKilledInTheMiddle) {
+TEST_F(Restart, killedBirdLosesNothing) {
   system_.play("files 1000 \"Many/{n}\" 60KB\nat 10m end\n", "");
   std::vector<std::string> paths{"evict"};
   std::vector<std::string> before{""};

@@ -11,7 +11,7 @@ Finished killall(const SimulatedSystem& system, std::vector<std::string> argumen
   return runToEnd({system.sandbox().root().killall(), std::move(arguments), {}});
 }
 
-TEST(Killall, EndsTheDaemonOfItsOwnSystemOnly) {
+TEST(Killall, onlyDaemonOfOwnSystemEnds) {
   SimulatedSystem system;
   SimulatedSystem other;
   system.play("at 60s end\n");
@@ -24,7 +24,7 @@ TEST(Killall, EndsTheDaemonOfItsOwnSystemOnly) {
   EXPECT_EQ(other.runBrctl({"quota"}).exitStatus, 0);
 }
 
-TEST(Killall, SaysThatThereIsNone) {
+TEST(Killall, missingProcessIsReported) {
   SimulatedSystem system;
   SimulatedSystem other;
   other.play("at 60s end\n");
@@ -35,7 +35,7 @@ TEST(Killall, SaysThatThereIsNone) {
   }
 }
 
-TEST(Killall, AnswersACommandLineThatMakesNoSense) {
+TEST(Killall, invalidCommandLineShowsUsage) {
   const SimulatedSystem system;
   for (const auto& command : std::vector<std::vector<std::string>>{{}, {"-9", "x"}, {"-9"}}) {
     const Finished killed = killall(system, command);

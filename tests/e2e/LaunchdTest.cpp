@@ -43,7 +43,7 @@ double secondsBefore(const std::string& told, std::size_t end) {
   return std::stod(told.substr(told.rfind('\n', end) + 1));
 }
 
-TEST_F(Launchd, AStalledTransferGoesOnWhenTheDaemonIsRestarted) {
+TEST_F(Launchd, restartEndsStall) {
   system_.playSupervised("file \"film\" 1MB remote\n"
                          "at 0s download \"film\" over 200ms stalled at 50% for 10m\n"
                          "at 20m end\n",
@@ -59,7 +59,7 @@ TEST_F(Launchd, AStalledTransferGoesOnWhenTheDaemonIsRestarted) {
   EXPECT_GE(status.st_blocks * 512, 1'000'000);
 }
 
-TEST_F(Launchd, WhatHappenedIsStillSoAfterEveryRestart) {
+TEST_F(Launchd, stateSurvivesEveryRestart) {
   system_.playSupervised("file \"here\" 10KB\nfile \"doomed\" 10KB\nquota 1\n"
                          "at 0s quota 5\n"
                          "at 0s evict \"here\"\n"
@@ -82,7 +82,7 @@ TEST_F(Launchd, WhatHappenedIsStillSoAfterEveryRestart) {
   }
 }
 
-TEST_F(Launchd, TheClockGoesOnWhileNoDaemonRuns) {
+TEST_F(Launchd, clockRunsWhileDaemonIsDown) {
   system_.playSupervised("at 0s quota 1\nat 900ms quota 2\nat 1200ms end\n", "");
   launchd().output().readUntil("quota 1\n");
   restartBird();
@@ -95,7 +95,7 @@ TEST_F(Launchd, TheClockGoesOnWhileNoDaemonRuns) {
   EXPECT_GT(secondsBefore(told, second), secondsBefore(told, first));
 }
 
-TEST_F(Launchd, AStoryThatHasNotBegunBeginsAfterTheRestart) {
+TEST_F(Launchd, scenarioMayBeginAfterRestart) {
   system_.playSupervised("at 0s end\n", "quota,status");
   EXPECT_EQ(system_.runBrctl({"quota"}).exitStatus, 0);
   restartBird();
@@ -104,7 +104,7 @@ TEST_F(Launchd, AStoryThatHasNotBegunBeginsAfterTheRestart) {
   launchd().output().readUntil(" end\n");
 }
 
-TEST_F(Launchd, AStoryThatAwaitsMonitorsStillAwaitsThem) {
+TEST_F(Launchd, awaitMonitorsSurvivesRestart) {
   system_.playSupervised("at 0s await monitors\nat 100ms end\n", "");
   launchd().output().readUntil("await monitors");
   restartBird();
@@ -113,7 +113,7 @@ TEST_F(Launchd, AStoryThatAwaitsMonitorsStillAwaitsThem) {
   EXPECT_THAT(launchd().output().readUntil(" end\n"), HasSubstr("\n0.1 end\n"));
 }
 
-TEST_F(Launchd, ADaemonThatIsKilledByItsStoryComesBack) {
+TEST_F(Launchd, daemonKilledByScenarioIsRestarted) {
   system_.playSupervised("at 0s quota 1\nat 10ms kill bird\nat 20ms quota 2\nat 30ms end\n", "");
   const std::string told = launchd().output().readUntil(" end\n");
   EXPECT_EQ(countOf(told, "kill bird\n"), 1u);
@@ -121,7 +121,7 @@ TEST_F(Launchd, ADaemonThatIsKilledByItsStoryComesBack) {
   EXPECT_THAT(system_.runBrctl({"quota"}).output, HasSubstr("2 bytes"));
 }
 
-TEST_F(Launchd, MonitorsLoseTheirConnection) {
+TEST_F(Launchd, restartDisconnectsMonitors) {
   system_.playSupervised("at 20m end\n");
   Tool monitor = system_.brctl(itemMonitor, Channel::terminal());
   monitor.output().readUntil("watching");
@@ -129,7 +129,7 @@ TEST_F(Launchd, MonitorsLoseTheirConnection) {
   EXPECT_THAT(monitor.output().readToEnd(), HasSubstr("the connection to bird was lost"));
 }
 
-TEST_F(Launchd, EndsTheDaemonWithItself) {
+TEST_F(Launchd, sigtermEndsDaemonToo) {
   system_.playSupervised("at 20m end\n");
   const int status = launchd().process().end(std::chrono::seconds(10));
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
@@ -137,20 +137,20 @@ TEST_F(Launchd, EndsTheDaemonWithItself) {
   EXPECT_FALSE(std::filesystem::exists(system_.sandbox().root().runFolder() / "bird.socket"));
 }
 
-TEST_F(Launchd, LeavesNoDaemonWhenItIsKilled) {
+TEST_F(Launchd, killedLaunchdLeavesNoDaemon) {
   system_.playSupervised("at 20m end\n");
   launchd().process().signal(SIGKILL);
   launchd().output().readToEnd();
 }
 
-TEST_F(Launchd, BeginsAnewWhenItIsStartedAgain) {
+TEST_F(Launchd, newLaunchdBeginsScenarioAnew) {
   system_.playSupervised("quota 1\nat 20m end\n", "");
   launchd().process().end(std::chrono::seconds(10));
   system_.playSupervised("quota 2\nat 20m end\n", "");
   EXPECT_THAT(system_.runBrctl({"quota"}).output, HasSubstr("2 bytes"));
 }
 
-TEST_F(Launchd, EndsWithADaemonThatCannotServeAtAll) {
+TEST_F(Launchd, failingDaemonEndsLaunchdWithItsStatus) {
   const TemporaryFolder folder;
   const auto scenario = folder.write("bad.scenario", "at 1s dance\n");
   const Finished ran = runToEnd(
@@ -160,7 +160,7 @@ TEST_F(Launchd, EndsWithADaemonThatCannotServeAtAll) {
   EXPECT_EQ(runToEnd({system_.sandbox().root().launchd(), {}, {}}).exitStatus, EX_USAGE);
 }
 
-TEST_F(Launchd, NoDaemonGoesOnWithoutAJournal) {
+TEST_F(Launchd, resumingWithoutValidJournalFails) {
   const TemporaryFolder folder;
   const auto scenario = folder.write("a.scenario", "at 1s end\n");
   const std::vector<std::string> arguments{"--home", folder.path(), "--scenario", scenario,

@@ -20,7 +20,7 @@ std::string problemOf(const std::string& text) {
   return "none";
 }
 
-TEST(Scenario, ReadsStageStoryAndExpectations) {
+TEST(Scenario, initialStateStepsAndExpectationsAreRead) {
   const Scenario scenario = parseScenario("title \"A \\\"title\\\"\" # with a comment\n"
                                           "stall-after 2.5s\n"
                                           "\n"
@@ -48,7 +48,7 @@ TEST(Scenario, ReadsStageStoryAndExpectations) {
   EXPECT_EQ(scenario.expectations[2].line, 9u);
 }
 
-TEST(Scenario, ReadsWhatThePersonDoes) {
+TEST(Scenario, userStepsAreRead) {
   const Scenario scenario = parseScenario("user awaits \"a line*\" # with a comment\n"
                                           "at 1s end\n"
                                           "user finds \"Launch *\" checked\n"
@@ -140,7 +140,7 @@ const std::vector<Mistake> mistakes{
     {"user reads minds", R"(expected "menu" at minds)"},
     {R"(user shot "a/b")", "part of a file's name"}};
 
-TEST(Scenario, AMistakeIsNamedWithFileAndLine) {
+TEST(Scenario, mistakeIsReportedWithFileAndLine) {
   for (const Mistake& mistake : mistakes) {
     SCOPED_TRACE(mistake.line);
     const std::string problem =
@@ -150,19 +150,19 @@ TEST(Scenario, AMistakeIsNamedWithFileAndLine) {
   }
 }
 
-TEST(Scenario, TimesGoForwards) {
+TEST(Scenario, stepsOutOfOrderAreRefused) {
   EXPECT_EQ(problemOf("at 2s no-jobs\nat 1s end\n"), "a.scenario:2: the times go forwards");
 }
 
-TEST(Scenario, TheStageComesBeforeTheStory) {
+TEST(Scenario, initialStateAfterFirstStepIsRefused) {
   EXPECT_THAT(problemOf("at 2s no-jobs\nquota 3\nat 3s end\n"), HasSubstr("a.scenario:2: what is"));
 }
 
-TEST(Scenario, NothingComesAfterTheEnd) {
+TEST(Scenario, stepAfterEndIsRefused) {
   EXPECT_THAT(problemOf("at 2s end\nat 3s no-jobs\n"), HasSubstr("a.scenario:2: nothing comes"));
 }
 
-TEST(Scenario, AStoryHasAnEnd) {
+TEST(Scenario, scenarioWithoutEndIsRefused) {
   EXPECT_THAT(problemOf("quota 3\nat 3s no-jobs\n"),
               HasSubstr("a.scenario:2: the story has no end"));
   EXPECT_THAT(problemOf(""), HasSubstr("a.scenario:0: the story has no end"));
@@ -177,22 +177,22 @@ std::vector<long> timesOf(const std::string& transfer) {
   return times;
 }
 
-TEST(Timeline, ATransferMovesInEqualStepsToItsEnd) {
+TEST(Timeline, transferReportsAtEqualIntervals) {
   EXPECT_THAT(timesOf("upload \"a\" 1KB over 1s every 400ms"),
               testing::ElementsAre(1000, 1000, 1400, 1800, 2000));
 }
 
-TEST(Timeline, AStallPutsOffWhatComesAfterIt) {
+TEST(Timeline, stallDelaysLaterReports) {
   EXPECT_THAT(timesOf("upload \"a\" 1KB over 1s every 400ms stalled at 50% for 10s"),
               testing::ElementsAre(1000, 1000, 1400, 1500, 1500, 11500, 11500, 11800, 12000));
 }
 
-TEST(Timeline, ACancelledTransferEndsWhereItIsCancelled) {
+TEST(Timeline, cancelledTransferEndsAtItsPercentage) {
   EXPECT_THAT(timesOf("download \"a\" 1KB over 1s every 400ms cancelled at 50%"),
               testing::ElementsAre(1000, 1000, 1400, 1500));
 }
 
-TEST(Timeline, AGlobalTransferIsOnlyCompleteAtItsEnd) {
+TEST(Timeline, globalTransferCompletesOnlyAtItsEnd) {
   const Scenario scenario =
       parseScenario("at 0s global 1000 over 1s every 300ms\nat 2s end\n", "a.scenario");
   std::vector<std::uint64_t> completed;

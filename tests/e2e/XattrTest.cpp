@@ -46,7 +46,7 @@ protected:
   std::string file_ = shown_ + "/Contents/Info.plist";
 };
 
-TEST_F(Xattr, SetsPrintsListsAndTakesAway) {
+TEST_F(Xattr, attributeIsSetPrintedListedAndRemoved) {
   expectSuccess({"-w", quarantine, "0081;x", file_});
   EXPECT_EQ(
       getxattr((bundle_ / "Contents/Info.plist").c_str(), "user.com.apple.quarantine", nullptr, 0),
@@ -58,7 +58,7 @@ TEST_F(Xattr, SetsPrintsListsAndTakesAway) {
   expectSuccess({"-l", file_});
 }
 
-TEST_F(Xattr, TakesAnAttributeAwayFromATree) {
+TEST_F(Xattr, recursiveRemovalCoversTree) {
   expectSuccess({"-rw", quarantine, "1", shown_});
   expectSuccess({"-p", quarantine, shown_ + "/Contents/Resources/Été.txt"}, "1\n");
   expectSuccess({"-d", quarantine, file_});
@@ -66,7 +66,7 @@ TEST_F(Xattr, TakesAnAttributeAwayFromATree) {
   expectSuccess({"-lr", shown_});
 }
 
-TEST_F(Xattr, FollowsNoLinkOutOfATree) {
+TEST_F(Xattr, recursionFollowsNoLink) {
   const TemporaryFolder folder;
   const std::string outside = folder.write("outside", "");
   expectSuccess({"-w", quarantine, "1", outside});
@@ -75,7 +75,7 @@ TEST_F(Xattr, FollowsNoLinkOutOfATree) {
   expectSuccess({"-p", quarantine, outside}, "1\n");
 }
 
-TEST_F(Xattr, SaysWhatIsMissing) {
+TEST_F(Xattr, missingAttributeAndPathAreReported) {
   expectFailure({"-d", quarantine, file_},
                 "xattr: " + file_ + ": No such xattr: " + quarantine + "\n");
   expectFailure({"-p", quarantine, file_},
@@ -85,13 +85,13 @@ TEST_F(Xattr, SaysWhatIsMissing) {
   expectFailure({"-w", "a", "b", "/Applications/none"}, none);
 }
 
-TEST_F(Xattr, GoesOnAfterAPathThatFails) {
+TEST_F(Xattr, failedPathDoesNotStopOthers) {
   expectSuccess({"-w", quarantine, "1", file_});
   EXPECT_EQ(xattr({"-d", quarantine, "/Applications/none", file_}).exitStatus, 1);
   expectSuccess({file_});
 }
 
-TEST_F(Xattr, AnswersACommandLineThatMakesNoSense) {
+TEST_F(Xattr, invalidCommandLineShowsUsage) {
   const std::vector<std::vector<std::string>> commands{
       {}, {"-d", "a"}, {"-w", "a", "b"}, {"-z", "a", "b"}, {"-pd", "a", "b"}, {"-l"}};
   for (const auto& command : commands) {
