@@ -1,25 +1,21 @@
+// Which tasks a turn of the event loop runs, and when the loop is woken up.
+
 #include "support/WaitingTasks.h"
 
 #include <utility>
 
 namespace driftmark {
 
-bool WaitingTasks::append(Task task) {
+WaitingTasks::WaitingTasks(std::function<void()> wake, std::function<void()> cancelWake)
+    : wake_(std::move(wake)), cancelWake_(std::move(cancelWake)) {}
+
+void WaitingTasks::append(Task task) {
   const std::lock_guard lock(mutex_);
   if (closed_)
-    return false;
+    return;
   tasks_.push_back(std::move(task));
-  return tasks_.size() == 1;
-}
-
-WaitingTasks::Next WaitingTasks::take() {
-  const std::lock_guard lock(mutex_);
-  if (tasks_.empty())
-    return {};
-  Next next{std::move(tasks_.front())};
-  tasks_.pop_front();
-  next.othersWait = !tasks_.empty();
-  return next;
+  if (!std::exchange(awake_, true))
+    wake_();
 }
 
 void WaitingTasks::close() {
@@ -29,7 +25,41 @@ void WaitingTasks::close() {
     closed_ = true;
     dropped.swap(tasks_);
   }
-  // What the tasks hold may come back here while it goes.
+  // Destroying what the tasks hold may use this object.
+}
+
+/// Returns how many tasks wait.
+std::size_t WaitingTasks::answerWakeup() {
+  const std::lock_guard lock(mutex_);
+  awake_ = false;
+  return tasks_.size();
+}
+
+/// Takes the first task out. The loop is woken up for those behind it, as it may run inside it.
+WaitingTasks::Task WaitingTasks::take() {
+  const std::lock_guard lock(mutex_);
+  if (tasks_.empty())
+    return {};
+  Task task = std::move(tasks_.front());
+  tasks_.pop_front();
+  if (!tasks_.empty() && !awake_) {
+    awake_ = true;
+    wake_();
+  } else if (tasks_.empty() && awake_ && cancelWake_) {
+    awake_ = false;
+    cancelWake_();
+  }
+  return task;
+}
+
+WaitingTasks::Turn::Turn(WaitingTasks& tasks)
+    : tasks_(tasks), number_(++tasks.turns_), remaining_(tasks.answerWakeup()) {}
+
+WaitingTasks::Task WaitingTasks::Turn::next() {
+  if (remaining_ == 0 || number_ != tasks_.turns_)
+    return {};
+  --remaining_;
+  return tasks_.take();
 }
 
 } // namespace driftmark

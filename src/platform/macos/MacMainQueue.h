@@ -8,9 +8,8 @@
 namespace driftmark {
 
 /// The main queue on the run loop of the main thread, in all its common modes: tasks run while a
-/// menu is open or something modal is shown, too. Each turn of the loop runs one task, so that
-/// events come in between, and so does each turn of a loop inside a task. Delays do not count the
-/// time that the machine sleeps. A repetition that comes too late skips the turns that it missed.
+/// menu is open or something modal is shown, too. Delays do not count the time that the machine
+/// sleeps. A repetition that comes too late skips the turns that it missed.
 class MacMainQueue final : public MainQueue {
 public:
   MacMainQueue();
@@ -21,8 +20,7 @@ public:
   std::unique_ptr<Timer> repeat(Seconds interval, Seconds tolerance, Task task) override;
 
 private:
-  void wake();
-  void runNext();
+  void runTurn();
 
   CFRunLoopSourceRef source_;
   NSMutableSet<NSTimer*>* const delayed_ = [[NSMutableSet alloc] init]; ///< main thread only

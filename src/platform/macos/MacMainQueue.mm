@@ -38,10 +38,14 @@ private:
 
 } // namespace
 
-MacMainQueue::MacMainQueue() {
+MacMainQueue::MacMainQueue()
+    : tasks_([this] {
+        CFRunLoopSourceSignal(source_);
+        CFRunLoopWakeUp(CFRunLoopGetMain());
+      }) {
   CFRunLoopSourceContext context{};
   context.info = this;
-  context.perform = [](void* queue) { static_cast<MacMainQueue*>(queue)->runNext(); };
+  context.perform = [](void* queue) { static_cast<MacMainQueue*>(queue)->runTurn(); };
   source_ = CFRunLoopSourceCreate(kCFAllocatorDefault, 0, &context);
   CFRunLoopAddSource(CFRunLoopGetMain(), source_, kCFRunLoopCommonModes);
 }
@@ -61,24 +65,18 @@ MacMainQueue::~MacMainQueue() {
 }
 
 void MacMainQueue::async(Task task) {
-  if (tasks_.append(std::move(task)))
-    wake();
+  tasks_.append(std::move(task));
 }
 
-void MacMainQueue::wake() {
-  CFRunLoopSourceSignal(source_);
-  CFRunLoopWakeUp(CFRunLoopGetMain());
-}
-
-/// The loop is told of the tasks behind before the task runs, as a loop inside it may go on with
-/// them.
-void MacMainQueue::runNext() {
-  WaitingTasks::Next next = tasks_.take();
-  if (next.othersWait)
-    wake();
-  @autoreleasepool {
-    if (next.task)
-      noThrow(std::exchange(next.task, nullptr));
+void MacMainQueue::runTurn() {
+  WaitingTasks::Turn turn(tasks_);
+  for (bool over = false; !over;) {
+    @autoreleasepool {
+      const Task task = turn.next();
+      if (task)
+        noThrow(task);
+      over = !task;
+    }
   }
 }
 

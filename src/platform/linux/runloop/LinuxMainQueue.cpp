@@ -1,4 +1,8 @@
+// How tasks, delays and repetitions run on the Qt event loop.
+
 #include "platform/linux/runloop/LinuxMainQueue.h"
+
+#include "support/Weakly.h"
 
 #include <algorithm>
 #include <chrono>
@@ -25,21 +29,18 @@ SteadyClock::duration ticks(Seconds duration) {
 /// The state of a repeating timer, kept alive by its timer and while its task runs.
 class LinuxMainQueue::Repetition : public std::enable_shared_from_this<Repetition> {
 public:
-  Repetition(TaskQueue& tasks, Seconds interval, Seconds tolerance, Task task)
-      : tasks_(tasks), interval_(std::max<SteadyClock::duration>(ticks(interval), shortest)),
+  Repetition(MainQueue& queue, Seconds interval, Seconds tolerance, Task task)
+      : queue_(queue), interval_(std::max<SteadyClock::duration>(ticks(interval), shortest)),
         tolerance_(ticks(tolerance)), task_(std::move(task)), due_(SteadyClock::now() + interval_),
-        timer_([this] { postTurn(); }) {
+        timer_([this] { appendTurn(); }) {
     timer_.arm(due_, tolerance_);
   }
 
 private:
   static constexpr std::chrono::milliseconds shortest{1};
 
-  void postTurn() {
-    tasks_.post([weak = weak_from_this()] {
-      if (const auto self = weak.lock())
-        self->runTurn();
-    });
+  void appendTurn() {
+    queue_.async(weakly(shared_from_this(), [](Repetition& self) { self.runTurn(); }));
   }
 
   void runTurn() {
@@ -48,7 +49,7 @@ private:
     task_();
   }
 
-  TaskQueue& tasks_;
+  MainQueue& queue_;
   const SteadyClock::duration interval_;
   const SteadyClock::duration tolerance_;
   const Task task_;
@@ -65,21 +66,34 @@ private:
   const std::shared_ptr<Repetition> repetition_;
 };
 
+LinuxMainQueue::LinuxMainQueue()
+    : notifier_(wakeup_.descriptor(), QSocketNotifier::Read),
+      tasks_([this] { wakeup_.wake(); }, [this] { wakeup_.clear(); }) {
+  QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [this] { runTurn(); });
+}
+
 LinuxMainQueue::~LinuxMainQueue() {
   tasks_.close();
-  // What a task holds may come back to this queue while it goes.
+  // Destroying what a task holds may use this queue.
   while (!delayed_.empty())
     std::list<DelayedTask>(std::move(delayed_)).clear();
 }
 
 void LinuxMainQueue::async(Task task) {
-  tasks_.post(std::move(task));
+  tasks_.append(std::move(task));
+}
+
+void LinuxMainQueue::runTurn() {
+  wakeup_.clear();
+  WaitingTasks::Turn turn(tasks_);
+  while (const Task task = turn.next())
+    task();
 }
 
 void LinuxMainQueue::after(Seconds delay, Task task) {
   const auto delayed = delayed_.insert(delayed_.end(), {std::move(task), nullptr});
   delayed->timer = std::make_unique<DeadlineTimer>(
-      [this, delayed] { tasks_.post([this, delayed] { runDelayed(delayed); }); });
+      [this, delayed] { async([this, delayed] { runDelayed(delayed); }); });
   delayed->timer->arm(SteadyClock::now() + ticks(delay));
 }
 
@@ -91,7 +105,7 @@ void LinuxMainQueue::runDelayed(std::list<DelayedTask>::iterator delayed) {
 
 std::unique_ptr<Timer> LinuxMainQueue::repeat(Seconds interval, Seconds tolerance, Task task) {
   return std::make_unique<RepeatingTimer>(
-      std::make_shared<Repetition>(tasks_, interval, tolerance, std::move(task)));
+      std::make_shared<Repetition>(*this, interval, tolerance, std::move(task)));
 }
 
 } // namespace driftmark

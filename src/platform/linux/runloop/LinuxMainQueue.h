@@ -1,10 +1,14 @@
 #pragma once
 
 #include "platform/linux/runloop/DeadlineTimer.h"
-#include "platform/linux/runloop/TaskQueue.h"
+#include "platform/posix/children/Wakeup.h"
 #include "ports/MainQueue.h"
+#include "support/WaitingTasks.h"
 
 #include <list>
+#include <memory>
+
+#include <QSocketNotifier>
 
 namespace driftmark {
 
@@ -14,7 +18,7 @@ namespace driftmark {
 class LinuxMainQueue final : public MainQueue {
 public:
   /// Throws std::system_error when the system has no descriptors left.
-  LinuxMainQueue() = default;
+  LinuxMainQueue();
   LinuxMainQueue(const LinuxMainQueue&) = delete;
   LinuxMainQueue& operator=(const LinuxMainQueue&) = delete;
   ~LinuxMainQueue() override;
@@ -33,9 +37,12 @@ private:
     std::unique_ptr<DeadlineTimer> timer;
   };
 
+  void runTurn();
   void runDelayed(std::list<DelayedTask>::iterator delayed);
 
-  TaskQueue tasks_;
+  Wakeup wakeup_;
+  QSocketNotifier notifier_;
+  WaitingTasks tasks_;
   std::list<DelayedTask> delayed_;
 };
 

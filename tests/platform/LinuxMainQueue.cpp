@@ -1,8 +1,7 @@
-// What the Qt queues do beyond the contracts of their ports.
+// What the main queue on Qt's event loop promises beyond the contract of its port.
 
 #include "EventLoop.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
-#include "platform/linux/runloop/TaskQueue.h"
 
 #include <chrono>
 #include <functional>
@@ -39,24 +38,24 @@ private:
   int count_ = 0;
 };
 
-TEST(TaskQueue, manyTasksTakeOneWakeup) {
-  TaskQueue queue;
+TEST(LinuxMainQueue, manyTasksTakeOneWakeup) {
+  LinuxMainQueue queue;
   const WakeupCounter counter;
   int ran = 0;
   for (int task = 0; task < 10'000; ++task)
-    queue.post([&] { ++ran; });
+    queue.async([&] { ++ran; });
   ASSERT_TRUE(runUntil([&] { return ran == 10'000; }));
   EXPECT_EQ(counter.count(), 1);
 }
 
-TEST(TaskQueue, tasksFromManyThreadsAllRun) {
-  TaskQueue queue;
+TEST(LinuxMainQueue, tasksFromManyThreadsAllRun) {
+  LinuxMainQueue queue;
   int ran = 0;
   std::vector<std::thread> threads;
   for (int thread = 0; thread < 4; ++thread)
     threads.emplace_back([&] {
       for (int task = 0; task < 5'000; ++task)
-        queue.post([&] { ++ran; });
+        queue.async([&] { ++ran; });
     });
   EXPECT_TRUE(runUntil([&] { return ran == 20'000; }));
   for (std::thread& thread : threads)
@@ -68,31 +67,31 @@ void runInside(const std::function<bool()>& done) {
   EXPECT_TRUE(runUntil(done));
 }
 
-TEST(TaskQueue, eventLoopInsideATaskGoesOnWithTheOthersInOrder) {
-  TaskQueue queue;
+TEST(LinuxMainQueue, eventLoopInsideTaskRunsTasksBehindItInOrder) {
+  LinuxMainQueue queue;
   std::string order;
-  queue.post([&] {
+  queue.async([&] {
     order += "1 ";
-    queue.post([&] { order += "4 "; });
+    queue.async([&] { order += "4 "; });
     runInside([&] { return order.ends_with("5 "); });
     order += "end ";
   });
-  queue.post([&] {
+  queue.async([&] {
     order += "2 ";
-    queue.post([&] { order += "5 "; });
+    queue.async([&] { order += "5 "; });
   });
-  queue.post([&] { order += "3 "; });
+  queue.async([&] { order += "3 "; });
   ASSERT_TRUE(runUntil([&] { return order.ends_with("end "); }));
   EXPECT_EQ(order, "1 2 3 4 5 end ");
 }
 
-TEST(TaskQueue, eventLoopInsideTheLastTaskHearsOfNewOnes) {
-  TaskQueue queue;
+TEST(LinuxMainQueue, eventLoopInsideLastTaskRunsNewOnes) {
+  LinuxMainQueue queue;
   bool ran = false;
   bool over = false;
   std::thread other;
-  queue.post([&] {
-    other = std::thread([&] { queue.post([&] { ran = true; }); });
+  queue.async([&] {
+    other = std::thread([&] { queue.async([&] { ran = true; }); });
     runInside([&] { return ran; });
     over = true;
   });
@@ -100,32 +99,32 @@ TEST(TaskQueue, eventLoopInsideTheLastTaskHearsOfNewOnes) {
   other.join();
 }
 
-TEST(TaskQueue, eventLoopsInsideEachOtherKeepTheOrder) {
-  TaskQueue queue;
+TEST(LinuxMainQueue, nestedEventLoopsKeepOrder) {
+  LinuxMainQueue queue;
   std::string order;
   for (const char* const name : {"a", "b", "c"})
-    queue.post([&order, name] {
+    queue.async([&order, name] {
       order += name;
       runInside([&] { return order.find('!') != std::string::npos; });
       order += name;
     });
-  queue.post([&] { order += "!"; });
+  queue.async([&] { order += "!"; });
   EXPECT_TRUE(runUntil([&] { return order.size() == 7; }));
   EXPECT_EQ(order, "abc!cba");
 }
 
-TEST(TaskQueue, queueSleepsWhenAllTasksHaveRun) {
-  TaskQueue queue;
+TEST(LinuxMainQueue, loopSleepsWhenAllTasksHaveRun) {
+  LinuxMainQueue queue;
   bool ran = false;
-  queue.post([&] { runFor(Seconds(0)); });
-  queue.post([&] { ran = true; });
+  queue.async([&] { runFor(Seconds(0)); });
+  queue.async([&] { ran = true; });
   ASSERT_TRUE(runUntil([&] { return ran; }));
   const WakeupCounter counter;
   runFor(Seconds(0.02));
   EXPECT_EQ(counter.count(), 0);
 }
 
-TEST(LinuxMainQueue, taskThatKeepsHandingOverItselfStarvesNothing) {
+TEST(LinuxMainQueue, taskThatAppendsItselfForeverStarvesNothing) {
   LinuxMainQueue queue;
   bool over = false;
   long rounds = 0;
@@ -146,7 +145,7 @@ TEST(LinuxMainQueue, taskThatKeepsHandingOverItselfStarvesNothing) {
   over = true;
 }
 
-TEST(LinuxMainQueue, manyDelaysAreNeverEarly) {
+TEST(LinuxMainQueue, manyDelayedTasksAreNeverEarly) {
   LinuxMainQueue queue;
   int ran = 0;
   int early = 0;
@@ -163,7 +162,7 @@ TEST(LinuxMainQueue, manyDelaysAreNeverEarly) {
   EXPECT_EQ(early, 0);
 }
 
-TEST(LinuxMainQueue, tolerantTimersAreNeverEarlyAndKeepTheirPace) {
+TEST(LinuxMainQueue, timersWithToleranceAreNeverEarlyAndKeepPace) {
   LinuxMainQueue queue;
   constexpr Seconds interval{0.05};
   const auto start = SteadyClock::now();
@@ -175,7 +174,7 @@ TEST(LinuxMainQueue, tolerantTimersAreNeverEarlyAndKeepTheirPace) {
     EXPECT_GE(moments[turn].count(), interval.count() * static_cast<double>(turn + 1));
 }
 
-TEST(LinuxMainQueue, lateTurnsAreNotMadeUpFor) {
+TEST(LinuxMainQueue, missedTurnsAreSkipped) {
   LinuxMainQueue queue;
   int turns = 0;
   const auto timer = queue.repeat(Seconds(0.01), Seconds(0), [&] {
@@ -190,7 +189,7 @@ TEST(LinuxMainQueue, lateTurnsAreNotMadeUpFor) {
   EXPECT_GE(SteadyClock::now() - start, std::chrono::milliseconds(65));
 }
 
-TEST(LinuxMainQueue, delaysBeyondTheTimersRangeDoNotComeEarly) {
+TEST(LinuxMainQueue, delaysBeyondTimerRangeAreNotEarly) {
   LinuxMainQueue queue;
   bool ran = false;
   for (const double delay : {3e6, 1e9, 1e300, std::numeric_limits<double>::infinity()})
@@ -200,7 +199,7 @@ TEST(LinuxMainQueue, delaysBeyondTheTimersRangeDoNotComeEarly) {
   EXPECT_FALSE(ran);
 }
 
-TEST(LinuxMainQueue, delaysThatAreNoneRunSoon) {
+TEST(LinuxMainQueue, negativeAndInvalidDelaysRunSoon) {
   LinuxMainQueue queue;
   int ran = 0;
   for (const double delay : {0.0, -5.0, std::numeric_limits<double>::quiet_NaN()})
@@ -208,7 +207,7 @@ TEST(LinuxMainQueue, delaysThatAreNoneRunSoon) {
   EXPECT_TRUE(runUntil([&] { return ran == 3; }));
 }
 
-/// Comes back to the queue when it is dropped, as an owner of timers and tasks may do.
+/// Uses the queue when it is destroyed, as an owner of timers and tasks may do.
 class Holder {
 public:
   explicit Holder(LinuxMainQueue& queue)
@@ -226,7 +225,7 @@ private:
   std::unique_ptr<Timer> timer_;
 };
 
-TEST(LinuxMainQueue, droppedTasksMayUseTheQueueWhileTheyGo) {
+TEST(LinuxMainQueue, droppedTasksMayUseQueue) {
   auto queue = std::make_unique<LinuxMainQueue>();
   queue->async([holder = std::make_shared<Holder>(*queue)] {});
   queue->after(Seconds(1), [holder = std::make_shared<Holder>(*queue)] {});
