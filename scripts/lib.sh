@@ -1,0 +1,21 @@
+# shellcheck shell=bash
+# What the scripts share. A script sources it and defines usage(), which prints its help.
+# shellcheck disable=SC2034 # used by those who source this
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+script=scripts/$(basename "$0")
+
+# Ends the script, as every wrong call does, with status 2.
+usage_error() {
+  echo "$script: $1; see --help" >&2
+  exit 2
+}
+
+fail() {
+  echo "$script: $1" >&2
+  exit 1
+}
+
+# Called with "$@" where an option needs a value.
+need_value() {
+  (($# >= 2)) || usage_error "$1 needs a value"
+}
