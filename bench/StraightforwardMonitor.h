@@ -1,7 +1,6 @@
 #pragma once
 
-#include "monitor/model/ActiveItem.h"
-#include "monitor/model/CompletedItem.h"
+#include "monitor/model/Items.h"
 #include "ports/Clock.h"
 #include "ports/SystemLog.h"
 

@@ -1,9 +1,10 @@
+// How a report of `brctl` is read.
+
 #include "monitor/Brctl.h"
 
 #include "ports/SystemLog.h"
-#include "support/TextScan.h"
-
-#include <utility>
+#include "support/Log.h"
+#include "support/Utf8.h"
 
 namespace driftmark {
 
@@ -11,11 +12,10 @@ ToolCommand brctl(std::vector<std::string> arguments) {
   return {"/usr/bin/brctl", std::move(arguments)};
 }
 
-std::optional<std::string> runReport(ToolRun& report, const std::string& name,
-                                     SystemLog& systemLog) {
-  auto outcome = report.run();
+std::optional<std::string> readReport(ToolRun& run, const std::string& name, SystemLog& systemLog) {
+  auto outcome = run.run();
   if (const auto* const error = std::get_if<LaunchError>(&outcome)) {
-    systemLog.log("Driftmark: brctl " + name + " failed: " + error->description);
+    log(systemLog, {"brctl ", name, " failed: ", error->description});
     return std::nullopt;
   }
   std::string& output = std::get<ToolResult>(outcome).output;

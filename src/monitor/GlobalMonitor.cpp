@@ -1,23 +1,17 @@
-// Reads the global feed, which knows the size of a transfer but neither its file nor its direction.
+// What a line of the global feed changes, and how long its transfers count. The feed reports the
+// size of a transfer, but neither its file nor its direction.
 
 #include "monitor/Patterns.h"
 #include "monitor/SyncMonitor.h"
 #include "ports/Text.h"
 #include "support/Fatal.h"
 #include "support/Numbers.h"
-#include "support/TextScan.h"
+#include "support/Utf8.h"
 #include "support/Weakly.h"
 
 #include <algorithm>
 
 namespace driftmark {
-
-namespace {
-
-// By then, what was last heard of when the check was scheduled has left the window.
-constexpr Seconds expiryMargin{0.5};
-
-} // namespace
 
 bool SyncMonitor::parseGlobal(std::string_view line) {
   if (!isUtf8(line))
@@ -38,12 +32,12 @@ bool SyncMonitor::parseGlobal(std::string_view line) {
     if (known != globalEvents_.end())
       globalEvents_.erase(known);
   } else {
-    const Date now = platform_.clock.now();
+    const Date now = ports_.clock.now();
     if (known != globalEvents_.end()) {
       known->date = now;
     } else {
       globalEvents_.push_back({*total, now});
-      log({"global transfer started (", platform_.text.byteCount(*total), ")"});
+      log({"global transfer started (", ports_.text.byteCount(*total), ")"});
     }
     scheduleGlobalExpiry();
     startPolling();
@@ -52,7 +46,7 @@ bool SyncMonitor::parseGlobal(std::string_view line) {
 }
 
 std::optional<GlobalActivity> SyncMonitor::globalActivity() const {
-  const Date cutoff = later(platform_.clock.now(), -globalWindow);
+  const Date cutoff = earlier(ports_.clock.now(), globalWindow);
   GlobalActivity activity;
   for (const GlobalEvent& event : globalEvents_) {
     if (event.date <= cutoff)
@@ -67,7 +61,7 @@ std::optional<GlobalActivity> SyncMonitor::globalActivity() const {
 }
 
 void SyncMonitor::pruneGlobalEvents() {
-  const Date cutoff = later(platform_.clock.now(), -globalWindow);
+  const Date cutoff = earlier(ports_.clock.now(), globalWindow);
   std::erase_if(globalEvents_, [&](const GlobalEvent& event) { return event.date <= cutoff; });
 }
 
@@ -75,14 +69,13 @@ void SyncMonitor::scheduleGlobalExpiry() {
   if (globalExpiryPending_)
     return;
   globalExpiryPending_ = true;
-  platform_.mainQueue.after(globalWindow + expiryMargin,
-                            weakly(shared_from_this(), [](SyncMonitor& self) {
-                              self.globalExpiryPending_ = false;
-                              self.pruneGlobalEvents();
-                              self.notify();
-                              if (!self.globalEvents_.empty())
-                                self.scheduleGlobalExpiry();
-                            }));
+  ports_.mainQueue.after(globalExpiryDelay, weakly(shared_from_this(), [](SyncMonitor& self) {
+                           self.globalExpiryPending_ = false;
+                           self.pruneGlobalEvents();
+                           self.notify();
+                           if (!self.globalEvents_.empty())
+                             self.scheduleGlobalExpiry();
+                         }));
 }
 
 } // namespace driftmark

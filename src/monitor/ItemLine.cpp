@@ -1,6 +1,6 @@
 #include "monitor/ItemLine.h"
 
-#include "support/TextScan.h"
+#include "support/Utf8.h"
 
 #include <algorithm>
 

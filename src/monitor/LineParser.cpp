@@ -5,8 +5,8 @@
 #include "monitor/SyncMonitor.h"
 #include "support/Numbers.h"
 #include "support/Paths.h"
-#include "support/TextCuts.h"
-#include "support/TextScan.h"
+#include "support/Strings.h"
+#include "support/Utf8.h"
 
 #include <algorithm>
 #include <utility>
@@ -22,7 +22,7 @@ constexpr std::string_view trashName = ".Trash";
 // Beside its known state a path may carry the mark that it is, or was, in `active` or `issues`: all
 // the others need not be searched for there.
 constexpr PathTree::Value knownStateMask = 3;
-constexpr PathTree::Value involvedMark = 4;
+constexpr PathTree::Value trackedMark = 4;
 
 std::string_view withoutOuterReturns(std::string_view text) {
   while (text.starts_with('\r'))
@@ -141,13 +141,13 @@ bool SyncMonitor::parseProgress(std::string_view path, std::string_view remainde
     ++tally_.transfersStarted;
     if (!sweepTimer_)
       startSweepTimer();
-    markInvolved(path);
+    markTracked(path);
     found = active_.emplace(full, ActiveItem{std::string(full), direction, percent, {}}).first;
   }
   ActiveItem& item = found->second;
   item.direction = direction;
   item.percent = percent;
-  item.lastUpdate = platform_.clock.now();
+  item.lastUpdate = ports_.clock.now();
   return true;
 }
 
@@ -161,7 +161,7 @@ bool SyncMonitor::parseUnrecognized(std::string_view path, std::string_view stat
   }
   if (!namesAnIssue(state))
     return false;
-  markInvolved(path);
+  markTracked(path);
   std::string& issue = issues_[std::string(fullPath(path))];
   if (issue == state)
     return false;
@@ -190,14 +190,14 @@ bool SyncMonitor::parseSettled(std::string_view path, std::string_view lastName,
       knownState_.exchange(folder_, lastName, static_cast<PathTree::Value>(state));
   const bool wasCurrent =
       (before & knownStateMask) == static_cast<PathTree::Value>(KnownState::current);
-  const bool involved = (before & involvedMark) != 0;
-  if (!involved && !(evicted && wasCurrent))
+  const bool tracked = (before & trackedMark) != 0;
+  if (!tracked && !(evicted && wasCurrent))
     return false;
 
   const std::string_view full = fullPath(path);
   const HashedPath key(full);
-  const bool issueCleared = involved && clearIssue(key);
-  const auto found = involved ? active_.find(key) : active_.end();
+  const bool issueCleared = tracked && clearIssue(key);
+  const auto found = tracked ? active_.find(key) : active_.end();
   if (found == active_.end()) {
     if (!evicted || !wasCurrent)
       return issueCleared;
@@ -235,8 +235,8 @@ bool SyncMonitor::clearIssue(const HashedPath& fullPath) {
   return true;
 }
 
-void SyncMonitor::markInvolved(std::string_view path) {
-  knownState_.exchange(path, involvedMark, knownStateMask);
+void SyncMonitor::markTracked(std::string_view path) {
+  knownState_.exchange(path, trackedMark, knownStateMask);
 }
 
 } // namespace driftmark

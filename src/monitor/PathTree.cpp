@@ -84,34 +84,34 @@ PathTree::Value PathTree::find(std::string_view path) {
   return reference == noReference ? Value{0} : read(reference).value;
 }
 
-/// Goes to a folder, from the nearest folder on the way that was taken last.
+/// Finds a folder, starting from the deepest folder that its path shares with the cursor.
 PathTree::FolderIndex PathTree::enter(std::string_view folder, bool create) {
-  if (folder == wayText_)
-    return way_.empty() ? 0 : way_.back().folder;
+  if (folder == cursorPath_)
+    return cursor_.empty() ? 0 : cursor_.back().folder;
 
-  const std::size_t shorter = std::min(folder.size(), wayText_.size());
+  const std::size_t shorter = std::min(folder.size(), cursorPath_.size());
   const std::size_t common = static_cast<std::size_t>(
       std::mismatch(folder.begin(), folder.begin() + static_cast<std::ptrdiff_t>(shorter),
-                    wayText_.begin())
+                    cursorPath_.begin())
           .first -
       folder.begin());
-  const auto onTheWay = [&](const Step& step) {
+  const auto isOnPath = [&](const Step& step) {
     return step.end <= common && (step.end == folder.size() || folder[step.end] == '/');
   };
-  while (!way_.empty() && !onTheWay(way_.back()))
-    way_.pop_back();
+  while (!cursor_.empty() && !isOnPath(cursor_.back()))
+    cursor_.pop_back();
 
-  std::size_t position = way_.empty() ? 0 : way_.back().end;
-  FolderIndex current = way_.empty() ? 0 : way_.back().folder;
+  std::size_t position = cursor_.empty() ? 0 : cursor_.back().end;
+  FolderIndex current = cursor_.empty() ? 0 : cursor_.back().folder;
   while (position < folder.size() && current != noFolder) {
     const std::size_t end = std::min(folder.find('/', position + 1), folder.size());
     current = subfolder(current, folder.substr(position + 1, end - position - 1), create);
     if (current != noFolder) {
-      way_.push_back({end, current});
+      cursor_.push_back({end, current});
       position = end;
     }
   }
-  wayText_.assign(folder.substr(0, position));
+  cursorPath_.assign(folder.substr(0, position));
   return current;
 }
 

@@ -59,7 +59,7 @@ private:
     std::uint32_t count = 0;
   };
 
-  /// One step of the remembered way to a folder.
+  /// One step of the cursor, which is the chain of folders entered last.
   struct Step {
     std::size_t end; ///< where the step's component ends in the folder's text
     FolderIndex folder;
@@ -95,8 +95,8 @@ private:
   std::vector<Folder> folders_;
   std::size_t size_ = 0;
 
-  std::string wayText_;   ///< the folder entered last
-  std::vector<Step> way_; ///< the way there, from the root
+  std::string cursorPath_;   ///< the folder entered last
+  std::vector<Step> cursor_; ///< the folders on the path to it, from the root
   Reference lastFound_ = noReference;
   FolderIndex lastFoundFolder_ = noFolder;
   FolderIndex lastAppendedFolder_ = noFolder;

@@ -1,43 +1,21 @@
-// Asks `brctl quota` for the storage that is left.
+// When `brctl quota` is run, and what its answer changes.
 
 #include "monitor/Brctl.h"
+#include "monitor/QuotaReport.h"
 #include "monitor/SyncMonitor.h"
-#include "ports/BackgroundQueue.h"
-#include "support/Numbers.h"
 #include "support/Weakly.h"
 
+#include <functional>
+
 namespace driftmark {
-
-namespace {
-
-/// The report begins with a number of bytes. Only spaces separate words, so a number that is
-/// followed by a line end is none.
-std::optional<std::int64_t> parseQuota(std::string_view text) {
-  const std::size_t start = text.find_first_not_of(' ');
-  if (start == std::string_view::npos)
-    return std::nullopt;
-  const std::string_view word = text.substr(start);
-  return toInt64(word.substr(0, word.find(' ')));
-}
-
-} // namespace
 
 void SyncMonitor::refreshQuota() {
   if (quotaRefreshing_)
     return;
   quotaRefreshing_ = true;
-  quotaProcess_ = platform_.childProcesses.prepare(brctl({"quota"}), ToolOutput::capture);
-  platform_.backgroundQueue.async(
-      QualityOfService::utility,
-      [platform = platform_, process = quotaProcess_,
-       deliver =
-           weakly(shared_from_this(), [](SyncMonitor& self, std::optional<std::int64_t> result) {
-             self.quotaArrived(result);
-           })] {
-        const auto text = runReport(*process, "quota", platform.systemLog);
-        platform.mainQueue.async(
-            [deliver, result = text ? parseQuota(*text) : std::nullopt] { deliver(result); });
-      });
+  quotaProcess_ =
+      requestReport(ports_, "quota", parseQuota,
+                    weakly(shared_from_this(), std::mem_fn(&SyncMonitor::quotaArrived)));
 }
 
 void SyncMonitor::quotaArrived(std::optional<std::int64_t> result) {

@@ -1,18 +1,15 @@
-// Asks `brctl status` for the pending transfers while there is reason to believe in some.
+// When `brctl status` is polled, and what its answers change.
 
 #include "monitor/Brctl.h"
-#include "monitor/Patterns.h"
 #include "monitor/SyncMonitor.h"
-#include "ports/BackgroundQueue.h"
-#include "support/TextCuts.h"
 #include "support/Weakly.h"
 
-#include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace driftmark {
 
-/// Begins a chain of polls, unless one is going on.
+/// Begins a chain of polls, unless one is running.
 void SyncMonitor::startPolling() {
   if (statusPolling_ || stopping_)
     return;
@@ -25,18 +22,9 @@ void SyncMonitor::pollStatus() {
     statusPolling_ = false;
     return;
   }
-  statusProcess_ = platform_.childProcesses.prepare(brctl({"status"}), ToolOutput::capture);
-  platform_.backgroundQueue.async(
-      QualityOfService::utility,
-      [platform = platform_, process = statusProcess_,
-       deliver =
-           weakly(shared_from_this(), [](SyncMonitor& self, std::optional<StatusActivity> result) {
-             self.statusArrived(std::move(result));
-           })] {
-        const auto text = runReport(*process, "status", platform.systemLog);
-        platform.mainQueue.async(
-            [deliver, result = text ? parseStatus(*text) : std::nullopt] { deliver(result); });
-      });
+  statusProcess_ =
+      requestReport(ports_, "status", parseStatus,
+                    weakly(shared_from_this(), std::mem_fn(&SyncMonitor::statusArrived)));
 }
 
 void SyncMonitor::statusArrived(std::optional<StatusActivity> result) {
@@ -58,45 +46,8 @@ void SyncMonitor::statusArrived(std::optional<StatusActivity> result) {
     statusPolling_ = false;
     return;
   }
-  platform_.mainQueue.after(statusPollInterval,
-                            [self = shared_from_this()] { self->pollStatus(); });
-}
-
-std::optional<StatusActivity> SyncMonitor::parseStatus(std::string_view text) {
-  const auto contains = [](std::string_view line, std::string_view part) {
-    return line.find(part) != std::string_view::npos;
-  };
-
-  std::string storage;
-  std::string_view rest = withoutAnsi(text, storage);
-  std::string_view directory;
-  StatusActivity activity;
-  while (!rest.empty()) {
-    const std::string_view piece = rest.substr(0, rest.find('\n'));
-    rest.remove_prefix(std::min(piece.size() + 1, rest.size()));
-    const std::string_view line = trimmed(piece);
-
-    constexpr std::string_view header = "Under ";
-    if (line.starts_with(header) && line.substr(header.size()).starts_with('/')) {
-      directory = line.substr(header.size());
-      continue;
-    }
-    if (!line.starts_with("> "))
-      continue;
-    if (contains(line, "downloader{") && contains(line, "downloading:"))
-      ++activity.downloads;
-    else if (contains(line, "upload{") && contains(line, " active"))
-      ++activity.uploads;
-    else
-      continue;
-    auto& directories = activity.directories;
-    if (!directory.empty() &&
-        std::find(directories.begin(), directories.end(), directory) == directories.end())
-      directories.emplace_back(directory);
-  }
-  if (activity.downloads + activity.uploads < 1)
-    return std::nullopt;
-  return activity;
+  // Unlike every other callback this one keeps the monitor alive until it has run.
+  ports_.mainQueue.after(statusPollInterval, [self = shared_from_this()] { self->pollStatus(); });
 }
 
 } // namespace driftmark

@@ -3,18 +3,13 @@
 #include "monitor/LineBuffer.h"
 #include "monitor/PathHash.h"
 #include "monitor/PathTree.h"
-#include "monitor/model/ActiveItem.h"
-#include "monitor/model/CompletedItem.h"
-#include "monitor/model/Direction.h"
-#include "monitor/model/GlobalActivity.h"
-#include "monitor/model/MonitorTally.h"
+#include "monitor/StatusReport.h"
+#include "monitor/model/Activity.h"
+#include "monitor/model/Items.h"
 #include "monitor/model/OverallState.h"
-#include "monitor/model/RecentKind.h"
-#include "monitor/model/StatusActivity.h"
 #include "ports/ChildProcesses.h"
 #include "ports/Clock.h"
 #include "ports/MainQueue.h"
-#include "ports/Platform.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -30,11 +25,16 @@
 
 namespace driftmark {
 
+class BackgroundQueue;
+class Environment;
+class FileSystem;
+class SystemLog;
+class Text;
 struct ItemLine;
 
-/// The model of iCloud Drive activity: runs `brctl`, reads what it prints, and answers what the
-/// interface shows. One instance lives as long as the application, held by a shared pointer; all of
-/// it runs on the main thread.
+/// The model of iCloud Drive activity: runs `brctl`, reads its output, and answers what the
+/// interface shows. One instance lives as long as the application, held by a shared pointer. Main
+/// thread only; no locks.
 class SyncMonitor : public std::enable_shared_from_this<SyncMonitor> {
   struct Private {}; ///< only `make` can pass one
 
@@ -42,7 +42,7 @@ public:
   using ActiveItems = std::unordered_map<std::string, ActiveItem, PathHash, std::equal_to<>>;
   using Issues = std::unordered_map<std::string, std::string, PathHash, std::equal_to<>>;
 
-  /// What a monitor needs of the platform.
+  /// The part of the platform that a monitor needs.
   struct Ports {
     Clock& clock;
     MainQueue& mainQueue;
@@ -54,66 +54,27 @@ public:
     Text& text;
   };
 
-  /// A monitor at rest. The ports outlive it. The stall threshold is taken from the environment
-  /// here and never again.
-  static std::shared_ptr<SyncMonitor> make(const Platform& platform);
+  // The constants of the monitor's rules, all of them.
+  static constexpr Seconds holdDuration{3.0};    ///< a finished direction stays on the icon
+  static constexpr Seconds holdRedrawDelay{3.1}; ///< from a completion to the redraw after its hold
+  static constexpr Seconds globalWindow{60.0};   ///< a global transfer counts after its last report
+  static constexpr Seconds globalExpiryDelay{60.5};  ///< from a global report to the expiry check
+  static constexpr Seconds statusPollInterval{20.0}; ///< from one poll's answer to the next poll
+  static constexpr Seconds restartDelay{10.0};       ///< from a monitor's exit to its relaunch
+  static constexpr Seconds defaultStalledAfter{300.0};
+  static constexpr Seconds minSweepInterval{5.0};
+  static constexpr Seconds maxSweepInterval{30.0};
+  static constexpr std::size_t maxRecent = 10;
+
+  // SyncMonitor.cpp
+
+  /// Makes a monitor that runs nothing yet. The ports outlive it. The stall threshold is read from
+  /// the environment here, once.
   static std::shared_ptr<SyncMonitor> make(const Ports& ports);
   SyncMonitor(Private pass, const Ports& ports);
   SyncMonitor(const SyncMonitor&) = delete;
   SyncMonitor& operator=(const SyncMonitor&) = delete;
   ~SyncMonitor();
-
-  /// Launches both monitors, asks for the quota and begins the status polls. Call it once.
-  void start();
-
-  /// Ends every child process; what exits from now on is not restarted.
-  void stop();
-
-  /// Asks `brctl quota` for the remaining storage, unless an answer is already on its way.
-  void refreshQuota();
-
-  /// Ends the sync daemon, which the system brings back and which then resumes pending transfers,
-  /// and gives every transfer a fresh start of its stall clock. Waits for `killall`.
-  void restartSyncDaemon();
-
-  /// Called after any change that the interface may show, on the main thread. May be empty.
-  std::function<void()> onChange;
-
-  /// The transfers in flight, by path.
-  const ActiveItems& active() const { return active_; }
-
-  /// The last finished events: newest first, one per path, at most `maxRecent`.
-  const std::vector<CompletedItem>& recent() const { return recent_; }
-
-  /// The current sync issues: path to the state text that named the issue.
-  const Issues& issues() const { return issues_; }
-
-  /// What the last `brctl status` confirmed; absent when it found nothing.
-  const std::optional<StatusActivity>& statusActivity() const { return statusActivity_; }
-
-  /// Remaining iCloud storage in bytes, by the last good answer.
-  std::optional<std::int64_t> quotaRemaining() const { return quotaRemaining_; }
-
-  /// What has been read so far, for diagnosis.
-  const MonitorTally& tally() const { return tally_; }
-
-  /// The state that the icon shows, computed against the clock.
-  OverallState overall() const;
-
-  /// Mean percentage of the transfers that have one and are not stalled.
-  std::optional<double> progress() const;
-
-  /// Whether a transfer has had no news for longer than the stall threshold.
-  bool isStalled(const ActiveItem& item) const;
-
-  /// Seconds since the last news of the transfer that has stalled longest.
-  std::optional<double> longestStall() const;
-
-  /// Whether some transfer has stalled for more than twice the threshold.
-  bool shouldOfferRestart() const;
-
-  /// The transfers heard of on the global feed within the last `globalWindow`; absent when none.
-  std::optional<GlobalActivity> globalActivity() const;
 
   /// The local iCloud Drive folder.
   static std::string cloudDocsPath(const FileSystem& fileSystem);
@@ -121,31 +82,83 @@ public:
   /// `cloudDocsPath` with `path` appended as it is.
   static std::string containerPath(const FileSystem& fileSystem, std::string_view path);
 
-  /// Reads a whole `brctl status` report. Absent when it names no active job.
-  static std::optional<StatusActivity> parseStatus(std::string_view text);
+  /// Called after any change that the interface may show, on the main thread. May be empty.
+  std::function<void()> onChange;
 
-  static constexpr Seconds holdDuration{3.0};  ///< a finished direction stays on the icon
-  static constexpr Seconds globalWindow{60.0}; ///< a global transfer counts after its last news
-  static constexpr Seconds statusPollInterval{20.0}; ///< from one poll's answer to the next poll
-  static constexpr Seconds restartDelay{10.0};       ///< from a monitor's exit to its relaunch
-  static constexpr std::size_t maxRecent = 10;
+  // MonitorProcesses.cpp
+
+  /// Launches both monitors, asks for the quota and begins the status polls. Call it once.
+  void start();
+
+  /// Asks every child process to end. A monitor that exits from now on is not restarted.
+  void stop();
+
+  // LineParser.cpp
+
+  /// The transfers in flight, by path.
+  const ActiveItems& active() const { return active_; }
+
+  /// The current sync issues: path to the state text that named the issue.
+  const Issues& issues() const { return issues_; }
+
+  /// Counts over the output read so far, for diagnosis.
+  const MonitorTally& tally() const { return tally_; }
+
+  // FinishedTransfers.cpp
+
+  /// The last finished events: newest first, one per path, at most `maxRecent`.
+  const std::vector<CompletedItem>& recent() const { return recent_; }
+
+  // StateAndProgress.cpp
+
+  /// The state that the icon shows at this moment.
+  OverallState overall() const;
+
+  /// Mean percentage of the transfers that have one and are not stalled.
+  std::optional<double> progress() const;
+
+  // StallsAndRestart.cpp
+
+  /// Whether the transfer's last update is older than the stall threshold.
+  bool isStalled(const ActiveItem& item) const;
+
+  /// Seconds since the last update of the transfer that has stalled longest.
+  std::optional<double> longestStall() const;
+
+  /// Whether a transfer has stalled for more than twice the threshold.
+  bool shouldOfferRestart() const;
+
+  /// Ends the sync daemon and restarts the stall clock of every transfer. The system relaunches the
+  /// daemon, which then resumes pending transfers. Waits for `killall`.
+  void restartSyncDaemon();
+
+  // GlobalMonitor.cpp
+
+  /// The transfers that the global feed reported within `globalWindow`; absent when there are none.
+  std::optional<GlobalActivity> globalActivity() const;
+
+  // StatusPoller.cpp
+
+  /// What the last `brctl status` confirmed; absent when it found nothing.
+  const std::optional<StatusActivity>& statusActivity() const { return statusActivity_; }
+
+  // QuotaRefresh.cpp
+
+  /// Asks `brctl quota` for the remaining storage, unless an answer is already pending.
+  void refreshQuota();
+
+  /// Remaining iCloud storage in bytes, by the last good answer.
+  std::optional<std::int64_t> quotaRemaining() const { return quotaRemaining_; }
 
 private:
-  /// The last known local state of a path.
-  enum class KnownState : PathTree::Value { current = 1, evicted = 2 };
+  // SyncMonitor.cpp
+  void log(std::initializer_list<std::string_view> parts) const;
+  void notify() const;
 
-  /// A transfer heard of on the global feed, known by its size alone.
-  struct GlobalEvent {
-    std::int64_t total; ///< bytes
-    Date date;          ///< of its last report
-  };
+  const Ports ports_;
+  const std::string mobileDocs_; ///< the folder that the printed paths lie in
 
-  /// What a line says of an item whose folder is known.
-  struct SettledName {
-    std::string_view name;
-    bool evicted;
-  };
-
+  // MonitorProcesses.cpp
   /// One of the two long-running monitors.
   struct MonitorChild {
     std::string title; ///< as the log names it
@@ -155,12 +168,6 @@ private:
     std::unique_ptr<ReadHandle> masterHandle;
     LineBuffer lineBuffer;
   };
-
-  // SyncMonitor.cpp
-  void log(std::initializer_list<std::string_view> parts) const;
-  void notify() const;
-
-  // ProcessRunner.cpp
   void launchMonitor(MonitorChild& child);
   std::optional<TerminalChild> spawn(const std::vector<std::string>& arguments,
                                      ChildProcesses::DataHandler onData,
@@ -168,7 +175,20 @@ private:
   void ingest(std::string_view chunk, MonitorChild& child);
   void monitorDied(MonitorChild& child);
 
+  MonitorChild itemMonitor_{
+      "brctl monitor", {"monitor", "-i", "com.apple.CloudDocs"}, &SyncMonitor::parse, {}, {}, {}};
+  MonitorChild globalMonitor_{
+      "brctl monitor -g", {"monitor", "-g", "-i"}, &SyncMonitor::parseGlobal, {}, {}, {}};
+  bool stopping_ = false;
+
   // LineParser.cpp
+  /// The last known local state of a path.
+  enum class KnownState : PathTree::Value { current = 1, evicted = 2 };
+  /// What a line says of an item whose folder is known.
+  struct SettledName {
+    std::string_view name;
+    bool evicted;
+  };
   bool parse(std::string_view line);
   std::optional<SettledName> nextInFolder(std::string_view line) const;
   bool parseItem(const ItemLine& item);
@@ -178,65 +198,65 @@ private:
   void enterFolder(std::string_view folder);
   std::string_view fullPath(std::string_view path);
   bool clearIssue(const HashedPath& fullPath);
-  void markInvolved(std::string_view path);
+  void markTracked(std::string_view path);
 
-  // TransferTracking.cpp
+  ActiveItems active_;
+  Issues issues_;
+  std::unordered_set<std::string, PathHash, std::equal_to<>> loggedUnknownStates_;
+  PathTree knownState_;      ///< keyed by the printed path, since all of them share `mobileDocs_`
+  std::string folderPrefix_; ///< the start of a line about an item of the last settled one's folder
+  PathTree::FolderIndex folder_ = 0; ///< that folder in `knownState_`
+  std::string fullPath_;             ///< `mobileDocs_` and the path at hand
+  std::string withoutAnsi_;          ///< storage of a cleaned line
+  MonitorTally tally_;
+
+  // FinishedTransfers.cpp
   void complete(const ActiveItem& item);
   void addRecent(std::string_view path, RecentKind kind);
+
+  std::vector<CompletedItem> recent_;
+  std::optional<Direction> holdDirection_; ///< of the transfer that finished last
+  Date holdUntil_ = distantPast;
+
+  // VanishedTransfers.cpp
   void startSweepTimer();
   void sweep();
 
+  std::unique_ptr<Timer> sweepTimer_; ///< runs while there are transfers in flight
+
+  // StallsAndRestart.cpp
+  static Seconds stallThreshold(const Environment& environment);
+
+  const Seconds stalledAfter_;
+
   // GlobalMonitor.cpp
+  /// A transfer of the global feed, known by its size alone.
+  struct GlobalEvent {
+    std::int64_t total; ///< bytes
+    Date date;          ///< of its last report
+  };
   bool parseGlobal(std::string_view line);
   void pruneGlobalEvents();
   void scheduleGlobalExpiry();
+
+  std::vector<GlobalEvent> globalEvents_;
+  bool globalExpiryPending_ = false;
 
   // StatusPoller.cpp
   void startPolling();
   void pollStatus();
   void statusArrived(std::optional<StatusActivity> result);
 
-  // QuotaRefresh.cpp
-  void quotaArrived(std::optional<std::int64_t> result);
-
-  const Ports platform_;
-  const std::string mobileDocs_; ///< the folder that the printed paths lie in
-  const double stalledAfter_;    ///< seconds
-
-  ActiveItems active_;
-  std::vector<CompletedItem> recent_;
-  std::optional<Direction> holdDirection_;
-  Date holdUntil_ = distantPast;
-  std::unique_ptr<Timer> sweepTimer_;
-  Issues issues_;
-  std::unordered_set<std::string, PathHash, std::equal_to<>> loggedUnknownStates_;
-  PathTree knownState_; ///< keyed by the printed path, since all of them share `mobileDocs_`
-
-  bool stopping_ = false;
-  MonitorChild itemMonitor_{
-      "brctl monitor", {"monitor", "-i", "com.apple.CloudDocs"}, &SyncMonitor::parse, {}, {}, {}};
-  MonitorChild globalMonitor_{
-      "brctl monitor -g", {"monitor", "-g", "-i"}, &SyncMonitor::parseGlobal, {}, {}, {}};
-
-  std::vector<GlobalEvent> globalEvents_;
-  bool globalExpiryPending_ = false;
-
   std::optional<StatusActivity> statusActivity_;
   bool statusPolling_ = false; ///< from the start of a chain of polls to its end
   std::shared_ptr<ToolRun> statusProcess_;
 
+  // QuotaRefresh.cpp
+  void quotaArrived(std::optional<std::int64_t> result);
+
   std::optional<std::int64_t> quotaRemaining_;
   bool quotaRefreshing_ = false;
   std::shared_ptr<ToolRun> quotaProcess_;
-
-  MonitorTally tally_;
-  std::string fullPath_;    ///< `mobileDocs_` and the path at hand
-  std::string withoutAnsi_; ///< storage of a cleaned line
-
-  /// How a line begins that is about another item of the folder of the last settled one, and that
-  /// folder in `knownState_`.
-  std::string folderPrefix_;
-  PathTree::FolderIndex folder_ = 0;
 };
 
 } // namespace driftmark

@@ -13,9 +13,14 @@ using Date = std::chrono::system_clock::time_point;
 /// Earlier than every real moment. Only compare it: subtracting from it overflows.
 inline constexpr Date distantPast = Date::min();
 
-/// `date` moved on by `delay`, rounded to the clock's tick.
+/// The moment `delay` after `date`, rounded to the clock's tick.
 inline Date later(Date date, Seconds delay) {
   return date + std::chrono::round<Date::duration>(delay);
+}
+
+/// The moment `distance` before `date`, rounded to the clock's tick.
+inline Date earlier(Date date, Seconds distance) {
+  return date - std::chrono::round<Date::duration>(distance);
 }
 
 /// The wall clock.

@@ -1,14 +1,8 @@
+// How paths are taken apart and joined.
+
 #include "support/Paths.h"
 
 namespace driftmark {
-
-namespace {
-
-std::string_view withoutTrailingSlashes(std::string_view path) {
-  return path.substr(0, path.find_last_not_of('/') + 1);
-}
-
-} // namespace
 
 std::string deletingLastPathComponent(std::string_view path) {
   const std::string_view item = withoutTrailingSlashes(path);

@@ -5,24 +5,25 @@
 
 namespace driftmark {
 
-/// The last component of a path: what follows its last "/", trailing ones not counted. "/" for a
-/// path of nothing else.
-inline std::string_view lastPathComponent(std::string_view path) {
-  const std::size_t last = path.find_last_not_of('/');
-  if (last == std::string_view::npos)
-    return path.substr(0, 1);
-  const std::string_view trimmed = path.substr(0, last + 1);
-  return trimmed.substr(trimmed.rfind('/') + 1);
+/// `path` without the slashes at its end; empty for a path of slashes alone.
+inline std::string_view withoutTrailingSlashes(std::string_view path) {
+  return path.substr(0, path.find_last_not_of('/') + 1);
 }
 
-/// The folder that holds the item at `path`: "/" for what lies in the root and the root itself, ""
-/// for a name alone.
+/// The last component of a path, trailing slashes not counted; "/" for a path of slashes alone.
+inline std::string_view lastPathComponent(std::string_view path) {
+  const std::string_view item = withoutTrailingSlashes(path);
+  return item.empty() ? path.substr(0, 1) : item.substr(item.rfind('/') + 1);
+}
+
+/// The folder that holds the item at `path`: "/" for the root and the items in it, "" for a name
+/// alone.
 std::string deletingLastPathComponent(std::string_view path);
 
-/// `folder` and a name in it, with one "/" between them.
+/// `folder` and `name`, with one "/" between them.
 std::string appendingPathComponent(std::string_view folder, std::string_view name);
 
-/// `path` with "~" in the place of the folder `home` that it lies in or is; another path as it is.
+/// `path` with the folder `home` at its start replaced by "~". A path outside `home` is unchanged.
 std::string abbreviatingWithTilde(std::string_view path, std::string_view home);
 
 } // namespace driftmark

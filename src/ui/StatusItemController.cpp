@@ -6,6 +6,21 @@
 
 namespace driftmark {
 
+namespace {
+
+SyncMonitor::Ports monitorPorts(const Platform& platform) {
+  return {.clock = platform.clock,
+          .mainQueue = platform.mainQueue,
+          .backgroundQueue = platform.backgroundQueue,
+          .childProcesses = platform.childProcesses,
+          .systemLog = platform.systemLog,
+          .fileSystem = platform.fileSystem,
+          .environment = platform.environment,
+          .text = platform.text};
+}
+
+} // namespace
+
 std::shared_ptr<StatusItemController> StatusItemController::make(const Platform& platform) {
   auto controller = std::make_shared<StatusItemController>(Private{}, platform);
   controller->start();
@@ -14,7 +29,8 @@ std::shared_ptr<StatusItemController> StatusItemController::make(const Platform&
 
 StatusItemController::StatusItemController(Private /*pass*/, const Platform& platform)
     : platform_(platform), statusItem_(platform.statusBar.makeStatusItem()),
-      monitor_(SyncMonitor::make(platform)), updateChecker_(UpdateChecker::make(platform)) {}
+      monitor_(SyncMonitor::make(monitorPorts(platform))),
+      updateChecker_(UpdateChecker::make(platform)) {}
 
 StatusItemController::~StatusItemController() = default;
 

@@ -6,7 +6,7 @@
 #include "ports/Bundle.h"
 #include "ports/ChildProcesses.h"
 #include "ports/FileSystem.h"
-#include "support/TextScan.h"
+#include "support/Utf8.h"
 #include "support/Weakly.h"
 #include "update/UpdateChecker.h"
 

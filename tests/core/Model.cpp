@@ -37,7 +37,7 @@ TEST_F(ModelTest, makingAMonitorStartsNothing) {
 }
 
 TEST_F(ModelTest, freshMonitorHasNoChangeCallback) {
-  const auto fresh = SyncMonitor::make(platform.platform());
+  const auto fresh = SyncMonitor::make(ports());
   EXPECT_FALSE(fresh->onChange);
 }
 

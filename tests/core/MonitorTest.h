@@ -28,9 +28,20 @@ inline constexpr auto caseName = [](const auto& info) { return info.param.name; 
 /// nothing, so that a started monitor soon only waits for the two feeds.
 class MonitorTest : public testing::Test {
 protected:
+  SyncMonitor::Ports ports() {
+    return {.clock = platform.clock,
+            .mainQueue = platform.mainQueue,
+            .backgroundQueue = platform.backgroundQueue,
+            .childProcesses = platform.childProcesses,
+            .systemLog = platform.systemLog,
+            .fileSystem = platform.fileSystem,
+            .environment = platform.environment,
+            .text = platform.text};
+  }
+
   /// Makes the monitor, counting its change notifications.
   void make() {
-    monitor = SyncMonitor::make(platform.platform());
+    monitor = SyncMonitor::make(ports());
     monitor->onChange = [this] { ++changes; };
   }
 

@@ -18,51 +18,48 @@ std::optional<StatusActivity> activity(int downloads, int uploads,
 // ---- the report ----
 
 TEST(StatusReportTest, jobsAreCountedAndTheirDirectoriesListedInOrder) {
-  EXPECT_EQ(SyncMonitor::parseStatus("Under /A\n" + download + download + "Under /B\n" + upload),
+  EXPECT_EQ(parseStatus("Under /A\n" + download + download + "Under /B\n" + upload),
             activity(2, 1, {"/A", "/B"}));
 }
 
 TEST(StatusReportTest, directoryIsListedOnceInFirstSeenOrder) {
-  EXPECT_EQ(SyncMonitor::parseStatus("Under /B\n" + upload + "Under /A\n" + upload + "Under /B\n" +
-                                     download + upload),
-            activity(1, 3, {"/B", "/A"}));
+  EXPECT_EQ(
+      parseStatus("Under /B\n" + upload + "Under /A\n" + upload + "Under /B\n" + download + upload),
+      activity(1, 3, {"/B", "/A"}));
 }
 
 TEST(StatusReportTest, directoryWithoutJobsIsNotListed) {
-  EXPECT_EQ(SyncMonitor::parseStatus("Under /A\nUnder /B\n" + upload + "Under /C\n"),
-            activity(0, 1, {"/B"}));
+  EXPECT_EQ(parseStatus("Under /A\nUnder /B\n" + upload + "Under /C\n"), activity(0, 1, {"/B"}));
 }
 
 TEST(StatusReportTest, jobBeforeAnyDirectoryIsCountedWithoutOne) {
-  EXPECT_EQ(SyncMonitor::parseStatus(download), activity(1, 0, {}));
-  EXPECT_EQ(SyncMonitor::parseStatus(download + "Under /A\n" + upload), activity(1, 1, {"/A"}));
+  EXPECT_EQ(parseStatus(download), activity(1, 0, {}));
+  EXPECT_EQ(parseStatus(download + "Under /A\n" + upload), activity(1, 1, {"/A"}));
 }
 
 TEST(StatusReportTest, directoryIsTheTextFromTheSlashToTheTrimmedEnd) {
-  EXPECT_EQ(SyncMonitor::parseStatus(
-                " \tUnder /Users/ada/Library/Mobile Documents/com~apple~CloudDocs \t\n" + upload),
-            activity(0, 1, {"/Users/ada/Library/Mobile Documents/com~apple~CloudDocs"}));
-  EXPECT_EQ(SyncMonitor::parseStatus("Under /\n" + upload), activity(0, 1, {"/"}));
-  EXPECT_EQ(SyncMonitor::parseStatus("Under /A, B\n" + upload), activity(0, 1, {"/A, B"}));
+  EXPECT_EQ(
+      parseStatus(" \tUnder /Users/ada/Library/Mobile Documents/com~apple~CloudDocs \t\n" + upload),
+      activity(0, 1, {"/Users/ada/Library/Mobile Documents/com~apple~CloudDocs"}));
+  EXPECT_EQ(parseStatus("Under /\n" + upload), activity(0, 1, {"/"}));
+  EXPECT_EQ(parseStatus("Under /A, B\n" + upload), activity(0, 1, {"/A, B"}));
 }
 
 TEST(StatusReportTest, otherLinesAreNoHeaders) {
   for (const std::string line : {"Under A", "under /A", "Under  /A", "xUnder /A", "Under\t/A",
                                  "Under", "Under ", "> Under /A"}) {
     const std::string report = "Under /old\n" + line + "\n";
-    EXPECT_EQ(SyncMonitor::parseStatus(report + upload), activity(0, 1, {"/old"})) << line;
+    EXPECT_EQ(parseStatus(report + upload), activity(0, 1, {"/old"})) << line;
   }
 }
 
 TEST(StatusReportTest, indentedJobLinesAreRecognised) {
-  EXPECT_EQ(SyncMonitor::parseStatus("Under /A\n  " + download + "\t \t" + upload),
-            activity(1, 1, {"/A"}));
+  EXPECT_EQ(parseStatus("Under /A\n  " + download + "\t \t" + upload), activity(1, 1, {"/A"}));
 }
 
 TEST(StatusReportTest, jobLineNeedsItsMarkAndASpace) {
   for (const std::string mark : {"", ">", ">>", ">\t", "- ", "x> ", "\r> "})
-    EXPECT_EQ(SyncMonitor::parseStatus("Under /A\n" + mark + "upload{9} active\n"), std::nullopt)
-        << mark;
+    EXPECT_EQ(parseStatus("Under /A\n" + mark + "upload{9} active\n"), std::nullopt) << mark;
 }
 
 TEST(StatusReportTest, jobsNotAtWorkDoNotCount) {
@@ -71,50 +68,45 @@ TEST(StatusReportTest, jobsNotAtWorkDoNotCount) {
         "> active", "> uploader{9} inactive", "> Upload{9} active", "> upload {9} active",
         "> Downloader{7} downloading:", "> downloader{7} Downloading:",
         "> downloader {downloading:"})
-    EXPECT_EQ(SyncMonitor::parseStatus("Under /A\n" + line + "\n"), std::nullopt) << line;
+    EXPECT_EQ(parseStatus("Under /A\n" + line + "\n"), std::nullopt) << line;
 }
 
 TEST(StatusReportTest, downloaderThatDoesNotDownloadIsTestedAsUpload) {
-  EXPECT_EQ(SyncMonitor::parseStatus("> downloader{7} waits for upload{9} active\n"),
-            activity(0, 1, {}));
+  EXPECT_EQ(parseStatus("> downloader{7} waits for upload{9} active\n"), activity(0, 1, {}));
 }
 
 TEST(StatusReportTest, lineThatFitsBothIsADownload) {
-  EXPECT_EQ(SyncMonitor::parseStatus("> downloader{7} downloading: upload{9} active\n"),
-            activity(1, 0, {}));
+  EXPECT_EQ(parseStatus("> downloader{7} downloading: upload{9} active\n"), activity(1, 0, {}));
 }
 
 TEST(StatusReportTest, markersMayStandInAnyOrder) {
-  EXPECT_EQ(SyncMonitor::parseStatus("> downloading: downloader{7}\n>  active upload{9}\n"),
-            activity(1, 1, {}));
+  EXPECT_EQ(parseStatus("> downloading: downloader{7}\n>  active upload{9}\n"), activity(1, 1, {}));
 }
 
 TEST(StatusReportTest, colourCodesAroundTheMarkersDoNotMatter) {
-  EXPECT_EQ(SyncMonitor::parseStatus(
-                "\x1b[1mUnder \x1b[34m/A\x1b[0m\n"
-                " \x1b[32m>\x1b[0m down\x1b[1mloader{7}\x1b[m downloading\x1b[0m: 4%\n"
-                "\x1b[0m> upload\x1b[31m{9} \x1b[0mactive\n"),
+  EXPECT_EQ(parseStatus("\x1b[1mUnder \x1b[34m/A\x1b[0m\n"
+                        " \x1b[32m>\x1b[0m down\x1b[1mloader{7}\x1b[m downloading\x1b[0m: 4%\n"
+                        "\x1b[0m> upload\x1b[31m{9} \x1b[0mactive\n"),
             activity(1, 1, {"/A"}));
 }
 
 TEST(StatusReportTest, carriageReturnsAreNotTrimmed) {
-  EXPECT_EQ(SyncMonitor::parseStatus("Under /A\r\n> upload{9} active\r\n"),
-            activity(0, 1, {"/A\r"}));
+  EXPECT_EQ(parseStatus("Under /A\r\n> upload{9} active\r\n"), activity(0, 1, {"/A\r"}));
 }
 
 TEST(StatusReportTest, lastLineNeedsNoLineEnd) {
-  EXPECT_EQ(SyncMonitor::parseStatus("Under /A\n> upload{9} active"), activity(0, 1, {"/A"}));
+  EXPECT_EQ(parseStatus("Under /A\n> upload{9} active"), activity(0, 1, {"/A"}));
 }
 
 TEST(StatusReportTest, reportWithoutJobsIsAbsent) {
-  EXPECT_EQ(SyncMonitor::parseStatus(""), std::nullopt);
-  EXPECT_EQ(SyncMonitor::parseStatus("\n\n \n"), std::nullopt);
-  EXPECT_EQ(SyncMonitor::parseStatus("Under /A\nnothing to do\n"), std::nullopt);
+  EXPECT_EQ(parseStatus(""), std::nullopt);
+  EXPECT_EQ(parseStatus("\n\n \n"), std::nullopt);
+  EXPECT_EQ(parseStatus("Under /A\nnothing to do\n"), std::nullopt);
 }
 
 TEST(StatusReportTest, directoriesAreComparedByteForByte) {
-  EXPECT_EQ(SyncMonitor::parseStatus("Under /caf\u00e9\n" + upload + "Under /cafe\u0301\n" +
-                                     upload + "Under /caf\u00e9/\n" + upload),
+  EXPECT_EQ(parseStatus("Under /caf\u00e9\n" + upload + "Under /cafe\u0301\n" + upload +
+                        "Under /caf\u00e9/\n" + upload),
             activity(0, 3, {"/caf\u00e9", "/cafe\u0301", "/caf\u00e9/"}));
 }
 

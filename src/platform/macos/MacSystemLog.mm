@@ -1,6 +1,6 @@
 #include "platform/macos/MacAdapters.h"
 #include "platform/macos/Strings.h"
-#include "support/TextRepair.h"
+#include "support/Strings.h"
 
 #include <csignal>
 

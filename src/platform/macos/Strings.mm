@@ -1,6 +1,6 @@
 #include "platform/macos/Strings.h"
 
-#include "support/TextRepair.h"
+#include "support/Utf8.h"
 
 namespace driftmark {
 

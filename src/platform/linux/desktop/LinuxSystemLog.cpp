@@ -1,6 +1,6 @@
 #include "platform/linux/desktop/LinuxSystemLog.h"
 
-#include "support/TextRepair.h"
+#include "support/Strings.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -5,8 +5,8 @@
 
 namespace driftmark {
 
-/// `bytes` with U+FFFD in the place of every byte that belongs to no well-formed UTF-8 sequence.
-std::string wellFormed(std::string_view bytes);
+/// `text` without the spaces and tabs at both ends.
+std::string_view trimmed(std::string_view text);
 
 /// `text` as one line: control characters other than the tab are written as "\n", "\r" or, in
 /// hexadecimal, like "\x1b".

@@ -1,4 +1,4 @@
-#include "support/TextScan.h"
+#include "support/Utf8.h"
 
 #include <algorithm>
 #include <string>
@@ -20,7 +20,7 @@ std::vector<std::string> placed(const std::string& middle) {
   return texts;
 }
 
-TEST(TextScanTest, wellFormedTextIsUtf8Wherever) {
+TEST(Utf8Test, wellFormedSequenceIsUtf8AtEveryPosition) {
   for (const std::string& middle :
        {""s, "\0"s, "\x7f"s, "\u0080"s, "\u07ff"s, "\u0800"s, "\u2601"s, "\ud7ff"s, "\ue000"s,
         "\uffff"s, "\U00010000"s, "\U0010ffff"s, "\u00e9\U0001f4f7\u2601"s})
@@ -28,7 +28,7 @@ TEST(TextScanTest, wellFormedTextIsUtf8Wherever) {
       ASSERT_TRUE(isUtf8(text)) << testing::PrintToString(text);
 }
 
-TEST(TextScanTest, illFormedTextIsNotUtf8Wherever) {
+TEST(Utf8Test, illFormedSequenceIsNotUtf8AtAnyPosition) {
   for (const std::string& middle :
        {"\x80"s, "\xbf"s, "\xc0\xaf"s, "\xc1\xbf"s, "\xc3"s, "\xc3("s, "\xe0\x9f\xbf"s, "\xe2\x98"s,
         "\xe2(\x81"s, "\xed\xa0\x80"s, "\xed\xbf\xbf"s, "\xf0\x8f\xbf\xbf"s, "\xf0\x9f\x93"s,
@@ -37,7 +37,20 @@ TEST(TextScanTest, illFormedTextIsNotUtf8Wherever) {
       ASSERT_FALSE(isUtf8(text)) << testing::PrintToString(text);
 }
 
-TEST(TextScanTest, plainFrontEndsAtTheFirstUnwantedByte) {
+TEST(Utf8Test, wellFormedTextIsNotRepaired) {
+  for (const std::string& text : {""s, "plain"s, "a\0b"s, "\u00e9\u2601\U0001f4c4"s, "\u2601 end"s})
+    EXPECT_EQ(wellFormed(text), text);
+}
+
+TEST(Utf8Test, everyStrayByteIsReplaced) {
+  EXPECT_EQ(wellFormed("\xff"), "\ufffd");
+  EXPECT_EQ(wellFormed("caf\xe9 noir"), "caf\ufffd noir");
+  EXPECT_EQ(wellFormed("\u2601\x81\x81z"), "\u2601\ufffd\ufffdz");
+  EXPECT_EQ(wellFormed("a\xe2\x98"), "a\ufffd\ufffd");
+  EXPECT_EQ(wellFormed("\xed\xa0\x80\u00e9"), "\ufffd\ufffd\ufffd\u00e9");
+}
+
+TEST(Utf8Test, plainStartEndsAtTheFirstUnwantedByte) {
   for (const std::string& stop : {"\u2601"s, "\x1b"s, "/"s, "\x80"s, "\x1b/"s, "/\u2601"s})
     for (const std::string& text : placed(stop)) {
       const auto firstOf = [&](auto unwanted) {
@@ -54,7 +67,7 @@ TEST(TextScanTest, plainFrontEndsAtTheFirstUnwantedByte) {
     }
 }
 
-TEST(TextScanTest, neighboursOfTheUnwantedBytesArePlain) {
+TEST(Utf8Test, bytesBesideTheUnwantedOnesArePlain) {
   const std::string text = "\x1a\x1c.0\x7f\x01\0\x1a\x1c.0 ~\x0f\x0b\x2e"s;
   EXPECT_EQ(plainNameLength(text), text.size());
 }

@@ -1,12 +1,10 @@
-#include "support/TextRepair.h"
+// How strings are trimmed and escaped.
 
-#include "support/TextScan.h"
+#include "support/Strings.h"
 
 namespace driftmark {
 
 namespace {
-
-constexpr std::string_view replacementCharacter = "\uFFFD";
 
 bool isControl(char byte) {
   const auto code = static_cast<unsigned char>(byte);
@@ -26,16 +24,11 @@ void appendEscaped(std::string& text, char byte) {
 
 } // namespace
 
-std::string wellFormed(std::string_view bytes) {
-  std::string text;
-  text.reserve(bytes.size());
-  while (!bytes.empty()) {
-    const std::size_t ascii = asciiLength(bytes);
-    const std::size_t length = ascii > 0 ? ascii : utf8SequenceLength(bytes);
-    text += length > 0 ? bytes.substr(0, length) : replacementCharacter;
-    bytes.remove_prefix(length > 0 ? length : 1);
-  }
-  return text;
+std::string_view trimmed(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(" \t");
+  if (first == std::string_view::npos)
+    return {};
+  return text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
 std::string oneLine(std::string_view text) {

@@ -1,4 +1,6 @@
-#include "support/TextScan.h"
+// Which bytes are well-formed UTF-8, found eight or more bytes at a time.
+
+#include "support/Utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +12,7 @@ namespace driftmark {
 
 namespace {
 
-// Eight bytes are looked at in one word; the byte at the lowest address is the lowest in the word.
+// A word holds eight bytes; the byte at the lowest address is the lowest in the word.
 static_assert(std::endian::native == std::endian::little);
 constexpr std::uint64_t ones = 0x0101010101010101;
 constexpr std::uint64_t highBits = 0x8080808080808080;
@@ -21,23 +23,24 @@ std::uint64_t loadWord(const char* from) {
   return word;
 }
 
-/// Marks the high bit of the bytes that equal `wanted`; above the lowest of them, other bytes may
-/// be marked too.
+/// Marks the high bit of the bytes that equal `wanted`. Bytes above the lowest of them may be
+/// marked too.
 constexpr std::uint64_t equalBytes(std::uint64_t word, char wanted) {
   const std::uint64_t difference = word ^ (ones * static_cast<unsigned char>(wanted));
   return (difference - ones) & ~difference & highBits;
 }
 
-/// How many bytes lie below the lowest marked one.
+/// How many bytes are below the lowest marked byte.
 std::size_t bytesBelow(std::uint64_t marks) {
   return static_cast<std::size_t>(std::countr_zero(marks)) / 8;
 }
 
 constexpr std::size_t blockSize = 32;
 constexpr char escape = '\x1b';
+constexpr std::string_view replacementCharacter = "\uFFFD";
 
-/// Whether the block at `from` is ASCII without the escape character. Compilers make a few vector
-/// instructions of it.
+/// Whether the block at `from` is ASCII without the escape character. Written so that compilers
+/// turn it into a few vector instructions.
 bool isPlainBlock(const char* from) {
   std::array<unsigned char, blockSize> marks;
   for (std::size_t i = 0; i < blockSize; ++i)
@@ -48,15 +51,15 @@ bool isPlainBlock(const char* from) {
   return ((words[0] | words[1] | words[2] | words[3]) & highBits) == 0;
 }
 
-/// The length of the front of `bytes` for which `marksOf(word)` marks nothing. Zeros may stand in
-/// for bytes behind the end.
+/// How many bytes at the start of `bytes` are left unmarked by `marksOf(word)`. The last word may
+/// be padded with zeros.
 template <class MarksOf> std::size_t unmarkedLength(std::string_view bytes, MarksOf marksOf) {
   std::size_t at = 0;
   for (; at + 8 <= bytes.size(); at += 8)
     if (const std::uint64_t marks = marksOf(loadWord(bytes.data() + at)))
       return at + bytesBelow(marks);
 
-  // The bytes left over come to stand at the low end of a word.
+  // The remaining bytes are moved to the low end of a word.
   const std::size_t left = bytes.size() - at;
   if (left == 0)
     return at;
@@ -102,6 +105,18 @@ bool isUtf8(std::string_view bytes) {
       return false;
     bytes.remove_prefix(length);
   }
+}
+
+std::string wellFormed(std::string_view bytes) {
+  std::string text;
+  text.reserve(bytes.size());
+  while (!bytes.empty()) {
+    const std::size_t ascii = asciiLength(bytes);
+    const std::size_t length = ascii > 0 ? ascii : utf8SequenceLength(bytes);
+    text += length > 0 ? bytes.substr(0, length) : replacementCharacter;
+    bytes.remove_prefix(length > 0 ? length : 1);
+  }
+  return text;
 }
 
 std::size_t asciiLength(std::string_view bytes) {

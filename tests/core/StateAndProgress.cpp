@@ -271,7 +271,7 @@ TEST_F(OverallTest, stallOfAnyItemCanBeAskedFor) {
   const ActiveItem item{.path = "/elsewhere",
                         .direction = Direction::upload,
                         .percent = std::nullopt,
-                        .lastUpdate = later(now(), Seconds(-301))};
+                        .lastUpdate = earlier(now(), Seconds(301))};
   EXPECT_TRUE(monitor->isStalled(item));
   ActiveItem fresh = item;
   fresh.lastUpdate = now();

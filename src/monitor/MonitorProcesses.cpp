@@ -1,4 +1,4 @@
-// How the two long-running monitors are started, fed, restarted and ended.
+// How the two long-running `brctl monitor` processes are started, read, restarted and ended.
 
 #include "monitor/Brctl.h"
 #include "monitor/SyncMonitor.h"
@@ -27,7 +27,7 @@ void SyncMonitor::stop() {
   terminate(statusProcess_);
 }
 
-/// A monitor that cannot be started stays down: only an exit brings a relaunch.
+/// A monitor that cannot be launched is not launched again: only an exit schedules a relaunch.
 void SyncMonitor::launchMonitor(MonitorChild& child) {
   auto spawned = spawn(
       child.arguments,
@@ -44,8 +44,7 @@ void SyncMonitor::launchMonitor(MonitorChild& child) {
 std::optional<TerminalChild> SyncMonitor::spawn(const std::vector<std::string>& arguments,
                                                 ChildProcesses::DataHandler onData,
                                                 ChildProcesses::ExitHandler onExit) {
-  auto result =
-      platform_.childProcesses.spawn(brctl(arguments), std::move(onData), std::move(onExit));
+  auto result = ports_.childProcesses.spawn(brctl(arguments), std::move(onData), std::move(onExit));
   if (auto* const child = std::get_if<TerminalChild>(&result))
     return std::move(*child);
 
@@ -75,8 +74,8 @@ void SyncMonitor::ingest(std::string_view chunk, MonitorChild& child) {
     notify();
 }
 
-/// The line buffer keeps what the dead child left unfinished: it is joined to the first line of its
-/// successor.
+/// The line buffer keeps the unfinished line of the dead child. The first line of its successor is
+/// appended to it.
 void SyncMonitor::monitorDied(MonitorChild& child) {
   if (child.masterHandle)
     child.masterHandle->clearReadabilityHandler();
@@ -85,9 +84,9 @@ void SyncMonitor::monitorDied(MonitorChild& child) {
   if (stopping_)
     return;
   log({child.title, " exited, restarting in 10s"});
-  platform_.mainQueue.after(restartDelay, weakly(shared_from_this(), [&child](SyncMonitor& self) {
-                              self.launchMonitor(child);
-                            }));
+  ports_.mainQueue.after(restartDelay, weakly(shared_from_this(), [&child](SyncMonitor& self) {
+                           self.launchMonitor(child);
+                         }));
 }
 
 } // namespace driftmark

@@ -1,15 +1,12 @@
-// What the interface asks of the model; every answer is computed anew, against the clock.
+// Which state the icon shows, in which order of precedence, and the mean progress. Each answer is
+// computed anew against the clock.
 
 #include "monitor/SyncMonitor.h"
 
-#include <algorithm>
-
 namespace driftmark {
 
-bool SyncMonitor::isStalled(const ActiveItem& item) const {
-  return Seconds(platform_.clock.now() - item.lastUpdate).count() > stalledAfter_;
-}
-
+/// Live transfers come first, then what needs the user, then the direction that is held, then what
+/// `brctl status` confirmed, then the global feed.
 OverallState SyncMonitor::overall() const {
   bool stalled = false, uploading = false, downloading = false;
   for (const auto& [path, item] : active_) {
@@ -25,7 +22,7 @@ OverallState SyncMonitor::overall() const {
   if (stalled || !issues_.empty())
     return OverallState::attention;
 
-  if (holdDirection_ && platform_.clock.now() < holdUntil_)
+  if (holdDirection_ && ports_.clock.now() < holdUntil_)
     return *holdDirection_ == Direction::upload ? OverallState::uploading
                                                 : OverallState::downloading;
   if (statusActivity_ && statusActivity_->uploads >= 1)
@@ -45,20 +42,6 @@ std::optional<double> SyncMonitor::progress() const {
     ++count;
   }
   return count > 0 ? std::optional(sum / count) : std::nullopt;
-}
-
-std::optional<double> SyncMonitor::longestStall() const {
-  std::optional<double> longest;
-  for (const auto& [path, item] : active_) {
-    const double elapsed = Seconds(platform_.clock.now() - item.lastUpdate).count();
-    if (elapsed > stalledAfter_)
-      longest = std::max(longest.value_or(elapsed), elapsed);
-  }
-  return longest;
-}
-
-bool SyncMonitor::shouldOfferRestart() const {
-  return longestStall().value_or(0) > stalledAfter_ + stalledAfter_;
 }
 
 } // namespace driftmark

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace driftmark {
@@ -13,5 +15,8 @@ struct StatusActivity {
 
   bool operator==(const StatusActivity&) const = default;
 };
+
+/// Reads a whole `brctl status` report. Absent when it names no active job.
+std::optional<StatusActivity> parseStatus(std::string_view text);
 
 } // namespace driftmark

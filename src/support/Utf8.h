@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace driftmark {
@@ -9,17 +10,20 @@ namespace driftmark {
 /// nothing beyond U+10FFFF. A NUL is well-formed.
 bool isUtf8(std::string_view bytes);
 
-/// The length of the well-formed UTF-8 sequence of two to four bytes at the front of `bytes`; 0
+/// `bytes` with every byte that belongs to no well-formed UTF-8 sequence replaced by U+FFFD.
+std::string wellFormed(std::string_view bytes);
+
+/// The length of the well-formed UTF-8 sequence of two to four bytes at the start of `bytes`; 0
 /// when there is none.
 std::size_t utf8SequenceLength(std::string_view bytes);
 
-/// The length of the front of `bytes` that is ASCII.
+/// How many bytes at the start of `bytes` are ASCII.
 std::size_t asciiLength(std::string_view bytes);
 
-/// The length of the front of `bytes` that is ASCII without the escape character.
+/// How many bytes at the start of `bytes` are ASCII and not the escape character.
 std::size_t unescapedLength(std::string_view bytes);
 
-/// The length of the front of `bytes` that is ASCII without the escape character and "/".
+/// How many bytes at the start of `bytes` are ASCII and neither the escape character nor "/".
 std::size_t plainNameLength(std::string_view bytes);
 
 } // namespace driftmark

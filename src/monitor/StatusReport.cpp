@@ -1,0 +1,53 @@
+// Which lines of a `brctl status` report count as pending transfers.
+
+#include "monitor/StatusReport.h"
+
+#include "monitor/Patterns.h"
+#include "support/Strings.h"
+
+#include <algorithm>
+
+namespace driftmark {
+
+namespace {
+
+bool contains(std::string_view line, std::string_view part) {
+  return line.find(part) != std::string_view::npos;
+}
+
+} // namespace
+
+std::optional<StatusActivity> parseStatus(std::string_view text) {
+  std::string storage;
+  std::string_view remaining = withoutAnsi(text, storage);
+  std::string_view directory;
+  StatusActivity activity;
+  while (!remaining.empty()) {
+    const std::string_view piece = remaining.substr(0, remaining.find('\n'));
+    remaining.remove_prefix(std::min(piece.size() + 1, remaining.size()));
+    const std::string_view line = trimmed(piece);
+
+    constexpr std::string_view header = "Under ";
+    if (line.starts_with(header) && line.substr(header.size()).starts_with('/')) {
+      directory = line.substr(header.size());
+      continue;
+    }
+    if (!line.starts_with("> "))
+      continue;
+    if (contains(line, "downloader{") && contains(line, "downloading:"))
+      ++activity.downloads;
+    else if (contains(line, "upload{") && contains(line, " active"))
+      ++activity.uploads;
+    else
+      continue;
+    auto& directories = activity.directories;
+    if (!directory.empty() &&
+        std::find(directories.begin(), directories.end(), directory) == directories.end())
+      directories.emplace_back(directory);
+  }
+  if (activity.downloads + activity.uploads < 1)
+    return std::nullopt;
+  return activity;
+}
+
+} // namespace driftmark
