@@ -8,13 +8,13 @@ std::string deletingLastPathComponent(std::string_view path) {
   const std::string_view item = withoutTrailingSlashes(path);
   const std::size_t slash = item.rfind('/');
   if (slash == std::string_view::npos)
-    return path.starts_with('/') ? "/" : "";
-  const std::string_view parent = withoutTrailingSlashes(item.substr(0, slash));
-  return parent.empty() ? "/" : std::string(parent);
+    return "";
+  return std::string(withoutTrailingSlashes(item.substr(0, slash + 1)));
 }
 
 std::string appendingPathComponent(std::string_view folder, std::string_view name) {
-  return std::string(withoutTrailingSlashes(folder)).append("/").append(name);
+  const std::string_view item = withoutTrailingSlashes(folder);
+  return std::string(item == "/" ? "" : item).append("/").append(name);
 }
 
 std::string abbreviatingWithTilde(std::string_view path, std::string_view home) {

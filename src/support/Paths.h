@@ -5,15 +5,16 @@
 
 namespace driftmark {
 
-/// `path` without the slashes at its end; empty for a path of slashes alone.
+/// `path` without the slashes at its end; "/" for a path of slashes alone.
 inline std::string_view withoutTrailingSlashes(std::string_view path) {
-  return path.substr(0, path.find_last_not_of('/') + 1);
+  const std::size_t last = path.find_last_not_of('/');
+  return path.substr(0, last == std::string_view::npos ? 1 : last + 1);
 }
 
 /// The last component of a path, trailing slashes not counted; "/" for a path of slashes alone.
 inline std::string_view lastPathComponent(std::string_view path) {
   const std::string_view item = withoutTrailingSlashes(path);
-  return item.empty() ? path.substr(0, 1) : item.substr(item.rfind('/') + 1);
+  return item == "/" ? item : item.substr(item.rfind('/') + 1);
 }
 
 /// The folder that holds the item at `path`: "/" for the root and the items in it, "" for a name

@@ -5,6 +5,13 @@
 namespace driftmark::test {
 namespace {
 
+TEST(PathsTest, trailingSlashesAreRemovedButTheRootStays) {
+  EXPECT_EQ(withoutTrailingSlashes("/a/b//"), "/a/b");
+  EXPECT_EQ(withoutTrailingSlashes("/a"), "/a");
+  EXPECT_EQ(withoutTrailingSlashes("//"), "/");
+  EXPECT_EQ(withoutTrailingSlashes(""), "");
+}
+
 TEST(PathsTest, lastComponentIsWhatFollowsTheLastSlash) {
   EXPECT_EQ(lastPathComponent("/a/b/c.txt"), "c.txt");
   EXPECT_EQ(lastPathComponent("/c.txt"), "c.txt");

@@ -4,7 +4,7 @@
 #include "platform/linux/desktop/LinuxLoginItem.h"
 #include "platform/linux/desktop/LinuxWorkspace.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
-#include "platform/posix/PosixEnvironment.h"
+#include "platform/posix/PosixAdapters.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 
 #include <iostream>

@@ -3,7 +3,7 @@
 #include "ChildProcessesTest.h"
 #include "Descriptors.h"
 #include "EventLoop.h"
-#include "platform/posix/children/Terminal.h"
+#include "platform/posix/children/TerminalChannel.h"
 
 #include <cerrno>
 #include <variant>

@@ -3,7 +3,7 @@
 #include "TemporaryFolder.h"
 #include "platform/posix/FileDescriptor.h"
 #include "platform/posix/SystemCalls.h"
-#include "platform/posix/children/ToolLauncher.h"
+#include "platform/posix/children/LaunchTool.h"
 #include "support/TestEnvironment.h"
 
 #include <csignal>
@@ -29,7 +29,7 @@ using testing::IsEmpty;
 class Copy {
 public:
   explicit Copy(const std::string& executable) {
-    auto pipe = system_calls::makePipe().value();
+    auto pipe = makePipe().value();
     const auto launched =
         launchTool(executable, {"print", "up", "wait"}, {.standardOutput = pipe.writeEnd.number()});
     if (const auto* const error = std::get_if<LaunchError>(&launched))

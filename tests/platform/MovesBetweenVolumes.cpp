@@ -3,7 +3,7 @@
 #include "OrdinaryUser.h"
 #include "Orphans.h"
 #include "OtherVolume.h"
-#include "platform/posix/files/ItemMove.h"
+#include "platform/posix/files/FileItems.h"
 
 #include <array>
 #include <string>

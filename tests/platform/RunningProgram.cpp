@@ -2,7 +2,7 @@
 
 #include "EventLoop.h"
 #include "platform/posix/SystemCalls.h"
-#include "platform/posix/children/ToolLauncher.h"
+#include "platform/posix/children/LaunchTool.h"
 
 #include <array>
 #include <csignal>
@@ -19,7 +19,7 @@
 namespace driftmark::test {
 
 RunningProgram::RunningProgram(const std::string& executable) {
-  auto pipe = system_calls::makePipe();
+  auto pipe = makePipe();
   if (!pipe)
     throw std::runtime_error("no pipe");
   const auto launched = launchTool(executable, {}, {.standardError = pipe->writeEnd.number()});

@@ -17,8 +17,7 @@
 #include "platform/linux/runloop/LinuxBackgroundQueue.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/linux/runloop/LinuxSignals.h"
-#include "platform/posix/PosixClock.h"
-#include "platform/posix/PosixEnvironment.h"
+#include "platform/posix/PosixAdapters.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 #include "ports/Platform.h"
 

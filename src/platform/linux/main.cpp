@@ -1,8 +1,8 @@
 #include "app/Program.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/SystemRoot.h"
-#include "platform/posix/PosixEnvironment.h"
-#include "platform/posix/children/StandardDescriptors.h"
+#include "platform/posix/FileDescriptor.h"
+#include "platform/posix/PosixAdapters.h"
 
 #include <algorithm>
 #include <array>

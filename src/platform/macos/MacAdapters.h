@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/posix/children/PosixRunningApplications.h"
+#include "platform/posix/PosixAdapters.h"
 #include "ports/Bundle.h"
 #include "ports/CloudFiles.h"
 #include "ports/Dialogs.h"

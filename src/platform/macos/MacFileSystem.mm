@@ -1,8 +1,8 @@
 #include "platform/macos/MacAdapters.h"
 #include "platform/macos/Strings.h"
-#include "platform/posix/files/FileError.h"
-#include "platform/posix/files/FilePath.h"
-#include "platform/posix/files/ItemMove.h"
+#include "platform/posix/SystemErrors.h"
+#include "platform/posix/files/FileItems.h"
+#include "support/Paths.h"
 
 namespace driftmark {
 
@@ -27,7 +27,7 @@ std::string MacFileSystem::homeDirectory() const {
 }
 
 std::string MacFileSystem::temporaryDirectory() const {
-  return file_path::withoutTrailingSlashes(string(NSTemporaryDirectory())) + "/";
+  return std::string(withoutTrailingSlashes(string(NSTemporaryDirectory()))) + "/";
 }
 
 std::optional<PlatformError> MacFileSystem::createDirectory(const std::string& path) {

@@ -7,8 +7,7 @@
 #include "platform/macos/MacMainQueue.h"
 #include "platform/macos/MacSignals.h"
 #include "platform/macos/MacStatusItem.h"
-#include "platform/posix/PosixClock.h"
-#include "platform/posix/PosixEnvironment.h"
+#include "platform/posix/PosixAdapters.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 #include "ports/Platform.h"
 

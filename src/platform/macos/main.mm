@@ -1,6 +1,6 @@
 #include "app/Program.h"
 #include "platform/macos/MacPlatform.h"
-#include "platform/posix/children/StandardDescriptors.h"
+#include "platform/posix/FileDescriptor.h"
 
 int main() {
   driftmark::openMissingStandardDescriptors();

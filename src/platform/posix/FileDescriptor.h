@@ -22,7 +22,7 @@ public:
 
   bool isOpen() const { return number_ >= 0; }
 
-  /// The descriptor's number; -1 when there is none, which `poll` skips.
+  /// The descriptor's number; -1 when there is none. `poll` ignores -1.
   int number() const { return number_; }
 
   /// Gives the descriptor up without closing it.
@@ -37,5 +37,10 @@ public:
 private:
   int number_ = -1;
 };
+
+/// Opens the null device for each standard descriptor that this process was started without. Else a
+/// file opened later would get its number and, with it, the output or input of this process. Call
+/// it before anything else.
+void openMissingStandardDescriptors();
 
 } // namespace driftmark

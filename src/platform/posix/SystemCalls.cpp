@@ -1,3 +1,5 @@
+// What Linux and macOS do in different ways: pipes, terminals, the exit of a child.
+
 #include "platform/posix/SystemCalls.h"
 
 #include <array>
@@ -11,13 +13,13 @@
 #ifdef __APPLE__
 #include <sys/event.h>
 #else
-// The header does not say by itself that these are C functions.
+// The header itself does not declare these as C functions.
 extern "C" {
 #include <sys/pidfd.h>
 }
 #endif
 
-namespace driftmark::system_calls {
+namespace driftmark {
 
 bool setNonBlocking(int descriptor) {
   const int flags = fcntl(descriptor, F_GETFL);
@@ -39,7 +41,7 @@ bool setCloseOnExec(int descriptor) {
   return fcntl(descriptor, F_SETFD, FD_CLOEXEC) == 0;
 }
 
-/// A pipe that has nothing but its end.
+/// The read end of a closed pipe, which is always readable.
 FileDescriptor alreadyReadable() {
   std::optional<Pipe> pipe = makePipe();
   return pipe ? std::move(pipe->readEnd) : FileDescriptor();
@@ -72,7 +74,7 @@ FileDescriptor watchExit(pid_t pid) {
   EV_SET(&change, pid, EVFILT_PROC, EV_ADD, NOTE_EXIT, 0, nullptr);
   if (kevent(queue.number(), &change, 1, nullptr, 0, nullptr) == 0)
     return queue;
-  // A child that has ended already cannot be watched.
+  // The system does not watch a child that has already ended.
   return errno == ESRCH ? alreadyReadable() : FileDescriptor();
 }
 
@@ -96,7 +98,7 @@ FileDescriptor openTerminalMaster() {
 }
 
 FileDescriptor watchExit(pid_t pid) {
-  // The kernel makes every such descriptor close-on-exec.
+  // The kernel makes each of these descriptors close-on-exec.
   return FileDescriptor(pidfd_open(pid, 0));
 }
 
@@ -107,4 +109,4 @@ int closeAllButStandard(posix_spawnattr_t& /*attributes*/, posix_spawn_file_acti
 
 #endif
 
-} // namespace driftmark::system_calls
+} // namespace driftmark

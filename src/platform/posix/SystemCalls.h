@@ -8,8 +8,9 @@
 #include <spawn.h>
 #include <sys/types.h>
 
-/// What Linux and macOS do in different ways. Failures leave their reason in `errno`. Any thread.
-namespace driftmark::system_calls {
+/// The calls for descriptors, terminals and children that Linux and macOS do in different ways. A
+/// failure leaves its reason in `errno`. Any thread.
+namespace driftmark {
 
 struct Pipe {
   FileDescriptor readEnd;
@@ -19,20 +20,22 @@ struct Pipe {
 /// Makes reads and writes of `descriptor` return at once. False when the system refuses.
 bool setNonBlocking(int descriptor);
 
-/// A pipe whose ends no child inherits.
+/// A pipe. No child inherits its ends.
 std::optional<Pipe> makePipe();
 
-/// The master of a new pseudo-terminal, inherited by no child and never the controlling terminal.
+/// The master of a new pseudo-terminal. No child inherits it, and it never becomes the controlling
+/// terminal.
 FileDescriptor openTerminalMaster();
 
 /// The name of the terminal behind `master`.
 std::optional<std::string> terminalName(int master);
 
-/// A descriptor that polls as readable from the moment that the child `pid` has ended.
+/// A descriptor that becomes readable when the child `pid` ends, and stays so.
 FileDescriptor watchExit(pid_t pid);
 
-/// Makes a spawned child start with its three standard descriptors only. 0 or an error number.
+/// Makes a spawned child start with its three standard descriptors only. Returns 0 or an error
+/// number.
 int closeAllButStandard(posix_spawnattr_t& attributes, posix_spawn_file_actions_t& actions,
                         short& flags);
 
-} // namespace driftmark::system_calls
+} // namespace driftmark

@@ -1,7 +1,7 @@
 #include "platform/linux/desktop/FolderWalk.h"
 
 #include "platform/linux/desktop/FolderListing.h"
-#include "platform/posix/files/FilePath.h"
+#include "support/Paths.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -42,7 +42,7 @@ bool isItem(std::string_view name) {
 class FolderWalk {
 public:
   FolderWalk(const std::string& folder, const ItemVisitor& visit)
-      : path_(file_path::withoutTrailingSlashes(folder)), visit_(visit) {
+      : path_(withoutTrailingSlashes(folder)), visit_(visit) {
     FileDescriptor top(open(path_.c_str(), openFolder));
     if (path_ == "/")
       path_.clear();

@@ -1,8 +1,8 @@
 #include "platform/linux/desktop/HomeTrash.h"
 
 #include "platform/posix/FileDescriptor.h"
-#include "platform/posix/files/FilePath.h"
-#include "platform/posix/files/ItemMove.h"
+#include "platform/posix/files/FileItems.h"
+#include "support/Paths.h"
 
 #include <cerrno>
 #include <cstddef>
@@ -65,14 +65,14 @@ std::string openTrash() {
 } // namespace
 
 int moveToHomeTrash(const std::string& path) {
-  const std::string item = file_path::withoutTrailingSlashes(path);
+  const std::string item(withoutTrailingSlashes(path));
   struct stat information {};
   if (lstat(item.c_str(), &information) != 0)
     return errno;
   const std::string trash = openTrash();
   if (trash.empty())
     return EACCES;
-  const std::string name = file_path::name(item);
+  const std::string name(lastPathComponent(item));
   int error = moveAs(name, trash, item);
   for (int copy = 2; error == EEXIST; ++copy)
     error = moveAs(name + "." + std::to_string(copy), trash, item);

@@ -56,7 +56,7 @@ LinuxBundle::LinuxBundle(const std::string& executable, const std::string& syste
   else
     information_ = propertyListTexts(contentsOf(folder / "Contents" / "Info.plist"));
   // The system names executables by paths without links.
-  path_ = system_root_path::known(resolved(systemRoot), folder.string());
+  path_ = withoutSystemRoot(resolved(systemRoot), folder.string());
 }
 
 std::optional<std::string> LinuxBundle::identifier() const {

@@ -1,7 +1,7 @@
 #include "platform/linux/desktop/LinuxFileSystem.h"
 
 #include "platform/linux/desktop/HomeTrash.h"
-#include "platform/posix/files/FileError.h"
+#include "platform/posix/SystemErrors.h"
 
 namespace driftmark {
 

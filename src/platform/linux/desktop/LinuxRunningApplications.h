@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/linux/SystemRoot.h"
-#include "platform/posix/children/PosixRunningApplications.h"
+#include "platform/posix/PosixAdapters.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #include "platform/linux/dialogs/FolderDialog.h"
 
 #include "platform/linux/menubar/WrappedText.h"
-#include "platform/posix/files/FilePath.h"
+#include "support/Paths.h"
 
 #include <algorithm>
 
@@ -40,9 +40,9 @@ std::string bytes(const QString& path) {
 
 /// The nearest folder, from `path` upwards, that exists and can be shown.
 std::string openingFolder(const std::string& path) {
-  std::string folder = path.starts_with('/') ? file_path::withoutTrailingSlashes(path) : "/";
+  std::string folder = path.starts_with('/') ? std::string(withoutTrailingSlashes(path)) : "/";
   while (folder != "/" && (bytes(shown(folder)) != folder || !QFileInfo(shown(folder)).isDir()))
-    folder = file_path::parent(folder);
+    folder = deletingLastPathComponent(folder);
   return folder;
 }
 

@@ -1,7 +1,7 @@
 #include "platform/linux/network/HttpTransfer.h"
 
 #include "platform/linux/network/LinuxHttpClient.h"
-#include "platform/posix/PosixEnvironment.h"
+#include "platform/posix/PosixAdapters.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 #include "platform/linux/runloop/LinuxBackgroundQueue.h"
 
-#include "platform/posix/children/SignalsBlocked.h"
+#include "platform/posix/Threads.h"
 
 #include <system_error>
 #include <utility>

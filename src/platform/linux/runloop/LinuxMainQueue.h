@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/linux/runloop/DeadlineTimer.h"
-#include "platform/posix/children/Wakeup.h"
+#include "platform/posix/Threads.h"
 #include "ports/MainQueue.h"
 #include "support/WaitingTasks.h"
 

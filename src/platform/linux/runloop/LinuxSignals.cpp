@@ -42,7 +42,7 @@ void handleSignal(int signal) {
 class LinuxSignalSource final : public SignalSource {
 public:
   LinuxSignalSource(MainQueue& mainQueue, QuitSignal signal, std::function<void()> handler,
-                    system_calls::Pipe pipe)
+                    Pipe pipe)
       : mainQueue_(mainQueue), signal_(number(signal)),
         handler_(std::make_shared<const std::function<void()>>(std::move(handler))),
         pipe_(std::move(pipe)), notifier_(pipe_.readEnd.number(), QSocketNotifier::Read) {
@@ -74,15 +74,14 @@ private:
   MainQueue& mainQueue_;
   const int signal_;
   const std::shared_ptr<const std::function<void()>> handler_;
-  const system_calls::Pipe pipe_;
+  const Pipe pipe_;
   QSocketNotifier notifier_;
   struct sigaction before_ {};
 };
 
-std::optional<system_calls::Pipe> makeNonBlockingPipe() {
-  std::optional<system_calls::Pipe> pipe = system_calls::makePipe();
-  if (pipe && (!system_calls::setNonBlocking(pipe->readEnd.number()) ||
-               !system_calls::setNonBlocking(pipe->writeEnd.number())))
+std::optional<Pipe> makeNonBlockingPipe() {
+  std::optional<Pipe> pipe = makePipe();
+  if (pipe && (!setNonBlocking(pipe->readEnd.number()) || !setNonBlocking(pipe->writeEnd.number())))
     pipe.reset();
   return pipe;
 }

@@ -1,6 +1,7 @@
+// How one thread waits for all terminals and exits at once.
+
 #include "platform/posix/children/IoThread.h"
 
-#include "platform/posix/children/SignalsBlocked.h"
 #include "ports/ChildProcesses.h"
 
 #include <cstddef>
@@ -16,7 +17,7 @@ namespace {
 
 using Channels = std::vector<std::shared_ptr<TerminalChannel>>;
 
-/// The wake-up first, then each channel's terminal and exit.
+/// The wake-up comes first, then each channel's terminal and exit.
 std::vector<pollfd> descriptorsToPoll(const Wakeup& wakeup, const Channels& channels) {
   std::vector<pollfd> descriptors{{wakeup.descriptor(), POLLIN, 0}};
   descriptors.reserve(1 + 2 * channels.size());
@@ -83,7 +84,7 @@ void IoThread::run() {
   }
 }
 
-/// False when the thread shall end.
+/// False when the thread is to end.
 bool IoThread::adoptNewChannels() {
   const std::lock_guard lock(mutex_);
   channels_.insert(channels_.end(), std::make_move_iterator(newChannels_.begin()),

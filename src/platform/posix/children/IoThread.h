@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/posix/Threads.h"
 #include "platform/posix/children/TerminalChannel.h"
-#include "platform/posix/children/Wakeup.h"
 
 #include <memory>
 #include <mutex>
@@ -10,8 +10,10 @@
 
 namespace driftmark {
 
-/// The one thread that waits for terminals and for children to end. It sleeps until one of them, or
-/// a wake-up, has something for it. Main thread only.
+/// Runs the one thread that waits for terminals and for the ends of children on them, and hands
+/// their events to the channels. The thread sleeps until one of them, or the wake-up, is ready.
+/// This object belongs to the main thread; only `run` and the functions it calls run on the thread
+/// itself.
 class IoThread {
 public:
   /// Throws std::system_error when the system has no descriptors left.
@@ -20,25 +22,26 @@ public:
   IoThread& operator=(const IoThread&) = delete;
   ~IoThread() { stop(); }
 
-  /// Starts the thread unless it runs. Throws std::system_error when the system has none left.
+  /// Starts the thread unless it runs. Throws std::system_error when the system cannot start one.
   void start();
 
-  /// Hands a channel to the running thread, which drops it when nothing more can come from it.
+  /// Hands a channel over to the running thread, which drops it when it is finished.
   void add(std::shared_ptr<TerminalChannel> channel);
 
   /// Ends the thread and drops its channels. It cannot be started again.
   void stop();
 
-  /// Makes the thread look at its channels. For any thread.
+  /// Makes the thread check its channels. The wake-up is for any thread.
   const std::shared_ptr<Wakeup>& wakeup() const { return wakeup_; }
 
 private:
+  // I/O thread
   void run();
   bool adoptNewChannels();
 
   const std::shared_ptr<Wakeup> wakeup_;
   std::thread thread_;
-  std::vector<std::shared_ptr<TerminalChannel>> channels_; ///< the I/O thread's as long as it runs
+  std::vector<std::shared_ptr<TerminalChannel>> channels_; ///< used by the I/O thread while it runs
 
   std::mutex mutex_; ///< guards what follows
   std::vector<std::shared_ptr<TerminalChannel>> newChannels_;

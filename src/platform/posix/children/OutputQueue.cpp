@@ -1,3 +1,5 @@
+// When a child's output is delivered at once, and when reading it pauses.
+
 #include "platform/posix/children/OutputQueue.h"
 
 #include "ports/ChildProcesses.h"
@@ -10,8 +12,8 @@ namespace driftmark {
 namespace {
 
 constexpr std::size_t largestChunk = ChildProcesses::largestChunk;
-constexpr std::size_t fullAt = 4 * largestChunk;
-constexpr std::size_t drainedAt = fullAt / 2;
+constexpr std::size_t fullAt = 4 * largestChunk; ///< reading pauses
+constexpr std::size_t drainedAt = fullAt / 2;    ///< reading continues
 
 } // namespace
 

@@ -7,12 +7,11 @@
 
 namespace driftmark {
 
-/// What a child has written and the main thread has not seen yet, and the child's end among it, in
-/// order. Waiting bytes are joined into chunks of at most `ChildProcesses::largestChunk`. One
-/// thread at a time.
+/// A child's output that has not been delivered yet, and its exit, in order. Waiting bytes are
+/// joined into chunks of at most `ChildProcesses::largestChunk`. One thread at a time.
 class OutputQueue {
 public:
-  /// A chunk of output, or the child's end.
+  /// A chunk of output, or the child's exit.
   struct Item {
     std::string bytes;
     bool isExit = false;
@@ -23,22 +22,22 @@ public:
 
   bool isEmpty() const { return items_.empty(); }
 
-  /// Whether a whole chunk or the child's end waits.
+  /// Whether a whole chunk or the exit waits.
   bool isUrgent() const;
 
-  /// Whether so many bytes wait that no more should be read.
+  /// Whether so many bytes wait that no more are to be read.
   bool isFull() const;
 
-  /// Whether few enough bytes wait to go on reading after the queue was full.
+  /// Whether few enough bytes wait to read again after the queue was full.
   bool isDrained() const;
 
-  /// Takes the oldest item out. The queue must not be empty.
+  /// Removes and returns the oldest item. The queue must not be empty.
   Item takeFirst();
 
-  /// Hands a chunk's memory back for later chunks.
+  /// Gives a chunk's memory back for later chunks.
   void recycle(std::string bytes);
 
-  /// Drops all output; the child's end stays.
+  /// Drops all output. The exit stays.
   void dropBytes();
 
 private:

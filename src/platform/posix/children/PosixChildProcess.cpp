@@ -1,3 +1,6 @@
+// How one child is signalled and reaped, so that no signal reaches a process that reuses its
+// identifier.
+
 #include "platform/posix/children/PosixChildProcess.h"
 
 #include <cerrno>

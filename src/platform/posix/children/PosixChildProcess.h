@@ -9,11 +9,12 @@
 
 namespace driftmark {
 
-/// A launched child of this process. Only the thread that waits for the child touches
-/// `exitDescriptor` and calls `reap`; everything else on any thread.
+/// One launched child of this process: its identifier, the signals sent to it, its exit. Only the
+/// thread that waits for the child uses `exitDescriptor` and calls `reap`; all else is for any
+/// thread.
 class PosixChildProcess final : public ChildProcess {
 public:
-  /// Takes over the child `pid` and the descriptor that polls as readable once it has ended.
+  /// Takes over the child `pid` and the descriptor that becomes readable when it ends.
   PosixChildProcess(pid_t pid, FileDescriptor exitDescriptor);
 
   std::int32_t identifier() const override { return pid_; }
@@ -23,11 +24,11 @@ public:
   /// Sends SIGKILL to the child. Does nothing when it is not running.
   void kill();
 
-  /// Polls as readable once the child has ended; -1 after `reap`.
+  /// Becomes readable when the child ends; -1 after `reap`.
   int exitDescriptor() const { return exitDescriptor_.number(); }
 
-  /// Takes the ended child off the system's list, waiting for its end where needed. Returns its
-  /// exit code, or the number of the signal that ended it. Call it once.
+  /// Removes the ended child from the system's list, and first waits for its end if needed. Returns
+  /// its exit code, or the number of the signal that ended it. Call it once.
   int reap();
 
 private:
@@ -35,7 +36,7 @@ private:
 
   const pid_t pid_;
   FileDescriptor exitDescriptor_;
-  mutable std::mutex mutex_; ///< no signal goes out while the child is being reaped
+  mutable std::mutex mutex_; ///< so that no signal is sent while the child is being reaped
   bool running_ = true;
 };
 

@@ -1,8 +1,9 @@
+// How a child on a terminal is put together from its parts, and in which order all of it shuts
+// down.
+
 #include "platform/posix/children/PosixChildProcesses.h"
 
-#include "platform/posix/SystemError.h"
 #include "platform/posix/children/PosixToolRun.h"
-#include "platform/posix/children/Terminal.h"
 
 #include <csignal>
 #include <optional>
@@ -27,7 +28,7 @@ private:
   const std::shared_ptr<TerminalChannel> channel_;
 };
 
-/// The system throws away the exits of children that nobody wants to hear of.
+/// The system discards the exits of children in a process that ignores SIGCHLD.
 void keepExitsOfChildren() {
   struct sigaction action {};
   if (sigaction(SIGCHLD, nullptr, &action) == 0 && action.sa_handler == SIG_IGN)
@@ -45,8 +46,8 @@ std::optional<LaunchError> started(IoThread& thread) {
 
 } // namespace
 
-PosixChildProcesses::PosixChildProcesses(MainQueue& mainQueue, std::string systemRoot)
-    : mainQueue_(mainQueue), children_(std::make_shared<RunningChildren>(std::move(systemRoot))) {
+PosixChildProcesses::PosixChildProcesses(MainQueue& mainQueue, const std::string& systemRoot)
+    : mainQueue_(mainQueue), children_(std::make_shared<ChildRegistry>(systemRoot)) {
   keepExitsOfChildren();
 }
 
@@ -71,11 +72,11 @@ PosixChildProcesses::spawn(const ToolCommand& command, DataHandler onData, ExitH
   auto& process = std::get<0>(launched);
 
   const auto channel = std::make_shared<TerminalChannel>(
-      TerminalChannel::Surroundings{mainQueue_, children_, ioThread_.wakeup()}, process,
+      TerminalChannel::Context{mainQueue_, children_, ioThread_.wakeup()}, process,
       std::move(terminal.master), std::move(onData), std::move(onExit));
   remember(channel);
   ioThread_.add(channel);
-  // Where the child has ended already, this waits on macOS until its output has been read.
+  // On macOS, this waits until the output is read if the child has already ended.
   terminal.slave.reset();
   return TerminalChild{process, std::make_unique<PosixReadHandle>(channel)};
 }
@@ -93,7 +94,7 @@ std::optional<LaunchError> PosixChildProcesses::launchDetached(const ToolCommand
 void PosixChildProcesses::shutdown() {
   children_->reapDetached();
   const auto channels = std::exchange(channels_, {});
-  // On macOS, a child ends only when its output has been read, or nobody can read it any more.
+  // On macOS, a child ends only once its output is read or its terminal is closed.
   for (const auto& weak : channels)
     if (const auto channel = weak.lock())
       channel->releaseTerminal();

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/posix/children/ChildRegistry.h"
 #include "platform/posix/children/IoThread.h"
-#include "platform/posix/children/RunningChildren.h"
 #include "platform/posix/children/TerminalChannel.h"
 #include "ports/ChildProcesses.h"
 #include "ports/MainQueue.h"
@@ -12,20 +12,29 @@
 
 namespace driftmark {
 
-/// Child processes of a POSIX system. One thread of its own, started with the first child, waits
-/// for all terminals and exits; it costs nothing while nothing happens. Main thread unless stated
-/// otherwise.
+/// Child processes on Linux and macOS. Who does what:
+///
+/// - `PosixChildProcesses` is the port: it composes the others and shuts them down.
+/// - `PosixChildProcess` is one launched child; `PosixToolRun` is one blocking run of a tool.
+/// - `ChildRegistry` records all children that are not reaped yet and ends them together;
+///   `launchTool` starts a single one by `posix_spawn`.
+/// - `TerminalChannel` passes the output and the exit of one child on a terminal on to its
+/// handlers,
+///   through an `OutputQueue`; `IoThread` is the one thread that waits for all of these terminals.
+///   It starts with the first such child and costs nothing while nothing happens.
+///
+/// Main thread unless stated otherwise.
 class PosixChildProcesses final : public ChildProcesses {
 public:
   /// `systemRoot` is put before the absolute path of every tool; "" and "/" stand for none. The
-  /// main queue outlives this object. Where the end of children was ignored in this process, that
-  /// is set back, since their exit is waited for. Throws std::system_error when the system has no
-  /// descriptors left.
-  PosixChildProcesses(MainQueue& mainQueue, std::string systemRoot);
+  /// main queue outlives this object. If this process ignores SIGCHLD, its default action is set
+  /// again, since the system discards exits of children otherwise. Throws std::system_error when
+  /// the system has no descriptors left.
+  PosixChildProcesses(MainQueue& mainQueue, const std::string& systemRoot);
   PosixChildProcesses(const PosixChildProcesses&) = delete;
   PosixChildProcesses& operator=(const PosixChildProcesses&) = delete;
 
-  /// Shuts down. What callers still hold of children, handles and runs stays safe to use.
+  /// Shuts down. Children, handles and runs that callers still hold stay safe to use.
   ~PosixChildProcesses() override;
 
   std::variant<TerminalChild, LaunchError> spawn(const ToolCommand& command, DataHandler onData,
@@ -35,16 +44,16 @@ public:
   /// A detached tool that has ended is reaped when the next child is started.
   std::optional<LaunchError> launchDetached(const ToolCommand& command) override;
 
-  /// Ends all children but the detached ones, with SIGKILL those that a SIGTERM does not end within
-  /// a second, and makes every `ToolRun::run` return. From then on launches fail and no handler is
-  /// called.
+  /// Ends all children except the detached ones: by SIGTERM, and by SIGKILL those that still run
+  /// after `ChildRegistry::gracePeriod`. Makes every `ToolRun::run` return. From then on launches
+  /// fail and no handler is called.
   void shutdown();
 
 private:
   void remember(const std::shared_ptr<TerminalChannel>& channel);
 
   MainQueue& mainQueue_;
-  const std::shared_ptr<RunningChildren> children_;
+  const std::shared_ptr<ChildRegistry> children_;
   std::vector<std::weak_ptr<TerminalChannel>> channels_;
   IoThread ioThread_;
 };

@@ -1,6 +1,8 @@
+// How a tool is run to its end by one blocking call, and what ends the call early.
+
 #include "platform/posix/children/PosixToolRun.h"
 
-#include "platform/posix/SystemError.h"
+#include "platform/posix/SystemErrors.h"
 
 #include <array>
 #include <cerrno>
@@ -13,7 +15,7 @@ namespace driftmark {
 
 namespace {
 
-/// `captured` is the descriptor that takes what is captured.
+/// `captured` is the descriptor for the captured output.
 OutputRouting routing(ToolOutput output, int captured) {
   switch (output) {
   case ToolOutput::capture:
@@ -26,7 +28,7 @@ OutputRouting routing(ToolOutput output, int captured) {
   return {};
 }
 
-/// Appends what the pipe holds to `output`; false at its end.
+/// Appends the bytes in the pipe to `output`. False at the end of the pipe.
 bool readSome(int pipe, std::string& output) {
   std::array<char, 65536> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
   const ssize_t count = read(pipe, buffer.data(), buffer.size());
@@ -37,7 +39,7 @@ bool readSome(int pipe, std::string& output) {
 
 } // namespace
 
-PosixToolRun::PosixToolRun(std::shared_ptr<RunningChildren> children, ToolCommand command,
+PosixToolRun::PosixToolRun(std::shared_ptr<ChildRegistry> children, ToolCommand command,
                            ToolOutput output)
     : children_(std::move(children)), command_(std::move(command)), output_(output) {}
 
@@ -57,11 +59,11 @@ void PosixToolRun::terminate() {
 }
 
 std::variant<ToolResult, LaunchError> PosixToolRun::run() {
-  system_calls::Pipe pipe;
+  Pipe pipe;
   if (output_ != ToolOutput::discard) {
-    std::optional<system_calls::Pipe> made = system_calls::makePipe();
+    std::optional<Pipe> made = makePipe();
     if (!made)
-      return systemError(LaunchError::Stage::launch, errno);
+      return launchError(LaunchError::Stage::launch, errno);
     pipe = std::move(*made);
   }
   auto child = launch(routing(output_, pipe.writeEnd.number()));
@@ -81,7 +83,7 @@ PosixToolRun::launch(OutputRouting output) {
   return child;
 }
 
-/// The child is reaped as soon as it ends, even while others keep its pipe open.
+/// Reaps the child as soon as it ends, even while other processes keep its pipe open.
 ToolResult PosixToolRun::readToEnd(PosixChildProcess& child, FileDescriptor pipe) const {
   ToolResult result;
   bool ended = false;

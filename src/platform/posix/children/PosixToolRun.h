@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/posix/children/RunningChildren.h"
+#include "platform/posix/children/ChildRegistry.h"
 #include "ports/ChildProcesses.h"
 
 #include <memory>
@@ -8,12 +8,11 @@
 
 namespace driftmark {
 
-/// A tool that is launched, read to the end of its output and awaited by the thread that calls
-/// `run`. When all children are being ended, `run` stops reading and returns once the child is
-/// gone.
+/// A tool whose launch, output and exit are handled by the thread that calls `run`. When all
+/// children are being ended, `run` stops reading and returns after the child's end.
 class PosixToolRun final : public ToolRun {
 public:
-  PosixToolRun(std::shared_ptr<RunningChildren> children, ToolCommand command, ToolOutput output);
+  PosixToolRun(std::shared_ptr<ChildRegistry> children, ToolCommand command, ToolOutput output);
 
   std::int32_t identifier() const override;
   bool isRunning() const override;
@@ -25,7 +24,7 @@ private:
   ToolResult readToEnd(PosixChildProcess& child, FileDescriptor pipe) const;
   std::shared_ptr<PosixChildProcess> launched() const;
 
-  const std::shared_ptr<RunningChildren> children_;
+  const std::shared_ptr<ChildRegistry> children_;
   const ToolCommand command_;
   const ToolOutput output_;
   mutable std::mutex mutex_;

@@ -1,7 +1,8 @@
-#include "platform/posix/children/Terminal.h"
+// How a pseudo-terminal is opened, and what fails at which stage.
 
 #include "platform/posix/SystemCalls.h"
-#include "platform/posix/SystemError.h"
+#include "platform/posix/SystemErrors.h"
+#include "platform/posix/children/TerminalChannel.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -17,28 +18,28 @@ namespace {
 std::optional<std::string> slaveName(int master) {
   if (grantpt(master) != 0 || unlockpt(master) != 0)
     return std::nullopt;
-  return system_calls::terminalName(master);
+  return terminalName(master);
 }
 
 } // namespace
 
 std::variant<Terminal, LaunchError> Terminal::open() {
   using Stage = LaunchError::Stage;
-  FileDescriptor master = system_calls::openTerminalMaster();
+  FileDescriptor master = openTerminalMaster();
   if (!master.isOpen())
-    return systemError(Stage::allocateTerminal, errno);
+    return launchError(Stage::allocateTerminal, errno);
 
   const std::optional<std::string> name = slaveName(master.number());
   if (!name) {
-    const LaunchError error = systemError(Stage::allocateTerminal, errno);
-    // Required behaviour: a master that did not become usable is left open for good.
+    const LaunchError error = launchError(Stage::allocateTerminal, errno);
+    // Required behaviour: a master that could not be unlocked stays open for good.
     master.release();
     return error;
   }
 
   FileDescriptor slave(::open(name->c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
-  if (!slave.isOpen() || !system_calls::setNonBlocking(master.number()))
-    return systemError(Stage::openTerminal, errno);
+  if (!slave.isOpen() || !setNonBlocking(master.number()))
+    return launchError(Stage::openTerminal, errno);
   return Terminal{std::move(master), std::move(slave)};
 }
 

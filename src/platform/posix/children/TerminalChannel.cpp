@@ -1,3 +1,6 @@
+// How a child's output and exit get from its terminal to the main thread: in order, bounded,
+// coalesced.
+
 #include "platform/posix/children/TerminalChannel.h"
 
 #include <cerrno>
@@ -10,19 +13,19 @@ namespace driftmark {
 
 namespace {
 
-/// More than any terminal holds: what comes after so much was not written by the ended child.
-constexpr std::size_t mostLeftInTerminal = std::size_t{1} << 20;
+/// Bytes read after a child's end before its exit is reported. No terminal holds as much, so later
+/// output is from another process.
+constexpr std::size_t maxLeftInTerminal = std::size_t{1} << 20;
 
-constexpr Seconds restBetweenDeliveries{0.001};
+/// After the queue ran empty, output is coalesced for this long before it is delivered.
+constexpr Seconds coalesceInterval{0.001};
 
 } // namespace
 
-TerminalChannel::TerminalChannel(Surroundings surroundings,
-                                 std::shared_ptr<PosixChildProcess> process, FileDescriptor master,
-                                 ChildProcesses::DataHandler onData,
+TerminalChannel::TerminalChannel(Context context, std::shared_ptr<PosixChildProcess> process,
+                                 FileDescriptor master, ChildProcesses::DataHandler onData,
                                  ChildProcesses::ExitHandler onExit)
-    : surroundings_(std::move(surroundings)), process_(std::move(process)),
-      master_(std::move(master)),
+    : context_(std::move(context)), process_(std::move(process)), master_(std::move(master)),
       onData_(std::make_shared<const ChildProcesses::DataHandler>(std::move(onData))),
       onExit_(std::move(onExit)) {}
 
@@ -37,13 +40,13 @@ void TerminalChannel::advance(std::span<char> scratch) {
 }
 
 int TerminalChannel::masterToPoll() {
-  return hasRoom() ? master_.number() : -1;
+  return hasCapacity() ? master_.number() : -1;
 }
 
-bool TerminalChannel::hasRoom() {
+bool TerminalChannel::hasCapacity() {
   const std::lock_guard lock(mutex_);
-  waitsForRoom_ = queue_.isFull() || (waitsForRoom_ && !queue_.isDrained());
-  return !waitsForRoom_;
+  waitsForCapacity_ = queue_.isFull() || (waitsForCapacity_ && !queue_.isDrained());
+  return !waitsForCapacity_;
 }
 
 void TerminalChannel::readReady(std::span<char> scratch) {
@@ -51,11 +54,11 @@ void TerminalChannel::readReady(std::span<char> scratch) {
 }
 
 void TerminalChannel::childEnded() {
-  surroundings_.children->reap(*process_);
+  context_.children->reap(*process_);
   draining_ = true;
 }
 
-/// Reads until the terminal is empty or `scratch` is full, and queues what came.
+/// Reads until the terminal is empty or `scratch` is full, and queues the output.
 TerminalChannel::Reading TerminalChannel::read(std::span<char> scratch) {
   auto reading = Reading::mayHoldMore;
   std::size_t size = 0;
@@ -79,11 +82,11 @@ TerminalChannel::Reading TerminalChannel::read(std::span<char> scratch) {
   return reading;
 }
 
-/// Reads what the ended child has left. Whoever else keeps the terminal open cannot hold up the
-/// news of its end.
+/// Reads the output that the ended child left. Another process that keeps the terminal open cannot
+/// delay the exit.
 void TerminalChannel::drain(std::span<char> scratch) {
-  while (master_.isOpen() && drained_ < mostLeftInTerminal) {
-    if (!hasRoom())
+  while (master_.isOpen() && drained_ < maxLeftInTerminal) {
+    if (!hasCapacity())
       return;
     if (read(scratch) != Reading::mayHoldMore)
       break;
@@ -99,30 +102,30 @@ void TerminalChannel::queueExit() {
   deliverSoon(std::move(lock));
 }
 
-/// At most one delivery waits on the main queue.
+/// Requests a delivery unless one waits on the main queue or more output may be coalesced first.
 void TerminalChannel::deliverSoon(std::unique_lock<std::mutex> lock) {
-  const bool mayRest = delivery_ == Delivery::resting && !queue_.isUrgent();
-  if (delivery_ == Delivery::posted || mayRest || queue_.isEmpty())
+  const bool mayCoalesce = delivery_ == Delivery::coalescing && !queue_.isUrgent();
+  if (delivery_ == Delivery::posted || mayCoalesce || queue_.isEmpty())
     return;
   delivery_ = Delivery::posted;
   lock.unlock();
-  surroundings_.mainQueue.async([self = shared_from_this()] { self->deliver(); });
+  context_.mainQueue.async([self = shared_from_this()] { self->deliver(); });
 }
 
-/// One item each time, so that other tasks of the main queue get their turn in between.
+/// Delivers one item, so that other tasks of the main queue run between two items.
 void TerminalChannel::deliver() {
   std::unique_lock lock(mutex_);
   delivery_ = Delivery::none;
   if (queue_.isEmpty())
     return;
   OutputQueue::Item item = queue_.takeFirst();
-  const bool roomAgain = waitsForRoom_ && queue_.isDrained();
+  const bool hasCapacityAgain = waitsForCapacity_ && queue_.isDrained();
   lock.unlock();
 
-  if (roomAgain)
-    surroundings_.ioThread->wake();
+  if (hasCapacityAgain)
+    context_.ioThreadWakeup->wake();
   handle(std::move(item));
-  deliverOrRest();
+  deliverOrCoalesce();
 }
 
 void TerminalChannel::handle(OutputQueue::Item item) {
@@ -138,25 +141,25 @@ void TerminalChannel::handle(OutputQueue::Item item) {
     queue_.recycle(std::move(item.bytes));
 }
 
-/// Puts the next delivery off when nothing waits: a terminal hands out small pieces, and each would
-/// wake the main thread.
-void TerminalChannel::deliverOrRest() {
+/// Puts the next delivery off when the queue is empty: a terminal passes output on in small pieces,
+/// and each would wake the main thread.
+void TerminalChannel::deliverOrCoalesce() {
   std::unique_lock lock(mutex_);
   if (!queue_.isEmpty() || delivery_ == Delivery::posted || released_) {
     deliverSoon(std::move(lock));
     return;
   }
-  delivery_ = Delivery::resting;
+  delivery_ = Delivery::coalescing;
   lock.unlock();
-  if (!std::exchange(restEnds_, true))
-    surroundings_.mainQueue.after(restBetweenDeliveries,
-                                  [self = shared_from_this()] { self->rested(); });
+  if (!std::exchange(coalescingEnds_, true))
+    context_.mainQueue.after(coalesceInterval,
+                             [self = shared_from_this()] { self->endCoalescing(); });
 }
 
-void TerminalChannel::rested() {
-  restEnds_ = false;
+void TerminalChannel::endCoalescing() {
+  coalescingEnds_ = false;
   std::unique_lock lock(mutex_);
-  if (delivery_ != Delivery::resting)
+  if (delivery_ != Delivery::coalescing)
     return;
   delivery_ = Delivery::none;
   deliverSoon(std::move(lock));
@@ -170,7 +173,7 @@ void TerminalChannel::releaseTerminal() {
       return;
     queue_.dropBytes();
   }
-  surroundings_.ioThread->wake();
+  context_.ioThreadWakeup->wake();
 }
 
 void TerminalChannel::abandon() {

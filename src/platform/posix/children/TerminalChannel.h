@@ -1,9 +1,9 @@
 #pragma once
 
 #include "platform/posix/FileDescriptor.h"
+#include "platform/posix/Threads.h"
+#include "platform/posix/children/ChildRegistry.h"
 #include "platform/posix/children/OutputQueue.h"
-#include "platform/posix/children/RunningChildren.h"
-#include "platform/posix/children/Wakeup.h"
 #include "ports/ChildProcesses.h"
 #include "ports/MainQueue.h"
 
@@ -11,69 +11,89 @@
 #include <memory>
 #include <mutex>
 #include <span>
+#include <variant>
 
 namespace driftmark {
 
-/// The road of one child's output and of its end: from the terminal and the exit descriptor, which
-/// the I/O thread polls, to the handlers, which the main queue calls. The I/O thread alone reads
-/// and closes the descriptors as long as it runs.
+/// Both ends of a pseudo-terminal in its default mode. No child inherits them unless it is given
+/// them, and neither becomes the controlling terminal of this process.
+struct Terminal {
+  FileDescriptor master; ///< reads never block
+  FileDescriptor slave;
+
+  /// Opens a new pseudo-terminal, or says at which stage that failed. Any thread. (Terminal.cpp)
+  static std::variant<Terminal, LaunchError> open();
+};
+
+/// The path of one child's output and exit: the I/O thread reads them from the terminal and the
+/// exit descriptor, the main queue delivers them to the handlers. As long as the I/O thread runs,
+/// only that thread reads and closes the descriptors.
 class TerminalChannel : public std::enable_shared_from_this<TerminalChannel> {
 public:
   /// What a channel works with. All of it outlives the I/O thread.
-  struct Surroundings {
+  struct Context {
     MainQueue& mainQueue;
-    std::shared_ptr<RunningChildren> children;
-    std::shared_ptr<Wakeup> ioThread;
+    std::shared_ptr<ChildRegistry> children;
+    std::shared_ptr<Wakeup> ioThreadWakeup;
   };
 
-  TerminalChannel(Surroundings surroundings, std::shared_ptr<PosixChildProcess> process,
+  TerminalChannel(Context context, std::shared_ptr<PosixChildProcess> process,
                   FileDescriptor master, ChildProcesses::DataHandler onData,
                   ChildProcesses::ExitHandler onExit);
 
-  /// Does what can be done without waiting: closes a released terminal, and after the child's end
-  /// reads what it left. `scratch` is memory to read into. I/O thread.
+  // I/O thread
+
+  /// Does what needs no waiting: closes a released terminal, and after the child's end reads the
+  /// output that it left. `scratch` is memory to read into.
   void advance(std::span<char> scratch);
 
-  /// What to poll for output; -1 while there is no room for more, or no terminal. I/O thread.
+  /// The descriptor to poll for output; -1 while the queue is full, or when there is no terminal.
   int masterToPoll();
 
-  /// What to poll for the child's end; -1 once that came. I/O thread.
+  /// The descriptor to poll for the child's end; -1 after the end.
   int exitToPoll() const { return process_->exitDescriptor(); }
 
-  /// The terminal has something to read. I/O thread.
+  /// Handles a terminal that has something to read.
   void readReady(std::span<char> scratch);
 
-  /// The child has ended. I/O thread.
+  /// Handles the child's end.
   void childEnded();
 
-  /// Whether nothing more can come. I/O thread.
+  /// Whether neither output nor an exit can follow.
   bool isFinished() const { return exitQueued_ && !master_.isOpen(); }
 
-  /// Stops deliveries for good and has the terminal closed. Main thread.
+  // Main thread
+
+  /// Stops deliveries of output for good and has the terminal closed.
   void releaseTerminal();
 
-  /// Lets go of handlers and terminal; nothing is called any more. Main thread, once the I/O thread
-  /// has ended.
+  /// Releases handlers and terminal; no handler is called from now on. Only once the I/O thread has
+  /// ended.
   void abandon();
 
 private:
   enum class Reading { mayHoldMore, empty, ended };
 
-  /// The next delivery is not asked for, waits on the main queue, or is put off for a moment so
-  /// that more can be joined to it.
-  enum class Delivery { none, posted, resting };
+  /// The next delivery: not requested, waiting on the main queue, or put off for a moment to
+  /// coalesce output.
+  enum class Delivery { none, posted, coalescing };
 
+  // I/O thread
   Reading read(std::span<char> scratch);
   void drain(std::span<char> scratch);
   void queueExit();
-  void deliverSoon(std::unique_lock<std::mutex> lock);
+  bool hasCapacity();
+
+  // Main thread
   void deliver();
   void handle(OutputQueue::Item item);
-  void deliverOrRest();
-  void rested();
-  bool hasRoom();
+  void deliverOrCoalesce();
+  void endCoalescing();
 
-  const Surroundings surroundings_;
+  // Any thread
+  void deliverSoon(std::unique_lock<std::mutex> lock);
+
+  const Context context_;
   const std::shared_ptr<PosixChildProcess> process_;
 
   // I/O thread
@@ -82,15 +102,15 @@ private:
   bool exitQueued_ = false;
   std::size_t drained_ = 0;
 
-  // Main thread; a handler that is running is kept alive by its caller
+  // Main thread; the caller of a running handler keeps it alive
   std::shared_ptr<const ChildProcesses::DataHandler> onData_;
   ChildProcesses::ExitHandler onExit_;
-  bool restEnds_ = false; ///< the end of a rest waits on the main queue
+  bool coalescingEnds_ = false; ///< the end of coalescing waits on the main queue
 
   std::mutex mutex_; ///< guards what follows
   OutputQueue queue_;
   Delivery delivery_ = Delivery::none;
-  bool waitsForRoom_ = false;
+  bool waitsForCapacity_ = false;
   bool released_ = false;
 };
 

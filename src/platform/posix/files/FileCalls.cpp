@@ -1,4 +1,6 @@
-#include "platform/posix/files/FileCalls.h"
+// The file calls that differ between Linux and macOS, and those that take several steps.
+
+#include "platform/posix/files/FileItems.h"
 
 #include <cerrno>
 #include <cstddef>
@@ -16,7 +18,7 @@
 #include <sys/xattr.h>
 #endif
 
-namespace driftmark::file_calls {
+namespace driftmark {
 
 namespace {
 
@@ -24,15 +26,15 @@ int result(int status) {
   return status == 0 ? 0 : errno;
 }
 
-/// For volumes that know no exclusive renaming. Leaves a moment for others between its two steps.
-int renameWhereNothingIs(int fromFolder, const char* from, int toFolder, const char* to) {
+/// For volumes without exclusive renaming. Another process may take the name between the two calls.
+int renameAfterCheck(int fromFolder, const char* from, int toFolder, const char* to) {
   struct stat information {};
   if (fstatat(toFolder, to, &information, AT_SYMLINK_NOFOLLOW) == 0)
     return EEXIST;
   return result(renameat(fromFolder, from, toFolder, to));
 }
 
-/// Whether a volume or the system does not take an attribute.
+/// Whether the error says that the volume or the system does not support an attribute.
 bool isRefused(int error) {
   return error == ENOTSUP || error == EPERM || error == EACCES;
 }
@@ -50,24 +52,24 @@ int renameExclusively(int fromFolder, const char* from, int toFolder, const char
   const int error = result(renameat2(fromFolder, from, toFolder, to, RENAME_NOREPLACE));
 #endif
   if (error == EINVAL || error == ENOSYS || error == ENOTSUP)
-    return renameWhereNothingIs(fromFolder, from, toFolder, to);
+    return renameAfterCheck(fromFolder, from, toFolder, to);
   return error;
 }
 
 int listFolder(int folder, std::vector<std::string>& names) {
-  // A descriptor of its own, so that every listing starts at the beginning.
-  const int own = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (own < 0)
+  // A separate descriptor, so that every listing starts at the beginning.
+  const int separate = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (separate < 0)
     return errno;
-  const std::unique_ptr<DIR, CloseFolder> listing(fdopendir(own));
+  const std::unique_ptr<DIR, CloseFolder> listing(fdopendir(separate));
   if (!listing) {
     const int error = errno;
-    close(own);
+    close(separate);
     return error;
   }
   names.clear();
   errno = 0;
-  // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread has this listing
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread uses this listing
   while (const dirent* const entry = readdir(listing.get())) {
     const std::string_view name = static_cast<const char*>(entry->d_name);
     if (name != "." && name != "..")
@@ -78,12 +80,12 @@ int listFolder(int folder, std::vector<std::string>& names) {
 
 #ifdef __APPLE__
 
-std::array<timespec, 2> times(const struct stat& information) {
+std::array<timespec, 2> accessAndChangeTimes(const struct stat& information) {
   return {information.st_atimespec, information.st_mtimespec};
 }
 
-int flush(int item) {
-  // `fsync` stops at the disk's own memory. Not every volume knows the other.
+int flushToDisk(int item) {
+  // `fsync` stops at the disk's cache. Not every volume supports the other call.
   return fcntl(item, F_FULLFSYNC) == 0 ? 0 : result(fsync(item));
 }
 
@@ -109,11 +111,11 @@ int copyAttribute(int from, int to, const char* name) {
 
 } // namespace
 
-std::array<timespec, 2> times(const struct stat& information) {
+std::array<timespec, 2> accessAndChangeTimes(const struct stat& information) {
   return {information.st_atim, information.st_mtim};
 }
 
-int flush(int item) {
+int flushToDisk(int item) {
   return result(fsync(item));
 }
 
@@ -136,4 +138,4 @@ int copyAttributes(int from, int to) {
 
 #endif
 
-} // namespace driftmark::file_calls
+} // namespace driftmark

@@ -1,7 +1,7 @@
-#include "platform/posix/files/ItemCopy.h"
+// How an item is copied, with everything that belongs to it.
 
 #include "platform/posix/FileDescriptor.h"
-#include "platform/posix/files/FileCalls.h"
+#include "platform/posix/files/FileItems.h"
 
 #include <array>
 #include <cerrno>
@@ -18,7 +18,7 @@ namespace driftmark {
 
 namespace {
 
-/// An item by its name in an open folder.
+/// An item: its name in an open folder.
 struct Place {
   int folder = AT_FDCWD;
   const char* name = "";
@@ -27,15 +27,15 @@ struct Place {
 int copyItem(Place from, Place to);
 
 int copyMetadata(int from, int to, const struct stat& information) {
-  if (const int error = file_calls::copyAttributes(from, to); error != 0)
+  if (const int error = copyAttributes(from, to); error != 0)
     return error;
   mode_t mode = information.st_mode & ALLPERMS;
-  // What runs as its owner may not come to run as another one.
+  // A program that runs as its owner must not run as another user.
   if (fchown(to, information.st_uid, information.st_gid) != 0)
     mode &= ~static_cast<mode_t>(S_ISUID | S_ISGID);
-  if (fchmod(to, mode) != 0 || futimens(to, file_calls::times(information).data()) != 0)
+  if (fchmod(to, mode) != 0 || futimens(to, accessAndChangeTimes(information).data()) != 0)
     return errno;
-  return file_calls::flush(to);
+  return flushToDisk(to);
 }
 
 int writeAll(int to, std::string_view bytes) {
@@ -85,10 +85,10 @@ int copyLink(Place from, Place to, const struct stat& information) {
     return errno;
   if (symlinkat(text.data(), to.folder, to.name) != 0)
     return errno;
-  // Who owns a link matters to nobody.
+  // The owner of a link has no effect.
   [[maybe_unused]] const int owned =
       fchownat(to.folder, to.name, information.st_uid, information.st_gid, AT_SYMLINK_NOFOLLOW);
-  const auto times = file_calls::times(information);
+  const auto times = accessAndChangeTimes(information);
   return utimensat(to.folder, to.name, times.data(), AT_SYMLINK_NOFOLLOW) == 0 ? 0 : errno;
 }
 
@@ -106,7 +106,7 @@ int copyFolder(Place from, Place to, const struct stat& information) {
   if (!target.isOpen())
     return errno;
   std::vector<std::string> names;
-  if (const int error = file_calls::listFolder(source.number(), names); error != 0)
+  if (const int error = listFolder(source.number(), names); error != 0)
     return error;
   for (const std::string& name : names) {
     const int error = copyItem({source.number(), name.c_str()}, {target.number(), name.c_str()});

@@ -1,12 +1,14 @@
-#include "platform/posix/files/ItemMove.h"
+// How an item moves between volumes so that both names always stand for a whole item or for
+// nothing.
 
 #include "platform/posix/FileDescriptor.h"
-#include "platform/posix/files/FileCalls.h"
-#include "platform/posix/files/FilePath.h"
-#include "platform/posix/files/ItemCopy.h"
-#include "platform/posix/files/ItemRemoval.h"
+#include "platform/posix/files/FileItems.h"
+#include "support/Paths.h"
 
 #include <cerrno>
+#include <cstddef>
+#include <random>
+#include <string_view>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -16,26 +18,47 @@ namespace driftmark {
 
 namespace {
 
-bool isThere(const std::string& path) {
+/// Leaves space for the suffix within the 255 bytes that file systems allow for a name.
+constexpr std::size_t maxKeptNameBytes = 200;
+
+std::string randomDigits() {
+  constexpr std::string_view digits = "0123456789abcdef";
+  std::random_device source;
+  std::string text;
+  for (int i = 0; i < 16; ++i)
+    text += digits[source() % digits.size()];
+  return text;
+}
+
+/// An unused path for a hidden item in the folder of `path`.
+std::string hiddenSibling(const std::string& path) {
+  const std::string name = std::string(".")
+                               .append(lastPathComponent(path).substr(0, maxKeptNameBytes))
+                               .append("-")
+                               .append(randomDigits());
+  return appendingPathComponent(deletingLastPathComponent(path), name);
+}
+
+bool exists(const std::string& path) {
   struct stat information {};
   return lstat(path.c_str(), &information) == 0;
 }
 
 int renameTree(const std::string& from, const std::string& to) {
-  return file_calls::renameExclusively(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str());
+  return renameExclusively(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str());
 }
 
-/// Brings a new name in a folder to the disk. A folder that cannot be opened for that is none of
-/// the mover's troubles.
+/// Flushes a new name in a folder to the disk. A folder that cannot be opened does not make the
+/// move fail.
 void flushFolder(const std::string& path) {
   const FileDescriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (folder.isOpen())
-    file_calls::flush(folder.number());
+    flushToDisk(folder.number());
 }
 
-/// Makes a whole copy appear at `to` at once.
+/// Makes the copy under the name `hidden`, then renames it: `to` appears as a whole.
 int placeCopy(const std::string& from, const std::string& to, const std::string& hidden) {
-  if (isThere(to))
+  if (exists(to))
     return EEXIST;
   int error = copyTree(from, hidden);
   if (error == 0)
@@ -46,12 +69,12 @@ int placeCopy(const std::string& from, const std::string& to, const std::string&
 }
 
 int moveBetweenVolumes(const std::string& from, const std::string& to) {
-  const std::string incoming = file_path::hiddenSibling(to);
+  const std::string incoming = hiddenSibling(to);
   if (const int error = placeCopy(from, to, incoming); error != 0)
     return error;
-  flushFolder(file_path::parent(to));
+  flushFolder(deletingLastPathComponent(to));
 
-  const std::string outgoing = file_path::hiddenSibling(from);
+  const std::string outgoing = hiddenSibling(from);
   const int error = renameTree(from, outgoing);
   if (error == 0)
     removeTree(outgoing);
@@ -63,8 +86,8 @@ int moveBetweenVolumes(const std::string& from, const std::string& to) {
 } // namespace
 
 int moveTree(const std::string& from, const std::string& to) {
-  const std::string source = file_path::withoutTrailingSlashes(from);
-  const std::string target = file_path::withoutTrailingSlashes(to);
+  const std::string source(withoutTrailingSlashes(from));
+  const std::string target(withoutTrailingSlashes(to));
   const int error = renameTree(source, target);
   return error == EXDEV ? moveBetweenVolumes(source, target) : error;
 }
@@ -72,8 +95,9 @@ int moveTree(const std::string& from, const std::string& to) {
 bool areOnTwoVolumes(const std::string& one, const std::string& other) {
   struct stat first {};
   struct stat second {};
-  return stat(file_path::parent(one).c_str(), &first) == 0 &&
-         stat(file_path::parent(other).c_str(), &second) == 0 && first.st_dev != second.st_dev;
+  return stat(deletingLastPathComponent(one).c_str(), &first) == 0 &&
+         stat(deletingLastPathComponent(other).c_str(), &second) == 0 &&
+         first.st_dev != second.st_dev;
 }
 
 } // namespace driftmark

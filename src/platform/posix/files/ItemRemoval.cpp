@@ -1,8 +1,8 @@
-#include "platform/posix/files/ItemRemoval.h"
+// How an item is removed, whatever the depth and the permissions of its folders.
 
 #include "platform/posix/FileDescriptor.h"
-#include "platform/posix/files/FileCalls.h"
-#include "platform/posix/files/FilePath.h"
+#include "platform/posix/files/FileItems.h"
+#include "support/Paths.h"
 
 #include <cerrno>
 #include <vector>
@@ -19,7 +19,7 @@ int openPlain(int parent, const char* name) {
   return openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
 }
 
-/// Opens a folder whose entries can be removed, where that is in this user's power.
+/// Opens a folder, and makes its entries removable where this user may.
 FileDescriptor openFolder(int parent, const char* name) {
   FileDescriptor folder(openPlain(parent, name));
   if (!folder.isOpen() && errno == EACCES && fchmodat(parent, name, S_IRWXU, 0) == 0)
@@ -31,26 +31,26 @@ FileDescriptor openFolder(int parent, const char* name) {
   return folder;
 }
 
-/// Empties one folder. A folder two levels below is lifted up beside its parent first, so that no
-/// depth of folders needs more than three descriptors.
+/// Empties one folder. A folder two levels below is first lifted up beside its parent, so that any
+/// depth of folders takes at most three descriptors.
 class FolderRemoval {
 public:
   explicit FolderRemoval(int top) : top_(top) {}
 
   int removeEntries() {
     std::vector<std::string> names;
-    int error = file_calls::listFolder(top_, names);
+    int error = listFolder(top_, names);
     while (error == 0 && !names.empty()) {
       for (const std::string& name : names)
         if (const int failure = removeEntry(name.c_str()); failure != 0)
           return failure;
-      error = file_calls::listFolder(top_, names);
+      error = listFolder(top_, names);
     }
     return error;
   }
 
 private:
-  /// Whether an entry that could not be unlinked by this error may be a folder.
+  /// Whether an entry that `unlink` refused with this error may be a folder.
   static bool mayBeFolder(int error) { return error == EISDIR || error == EPERM; }
 
   int removeEntry(const char* name) {
@@ -68,7 +68,7 @@ private:
 
   int removeEntriesOf(int folder) {
     std::vector<std::string> names;
-    if (const int error = file_calls::listFolder(folder, names); error != 0)
+    if (const int error = listFolder(folder, names); error != 0)
       return error;
     for (const std::string& name : names) {
       if (unlinkat(folder, name.c_str(), 0) == 0)
@@ -87,7 +87,7 @@ private:
     int error = EEXIST;
     while (error == EEXIST) {
       const std::string lifted = "lifted-" + std::to_string(lifts_++);
-      error = file_calls::renameExclusively(folder, name, top_, lifted.c_str());
+      error = renameExclusively(folder, name, top_, lifted.c_str());
     }
     return error;
   }
@@ -99,14 +99,14 @@ private:
 } // namespace
 
 int removeTree(const std::string& path) {
-  const std::string item = file_path::withoutTrailingSlashes(path);
+  const std::string item(withoutTrailingSlashes(path));
   struct stat information {};
   if (lstat(item.c_str(), &information) != 0)
     return errno;
   if (!S_ISDIR(information.st_mode))
     return unlink(item.c_str()) == 0 ? 0 : errno;
 
-  if (faccessat(AT_FDCWD, file_path::parent(item).c_str(), W_OK | X_OK, AT_EACCESS) != 0)
+  if (faccessat(AT_FDCWD, deletingLastPathComponent(item).c_str(), W_OK | X_OK, AT_EACCESS) != 0)
     return errno;
   const FileDescriptor folder = openFolder(AT_FDCWD, item.c_str());
   if (!folder.isOpen())

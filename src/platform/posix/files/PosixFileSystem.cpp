@@ -1,13 +1,15 @@
+// Where the home folder and the temporary folder are, and how folders are made.
+
 #include "platform/posix/files/PosixFileSystem.h"
 
-#include "platform/posix/PosixEnvironment.h"
-#include "platform/posix/files/FileError.h"
-#include "platform/posix/files/FilePath.h"
-#include "platform/posix/files/ItemMove.h"
-#include "platform/posix/files/ItemRemoval.h"
+#include "platform/posix/PosixAdapters.h"
+#include "platform/posix/SystemErrors.h"
+#include "platform/posix/files/FileItems.h"
 #include "platform/posix/files/SystemRootPath.h"
+#include "support/Paths.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <utility>
 #include <vector>
 
@@ -47,7 +49,7 @@ bool isFolder(const std::string& path) {
   return stat(path.c_str(), &information) == 0 && S_ISDIR(information.st_mode);
 }
 
-/// 0 or an error number.
+/// Returns 0 or an error number.
 int makeFolder(const std::string& path) {
   if (mkdir(path.c_str(), S_IRWXU | S_IRWXG | S_IRWXO) == 0)
     return 0;
@@ -67,11 +69,38 @@ int makeFolders(const std::string& path) {
   return makeFolder(path);
 }
 
+std::string temporaryParent() {
+  const std::string path = PosixEnvironment().variable("TMPDIR").value_or("");
+  return path.starts_with('/') ? std::string(withoutTrailingSlashes(path)) : "/tmp";
+}
+
+/// Makes the folder unless it exists. True when it is a folder that only this user can enter.
+bool isPrivateFolder(const std::string& path) {
+  if (mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST)
+    return false;
+  struct stat information {};
+  return lstat(path.c_str(), &information) == 0 && S_ISDIR(information.st_mode) &&
+         information.st_uid == geteuid() && (information.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
 std::optional<PlatformError> outcome(const std::string& path, std::string_view done, int error) {
   return error == 0 ? std::nullopt : std::optional(fileError(path, done, error));
 }
 
 } // namespace
+
+std::string TemporaryDirectory::path() {
+  const std::lock_guard lock(mutex_);
+  const std::string usual = temporaryParent() + "/driftmark-" + std::to_string(geteuid());
+  if (path_.empty())
+    path_ = usual;
+  if (!isPrivateFolder(path_)) {
+    std::string fresh = usual + "-XXXXXX";
+    if (mkdtemp(fresh.data()))
+      path_ = fresh;
+  }
+  return path_ + "/";
+}
 
 PosixFileSystem::PosixFileSystem(std::string systemRoot)
     : systemRoot_(std::move(systemRoot)), homeDirectory_(home()) {}
@@ -83,7 +112,7 @@ bool PosixFileSystem::fileExists(const std::string& path) const {
 
 std::optional<PlatformError> PosixFileSystem::createDirectory(const std::string& path) {
   const int error =
-      isPath(path) ? makeFolders(file_path::withoutTrailingSlashes(located(path))) : EINVAL;
+      isPath(path) ? makeFolders(std::string(withoutTrailingSlashes(located(path)))) : EINVAL;
   return outcome(path, "made", error);
 }
 
@@ -102,7 +131,7 @@ PlatformError PosixFileSystem::unknownWriteError() const {
 }
 
 std::string PosixFileSystem::located(const std::string& path) const {
-  return system_root_path::located(systemRoot_, path);
+  return belowSystemRoot(systemRoot_, path);
 }
 
 } // namespace driftmark

@@ -1,21 +1,37 @@
 #pragma once
 
-#include "platform/posix/files/TemporaryDirectory.h"
 #include "ports/FileSystem.h"
+
+#include <mutex>
+#include <string>
 
 namespace driftmark {
 
-/// The file system of this machine, but for the trash, which is the desktop's. Make it on the main
+/// The folder for this user's temporary files, which nobody else can enter: `driftmark-UID` in
+/// `TMPDIR`, or in /tmp if that is not an absolute path. If another item has that name, a new
+/// folder beside it. Any thread.
+class TemporaryDirectory {
+public:
+  /// The path with a slash at its end, the same as long as the folder stays private. The folder
+  /// exists when this returns, unless none can be made at all.
+  std::string path();
+
+private:
+  std::mutex mutex_;
+  std::string path_; ///< empty until the first call
+};
+
+/// The file system of this machine, without the trash, which the frontend adds. Make it on the main
 /// thread.
 class PosixFileSystem : public FileSystem {
 public:
   /// `systemRoot` is put before "/Applications" and the paths below it; "" and "/" stand for none.
   explicit PosixFileSystem(std::string systemRoot);
 
-  /// A path that the system cannot take, such as one with a NUL in it, names nothing.
+  /// A path that the system cannot take, such as one with a NUL, names nothing.
   bool fileExists(const std::string& path) const override;
 
-  /// `HOME` as it was when this object was made; where that is not an absolute path, the folder in
+  /// `HOME` at the time when this object was made; if that was not an absolute path, the folder in
   /// the user database. Empty when that folder is the root.
   std::string homeDirectory() const override { return homeDirectory_; }
 
@@ -25,21 +41,20 @@ public:
   /// A link to a folder counts as a folder.
   std::optional<PlatformError> createDirectory(const std::string& path) override;
 
-  /// Nothing is removed where the folder above may not be changed; folders inside that their owner
-  /// may not change are made so that he may.
+  /// See `removeTree` for permissions.
   std::optional<PlatformError> removeItem(const std::string& path) override;
 
-  /// See `moveTree` for what lies where when a move between volumes is interrupted.
+  /// See `moveTree` for what an interrupted move between volumes leaves.
   std::optional<PlatformError> moveItem(const std::string& from, const std::string& to) override;
 
   PlatformError unknownWriteError() const override;
 
 protected:
-  /// Where an item of that name lies on this machine.
+  /// The real path on this machine of the item at `path`.
   std::string located(const std::string& path) const;
 
 private:
-  const std::string systemRoot_; ///< without a trailing slash
+  const std::string systemRoot_;
   const std::string homeDirectory_;
   mutable TemporaryDirectory temporaryDirectory_;
 };

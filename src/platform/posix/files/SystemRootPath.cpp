@@ -1,8 +1,10 @@
+// Which paths lie below a system root.
+
 #include "platform/posix/files/SystemRootPath.h"
 
-#include "platform/posix/files/FilePath.h"
+#include "support/Paths.h"
 
-namespace driftmark::system_root_path {
+namespace driftmark {
 
 namespace {
 
@@ -12,21 +14,20 @@ bool isAtOrBelow(const std::string& path, const std::string& folder) {
   return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
 }
 
-/// The root as what is put before an absolute path.
-std::string prefix(const std::string& root) {
-  const std::string path = file_path::withoutTrailingSlashes(root);
-  return path == "/" ? "" : path;
-}
-
 } // namespace
 
-std::string located(const std::string& root, const std::string& path) {
-  return isAtOrBelow(path, applications) ? prefix(root) + path : path;
+std::string systemRootPrefix(std::string_view root) {
+  const std::string_view path = withoutTrailingSlashes(root);
+  return std::string(path == "/" ? "" : path);
 }
 
-std::string known(const std::string& root, const std::string& path) {
-  const std::string before = prefix(root);
-  return isAtOrBelow(path, before + applications) ? path.substr(before.size()) : path;
+std::string belowSystemRoot(const std::string& root, const std::string& path) {
+  return isAtOrBelow(path, applications) ? systemRootPrefix(root) + path : path;
 }
 
-} // namespace driftmark::system_root_path
+std::string withoutSystemRoot(const std::string& root, const std::string& path) {
+  const std::string prefix = systemRootPrefix(root);
+  return isAtOrBelow(path, prefix + applications) ? path.substr(prefix.size()) : path;
+}
+
+} // namespace driftmark

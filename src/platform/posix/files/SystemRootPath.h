@@ -1,16 +1,21 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
-/// The system's application folder under a system root: a folder that stands for "/" where this
-/// program names parts of the system; "" and "/" stand for none. Other paths are as they are. Any
-/// thread.
-namespace driftmark::system_root_path {
+/// A system root is a folder that stands for "/" where this program names parts of the system; ""
+/// and "/" stand for none. Only "/Applications", the paths below it, and tools are moved below it.
+/// Any thread.
+namespace driftmark {
 
-/// Where "/Applications" or something below it lies really.
-std::string located(const std::string& root, const std::string& path);
+/// The text to put before an absolute path; "" when there is no system root.
+std::string systemRootPrefix(std::string_view root);
 
-/// The name by which this program knows the real `path`: the opposite of `located`.
-std::string known(const std::string& root, const std::string& path);
+/// The real path of "/Applications" or of an item below it; other paths stay the same.
+std::string belowSystemRoot(const std::string& root, const std::string& path);
 
-} // namespace driftmark::system_root_path
+/// The path by which this program names the item at the real `path`: the inverse of
+/// `belowSystemRoot`.
+std::string withoutSystemRoot(const std::string& root, const std::string& path);
+
+} // namespace driftmark

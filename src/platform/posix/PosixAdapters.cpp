@@ -1,7 +1,10 @@
-#include "platform/posix/children/PosixRunningApplications.h"
+// How the environment is read, and how other instances of this program are signalled.
+
+#include "platform/posix/PosixAdapters.h"
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 
 namespace driftmark {
 
@@ -16,6 +19,14 @@ bool signalOne(std::int32_t process, int signal) {
 }
 
 } // namespace
+
+std::optional<std::string> PosixEnvironment::variable(const std::string& name) const {
+  if (name.find('\0') != std::string::npos)
+    return std::nullopt;
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in this process writes the environment
+  const char* const value = std::getenv(name.c_str());
+  return value ? std::optional<std::string>(value) : std::nullopt;
+}
 
 void PosixRunningApplications::sendTerminate(std::int32_t process) {
   signalOne(process, SIGTERM);

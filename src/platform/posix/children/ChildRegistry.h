@@ -1,10 +1,11 @@
 #pragma once
 
 #include "platform/posix/SystemCalls.h"
+#include "platform/posix/children/LaunchTool.h"
 #include "platform/posix/children/PosixChildProcess.h"
-#include "platform/posix/children/ToolLauncher.h"
 #include "ports/ChildProcesses.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -15,34 +16,38 @@
 
 namespace driftmark {
 
-/// Launches children and knows those that have not been reaped, so that all can be ended together,
-/// but for the detached ones. Any thread.
-class RunningChildren {
+/// Launches children and records those that have not been reaped, so that all of them, except the
+/// detached ones, can be ended together. Any thread.
+class ChildRegistry {
 public:
+  /// How long `endAll` waits after SIGTERM before it sends SIGKILL, and how long after SIGKILL
+  /// before it returns anyway.
+  static constexpr std::chrono::seconds gracePeriod{1};
+
   /// `systemRoot` is put before the path of every tool. Throws std::system_error when the system
   /// has no descriptors left.
-  explicit RunningChildren(std::string systemRoot);
+  explicit ChildRegistry(const std::string& systemRoot);
 
-  /// Starts a tool. Fails from the moment that `endAll` has begun. The caller waits for the child's
-  /// end on its exit descriptor and then calls `reap`.
+  /// Starts a tool. Fails once `endAll` has begun. The caller waits for the child's end on its exit
+  /// descriptor and then calls `reap`.
   std::variant<std::shared_ptr<PosixChildProcess>, LaunchError> launch(const ToolCommand& command,
                                                                        OutputRouting output);
 
-  /// Starts a tool in a session of its own, with its output discarded, that `endAll` leaves alone.
-  /// Fails as `launch` does.
+  /// Starts a tool in a session of its own, with its output discarded. `endAll` does not end it.
+  /// Fails like `launch`.
   std::optional<LaunchError> launchDetached(const ToolCommand& command);
 
-  /// Takes the detached tools that have ended off the system's list.
+  /// Reaps the detached tools that have ended.
   void reapDetached();
 
-  /// Reaps a child that has ended and forgets it. Returns its exit status.
+  /// Reaps a child that has ended and removes it from the record. Returns its exit status.
   int reap(PosixChildProcess& child);
 
-  /// Ends every child, first by SIGTERM, by SIGKILL where that does not do it soon. Returns when
-  /// all have been reaped by those who wait for them.
+  /// Ends every child: sends SIGTERM, and SIGKILL to those that still run after the grace period.
+  /// Returns when the threads that wait for the children have reaped all of them.
   void endAll();
 
-  /// Polls as readable from the moment that `endAll` has begun.
+  /// A descriptor that becomes readable when `endAll` begins, and stays so.
   int closingDescriptor() const { return closing_.readEnd.number(); }
 
 private:
@@ -54,7 +59,7 @@ private:
   std::condition_variable reaped_;
   std::vector<std::shared_ptr<PosixChildProcess>> children_;
   std::vector<pid_t> detached_; ///< not known to have ended
-  system_calls::Pipe closing_;
+  Pipe closing_;
 };
 
 } // namespace driftmark

@@ -1,7 +1,9 @@
-#include "platform/posix/children/ToolLauncher.h"
+// What a launched tool inherits: descriptors, signals, session.
+
+#include "platform/posix/children/LaunchTool.h"
 
 #include "platform/posix/SystemCalls.h"
-#include "platform/posix/SystemError.h"
+#include "platform/posix/SystemErrors.h"
 
 #include <csignal>
 
@@ -18,7 +20,8 @@ namespace {
 
 constexpr const char* nullDevicePath = "/dev/null";
 
-/// What `posix_spawn` does between the fork and the tool. Keeps the first error of its set-up.
+/// What `posix_spawn` does between the fork and the start of the tool. Keeps the first error of its
+/// set-up.
 class SpawnPlan {
 public:
   SpawnPlan(OutputRouting output, Session session) {
@@ -28,7 +31,7 @@ public:
     note(posix_spawnattr_init(&attributes_));
     routeDescriptors(output);
     resetSignals();
-    note(system_calls::closeAllButStandard(attributes_, actions_, flags_));
+    note(closeAllButStandard(attributes_, actions_, flags_));
     note(posix_spawnattr_setflags(&attributes_, flags_));
   }
   SpawnPlan(const SpawnPlan&) = delete;
@@ -38,7 +41,7 @@ public:
     posix_spawn_file_actions_destroy(&actions_);
   }
 
-  /// Starts the tool; 0 or an error number.
+  /// Starts the tool. Returns 0 or an error number.
   int spawn(pid_t& pid, const char* path, char* const* arguments) const {
     return error_ != 0 ? error_
                        : posix_spawn(&pid, path, &actions_, &attributes_, arguments, environ);
@@ -50,7 +53,7 @@ private:
       error_ = error;
   }
 
-  /// Standard input comes last: an output descriptor may have the number 0.
+  /// Sets standard input last, since an output descriptor may have the number 0.
   void routeDescriptors(OutputRouting output) {
     route(output.standardOutput, STDOUT_FILENO);
     route(output.standardError, STDERR_FILENO);
@@ -69,7 +72,7 @@ private:
     sigemptyset(&signals);
     note(posix_spawnattr_setsigmask(&attributes_, &signals));
     sigfillset(&signals);
-    // These two cannot be set, and a system may refuse the try.
+    // These two cannot be set, and a system may refuse the attempt.
     sigdelset(&signals, SIGKILL);
     sigdelset(&signals, SIGSTOP);
     note(posix_spawnattr_setsigdefault(&attributes_, &signals));
@@ -82,12 +85,12 @@ private:
   int error_ = 0;
 };
 
-/// The argument list as the system takes it. The strings stay owned by the caller.
+/// The argument list in the form of the system. The caller keeps owning the strings.
 std::vector<char*> argumentPointers(const std::string& executable,
                                     const std::vector<std::string>& arguments) {
   std::vector<char*> pointers;
   pointers.reserve(arguments.size() + 2);
-  // The system takes mutable pointers and does not write through them.
+  // The system requires mutable pointers but does not write through them.
   pointers.push_back(const_cast<char*>(executable.c_str()));
   for (const std::string& argument : arguments)
     pointers.push_back(const_cast<char*>(argument.c_str()));
@@ -105,7 +108,7 @@ std::variant<pid_t, LaunchError> launchTool(const std::string& executable,
   pid_t pid = 0;
   const int error = plan.spawn(pid, executable.c_str(), pointers.data());
   if (error != 0)
-    return systemError(LaunchError::Stage::launch, error);
+    return launchError(LaunchError::Stage::launch, error);
   return pid;
 }
 

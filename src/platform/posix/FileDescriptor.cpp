@@ -1,4 +1,4 @@
-#include "platform/posix/children/StandardDescriptors.h"
+// What stands in for a standard descriptor that this process was started without.
 
 #include "platform/posix/FileDescriptor.h"
 
@@ -8,7 +8,7 @@
 namespace driftmark {
 
 void openMissingStandardDescriptors() {
-  // The system hands out the lowest number that is free.
+  // The system always assigns the lowest free number.
   FileDescriptor opened(open("/dev/null", O_RDWR));
   while (opened.isOpen() && opened.number() <= STDERR_FILENO) {
     opened.release();

@@ -1,4 +1,6 @@
-#include "platform/posix/children/Wakeup.h"
+// How a thread that waits in `poll` is woken up: by one byte in a pipe, however many ask for it.
+
+#include "platform/posix/Threads.h"
 
 #include <array>
 #include <cerrno>
@@ -11,8 +13,8 @@
 namespace driftmark {
 
 Wakeup::Wakeup() {
-  std::optional<system_calls::Pipe> pipe = system_calls::makePipe();
-  if (!pipe || !system_calls::setNonBlocking(pipe->readEnd.number()))
+  std::optional<Pipe> pipe = makePipe();
+  if (!pipe || !setNonBlocking(pipe->readEnd.number()))
     throw std::system_error(errno, std::generic_category(), "pipe");
   pipe_ = std::move(*pipe);
 }

@@ -1,10 +1,12 @@
-#include "platform/posix/children/RunningChildren.h"
+// How children are launched and recorded, and how all of them end together.
 
-#include "platform/posix/SystemError.h"
+#include "platform/posix/children/ChildRegistry.h"
+
+#include "platform/posix/SystemErrors.h"
+#include "platform/posix/files/SystemRootPath.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <optional>
 #include <system_error>
@@ -16,53 +18,46 @@ namespace driftmark {
 
 namespace {
 
-constexpr std::chrono::seconds patience{1};
-
-std::string withoutTrailingSlashes(std::string path) {
-  path.erase(path.find_last_not_of('/') + 1);
-  return path;
-}
-
-system_calls::Pipe requirePipe() {
-  std::optional<system_calls::Pipe> pipe = system_calls::makePipe();
+Pipe requirePipe() {
+  std::optional<Pipe> pipe = makePipe();
   if (!pipe)
     throw std::system_error(errno, std::generic_category(), "pipe");
   return std::move(*pipe);
 }
 
-/// Ends a child that nothing can wait for.
+/// Ends a child whose exit cannot be watched.
 LaunchError discard(pid_t pid, int code) {
   ::kill(pid, SIGKILL);
   PosixChildProcess(pid, {}).reap();
-  return systemError(LaunchError::Stage::launch, code);
+  return launchError(LaunchError::Stage::launch, code);
 }
 
 } // namespace
 
-RunningChildren::RunningChildren(std::string systemRoot)
-    : systemRoot_(withoutTrailingSlashes(std::move(systemRoot))), closing_(requirePipe()) {}
+ChildRegistry::ChildRegistry(const std::string& systemRoot)
+    : systemRoot_(systemRootPrefix(systemRoot)), closing_(requirePipe()) {}
 
 std::variant<std::shared_ptr<PosixChildProcess>, LaunchError>
-RunningChildren::launch(const ToolCommand& command, OutputRouting output) {
-  // Held during the launch, so that `endAll` misses no child.
+ChildRegistry::launch(const ToolCommand& command, OutputRouting output) {
+  // Locked during the launch, so that `endAll` misses no child.
   const std::lock_guard lock(mutex_);
   if (!closing_.writeEnd.isOpen())
-    return systemError(LaunchError::Stage::launch, ECANCELED);
+    return launchError(LaunchError::Stage::launch, ECANCELED);
 
   auto launched = launchTool(systemRoot_ + command.executable, command.arguments, output);
   if (auto* const error = std::get_if<LaunchError>(&launched))
     return std::move(*error);
   const pid_t pid = std::get<pid_t>(launched);
-  FileDescriptor exit = system_calls::watchExit(pid);
+  FileDescriptor exit = watchExit(pid);
   if (!exit.isOpen())
     return discard(pid, errno);
   return children_.emplace_back(std::make_shared<PosixChildProcess>(pid, std::move(exit)));
 }
 
-std::optional<LaunchError> RunningChildren::launchDetached(const ToolCommand& command) {
+std::optional<LaunchError> ChildRegistry::launchDetached(const ToolCommand& command) {
   const std::lock_guard lock(mutex_);
   if (!closing_.writeEnd.isOpen())
-    return systemError(LaunchError::Stage::launch, ECANCELED);
+    return launchError(LaunchError::Stage::launch, ECANCELED);
 
   auto launched =
       launchTool(systemRoot_ + command.executable, command.arguments, {}, Session::ofItsOwn);
@@ -72,12 +67,12 @@ std::optional<LaunchError> RunningChildren::launchDetached(const ToolCommand& co
   return std::nullopt;
 }
 
-void RunningChildren::reapDetached() {
+void ChildRegistry::reapDetached() {
   const std::lock_guard lock(mutex_);
   std::erase_if(detached_, [](pid_t pid) { return waitpid(pid, nullptr, WNOHANG) != 0; });
 }
 
-int RunningChildren::reap(PosixChildProcess& child) {
+int ChildRegistry::reap(PosixChildProcess& child) {
   const int status = child.reap();
   const std::lock_guard lock(mutex_);
   std::erase_if(children_, [&](const auto& each) { return each.get() == &child; });
@@ -85,7 +80,7 @@ int RunningChildren::reap(PosixChildProcess& child) {
   return status;
 }
 
-void RunningChildren::endAll() {
+void ChildRegistry::endAll() {
   {
     const std::lock_guard lock(mutex_);
     closing_.writeEnd.reset();
@@ -97,15 +92,15 @@ void RunningChildren::endAll() {
   awaitAll();
 }
 
-void RunningChildren::signalAll(void (PosixChildProcess::*signal)()) {
+void ChildRegistry::signalAll(void (PosixChildProcess::*signal)()) {
   const std::lock_guard lock(mutex_);
   for (const auto& child : children_)
     (*child.*signal)();
 }
 
-bool RunningChildren::awaitAll() {
+bool ChildRegistry::awaitAll() {
   std::unique_lock lock(mutex_);
-  return reaped_.wait_for(lock, patience, [this] { return children_.empty(); });
+  return reaped_.wait_for(lock, gracePeriod, [this] { return children_.empty(); });
 }
 
 } // namespace driftmark
