@@ -11,31 +11,32 @@
 #include "ports/UserDefaults.h"
 #include "ports/Workspace.h"
 
-/// The adapters that keep nothing: each call goes to the system. Each has a source of its own.
+/// The adapters without state: each call goes to the system. Their source is MacAdapters.mm, except
+/// for those with one of their own: MacCloudFiles, MacDialogs and MacFileSystem.
 namespace driftmark {
 
-/// The main bundle. The system keeps what it has read of it at the start.
+/// The main bundle. The system reads it at the start and caches it.
 class MacBundle final : public Bundle {
 public:
   std::string path() const override;
   std::optional<std::string> identifier() const override;
 
-  /// Values that the bundle translates come in the user's language.
+  /// A value that the bundle localizes is in the user's language.
   std::optional<std::string> information(const std::string& key) const override;
 };
 
-/// The files of iCloud Drive as the system shows them. An item without a path in UTF-8 counts as
-/// none.
+/// The files of iCloud Drive as the system presents them. An item whose path is not UTF-8 has no
+/// path in its entry.
 class MacCloudFiles final : public CloudFiles {
 public:
   void walk(const std::string& folder, const PluginConnection& visit) const override;
 
-  /// The description is the error's technical one.
+  /// The description is the technical one, for the log.
   std::optional<PlatformError> evict(const std::string& path) override;
 };
 
 /// The system's alerts, folder chooser and about panel. While one is open, the system can still end
-/// this process, when the user logs out for instance.
+/// this process, for instance when the user logs out.
 class MacDialogs final : public Dialogs {
 public:
   std::size_t runModal(const Alert& alert) override;
@@ -52,14 +53,14 @@ public:
   std::optional<PlatformError> createDirectory(const std::string& path) override;
   std::optional<PlatformError> removeItem(const std::string& path) override;
 
-  /// Between volumes, see `moveTree` for what lies where when a move is interrupted.
+  /// Between volumes, `moveTree` says what an interrupted move leaves.
   std::optional<PlatformError> moveItem(const std::string& from, const std::string& to) override;
 
   std::optional<PlatformError> trashItem(const std::string& path) override;
   PlatformError unknownWriteError() const override;
 };
 
-/// The main application among the login items that the user sees in the system's settings.
+/// The main application among the login items in the system's settings.
 class MacLoginItem final : public LoginItem {
 public:
   Status status() const override;
@@ -67,15 +68,16 @@ public:
   std::optional<PlatformError> unregisterItem() override;
 };
 
-/// The applications of this user as the system knows them.
+/// The running applications of this user.
 class MacRunningApplications final : public PosixRunningApplications {
 public:
   std::vector<std::int32_t> withBundleIdentifier(const std::string& identifier) const override;
 };
 
 /// Writes each line to the system's log, which keeps about its first thousand bytes, and to
-/// standard error where somebody reads that. Control characters are escaped as by `oneLine`. Making
-/// this object keeps a vanished reader of standard error from ending the process.
+/// standard error where that is read. Control characters are escaped by `oneLine`.
+/// The constructor makes this process ignore SIGPIPE, so that it goes on without a reader of
+/// standard error.
 class MacSystemLog final : public SystemLog {
 public:
   MacSystemLog();
@@ -83,8 +85,8 @@ public:
   void log(std::string_view line) override;
 };
 
-/// Texts in the user's language. A character is what the system takes for one composed character
-/// sequence; unlike elsewhere, a carriage return and the line feed after it are two.
+/// Texts in the user's language. A character is a composed character sequence of the system. Unlike
+/// on Linux, a carriage return and the line feed after it are two characters.
 class MacText final : public Text {
 public:
   std::string byteCount(std::int64_t bytes) const override;
@@ -93,19 +95,18 @@ public:
   std::string firstCharacters(const std::string& text, std::size_t count) const override;
 };
 
-/// The system's settings of this user for this program; an argument of the same name goes before
-/// them. The system reads them generously: a number is also a text, and the text "YES" is also
-/// true.
+/// The user's settings for this program; a command-line argument of the same name overrides one.
+/// The system converts values: a number is also a text, and the text "YES" is also true.
 class MacUserDefaults final : public UserDefaults {
 public:
   std::optional<std::string> string(const std::string& key) const override;
   bool boolean(const std::string& key) const override;
 
-  /// The system writes the setting in its own time, and tells nothing of a failure.
+  /// The system writes the setting later and reports no failure.
   void setBoolean(const std::string& key, bool value) override;
 };
 
-/// The Finder, and the applications that the user has chosen.
+/// The Finder, and the user's default applications.
 class MacWorkspace final : public Workspace {
 public:
   void activateFileViewerSelecting(const std::string& path) override;

@@ -25,7 +25,7 @@ public:
 
   void activateIgnoringOtherApplications() override;
 
-  /// Ends the process from the main queue. What is modal then is closed first, from the inside out.
+  /// Ends the process from the main queue. Modal windows are closed first, the innermost first.
   void terminate() override;
 
   std::int32_t processIdentifier() const override;
@@ -36,7 +36,7 @@ private:
 
   MainQueue& mainQueue_;
   NSApplication* const application_;
-  DriftmarkApplicationDelegate* const delegate_; ///< AppKit does not hold it
+  DriftmarkApplicationDelegate* const delegate_; ///< AppKit does not retain it
 };
 
 } // namespace driftmark

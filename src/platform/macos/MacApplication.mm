@@ -1,12 +1,14 @@
+// How the process starts, and how it ends while something modal is open.
+
 #include "platform/macos/MacApplication.h"
 
-#include "platform/macos/NoThrow.h"
+#include "platform/macos/Bridge.h"
 
 #include <unistd.h>
 
-/// Passes on what AppKit tells of the launch and the end.
+/// Forwards the launch and the end of the application to the listener.
 @interface DriftmarkApplicationDelegate : NSObject <NSApplicationDelegate>
-@property(nonatomic) driftmark::ApplicationDelegate* listener; ///< null for nobody
+@property(nonatomic) driftmark::ApplicationDelegate* listener; ///< null for none
 @end
 
 @implementation DriftmarkApplicationDelegate
@@ -27,8 +29,9 @@ namespace driftmark {
 
 namespace {
 
-/// For a modal window to close, and for what waited for its answer to go on.
-constexpr Seconds closingTime{0.01};
+/// The time for a modal window to close and for its caller to continue, before the next one is
+/// closed.
+constexpr Seconds closingInterval{0.01};
 
 } // namespace
 
@@ -68,10 +71,10 @@ void MacApplication::end() {
     return;
   }
   closeModalWindow();
-  mainQueue_.after(closingTime, [this] { end(); });
+  mainQueue_.after(closingInterval, [this] { end(); });
 }
 
-/// A modal loop looks whether it was stopped after each event, and at no other time.
+/// A modal loop checks only after an event whether it was stopped, so one is posted.
 void MacApplication::closeModalWindow() {
   [application_ stopModalWithCode:NSModalResponseAbort];
   NSEvent* const event = [NSEvent otherEventWithType:NSEventTypeApplicationDefined

@@ -8,8 +8,8 @@
 
 namespace driftmark {
 
-/// Background work on the system's global queues. Tasks handed over while this queue is being
-/// destroyed are dropped.
+/// Background work on the system's global queues. The destructor waits for running tasks and drops
+/// those that have not begun.
 class MacBackgroundQueue final : public BackgroundQueue {
 public:
   ~MacBackgroundQueue() override;
@@ -17,7 +17,7 @@ public:
   void async(QualityOfService quality, Task task) override;
 
 private:
-  const dispatch_group_t tasks_ = dispatch_group_create(); ///< those that run or wait
+  const dispatch_group_t tasks_ = dispatch_group_create(); ///< running or waiting
   std::atomic<bool> closing_ = false;
 };
 

@@ -1,6 +1,8 @@
+// How background tasks run, and which are dropped at the end.
+
 #include "platform/macos/MacBackgroundQueue.h"
 
-#include "platform/macos/NoThrow.h"
+#include "platform/macos/Bridge.h"
 
 #include <memory>
 #include <utility>
@@ -12,7 +14,7 @@ MacBackgroundQueue::~MacBackgroundQueue() {
   dispatch_group_wait(tasks_, DISPATCH_TIME_FOREVER);
 }
 
-/// What a task holds goes when the task was run or dropped, not when the system releases the block.
+/// The task is released when it has run or was dropped, not when the system releases the block.
 void MacBackgroundQueue::async(QualityOfService quality, Task task) {
   const bool isUrgent = quality == QualityOfService::userInitiated;
   const auto queue =

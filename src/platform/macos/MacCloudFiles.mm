@@ -1,6 +1,7 @@
+// How the files of iCloud Drive are walked and evicted.
+
+#include "platform/macos/Bridge.h"
 #include "platform/macos/MacAdapters.h"
-#include "platform/macos/NoThrow.h"
-#include "platform/macos/Strings.h"
 
 namespace driftmark {
 
@@ -48,7 +49,7 @@ WalkEntry walkEntry(id item, NSArray<NSURLResourceKey>* keys) {
   return entry;
 }
 
-/// What the system walks has to be the folder itself, not a link to it.
+/// The system walks a folder, but not through a link to it.
 NSURL* walkable(const std::string& folder) {
   NSURL* const url = fileUrl(folder);
   Values* const values = [url resourceValuesForKeys:@[ NSURLIsSymbolicLinkKey ] error:nil];

@@ -1,5 +1,7 @@
+// How alerts, the folder chooser and the about panel are shown.
+
+#include "platform/macos/Bridge.h"
 #include "platform/macos/MacAdapters.h"
-#include "platform/macos/Strings.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,5 +1,7 @@
+// Which file operations are the system's, and which this program does itself.
+
+#include "platform/macos/Bridge.h"
 #include "platform/macos/MacAdapters.h"
-#include "platform/macos/Strings.h"
 #include "platform/posix/SystemErrors.h"
 #include "platform/posix/files/FileItems.h"
 #include "support/Paths.h"
@@ -45,7 +47,7 @@ std::optional<PlatformError> MacFileSystem::removeItem(const std::string& path) 
   return outcome(done, error);
 }
 
-/// Between volumes the system's own move shows a part of the item before the whole.
+/// Between volumes the system's own move makes a part of the item visible before the whole.
 std::optional<PlatformError> MacFileSystem::moveItem(const std::string& from,
                                                      const std::string& to) {
   NSURL* const source = fileUrl(from);

@@ -7,9 +7,9 @@
 
 namespace driftmark {
 
-/// HTTPS by the system's URL loading, with its cache, proxies and time-outs. Each request has a
-/// session of its own, of which no connection is left behind. Handlers are called on the system's
-/// threads; the destructor waits for one that runs.
+/// HTTPS by the system's URL loading, with its cache, proxies and timeouts. Each request has its
+/// own session and leaves no connection open. Handlers are called on the system's threads; the
+/// destructor waits for a running one, and no handler is called after it.
 class MacHttpClient final : public HttpClient {
 public:
   MacHttpClient() = default;
@@ -21,7 +21,7 @@ public:
   void download(const std::string& url, DownloadHandler onReply) override;
 
 private:
-  /// Lets the handlers pass, one at a time, as long as the client lives.
+  /// Lets handlers run, one at a time, while the client exists.
   struct Gate {
     std::mutex mutex;
     bool isOpen = true;

@@ -1,7 +1,8 @@
+// How one request runs, and when it is refused or cancelled.
+
 #include "platform/macos/MacHttpClient.h"
 
-#include "platform/macos/NoThrow.h"
-#include "platform/macos/Strings.h"
+#include "platform/macos/Bridge.h"
 
 #include <utility>
 
@@ -12,10 +13,10 @@ namespace {
 
 using namespace driftmark;
 
-/// Takes either a result, which is a body or the path of a file, or the error.
+/// Receives either a result (the body, or the path of a file) or the error.
 using Handler = std::function<void(std::optional<std::string>, std::optional<PlatformError>)>;
 
-constexpr const char* insecureAddress = "Only secure (https) addresses are supported.";
+constexpr const char* insecureUrl = "Only secure (https) addresses are supported.";
 
 bool isSecure(NSURL* url) {
   return [url.scheme.lowercaseString isEqualToString:@"https"];
@@ -25,13 +26,13 @@ bool isSecure(NSURL* url) {
 
 /// The delegate of a session with one task, called on the session's own queue.
 @interface DriftmarkTransfer : NSObject <NSURLSessionDataDelegate, NSURLSessionDownloadDelegate>
-@property(nonatomic) Handler onEnd;    ///< empty once it was called
-@property(nonatomic) std::size_t room; ///< for the rest of the body
+@property(nonatomic) Handler onEnd;         ///< empty after its call
+@property(nonatomic) std::size_t remainder; ///< bytes that the body may still grow by
 @end
 
 @implementation DriftmarkTransfer {
   std::string _body;
-  const char* _fault; ///< why this object cancelled the task
+  const char* _fault; ///< the reason why this object cancelled the task
 }
 
 - (void)endWith:(std::optional<std::string>)result error:(std::optional<PlatformError>)error {
@@ -51,16 +52,16 @@ bool isSecure(NSURL* url) {
              completionHandler:(void (^)(NSURLRequest* _Nullable))completionHandler {
   const bool isFollowed = isSecure(request.URL);
   if (!isFollowed)
-    [self cancel:task because:insecureAddress];
+    [self cancel:task because:insecureUrl];
   completionHandler(isFollowed ? request : nil);
 }
 
 - (void)URLSession:(NSURLSession*)session
           dataTask:(NSURLSessionDataTask*)dataTask
     didReceiveData:(NSData*)data {
-  if (data.length > _room)
+  if (data.length > _remainder)
     return [self cancel:dataTask because:"The server sent more than was expected."];
-  _room -= data.length;
+  _remainder -= data.length;
   if (data.length > 0)
     _body.append(static_cast<const char*>(data.bytes), data.length);
 }
@@ -72,7 +73,7 @@ bool isSecure(NSURL* url) {
     [self endWith:path(location) error:std::nullopt];
 }
 
-/// A download that did not fail is over already.
+/// A successful download has already been reported.
 - (void)URLSession:(NSURLSession*)session
                     task:(NSURLSessionTask*)task
     didCompleteWithError:(NSError*)error {
@@ -96,20 +97,20 @@ NSURLRequestCachePolicy nativePolicy(HttpClient::CachePolicy policy) {
              : NSURLRequestUseProtocolCachePolicy;
 }
 
-/// Sends `request` in a session that is over with it, for a body in memory of at most `largestBody`
-/// bytes or, where there is no such limit, for a file.
+/// Sends `request` in a session of its own. With `largestBody` the result is a body of at most so
+/// many bytes, without it a file.
 void send(const HttpClient::Request& request, std::optional<std::size_t> largestBody,
           Handler onEnd) {
-  NSURL* const url = address(request.url);
+  NSURL* const url = parsedUrl(request.url);
   if (!isSecure(url)) {
     dispatch_async(dispatch_get_global_queue(QOS_CLASS_UTILITY, 0), ^{
-      noThrow([&] { onEnd(std::nullopt, PlatformError{insecureAddress}); });
+      noThrow([&] { onEnd(std::nullopt, PlatformError{insecureUrl}); });
     });
     return;
   }
   DriftmarkTransfer* const transfer = [[DriftmarkTransfer alloc] init];
   transfer.onEnd = std::move(onEnd);
-  transfer.room = largestBody.value_or(0);
+  transfer.remainder = largestBody.value_or(0);
   NSURLSession* const session =
       [NSURLSession sessionWithConfiguration:NSURLSessionConfiguration.defaultSessionConfiguration
                                     delegate:transfer

@@ -7,9 +7,10 @@
 
 namespace driftmark {
 
-/// The main queue on the run loop of the main thread, in all its common modes: tasks run while a
-/// menu is open or something modal is shown, too. Delays do not count the time that the machine
-/// sleeps. A repetition that comes too late skips the turns that it missed.
+/// The main queue on the run loop of the main thread, in all its common modes: tasks also run while
+/// a menu or something modal is open. `WaitingTasks` decides which tasks run in one turn of the
+/// loop. Delays do not include the time that the machine sleeps. A late repetition skips the times
+/// that it missed.
 class MacMainQueue final : public MainQueue {
 public:
   MacMainQueue();

@@ -1,6 +1,8 @@
+// How tasks run on the main thread, at once, delayed and repeatedly.
+
 #include "platform/macos/MacMainQueue.h"
 
-#include "platform/macos/NoThrow.h"
+#include "platform/macos/Bridge.h"
 #include "support/Weakly.h"
 
 #include <utility>
@@ -13,7 +15,7 @@ void start(NSTimer* timer) {
   [NSRunLoop.mainRunLoop addTimer:timer forMode:NSRunLoopCommonModes];
 }
 
-/// Hands its task over to the queue again and again, as long as it lives.
+/// Passes its task to the queue repeatedly while it exists.
 class RepeatingTimer final : public Timer {
 public:
   RepeatingTimer(MainQueue& queue, Seconds interval, Seconds tolerance, MainQueue::Task task)
@@ -54,7 +56,7 @@ MacMainQueue::~MacMainQueue() {
   tasks_.close();
   CFRunLoopSourceInvalidate(source_);
   CFRelease(source_);
-  // What a delayed task holds may come back to this queue while it goes.
+  // Releasing a delayed task may call this queue.
   while (delayed_.count > 0) {
     @autoreleasepool {
       NSTimer* const timer = [delayed_ anyObject];

@@ -1,9 +1,9 @@
-#include "platform/macos/MacMenu.h"
+// How a menu of the core becomes an AppKit menu.
 
-#include "platform/macos/NoThrow.h"
-#include "platform/macos/Strings.h"
+#include "platform/macos/Bridge.h"
+#include "platform/macos/MacStatusItem.h"
 
-/// What a menu item does when it is chosen.
+/// The target of a menu item: runs its action.
 @interface DriftmarkMenuAction : NSObject
 @property(nonatomic) std::function<void()> action;
 - (void)choose:(nullable id)sender;
@@ -11,7 +11,7 @@
 
 @implementation DriftmarkMenuAction
 
-/// The menu may be built anew meanwhile, and this object released.
+/// Copies the action, since it may have the menu rebuilt and this object released.
 - (void)choose:(id)sender {
   const std::function<void()> action = self.action;
   driftmark::noThrow(action);
@@ -23,8 +23,8 @@ namespace driftmark {
 
 namespace {
 
-/// AppKit shows an item disabled that has nobody to act on it. Items do not own their targets, so
-/// the target is the represented object too.
+/// AppKit disables an item without a target. Items do not retain their targets, so the target is
+/// also the represented object.
 void setAction(NSMenuItem* native, const std::function<void()>& action) {
   DriftmarkMenuAction* const target = [[DriftmarkMenuAction alloc] init];
   target.action = action;

@@ -13,9 +13,9 @@
 
 namespace driftmark {
 
-/// All adapters of this front. Lives on the main thread. Destroying it ends all children, waits for
-/// background work and drops what waits on the queues; objects of the core that are still held by
-/// such work go then. There is one at a time.
+/// All adapters of this frontend. Main thread only. Destroying it ends all children, waits for
+/// background work and drops the tasks on the queues, with the objects of the core that they hold.
+/// There is one at a time.
 class MacPlatform {
 public:
   /// Throws std::system_error when the system has no descriptors left.

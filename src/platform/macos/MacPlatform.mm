@@ -1,3 +1,5 @@
+// In which order the adapters are made, and how children end with the process.
+
 #include "platform/macos/MacPlatform.h"
 
 #include <cstdlib>
@@ -6,24 +8,25 @@ namespace driftmark {
 
 namespace {
 
-/// The one that lives. The end of a process takes no argument of ours.
-MacPlatform* living = nullptr;
+/// The existing one, for `atexit`, whose function takes no argument.
+MacPlatform* current = nullptr;
 
 } // namespace
 
-/// AppKit ends the process from within the event loop: no function returns any more, and no object
-/// goes.
+/// AppKit ends the process inside the event loop: no function returns and no object is destroyed.
+/// So the children are ended at exit.
 MacPlatform::MacPlatform() {
-  living = this;
+  current = this;
   std::atexit([] {
-    if (living != nullptr)
-      living->childProcesses_.shutdown();
+    if (current != nullptr)
+      current->childProcesses_.shutdown();
   });
 }
 
-/// The background queue waits for its tasks, and these may wait for children.
+/// Ends the children first: the background queue waits for its tasks, and these may wait for
+/// children.
 MacPlatform::~MacPlatform() {
-  living = nullptr;
+  current = nullptr;
   childProcesses_.shutdown();
 }
 

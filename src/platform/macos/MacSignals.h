@@ -5,7 +5,7 @@
 
 namespace driftmark {
 
-/// Signals as the system's dispatch sources report them, whatever is done with the signal itself.
+/// Signals as the system's dispatch sources report them, also when the signal itself is ignored.
 class MacSignals final : public Signals {
 public:
   /// The main queue outlives this object and its sources.

@@ -1,3 +1,5 @@
+// How SIGTERM and SIGINT reach the main queue.
+
 #include "platform/macos/MacSignals.h"
 
 #include "support/Weakly.h"
@@ -15,7 +17,7 @@ int number(QuitSignal signal) {
   return signal == QuitSignal::terminate ? SIGTERM : SIGINT;
 }
 
-/// Delivers what a source of the system reports.
+/// Calls its handler on the main queue for each report of a dispatch source.
 class MacSignalSource final : public SignalSource {
 public:
   MacSignalSource(dispatch_source_t source, MainQueue& mainQueue, std::function<void()> handler)

@@ -1,14 +1,25 @@
 #pragma once
 
-#include "platform/macos/MacMenu.h"
+#include "ports/Menu.h"
 #include "ports/StatusItem.h"
+
+#include <functional>
 
 #import <AppKit/AppKit.h>
 
+/// Rebuilds its menu whenever AppKit is about to show it. Both functions must be set. (MacMenu.mm)
+@interface DriftmarkMenuDelegate : NSObject <NSMenuDelegate>
+@property(nonatomic) std::function<driftmark::Menu()> build;
+@property(nonatomic) std::function<void()> willOpen;
+@end
+
 namespace driftmark {
 
-/// An item of variable length in the system's menu bar. Where the system gives it no button,
-/// nothing is shown and nothing fails.
+/// The image of the symbol; nil where the system has none of that name. (MacMenu.mm)
+NSImage* _Nullable symbolImage(const Symbol& symbol);
+
+/// An item of variable length in the system's menu bar. If the system gives it no button, it shows
+/// nothing, and no call fails.
 class MacStatusItem final : public StatusItem {
 public:
   MacStatusItem();
@@ -23,9 +34,9 @@ public:
 
 private:
   NSStatusItem* const item_;
-  DriftmarkMenuDelegate* menuDelegate_ = nil; ///< the menu does not hold it
+  DriftmarkMenuDelegate* menuDelegate_ = nil; ///< the menu does not retain it
 
-  // As last set.
+  // The last values that were set.
   Symbol symbol_;
   std::string fallback_;
   std::string title_;

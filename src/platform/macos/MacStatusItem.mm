@@ -1,6 +1,8 @@
+// How the status item shows its symbol, title and tooltip, and when it leaves them as they are.
+
 #include "platform/macos/MacStatusItem.h"
 
-#include "platform/macos/Strings.h"
+#include "platform/macos/Bridge.h"
 
 #include <utility>
 

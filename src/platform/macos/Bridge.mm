@@ -1,4 +1,6 @@
-#include "platform/macos/Strings.h"
+// How texts, paths, URLs and errors are converted.
+
+#include "platform/macos/Bridge.h"
 
 #include "support/Utf8.h"
 
@@ -6,7 +8,7 @@ namespace driftmark {
 
 namespace {
 
-/// Nothing can lie below what is not a folder.
+/// Nothing can exist below a file.
 constexpr const char* pathOfNothing = "/dev/null/nothing";
 
 } // namespace
@@ -37,12 +39,12 @@ std::string path(NSURL* url) {
   return url.isFileURL ? string(url.path) : std::string();
 }
 
-/// Some systems take any text and encode what an address cannot contain.
-NSURL* address(const std::string& text) {
+/// macOS 14 and later take any text and encode the characters that a URL cannot contain.
+NSURL* parsedUrl(const std::string& text) {
   NSString* const spelled = nsString(text);
   NSURL* const url = [NSURL URLWithString:spelled];
-  const bool isAddress = spelled.length > 0 && [url.absoluteString isEqualToString:spelled];
-  return isAddress ? url : nil;
+  const bool isUrl = spelled.length > 0 && [url.absoluteString isEqualToString:spelled];
+  return isUrl ? url : nil;
 }
 
 PlatformError platformError(NSError* error) {
