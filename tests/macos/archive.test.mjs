@@ -44,27 +44,27 @@ function finds(file, expected) {
 }
 
 await runCase({
-  acceptsASoundPackage(folder) {
+  soundPackageIsAccepted(folder) {
     const { status, lines } = check('archive.mjs', pack(folder), version);
     assert.deepEqual(lines, ['']);
     assert.equal(status, 0);
   },
 
-  seesAProgramThatCannotRun(folder) {
+  programThatCannotRunIsReported(folder) {
     finds(
       pack(folder, (contents, file) => file('MacOS/Driftmark', 'program', 0o644)),
       /Contents\/MacOS\/Driftmark has the mode 100644; it must have 100755/,
     );
   },
 
-  seesAStrayFile(folder) {
+  strayFileIsReported(folder) {
     finds(
       pack(folder, (contents, file) => file('Resources/notes.txt', '', 0o644)),
       /packed\.zip: holds Driftmark\.app\/Contents\/Resources\/notes\.txt/,
     );
   },
 
-  seesAnotherVersion(folder) {
+  otherVersionIsReported(folder) {
     finds(
       pack(folder, (contents, file) => {
         const list = readFileSync(path.join(contents, 'Info.plist'), 'utf8');
@@ -78,7 +78,7 @@ await runCase({
     );
   },
 
-  seesACutOffIcon(folder) {
+  truncatedIconIsReported(folder) {
     finds(
       pack(folder, (contents, file) => file('Resources/Driftmark.icns', 'icns\0\0\0\x09', 0o644)),
       /its icon is no icon, or cut off/,

@@ -85,30 +85,30 @@ function accepts({ status, lines }) {
 const write = (folder, from, to) => spoil(folder, { file: 'program.m', from, to });
 
 await runCase({
-  acceptsASoundProgram(folder) {
+  soundProgramIsAccepted(folder) {
     accepts(inspect(folder, build(folder)));
   },
 
-  acceptsItForIntel(folder) {
+  intelProgramIsAccepted(folder) {
     accepts(inspect(folder, buildForIntel(folder), 'x86_64'));
   },
 
-  seesAMissingArchitecture(folder) {
+  missingArchitectureIsReported(folder) {
     finds(
       inspect(folder, build(folder), 'arm64,x86_64'),
       /is for arm64; it must be for arm64 and x86_64/,
     );
   },
 
-  acceptsItInAUniversalFile(folder) {
+  universalFileIsAccepted(folder) {
     accepts(inspect(folder, join(folder, build(folder), 0x4000)));
   },
 
-  seesAnImageThatBeginsNoPage(folder) {
+  imageOffPageBoundaryIsReported(folder) {
     finds(inspect(folder, join(folder, build(folder), 0x1000)), /starts at byte 4096 of the file/);
   },
 
-  seesAnUndeclaredSelector(folder) {
+  undeclaredSelectorIsReported(folder) {
     write(
       folder,
       '@interface Greeter',
@@ -118,7 +118,7 @@ await runCase({
     finds(inspect(folder, build(folder)), /\(arm64\): sends openAtOnce, which nothing declares/);
   },
 
-  seesASelectorMadeInPassing(folder) {
+  selectorInExpressionIsReported(folder) {
     write(
       folder,
       '  return [greeter',
@@ -127,7 +127,7 @@ await runCase({
     finds(inspect(folder, build(folder)), /sends openAtOnce:, which nothing declares/);
   },
 
-  seesAMisspeltDelegateMethod(folder) {
+  misspeltDelegateMethodIsReported(folder) {
     write(
       folder,
       '@implementation Greeter',
@@ -139,14 +139,14 @@ await runCase({
     );
   },
 
-  seesANewerMinimum(folder) {
+  newerMinimumSystemIsReported(folder) {
     finds(
       inspect(folder, build(folder, { system: '14.0' })),
       /needs macOS 14\.0; it must run from 13\.0 on/,
     );
   },
 
-  seesASymbolThatTheSystemHasNot(folder) {
+  symbolMissingInSystemIsReported(folder) {
     const stub = path.join(folder, 'Frameworks', 'AppKit.framework', 'AppKit.tbd');
     const own = readFileSync(stub);
     spoil(folder, {
@@ -164,7 +164,7 @@ await runCase({
     finds(inspect(folder, file, 'x86_64'), /wants _NSOpenAtOnce, which .*AppKit has not/);
   },
 
-  seesALibraryTooMany(folder) {
+  wrongLibraryIsReported(folder) {
     spoil(folder, {
       file: 'Frameworks/AppKit.framework/AppKit.tbd',
       from: 'Versions/C',
@@ -182,12 +182,12 @@ await runCase({
     assert.equal(status, 1);
   },
 
-  seesAPathOfTheBuild(folder) {
+  buildPathIsReported(folder) {
     write(folder, '"hello %d\\n"', '"/builds/driftmark/main.mm %d\\n"');
     finds(inspect(folder, build(folder)), /holds the path \/builds\/driftmark\/main\.mm/);
   },
 
-  seesABrokenSeal(folder) {
+  brokenSignatureIsReported(folder) {
     const file = build(folder);
     const bytes = readFileSync(file);
     bytes[bytes.indexOf('hello')] ^= 1;
@@ -195,7 +195,7 @@ await runCase({
     finds(inspect(folder, file), /the digest of page 0 \(from byte 0\) is not its own/);
   },
 
-  seesAMissingSeal(folder) {
+  missingSignatureIsReported(folder) {
     const file = build(folder);
     const bytes = readFileSync(file);
     // The command that leads to the signature becomes one that says nothing here.
@@ -204,7 +204,7 @@ await runCase({
     finds(inspect(folder, file), /is not signed/);
   },
 
-  saysThatThereIsNoProgram(folder) {
+  missingProgramIsReported(folder) {
     finds(inspect(folder, path.join(folder, 'nothing')), /there is no .*nothing/);
   },
 });

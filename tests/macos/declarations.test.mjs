@@ -10,149 +10,149 @@ const stub = 'AppKit.framework/AppKit.tbd';
 
 /// name -> what is changed in a true declaration, and where and as what it must be found.
 const slips = {
-  seesAMisspeltSelector: [
+  misspeltSelectorIsReported: [
     appKit,
     '- (void)addItem:',
     '- (void)addItm:',
     /AppKit\.h:31: -\[NSMenu addItm:\]: the SDK has no such method \(it has addItem/,
   ],
-  seesADroppedArgument: [
+  droppedArgumentIsReported: [
     appKit,
     'action:(nullable SEL)selector\n',
     '\n',
     /AppKit\.h:19: -\[NSMenuItem initWithTitle:keyEquivalent:\]: the SDK has no such method/,
   ],
-  seesAJoinedSelector: [
+  joinedSelectorIsReported: [
     foundation,
     '- (BOOL)removeItemAtURL:(NSURL*)URL error:',
     '- (BOOL)removeItem:(NSURL*)URL atURLError:',
     /Foundation\.h:20: -\[NSFileManager removeItem:atURLError:\]: no method of the SDK is spelt/,
   ],
-  seesALostColon: [
+  missingColonIsReported: [
     appKit,
     '- (void)menuNeedsUpdate:(NSMenu*)menu;',
     '- (void)menuNeedsUpdate;',
     /AppKit\.h:26: -\[NSMenuDelegate menuNeedsUpdate\]: has 0 arguments; in the SDK it has 1/,
   ],
-  seesAnArgumentOfAnotherKind: [
+  argumentOfOtherKindIsReported: [
     foundation,
     'isDirectory:(BOOL)isDir',
     'isDirectory:(NSString*)isDir',
     /Foundation\.h:15: \+\[NSURL fileURLWithPath:isDirectory:\]: argument 2 \(isDir\) is string; the SDK has boolean/,
   ],
-  seesAnArgumentThatMayNotBeNil: [
+  nullableArgumentIsReported: [
     appKit,
     'addItem:(NSMenuItem*)',
     'addItem:(nullable NSMenuItem*)',
     /AppKit\.h:31: -\[NSMenu addItem:\]: argument 1 \(newItem\) may be nil; in the SDK it may not/,
   ],
-  seesABlockOfOtherArguments: [
+  blockOfOtherArgumentCountIsReported: [
     foundation,
     '(void (^)(NSTimer* timer))block',
     '(void (^)(NSTimer* timer, BOOL last))block',
     /Foundation\.h:44: \+\[NSTimer .*\]: argument 3 \(block\) is a block of \(NSTimer, boolean\)/,
   ],
-  seesABlockOfArgumentsOfAnotherKind: [
+  blockOfOtherArgumentKindIsReported: [
     foundation,
     '(void (^)(NSTimer* timer))block',
     '(void (^)(NSString* timer))block',
     /Foundation\.h:44: .* is a block of \(string\); the SDK has a block of \(NSTimer\)/,
   ],
-  seesAnotherResult: [
+  otherResultKindIsReported: [
     appKit,
     '- (void)addItem:',
     '- (BOOL)addItem:',
     /AppKit\.h:31: -\[NSMenu addItem:\]: its result is boolean; the SDK has void/,
   ],
-  seesAClassMethodOfInstances: [
+  classMethodDeclaredForInstancesIsReported: [
     foundation,
     '+ (NSURL*)file',
     '- (NSURL*)file',
     /Foundation\.h:15: -\[NSURL fileURLWithPath:isDirectory:\]: a method of instances; in the SDK it is one of the class/,
   ],
-  seesARequiredMethod: [
+  requiredMethodIsReported: [
     appKit,
     '@optional',
     '@required',
     /AppKit\.h:26: -\[NSMenuDelegate menuNeedsUpdate:\]: required; in the SDK it is optional/,
   ],
-  seesAWritableProperty: [
+  writablePropertyIsReported: [
     appKit,
     '@property(readonly) BOOL hasSubmenu',
     '@property BOOL hasSubmenu',
     /AppKit\.h:17: NSMenuItem\.hasSubmenu: writable; in the SDK it is readonly/,
   ],
-  seesAGetterOfAnotherName: [
+  getterOfOtherNameIsReported: [
     appKit,
     'getter=isEnabled',
     'getter=isEnabledNow',
     /AppKit\.h:18: NSMenuItem\.enabled: no method of the SDK is spelt isEnabledNow/,
   ],
-  seesAnotherSuperclass: [
+  otherSuperclassIsReported: [
     appKit,
     '@interface NSView : NSResponder',
     '@interface NSView : NSObject',
     /AppKit\.h:12: NSView: its superclass is NSObject; in the SDK it is NSResponder/,
   ],
-  seesAnUnknownClass: [
+  unknownClassIsReported: [
     appKit,
     '@interface NSResponder : NSObject\n@end',
     '@class NSResponder;\n@interface NSResponder : NSObject\n@end\n@interface NSTrayIcon : NSObject\n@end',
     /AppKit\.h:12: NSTrayIcon: the SDK has no such class/,
   ],
-  seesAClassOfAnotherFramework: [
+  classOfOtherFrameworkIsReported: [
     foundation,
     '@interface NSURL : NSObject',
     '@interface NSImage : NSObject\n@end\n@interface NSURL : NSObject',
     /Foundation\.h:14: NSImage: declared in Foundation; the SDK has it in AppKit/,
   ],
-  seesAnotherValue: [
+  otherValueIsReported: [
     foundation,
     'NSByteCountFormatterCountStyleFile,',
     'NSByteCountFormatterCountStyleFile = 1,',
     /Foundation\.h:24: NSByteCountFormatterCountStyleFile: is 1; in the SDK it is 0/,
   ],
-  seesAnUnknownConstant: [
+  unknownConstantIsReported: [
     foundation,
     'NSString* const NSCocoaErrorDomain;',
     'NSString* const NSCocoaErrorDomain, *const NSCocoaErrorRealm;',
     /Foundation\.h:36: NSCocoaErrorRealm: the SDK has no such constant/,
   ],
-  seesAFunctionOfOtherArguments: [
+  functionOfOtherArgumentsIsReported: [
     foundation,
     '(NSString* userName)',
     '(NSString* userName, BOOL create)',
     /Foundation\.h:38: NSHomeDirectoryForUser: has 2 arguments; in the SDK it has 1/,
   ],
-  seesAStructureOfOtherFields: [
+  structureOfOtherFieldsIsReported: [
     foundation,
     '  NSUInteger location;\n  NSUInteger length;',
     '  NSUInteger length;\n  NSUInteger location;',
     /Foundation\.h:28: _NSRange: has the fields length, location; in the SDK it has location, length/,
   ],
-  seesAStubOfAnUnknownSymbol: [
+  unknownSymbolInStubIsReported: [
     stub,
     '    objc-classes:',
     '    symbols:           [ _NSTrayIconNotification ]\n    objc-classes:',
     /AppKit\.tbd: _NSTrayIconNotification: AppKit has no such symbol/,
   ],
-  seesAStubOfAForeignClass: [
+  foreignClassInStubIsReported: [
     stub,
     '[ NSMenu, NSMenuItem ]',
     '[ NSFileManager, NSMenu, NSMenuItem ]',
     /AppKit\.tbd: NSFileManager: AppKit has no such class/,
   ],
-  seesAStubOfAnotherName: [
+  otherInstallNameIsReported: [
     stub,
     'Versions/C',
     'Versions/A',
     /AppKit\.tbd: install name: is .*Versions\/A\/AppKit; it must be .*Versions\/C\/AppKit/,
   ],
-  seesWhatDoesNotCompile: [appKit, '@class NSMenu;', '@klass NSMenu;', /AppKit\.h:7:/],
+  compilerErrorIsReported: [appKit, '@class NSMenu;', '@klass NSMenu;', /AppKit\.h:7:/],
 };
 
 const cases = {
-  acceptsWhatTheSdkHas(folder) {
+  matchingDeclarationsAreAccepted(folder) {
     const { status, lines } = check('declarations.mjs', path.join(folder, 'Frameworks'));
     assert.deepEqual(
       lines.filter(line => !/: no differences$/.test(line)),
