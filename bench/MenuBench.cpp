@@ -1,3 +1,5 @@
+// How often the menu bar item is drawn, and how fast its menu opens.
+
 #include "MenuBench.h"
 
 #include "BenchPlatform.h"
@@ -29,11 +31,11 @@ namespace {
 
 constexpr std::size_t quietLines = 100'000;
 constexpr std::size_t listedPaths = 1'000'000;
-constexpr std::size_t fewestOpenings = 300;
+constexpr std::size_t minOpenings = 300;
 
 using SteadyClock = std::chrono::steady_clock;
 
-/// A menu bar whose item can be looked at.
+/// A menu bar that gives access to its item.
 class WatchedStatusBar final : public StatusBar {
 public:
   std::unique_ptr<StatusItem> makeStatusItem() override {
@@ -42,7 +44,7 @@ public:
     return item;
   }
 
-  /// The item put up last.
+  /// The item made last.
   LinuxStatusItem& item() { return *item_; }
 
 private:
@@ -92,7 +94,8 @@ int drawingsWithoutChange() {
   return strip.paintCount() - before;
 }
 
-/// Opens the menu by a click, again and again, and times each opening until the menu is drawn.
+/// Opens the menu by clicks repeatedly, and measures the time from each click until the menu is
+/// drawn.
 class Opener final : public QObject {
 public:
   explicit Opener(LinuxStatusItem& item) : item_(item) {
@@ -135,10 +138,10 @@ private:
   std::vector<double> milliseconds_;
 };
 
-/// The monitors' ends are kept from the core, which would start them again.
-class PlayedOnce final : public FedChildren {
+/// Hides the end of the item monitor from the core, which would start it again.
+class RunOnce final : public FedChildren {
 public:
-  PlayedOnce(ChildProcesses& children, std::function<void()> onEnd)
+  RunOnce(ChildProcesses& children, std::function<void()> onEnd)
       : children_(children), onEnd_(std::move(onEnd)) {}
 
   std::variant<TerminalChild, LaunchError> spawn(const ToolCommand& command, DataHandler onData,
@@ -153,10 +156,10 @@ private:
   const std::function<void()> onEnd_;
 };
 
-/// The opening times while the drive is listed once, in milliseconds.
+/// The times in milliseconds that the menu took to open during one listing of the drive.
 std::vector<double> openDuringListing(const CaptureRoot& root) {
   LinuxPlatform platform(systemRoot(root));
-  PlayedOnce children(platform.ports().childProcesses, [] { QCoreApplication::quit(); });
+  RunOnce children(platform.ports().childProcesses, [] { QCoreApplication::quit(); });
   WatchedStatusBar statusBar;
   NoLog log;
   const auto controller = StatusItemController::make(
@@ -181,7 +184,7 @@ void benchMenu(Figures& figures, std::ostream& notes) {
   root.playText(makeListing(listedPaths, "\n").bytes);
   std::vector<double> times;
   std::size_t listings = 0;
-  for (; times.size() < fewestOpenings; ++listings) {
+  for (; times.size() < minOpenings; ++listings) {
     const std::vector<double> more = openDuringListing(root);
     if (more.empty())
       throw std::runtime_error("the menu was not opened during a listing");

@@ -6,8 +6,8 @@
 
 namespace driftmark::bench {
 
-/// Counts the drawings of the strip while lines arrive that change nothing shown, and times the
-/// opening of the menu while a large drive is listed. Needs a QApplication.
+/// Counts the redraws of the strip while lines arrive that change nothing shown, and measures how
+/// long the menu takes to open during the listing of a large drive. Needs a QApplication.
 void benchMenu(Figures& figures, std::ostream& notes);
 
 } // namespace driftmark::bench

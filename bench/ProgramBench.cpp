@@ -1,12 +1,12 @@
+// What the program costs when it starts and while it idles.
+
 #include "ProgramBench.h"
 
 #include "ProcessCost.h"
 #include "Stopwatch.h"
-#include "demo/ProgramLaunch.h"
 #include "demo/Sandbox.h"
-#include "process/Launch.h"
-#include "process/LineReader.h"
-#include "scenario/ScenarioParser.h"
+#include "process/ChildProcess.h"
+#include "process/Pipe.h"
 
 #include <chrono>
 #include <fstream>
@@ -24,48 +24,48 @@ namespace fs = std::filesystem;
 
 constexpr std::chrono::seconds idleTime{30};
 constexpr std::chrono::seconds settlingTime{3};
-constexpr std::chrono::seconds patience{60};
-constexpr std::chrono::seconds endTime{5};
-constexpr std::size_t starts = 15;
+constexpr std::chrono::seconds timeout{60};
+constexpr std::chrono::seconds gracePeriod{5};
+constexpr std::size_t startCount = 15;
 
-constexpr const char* quietStory = "title \"Nothing\"\n"
-                                   "quota 48GB\n"
-                                   "files 20 \"Letters/Letter {n}.pages\" 24KB\n"
-                                   "at 60m end\n";
+constexpr const char* quietScenario = "title \"Nothing\"\n"
+                                      "quota 48GB\n"
+                                      "files 20 \"Letters/Letter {n}.pages\" 24KB\n"
+                                      "at 60m end\n";
 
-/// A child whose output can be waited for.
-class Watched {
+/// A child and one text to wait for in its output.
+class WatchedChild {
 public:
-  Watched(icloud::Launch launch, bool readsErrors, std::string awaited)
-      : Watched(std::move(launch), readsErrors, std::move(awaited), icloud::makePipe()) {}
+  WatchedChild(icloud::Launch launch, bool readsErrors, std::string awaited)
+      : WatchedChild(std::move(launch), readsErrors, std::move(awaited), icloud::makePipe()) {}
 
-  /// Reads on until a line holds what is awaited. Throws std::runtime_error when none comes.
+  /// Reads until a line contains the text. Throws std::runtime_error on a timeout.
   void await() {
-    while (!isThere_) {
-      if (lines_.descriptor() < 0 || !icloud::isReadableWithin(lines_.descriptor(), patience))
-        throw std::runtime_error("waited in vain for a line with: " + awaited_);
+    while (!isSeen_) {
+      if (lines_.descriptor() < 0 || !icloud::isReadableWithin(lines_.descriptor(), timeout))
+        throw std::runtime_error("timed out waiting for a line with: " + awaited_);
       lines_.read();
     }
   }
   icloud::ChildProcess& process() { return process_; }
 
 private:
-  Watched(icloud::Launch launch, bool readsErrors, std::string awaited, icloud::Pipe pipe)
+  WatchedChild(icloud::Launch launch, bool readsErrors, std::string awaited, icloud::Pipe pipe)
       : awaited_(std::move(awaited)),
         lines_(std::move(pipe.reading),
                [this](const std::string& line) {
-                 isThere_ = isThere_ || line.find(awaited_) != std::string::npos;
+                 isSeen_ = isSeen_ || line.find(awaited_) != std::string::npos;
                }),
-        process_(routed(std::move(launch), readsErrors, pipe.writing.get())) {}
+        process_(withOutput(std::move(launch), readsErrors, pipe.writing.get())) {}
 
-  static icloud::Launch routed(icloud::Launch launch, bool readsErrors, int pipe) {
+  static icloud::Launch withOutput(icloud::Launch launch, bool readsErrors, int pipe) {
     launch.output = pipe;
     if (readsErrors)
       launch.error = pipe;
     return launch;
   }
 
-  bool isThere_ = false;
+  bool isSeen_ = false;
   std::string awaited_;
   icloud::LineReader lines_;
   icloud::ChildProcess process_;
@@ -75,19 +75,17 @@ private:
 class QuietSandbox {
 public:
   QuietSandbox()
-      : sandbox_(ICLOUD_TOOLS), story_(sandbox_.folder() / "quiet.scenario"),
+      : sandbox_(ICLOUD_TOOLS),
         bird_(
-            {sandbox_.root().bird(), {"--home", sandbox_.home(), "--scenario", writtenStory()}, {}},
+            {sandbox_.root().bird(), {"--home", sandbox_.home(), "--scenario", newScenario()}, {}},
             true, " ready") {
     bird_.await();
-    options_.program = DRIFTMARK_PROGRAM;
-    options_.scenario = story_;
-    program_ = icloud::programLaunch(options_, icloud::readScenario(story_), sandbox_);
+    program_ = sandbox_.programLaunch(DRIFTMARK_PROGRAM, icloud::Screen::memory);
   }
 
   const icloud::Launch& program() const { return program_; }
 
-  /// A bare program with the same surroundings.
+  /// A bare program with the same environment.
   icloud::Launch bare() const {
     icloud::Launch launch = program_;
     launch.program = BARE_PROGRAM;
@@ -95,19 +93,18 @@ public:
   }
 
 private:
-  fs::path writtenStory() const {
-    std::ofstream(story_) << quietStory;
-    return story_;
+  fs::path newScenario() const {
+    fs::path file = sandbox_.folder() / "quiet.scenario";
+    std::ofstream(file) << quietScenario;
+    return file;
   }
 
   icloud::Sandbox sandbox_;
-  fs::path story_;
-  Watched bird_;
-  icloud::DemoOptions options_;
+  WatchedChild bird_;
   icloud::Launch program_;
 };
 
-/// From the launch to what the probe awaits, in seconds.
+/// The time from the launch to the event that the probe waits for, in seconds.
 double startTime(icloud::Launch launch, const char* awaited) {
   launch.environment["QT_PLUGIN_PATH"] = PROBE_PLUGINS;
   launch.environment["QT_QPA_GENERIC_PLUGINS"] = "startprobe";
@@ -115,21 +112,21 @@ double startTime(icloud::Launch launch, const char* awaited) {
   const icloud::Pipe unread = icloud::makePipe();
   launch.error = unread.writing.get();
   const auto start = std::chrono::steady_clock::now();
-  Watched started(std::move(launch), false, "");
+  WatchedChild started(std::move(launch), false, "");
   started.await();
   const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-  started.process().end(endTime);
+  started.process().end(gracePeriod);
   return time.count();
 }
 
 void benchStart(const QuietSandbox& sandbox, Figures& figures, std::ostream& notes) {
   std::vector<double> program;
   std::vector<double> bare;
-  for (std::size_t i = 0; i <= starts; ++i) {
+  for (std::size_t i = 0; i <= startCount; ++i) {
     const double one = startTime(sandbox.program(), "drawing");
     const double other = startTime(sandbox.bare(), "loop");
     if (i == 0)
-      continue; // the first finds the libraries on the disk
+      continue; // the first start reads the libraries from the disk
     program.push_back(one);
     bare.push_back(other);
   }
@@ -138,10 +135,10 @@ void benchStart(const QuietSandbox& sandbox, Figures& figures, std::ostream& not
         << " ms\n";
 }
 
-/// Measures the memory before the first look for updates, which loads what the network needs, and
-/// after it; and what idling costs from then on.
+/// Measures the memory before and after the first check for updates, which loads the network
+/// libraries, and the cost of idling after it.
 void benchIdle(const QuietSandbox& sandbox, Figures& figures, std::ostream& notes) {
-  Watched program(sandbox.program(), true, "update check failed");
+  WatchedChild program(sandbox.program(), true, "update check failed");
   const icloud::ChildProcess bare(sandbox.bare());
   const pid_t process = program.process().identifier();
   std::this_thread::sleep_for(settlingTime);
@@ -159,7 +156,7 @@ void benchIdle(const QuietSandbox& sandbox, Figures& figures, std::ostream& note
   figures["idle_switches_30s"] =
       static_cast<double>(after.voluntarySwitches - before.voluntarySwitches);
   figures["rss_after_check_over_bare"] = residentMemory(process) / bareMemory;
-  program.process().end(endTime);
+  program.process().end(gracePeriod);
 }
 
 } // namespace

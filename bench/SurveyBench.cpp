@@ -7,7 +7,8 @@
 #include "evict/Evictor.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/SystemRoot.h"
-#include "process/Launch.h"
+#include "process/ChildProcess.h"
+#include "process/Pipe.h"
 #include "ui/StatusItemController.h"
 
 #include <algorithm>

@@ -5,8 +5,8 @@
 #include "demo/Sandbox.h"
 #include "demo/ScenarioUser.h"
 #include "demo/Summary.h"
-#include "process/Launch.h"
-#include "process/LineReader.h"
+#include "process/ChildProcess.h"
+#include "process/Pipe.h"
 #include "scenario/Scenario.h"
 
 #include <chrono>
@@ -17,35 +17,41 @@
 
 namespace icloud {
 
-/// Lets a program watch a simulated iCloud from the beginning of a story to its end.
+/// Runs a program against a simulated iCloud from the beginning of a scenario to its end, and
+/// compares what happens with what the scenario expects.
 class Demo {
 public:
   explicit Demo(const DemoOptions& options);
 
-  /// The exit status: 0 without a deviation, 1 with one, 128 and the signal when interrupted.
+  /// Returns the exit status: 0 without a deviation, 1 with one, 128 and the signal when
+  /// interrupted.
   int run();
 
 private:
   using Clock = std::chrono::steady_clock;
 
-  void introduce();
+  // Demo.cpp
+  void printIntroduction();
   void startBird();
   void startProgram();
-  void hearBird(const std::string& line);
-  void hearDesktop(const std::string& line);
-  void takeUserReports();
-  void tellStory(const std::string& text);
-  void storyEnded();
-  bool userQuits() const;
-  void beginShutdown();
+  void handleBirdLine(const std::string& line);
+  void handleDesktopLine(const std::string& line);
+  void handleProgramLine(const std::string& line);
+  void handleEvent(const std::string& text);
+  void handleUserReports();
+  void scenarioEnded();
   void watch();
-  bool wait();
-  int timeLeft() const;
-  void overrun();
-  void takeSignal();
+  bool waitForInput();
+  int pollTimeout() const;
+  void readSignal();
+
+  // Shutdown.cpp
+  bool userQuitsProgram() const;
+  void beginShutdown();
+  void timedOut();
   void programEnded();
-  void userLeaves();
   void launchdEnded();
+  void stopUser();
   void endChildren();
   void checkOrphans();
   Summary makeSummary() const;
@@ -60,16 +66,16 @@ private:
   LineReader birdLines_;
   LineReader programLines_;
   LineReader desktopLines_;
-  std::unique_ptr<ScenarioUser> user_; // none where the scenario has no user, or you are it
+  std::unique_ptr<ScenarioUser> user_; // absent when the scenario has none, and interactively
   Clock::time_point deadline_;
-  bool storyOver_ = false;
-  bool userDone_ = true;
-  bool ending_ = false;
-  bool over_ = false;
-  int interruption_ = 0;
-  std::vector<std::string> storyProblems_;
+  bool scenarioEnded_ = false;
+  bool userFinished_ = true;
+  bool isShuttingDown_ = false;
+  bool isOver_ = false;
+  int interruption_ = 0; // the signal
+  std::vector<std::string> scenarioProblems_;
   std::vector<std::string> userProblems_;
-  std::vector<std::string> endProblems_;
+  std::vector<std::string> exitProblems_;
   std::vector<std::string> orphanProblems_;
 };
 

@@ -1,3 +1,5 @@
+// How the command line of the demo is read.
+
 #include "demo/DemoOptions.h"
 
 #include <charconv>
@@ -16,21 +18,25 @@ std::chrono::seconds secondsFrom(const std::string& text) {
 } // namespace
 
 const char* DemoOptions::usage() {
-  return "usage: icloud-demo --program FILE --scenario FILE [--out DIR] [--limit SECONDS]\n"
+  return "usage: icloud-demo --program FILE --scenario FILE [--out DIR] [--timeout SECONDS]\n"
          "                   [--tools DIR] [--interactive]\n"
          "\n"
-         "Lets the program watch a simulated iCloud that plays the scenario, shows what it logs,\n"
-         "and compares that with what the scenario expects. Exit status 0: no deviation.\n"
+         "Runs the program against a simulated iCloud that plays the scenario, prints the events\n"
+         "of the scenario and the program's log, and compares the log with what the scenario\n"
+         "expects. Exit status 0: no deviation.\n"
          "\n"
-         "A program in a bundle is run from a copy of the bundle in /Applications.\n"
+         "A program inside a bundle is run from a copy of the bundle in /Applications.\n"
          "\n"
-         "The scenario's user uses mouse and keyboard on a screen that is only in memory.\n"
+         "The scenario's user uses mouse and keyboard on a screen in memory.\n"
          "\n"
-         "  --interactive    on the display, for you to use; the log is not compared\n"
-         "  --out DIR        also writes log.txt, story.txt, summary.txt, menus.txt and the\n"
-         "                   user's pictures there\n"
-         "  --limit SECONDS  gives up after so long (150)\n"
-         "  --tools DIR      a system root to take the tools from (\"root\" beside this program)\n";
+         "  --interactive      uses the display and leaves the user to you; the log is not "
+         "compared\n"
+         "  --out DIR          also writes log.txt, transcript.txt, summary.txt, menus.txt and "
+         "the\n"
+         "                     user's screenshots there\n"
+         "  --timeout SECONDS  gives up when the scenario has not ended by then (150)\n"
+         "  --tools DIR        a system root to copy the tools from (\"root\" beside this "
+         "program)\n";
 }
 
 DemoOptions DemoOptions::from(const std::vector<std::string>& arguments) {
@@ -54,8 +60,8 @@ DemoOptions DemoOptions::from(const std::vector<std::string>& arguments) {
       options.tools = value();
     else if (name == "--out")
       options.out = value();
-    else if (name == "--limit")
-      options.limit = secondsFrom(value());
+    else if (name == "--timeout")
+      options.timeout = secondsFrom(value());
     else
       throw UsageError("unknown argument: " + name);
   }

@@ -9,21 +9,21 @@
 
 namespace icloud {
 
-/// A command line that makes no sense.
+/// A command line that cannot be used.
 class UsageError : public std::runtime_error {
 public:
   using std::runtime_error::runtime_error;
 };
 
-/// What the demo is told when it is started.
+/// The command line of the demo.
 struct DemoOptions {
   bool help = false;
-  bool interactive = false;      ///< on the display; whoever sits there is the user
+  bool interactive = false;      ///< on the display, without the scenario's user
   std::filesystem::path program; ///< in a bundle: the bundle is installed first
   std::filesystem::path scenario;
   std::filesystem::path tools; ///< a system root to copy the tools from
   std::optional<std::filesystem::path> out;
-  std::chrono::seconds limit{150};
+  std::chrono::seconds timeout{150};
 
   static DemoOptions from(const std::vector<std::string>& arguments);
   static const char* usage();

@@ -1,3 +1,5 @@
+// What the demo prints, and which files it writes.
+
 #include "demo/Reporter.h"
 
 #include "common/SystemFailure.h"
@@ -21,12 +23,12 @@ std::ofstream newFile(const std::filesystem::path& path) {
 } // namespace
 
 Reporter::Reporter(const std::optional<std::filesystem::path>& folder)
-    : inColour_(isatty(STDOUT_FILENO) == 1) {
+    : isTerminal_(isatty(STDOUT_FILENO) == 1) {
   if (!folder)
     return;
   std::filesystem::create_directories(*folder);
   logFile_ = newFile(*folder / "log.txt");
-  storyFile_ = newFile(*folder / "story.txt");
+  transcriptFile_ = newFile(*folder / "transcript.txt");
   summaryFile_ = newFile(*folder / "summary.txt");
   menusFile_ = newFile(*folder / "menus.txt");
 }
@@ -38,39 +40,39 @@ std::string Reporter::time() const {
   return text.data();
 }
 
-void Reporter::show(const std::string& text, bool quiet) {
-  if (inColour_ && quiet)
+void Reporter::print(const std::string& text, Style style) {
+  if (isTerminal_ && style == Style::dim)
     std::printf("\x1b[2m%s\x1b[0m\n", text.c_str());
   else
     std::printf("%s\n", text.c_str());
   std::fflush(stdout);
-  storyFile_ << text << std::endl;
+  transcriptFile_ << text << std::endl;
 }
 
-void Reporter::say(const std::string& text) {
-  show(text, false);
+void Reporter::message(const std::string& text) {
+  print(text, Style::normal);
 }
 
-void Reporter::cloud(const std::string& text) {
-  show(time() + "  ☁ " + text, true);
+void Reporter::event(const std::string& text) {
+  print(time() + "  ☁ " + text, Style::dim);
 }
 
 void Reporter::log(const std::string& line) {
   logLines_.push_back(line);
   logTimes_.push_back(time());
   logFile_ << line << std::endl;
-  show(logTimes_.back() + "    " + line, false);
+  print(logTimes_.back() + "    " + line, Style::normal);
 }
 
 void Reporter::user(const std::string& text) {
-  show(time() + "  ☞ " + text, true);
+  print(time() + "  ☞ " + text, Style::dim);
 }
 
 void Reporter::menu(const std::string& text) {
   menusFile_ << time() << "\n\n" << text << std::endl;
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);)
-    show("              " + line, true);
+    print("              " + line, Style::dim);
 }
 
 void Reporter::summary(const std::string& text) {

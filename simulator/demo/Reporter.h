@@ -9,45 +9,47 @@
 
 namespace icloud {
 
-/// Shows the story while it happens, with the time since it was begun to be shown, and keeps it in
-/// files when there is a folder for them.
+/// Prints what happens, with the time since this object was made, and writes it to files when there
+/// is a folder for them.
 class Reporter {
 public:
   explicit Reporter(const std::optional<std::filesystem::path>& folder);
 
-  /// Text of the demo's own.
-  void say(const std::string& text);
+  /// Text without a time.
+  void message(const std::string& text);
 
   /// Something that happened in iCloud.
-  void cloud(const std::string& text);
+  void event(const std::string& text);
 
   /// A line that the program logged.
   void log(const std::string& line);
 
-  /// Something that the user at the screen did or saw.
+  /// Something that the scenario's user did or observed.
   void user(const std::string& text);
 
   /// What an open menu shows, in several lines.
   void menu(const std::string& text);
 
-  /// The closing words.
+  /// The comparison with the scenario, at the end.
   void summary(const std::string& text);
 
   const std::vector<std::string>& logLines() const { return logLines_; }
 
-  /// When each of them came, as it was shown.
+  /// The times of the log lines, as they were printed.
   const std::vector<std::string>& logTimes() const { return logTimes_; }
 
 private:
+  enum class Style { normal, dim };
+
   std::string time() const;
-  void show(const std::string& text, bool quiet);
+  void print(const std::string& text, Style style);
 
   std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
-  bool inColour_;
+  bool isTerminal_;
   std::vector<std::string> logLines_;
   std::vector<std::string> logTimes_;
   std::ofstream logFile_;
-  std::ofstream storyFile_;
+  std::ofstream transcriptFile_;
   std::ofstream summaryFile_;
   std::ofstream menusFile_;
 };

@@ -2,26 +2,37 @@
 
 #include "common/Descriptor.h"
 #include "common/SystemRoot.h"
+#include "process/ChildProcess.h"
 
 #include <filesystem>
+#include <optional>
+#include <string>
 
 namespace icloud {
 
-/// A system root with the tools in it, and beside it an empty home and a folder for temporary
-/// files, all in a temporary folder that goes with this object.
+/// Where a program draws its windows.
+enum class Screen {
+  display, ///< that of whoever started this process
+  memory,
+};
+
+/// A folder that stands for a machine: a system root with the tools in it, and beside it an empty
+/// home and a folder for temporary files. The folder is temporary and removed with this object.
 class Sandbox {
 public:
-  /// Takes the tools from the system root `tools`. Throws std::system_error.
+  /// Copies the tools from the system root `tools`. Throws std::system_error.
   explicit Sandbox(const std::filesystem::path& tools);
   Sandbox(const Sandbox&) = delete;
   Sandbox& operator=(const Sandbox&) = delete;
   ~Sandbox();
 
-  /// Puts a copy of an application into the root's /Applications, signed by its maker, and returns
-  /// where it lies. Throws std::system_error, or std::runtime_error when it cannot be signed.
-  std::filesystem::path install(const std::filesystem::path& bundle) const;
+  /// Prepares the home for `program` and returns how to start it here. A program inside a bundle
+  /// is started from a copy of the bundle in the root's /Applications, signed by its vendor.
+  /// `stallAfter` is in seconds, as a decimal number. Throws std::exception.
+  Launch programLaunch(const std::filesystem::path& program, Screen screen,
+                       const std::optional<std::string>& stallAfter = std::nullopt) const;
 
-  /// Where lines come from about what the desktop is asked to open. Called once. Throws
+  /// A pipe of lines, one for each file that the desktop is asked to open. Called once. Throws
   /// std::system_error.
   Descriptor openedFiles() const;
 
@@ -34,6 +45,9 @@ public:
   }
 
 private:
+  std::filesystem::path install(const std::filesystem::path& bundle) const;
+  std::filesystem::path installedProgram(const std::filesystem::path& program) const;
+
   std::filesystem::path folder_;
 };
 

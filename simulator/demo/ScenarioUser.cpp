@@ -1,10 +1,11 @@
+// How the steps of a scenario's user are executed while the program runs.
+
 #include "demo/ScenarioUser.h"
 
 #include "common/LocalSocket.h"
 #include "common/SystemFailure.h"
 #include "scenario/Glob.h"
 
-#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -16,16 +17,16 @@ namespace {
 Descriptor newEvent() {
   Descriptor event(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
   if (!event)
-    throwSystemFailure("cannot wait for the user");
+    throwSystemFailure("cannot make an event descriptor");
   return event;
 }
 
-std::string nameOf(const UserStep& step) {
+std::string describe(const UserStep& step) {
   return "line " + std::to_string(step.line) + " of the scenario, user " + step.text;
 }
 
-/// What the user throws to get up.
-struct Leaving {};
+/// Unwinds the thread when it is to stop.
+struct Stopped {};
 
 template <typename... Functions> struct Overloaded : Functions... {
   using Functions::operator()...;
@@ -34,16 +35,16 @@ template <typename... Functions> Overloaded(Functions...) -> Overloaded<Function
 
 } // namespace
 
-ScenarioUser::ScenarioUser(const std::filesystem::path& folder, Surroundings surroundings,
+ScenarioUser::ScenarioUser(const std::filesystem::path& folder, UserContext context,
                            std::vector<UserStep> steps)
-    : driverListener_(folder), surroundings_(std::move(surroundings)), steps_(std::move(steps)),
-      news_(newEvent()), thread_([this] { work(); }) {}
+    : driverListener_(folder), context_(std::move(context)), steps_(std::move(steps)),
+      reportEvent_(newEvent()), thread_([this] { run(); }) {}
 
 ScenarioUser::~ScenarioUser() {
-  leave();
+  stop();
 }
 
-void ScenarioUser::hear(const std::string& line) {
+void ScenarioUser::addLine(const std::string& line) {
   const std::lock_guard lock(mutex_);
   lines_.push_back(line);
   changed_.notify_one();
@@ -52,22 +53,22 @@ void ScenarioUser::hear(const std::string& line) {
 std::vector<ScenarioUser::Report> ScenarioUser::takeReports() {
   const std::lock_guard lock(mutex_);
   eventfd_t count = 0;
-  eventfd_read(news_.get(), &count);
+  eventfd_read(reportEvent_.get(), &count);
   return std::exchange(reports_, {});
 }
 
-std::string ScenarioUser::current() const {
+std::string ScenarioUser::currentStep() const {
   const std::lock_guard lock(mutex_);
-  return step_ < steps_.size() ? nameOf(steps_[step_]) : std::string();
+  return nextStep_ < steps_.size() ? describe(steps_[nextStep_]) : std::string();
 }
 
-// A user that still waits for a program to come up is told that none does.
-void ScenarioUser::leave() {
+// The thread may still wait for a program to connect. A connection that closes at once ends that.
+void ScenarioUser::stop() {
   if (!thread_.joinable())
     return;
   {
     const std::lock_guard lock(mutex_);
-    leaves_ = true;
+    isStopping_ = true;
     changed_.notify_one();
   }
   try {
@@ -77,57 +78,55 @@ void ScenarioUser::leave() {
   thread_.join();
 }
 
-void ScenarioUser::work() {
+void ScenarioUser::run() {
   try {
-    UserSteps acts(
-        driverListener_.awaitProgram(), surroundings_,
-        [this](const std::string& text) { report(Report::Kind::saw, text); },
+    UserSteps userSteps(
+        driverListener_.awaitProgram(), context_,
+        [this](const std::string& text) { report(Report::Kind::observation, text); },
         [this](const std::string& text) { report(Report::Kind::menu, text); });
     for (const UserStep& step : steps_)
-      obey(acts, step);
-    report(Report::Kind::done, "");
-  } catch (const Leaving&) {
-  } catch (const std::exception& problem) {
-    report(Report::Kind::trouble, current() + ": " + problem.what());
+      execute(userSteps, step);
+    report(Report::Kind::finished, "");
+  } catch (const Stopped&) {
+  } catch (const std::exception& error) {
+    report(Report::Kind::failure, currentStep() + ": " + error.what());
   }
 }
 
-void ScenarioUser::obey(UserSteps& acts, const UserStep& step) {
-  std::visit(Overloaded{[this](const AwaitLine& wanted) { await(wanted); },
-                        [this](const Pause& act) { pause(act.duration); },
-                        [&](const auto& act) {
-                          report(Report::Kind::did, step.text);
-                          acts(act);
+void ScenarioUser::execute(UserSteps& userSteps, const UserStep& step) {
+  std::visit(Overloaded{[this](const AwaitLine& action) { await(action); },
+                        [this](const Pause& action) { pause(action.duration); },
+                        [&](const auto& action) {
+                          report(Report::Kind::step, step.text);
+                          userSteps(action);
                         }},
-             step.act);
+             step.action);
   const std::lock_guard lock(mutex_);
-  ++step_;
+  ++nextStep_;
 }
 
-void ScenarioUser::await(const AwaitLine& wanted) {
+void ScenarioUser::await(const AwaitLine& step) {
   std::unique_lock lock(mutex_);
   while (true) {
-    for (; next_ < lines_.size(); ++next_)
-      if (matchesGlob(wanted.pattern, lines_[next_])) {
-        ++next_;
+    while (nextLine_ < lines_.size())
+      if (matchesGlob(step.pattern, lines_[nextLine_++]))
         return;
-      }
-    if (leaves_)
-      throw Leaving();
+    if (isStopping_)
+      throw Stopped();
     changed_.wait(lock);
   }
 }
 
 void ScenarioUser::pause(Milliseconds duration) {
   std::unique_lock lock(mutex_);
-  if (changed_.wait_for(lock, duration, [this] { return leaves_; }))
-    throw Leaving();
+  if (changed_.wait_for(lock, duration, [this] { return isStopping_; }))
+    throw Stopped();
 }
 
 void ScenarioUser::report(Report::Kind kind, const std::string& text) {
   const std::lock_guard lock(mutex_);
   reports_.push_back({kind, text});
-  eventfd_write(news_.get(), 1);
+  eventfd_write(reportEvent_.get(), 1);
 }
 
 } // namespace icloud

@@ -2,7 +2,6 @@
 
 #include "common/Descriptor.h"
 #include "demo/UserSteps.h"
-#include "process/Launch.h"
 #include "scenario/UserStep.h"
 #include "uidriver/DriverListener.h"
 
@@ -18,70 +17,70 @@
 
 namespace icloud {
 
-/// The user of a scenario: obeys the lines one after the other, on a thread of its own, and tells
-/// how it goes.
+/// The user of a scenario: executes the user steps in their order, on a thread of its own, and
+/// reports on them. The operations are for the thread that made it.
 class ScenarioUser {
 public:
   struct Report {
     enum class Kind {
-      did,     ///< a step, in the words of the scenario
-      saw,     ///< what the user saw, in other words
-      menu,    ///< what the open menu shows, in several lines
-      trouble, ///< a step that could not be done; the user does nothing more
-      done,    ///< every step is done
+      step,        ///< a step begins; the text is the scenario's
+      observation, ///< what the user observed
+      menu,        ///< what the open menu shows, in several lines
+      failure,     ///< a step failed; the user does nothing more
+      finished,    ///< every step is done
     };
-    Kind kind = Kind::did;
+    Kind kind = Kind::step;
     std::string text;
   };
 
-  /// Sits down at a seat in `folder`. Throws std::system_error.
-  ScenarioUser(const std::filesystem::path& folder, Surroundings surroundings,
+  /// Listens for the program at a socket in `folder`. Throws std::system_error.
+  ScenarioUser(const std::filesystem::path& folder, UserContext context,
                std::vector<UserStep> steps);
   ~ScenarioUser();
   ScenarioUser(const ScenarioUser&) = delete;
   ScenarioUser& operator=(const ScenarioUser&) = delete;
 
-  /// What the program's environment must say.
+  /// The environment that the program needs so that its plug-in connects to this user.
   std::map<std::string, std::optional<std::string>> environment() const {
     return driverListener_.environment();
   }
 
-  /// Tells the user a line of the story or of the log.
-  void hear(const std::string& line);
+  /// Adds an event of the scenario or a line of the log, for `AwaitLine`.
+  void addLine(const std::string& line);
 
   /// Readable when there are reports.
-  int descriptor() const { return news_.get(); }
+  int descriptor() const { return reportEvent_.get(); }
   std::vector<Report> takeReports();
 
-  /// What the user is at, in words; empty when all is done.
-  std::string current() const;
+  /// The step under way, as display text; empty when all are done.
+  std::string currentStep() const;
 
-  /// Whether the last step is to see the program end.
-  bool seesTheEnd() const {
-    return !steps_.empty() && std::holds_alternative<AwaitExit>(steps_.back().act);
+  /// Whether the last step waits for the program to end.
+  bool awaitsExit() const {
+    return !steps_.empty() && std::holds_alternative<AwaitExit>(steps_.back().action);
   }
 
-  /// Lets the user get up, in the middle of the steps if need be, once the program has ended.
-  void leave();
+  /// Ends the thread, if need be in the middle of the steps. Called once the program has ended.
+  void stop();
 
 private:
-  void work();
-  void obey(UserSteps& acts, const UserStep& step);
-  void await(const AwaitLine& wanted);
+  void run();
+  void execute(UserSteps& userSteps, const UserStep& step);
+  void await(const AwaitLine& step);
   void pause(Milliseconds duration);
   void report(Report::Kind kind, const std::string& text);
 
   DriverListener driverListener_;
-  const Surroundings surroundings_;
+  const UserContext context_;
   const std::vector<UserStep> steps_;
-  Descriptor news_;
+  Descriptor reportEvent_;
 
-  mutable std::mutex mutex_; // for what follows
+  mutable std::mutex mutex_; // for the members up to `reports_`
   std::condition_variable changed_;
   std::vector<std::string> lines_;
-  std::size_t next_ = 0; // of the lines, the first to wait for
-  std::size_t step_ = 0;
-  bool leaves_ = false;
+  std::size_t nextLine_ = 0; // the first that `AwaitLine` has not passed
+  std::size_t nextStep_ = 0;
+  bool isStopping_ = false;
   std::vector<Report> reports_;
 
   std::thread thread_;

@@ -1,7 +1,6 @@
-// How a story ends, and what came of it.
+// How a demo ends, and what its summary says about the end.
 
 #include "demo/Demo.h"
-#include "process/Orphans.h"
 
 #include <csignal>
 
@@ -10,88 +9,94 @@
 namespace icloud {
 namespace {
 
-constexpr std::chrono::seconds endingTime{15};
-constexpr std::chrono::seconds orphanTime{5};
-constexpr std::chrono::seconds childTime{5};
+constexpr std::chrono::seconds shutdownTimeout{15};
+constexpr std::chrono::seconds orphanGracePeriod{5};
+constexpr std::chrono::seconds childGracePeriod{5};
 
 } // namespace
 
+bool Demo::userQuitsProgram() const {
+  return user_ && user_->awaitsExit() && userProblems_.empty();
+}
+
 void Demo::beginShutdown() {
-  if (ending_)
+  if (isShuttingDown_)
     return;
-  ending_ = true;
-  deadline_ = Clock::now() + endingTime;
+  isShuttingDown_ = true;
+  deadline_ = Clock::now() + shutdownTimeout;
   if (!program_)
-    over_ = true;
-  else if (!userQuits())
+    isOver_ = true;
+  else if (!userQuitsProgram())
     program_->signal(SIGTERM);
 }
 
-void Demo::overrun() {
-  if (storyOver_ && !userDone_) {
-    userProblems_.push_back("waited in vain: " + user_->current());
-    userDone_ = true;
+void Demo::timedOut() {
+  if (scenarioEnded_ && !userFinished_) {
+    userProblems_.push_back("timed out: " + user_->currentStep());
+    userFinished_ = true;
     beginShutdown();
     return;
   }
-  if (ending_)
-    endProblems_.emplace_back("the program did not end when it was told to");
+  if (isShuttingDown_)
+    exitProblems_.emplace_back("the program did not end when it was asked to");
   else
-    storyProblems_.push_back("the story was not over after " +
-                             std::to_string(options_.limit.count()) + " s");
-  over_ = true;
+    scenarioProblems_.push_back("the scenario had not ended after " +
+                                std::to_string(options_.timeout.count()) + " s");
+  isOver_ = true;
 }
 
 void Demo::programEnded() {
   const int status = program_->wait();
   programLines_.finish();
-  const bool mayEnd = ending_ || options_.interactive || (storyOver_ && userQuits());
-  if (options_.interactive && !storyOver_ && status == 0)
-    reporter_.say("\nYou have quit it before the story was over.");
+  const bool mayEnd =
+      isShuttingDown_ || options_.interactive || (scenarioEnded_ && userQuitsProgram());
+  if (options_.interactive && !scenarioEnded_ && status == 0)
+    reporter_.message("\nYou quit it before the scenario ended.");
   if (!mayEnd)
-    endProblems_.push_back("the program ended before the story did, with " + describeEnd(status));
+    exitProblems_.push_back("the program ended before the scenario, with " + describeEnd(status));
   else if (status != 0)
-    endProblems_.push_back("the program ended with " + describeEnd(status));
-  userLeaves();
+    exitProblems_.push_back("the program ended with " + describeEnd(status));
+  stopUser();
   checkOrphans();
-  over_ = true;
-}
-
-void Demo::userLeaves() {
-  if (!user_)
-    return;
-  user_->leave();
-  takeUserReports();
-  if (!userDone_)
-    userProblems_.push_back("not done: " + user_->current());
-  userDone_ = true;
+  isOver_ = true;
 }
 
 void Demo::launchdEnded() {
-  storyProblems_.push_back("bird ended before the story did, with " +
-                           describeEnd(launchd_->wait()));
+  scenarioProblems_.push_back("bird ended before the scenario, with " +
+                              describeEnd(launchd_->wait()));
   beginShutdown();
+}
+
+void Demo::stopUser() {
+  if (!user_)
+    return;
+  user_->stop();
+  handleUserReports();
+  if (!userFinished_)
+    userProblems_.push_back("not done: " + user_->currentStep());
+  userFinished_ = true;
 }
 
 void Demo::endChildren() {
   if (program_)
-    program_->end(childTime);
-  userLeaves();
+    program_->end(childGracePeriod);
+  stopUser();
   if (!launchd_->hasEnded()) {
-    const int status = launchd_->end(childTime);
+    const int status = launchd_->end(childGracePeriod);
     if (status != 0)
-      storyProblems_.push_back("launchd ended with " + describeEnd(status));
+      scenarioProblems_.push_back("launchd ended with " + describeEnd(status));
   }
   collectOrphans({}, std::chrono::milliseconds(0));
 }
 
-// A child that was asked to end, or had done its work, is no deviation.
+// A child that ended with success, or by the SIGTERM that it gets when its parent dies, is no
+// deviation.
 void Demo::checkOrphans() {
-  for (const Orphan& orphan : collectOrphans({launchd_->identifier()}, orphanTime)) {
-    const bool asked = WIFSIGNALED(orphan.status) && WTERMSIG(orphan.status) == SIGTERM;
-    if (orphan.outlived)
+  for (const Orphan& orphan : collectOrphans({launchd_->identifier()}, orphanGracePeriod)) {
+    const bool terminated = WIFSIGNALED(orphan.status) && WTERMSIG(orphan.status) == SIGTERM;
+    if (orphan.wasKilled)
       orphanProblems_.push_back("left running: " + orphan.name);
-    else if (!asked && orphan.status != 0)
+    else if (!terminated && orphan.status != 0)
       orphanProblems_.push_back("left to end by itself, with " + describeEnd(orphan.status) + ": " +
                                 orphan.name);
   }
@@ -99,11 +104,11 @@ void Demo::checkOrphans() {
 
 Summary Demo::makeSummary() const {
   std::vector<Condition> conditions;
-  if (storyOver_ || !options_.interactive)
-    conditions.push_back({"the story was told to its end", storyProblems_});
+  if (scenarioEnded_ || !options_.interactive)
+    conditions.push_back({"the scenario ran to its end", scenarioProblems_});
   if (user_)
-    conditions.push_back({"the user at the screen could do every step", userProblems_});
-  conditions.push_back({"the program ended with status 0 when it was told to", endProblems_});
+    conditions.push_back({"the scenario's user completed every step", userProblems_});
+  conditions.push_back({"the program ended with status 0 when it was asked to", exitProblems_});
   conditions.push_back({"no process of the program was left", orphanProblems_});
   if (options_.interactive)
     return Summary(conditions);

@@ -1,3 +1,5 @@
+// How the comparison of a run with its scenario is printed.
+
 #include "demo/Summary.h"
 
 #include <algorithm>
@@ -8,10 +10,10 @@ namespace {
 using Kind = Expectation::Kind;
 
 constexpr std::size_t markWidth = 8;
-constexpr std::size_t wantedWidth = 11;
+constexpr std::size_t expectedWidth = 11;
 constexpr std::size_t seenWidth = 6;
 constexpr std::size_t timeWidth = 10;
-constexpr std::size_t mostUnexpected = 40;
+constexpr std::size_t maxUnexpected = 40;
 
 std::string padded(std::string text, std::size_t width) {
   text.resize(std::max(text.size() + 1, width), ' ');
@@ -22,7 +24,7 @@ std::string mark(bool good) {
   return "  " + padded(good ? "ok" : "FAIL", markWidth - 2);
 }
 
-std::string wanted(const Expectation& expectation) {
+std::string expectedCount(const Expectation& expectation) {
   if (expectation.kind == Kind::allow)
     return "any";
   if (expectation.kind == Kind::never)
@@ -39,22 +41,22 @@ std::string asDeviation(const ExpectationResult& result) {
       "line " + std::to_string(result.expectation.line) + " of the scenario: ";
   if (result.expectation.kind == Kind::inOrder)
     return place + "not seen at its place in the order: " + result.expectation.pattern;
-  return place + "wanted " + wanted(result.expectation) + ", seen " + std::to_string(result.seen) +
-         ": " + result.expectation.pattern;
+  return place + "expected " + expectedCount(result.expectation) + ", seen " +
+         std::to_string(result.seen) + ": " + result.expectation.pattern;
 }
 
 } // namespace
 
 Summary::Summary(CheckedLog log, std::vector<std::string> times, std::vector<Condition> conditions)
     : log_(std::move(log)), times_(std::move(times)), conditions_(std::move(conditions)) {
-  Condition accounted{"every log line is accounted for", {}};
-  const std::size_t shown = std::min(log_.unexpected.size(), mostUnexpected);
+  Condition covered{"an expectation covers every log line", {}};
+  const std::size_t shown = std::min(log_.unexpected.size(), maxUnexpected);
   for (std::size_t index = 0; index < shown; ++index)
-    accounted.problems.push_back("unexpected log line: " + log_.unexpected[index]);
+    covered.problems.push_back("unexpected log line: " + log_.unexpected[index]);
   if (shown < log_.unexpected.size())
-    accounted.problems.push_back("and more unexpected log lines: " +
-                                 std::to_string(log_.unexpected.size() - shown));
-  conditions_.insert(conditions_.begin(), std::move(accounted));
+    covered.problems.push_back("and more unexpected log lines: " +
+                               std::to_string(log_.unexpected.size() - shown));
+  conditions_.insert(conditions_.begin(), std::move(covered));
   findDeviations();
 }
 
@@ -83,22 +85,22 @@ std::string Summary::countedRows() const {
   std::string rows;
   for (const ExpectationResult& result : log_.results)
     if (result.expectation.kind != Kind::inOrder)
-      rows += mark(result.fulfilled) + padded(wanted(result.expectation), wantedWidth) +
+      rows += mark(result.fulfilled) + padded(expectedCount(result.expectation), expectedWidth) +
               padded(std::to_string(result.seen), seenWidth) + result.expectation.pattern + "\n";
   if (rows.empty())
     return rows;
   return "\nLog lines by number:\n\n" + std::string(markWidth, ' ') +
-         padded("wanted", wantedWidth) + padded("seen", seenWidth) + "line\n" + rows;
+         padded("expected", expectedWidth) + padded("seen", seenWidth) + "line\n" + rows;
 }
 
 std::string Summary::text() const {
-  std::string text = "\nWhat the scenario wants, and what was seen\n";
-  text += orderedRows() + countedRows() + "\nBesides:\n\n";
+  std::string text = "\nWhat the scenario expects, and what was seen\n";
+  text += orderedRows() + countedRows() + "\nOther conditions:\n\n";
   for (const Condition& condition : conditions_)
     text += mark(condition.problems.empty()) + condition.text + "\n";
-  const std::size_t wants = log_.results.size() + conditions_.size();
+  const std::size_t count = log_.results.size() + conditions_.size();
   if (deviations_.empty())
-    return text + "\nAll " + std::to_string(wants) + " hold: no deviation from the scenario.\n";
+    return text + "\nAll " + std::to_string(count) + " hold: no deviation from the scenario.\n";
   text += "\nDeviations from the scenario: " + std::to_string(deviations_.size()) + "\n\n";
   for (const std::string& deviation : deviations_)
     text += "  - " + deviation + "\n";

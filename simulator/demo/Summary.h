@@ -1,30 +1,30 @@
 #pragma once
 
-#include "scenario/ExpectationCheck.h"
+#include "scenario/Expectation.h"
 
 #include <string>
 #include <vector>
 
 namespace icloud {
 
-/// Something besides the log that has to hold, and what is wrong where it does not.
+/// Something that has to hold, and the problems when it does not.
 struct Condition {
   std::string text;
   std::vector<std::string> problems;
 };
 
-/// What a scenario wanted and what was seen, for people.
+/// What a scenario expected and what was seen, as display text.
 class Summary {
 public:
-  /// `times` has the time of every log line, as it is to be shown.
+  /// `times` has the time of every log line, as it is printed.
   Summary(CheckedLog log, std::vector<std::string> times, std::vector<Condition> conditions);
 
-  /// Without a log.
+  /// For a run whose log is not compared.
   explicit Summary(std::vector<Condition> conditions) : conditions_(std::move(conditions)) {
     findDeviations();
   }
 
-  /// Every deviation in a sentence of its own.
+  /// One sentence for each deviation.
   const std::vector<std::string>& deviations() const { return deviations_; }
 
   /// The table, and the deviations below it.

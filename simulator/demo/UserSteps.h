@@ -9,46 +9,44 @@
 
 namespace icloud {
 
-/// What a user has before them besides the program.
-struct Surroundings {
-  std::filesystem::path pictures; ///< the folder for those that are taken
+/// What a user works with besides the program.
+struct UserContext {
+  std::filesystem::path screenshots; ///< the folder for them
   std::filesystem::path drive;
   std::filesystem::path brctl;
 };
 
-/// Does what a scenario tells a user to do before the program. Failures as `UiDriver` says.
+/// Executes the steps of a scenario's user in a program. Errors as `UiDriver` reports them.
 class UserSteps {
 public:
-  using Tell = std::function<void(const std::string& text)>;
+  using Report = std::function<void(const std::string& text)>;
 
-  /// Pictures are numbered from 01. `tell` hears what the user did or saw beyond the words of the
-  /// step, `tellMenu` what a menu shows.
-  UserSteps(UiDriver user, Surroundings surroundings, Tell tell, Tell tellMenu);
+  /// `report` receives what the user observes, `reportMenu` what a menu shows.
+  UserSteps(UiDriver driver, UserContext context, Report report, Report reportMenu);
 
-  void operator()(const OpenMenu& act);
-  void operator()(const CloseMenu& act);
-  void operator()(const ChooseEntry& act);
-  void operator()(const FindEntry& act);
-  void operator()(const SeeText& act);
-  void operator()(const PressButton& act);
-  void operator()(const PressKey& act);
-  void operator()(const PickFolder& act);
-  void operator()(const OpenFile& act);
-  void operator()(const MeasureDisk& act);
-  void operator()(const TakePicture& act);
-  void operator()(const ReadMenu& act);
-  void operator()(const ReadStrip& act);
-  void operator()(const AwaitExit& act);
+  void operator()(const OpenMenu& step);
+  void operator()(const CloseMenu& step);
+  void operator()(const ChooseEntry& step);
+  void operator()(const FindEntry& step);
+  void operator()(const SeeText& step);
+  void operator()(const PressButton& step);
+  void operator()(const PressKey& step);
+  void operator()(const PickFolder& step);
+  void operator()(const OpenFile& step);
+  void operator()(const MeasureDisk& step);
+  void operator()(const TakeScreenshot& step); ///< numbers the files from 01
+  void operator()(const ReadMenu& step);
+  void operator()(const ReadStrip& step);
+  void operator()(const AwaitExit& step);
 
 private:
   Window openMenu();
-  void awaitNoMenu();
 
-  UiDriver user_;
-  Surroundings surroundings_;
-  Tell tell_;
-  Tell tellMenu_;
-  int pictureCount_ = 0;
+  UiDriver driver_;
+  UserContext context_;
+  Report report_;
+  Report reportMenu_;
+  int screenshotCount_ = 0;
 };
 
 } // namespace icloud

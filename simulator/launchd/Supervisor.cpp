@@ -2,6 +2,7 @@
 
 #include "common/SignalDescriptor.h"
 #include "common/SystemFailure.h"
+#include "process/Pipe.h"
 
 #include <algorithm>
 #include <array>

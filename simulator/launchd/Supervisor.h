@@ -2,7 +2,7 @@
 
 #include "common/Descriptor.h"
 #include "common/SystemRoot.h"
-#include "process/Launch.h"
+#include "process/ChildProcess.h"
 
 #include <chrono>
 #include <optional>

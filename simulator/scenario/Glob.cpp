@@ -1,3 +1,5 @@
+// How a text is compared with a pattern that has wildcards.
+
 #include "scenario/Glob.h"
 
 #include <optional>
@@ -30,7 +32,7 @@ bool matchesGlob(std::string_view pattern, std::string_view text) {
     std::size_t patternAfter;
     std::size_t textAt;
   };
-  std::optional<Star> star; // the latest "*", to which a mismatch falls back
+  std::optional<Star> star; // the latest "*"; after a mismatch, it takes one more byte
   std::size_t inPattern = 0;
   std::size_t inText = 0;
   while (true) {

@@ -4,8 +4,8 @@
 
 namespace icloud {
 
-/// Whether the whole of `text` matches `pattern`, in which "*" stands for any bytes, "?" for one
-/// byte, and a backslash takes the special meaning from what follows it.
+/// Whether the whole of `text` matches `pattern`. In a pattern, "*" stands for any bytes and "?"
+/// for one byte. A backslash removes the special meaning of the character after it.
 bool matchesGlob(std::string_view pattern, std::string_view text);
 
 } // namespace icloud

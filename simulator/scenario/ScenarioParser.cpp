@@ -1,7 +1,6 @@
 #include "scenario/ScenarioParser.h"
 
 #include "scenario/ScenarioError.h"
-#include "scenario/UserStepReader.h"
 
 #include <algorithm>
 
@@ -84,7 +83,7 @@ void ScenarioParser::readExpectation(ScenarioLine& line, Expectation::Kind kind)
 
 void ScenarioParser::readUserStep(ScenarioLine& line) {
   UserStep step{{}, line.number(), line.rest()};
-  step.act = readUserAction(line);
+  step.action = readUserAction(line);
   scenario_.user.push_back(std::move(step));
 }
 

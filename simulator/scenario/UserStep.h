@@ -10,7 +10,10 @@
 
 namespace icloud {
 
-/// Waits for a line of the story or of the log; one after the line that was awaited before.
+class ScenarioLine;
+
+/// Waits for an event of the scenario or a line of the log. It comes after the line that the
+/// previous step of this kind waited for.
 struct AwaitLine {
   std::string pattern; ///< with the wildcards of `matchesGlob`, like all patterns here
 };
@@ -25,23 +28,23 @@ struct Pause {
 struct OpenMenu {};
 struct CloseMenu {};
 
-/// Chooses an entry of the open menu, which closes.
+/// Chooses an entry of the open menu. The menu closes.
 struct ChooseEntry {
   std::string pattern;
 };
 
-/// Types the path of a folder into the panel that asks for one, and presses its default button.
+/// Types the path of a folder into the folder panel and presses the panel's default button.
 struct PickFolder {
   std::string path; ///< absolute, or relative to the drive
 };
 
-/// Opens a file of the drive in some application, which reads it: contents that are only in iCloud
+/// Opens a file of the drive in some application, which reads it. Contents that are only in iCloud
 /// are downloaded.
 struct OpenFile {
   std::string path; ///< relative to the drive
 };
 
-/// Tells what a file or a folder of the drive takes up on this disk.
+/// Measures how much space a file or a folder of the drive takes up on this disk.
 struct MeasureDisk {
   std::string path; ///< relative to the drive
   std::uint64_t least = 0;
@@ -54,7 +57,7 @@ struct FindEntry {
   std::optional<bool> checked; ///< absent: either way
 };
 
-/// Waits for a window in which a text matches.
+/// Waits for a window with a text that matches.
 struct SeeText {
   std::string pattern;
 };
@@ -67,26 +70,29 @@ struct PressKey {
   std::string name; ///< as in "Return" or "Ctrl+Q"
 };
 
-/// Keeps a picture of the whole screen.
-struct TakePicture {
+/// Saves a picture of the whole screen.
+struct TakeScreenshot {
   std::string name;
 };
 
-/// Tells what the open menu shows.
+/// Reports what the open menu shows.
 struct ReadMenu {};
 
-/// Tells what the item in the menu bar shows.
+/// Reports what the item in the menu bar shows.
 struct ReadStrip {};
 
 using UserAction = std::variant<AwaitLine, AwaitExit, Pause, OpenMenu, CloseMenu, ChooseEntry,
                                 FindEntry, SeeText, PressButton, PressKey, PickFolder, OpenFile,
-                                MeasureDisk, TakePicture, ReadMenu, ReadStrip>;
+                                MeasureDisk, TakeScreenshot, ReadMenu, ReadStrip>;
 
-/// One line of a scenario that a user at the screen obeys.
+/// One line of a scenario that its user carries out.
 struct UserStep {
-  UserAction act;
+  UserAction action;
   unsigned line = 0;
   std::string text; ///< as it was written, without the first word
 };
+
+/// Reads the action of a user step, its verb first. Throws ScenarioError.
+UserAction readUserAction(ScenarioLine& line);
 
 } // namespace icloud

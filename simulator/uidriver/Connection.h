@@ -5,11 +5,12 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 namespace icloud {
 
-/// The conversation with the user's side inside the program: requests, their replies, and notices
-/// in between. Failures as `UiDriver` says.
+/// The driver's end of the socket: requests, their replies, and notices in between. Errors as
+/// `UiDriver` reports them.
 class UiDriver::Connection {
 public:
   explicit Connection(Descriptor socket);
@@ -17,19 +18,20 @@ public:
   pid_t process() const { return process_; }
   const std::filesystem::path& program() const { return program_; }
 
-  /// Sends a request and waits for its reply. Notices that came before the reply are dropped: what
-  /// the reply says is newer.
-  nlohmann::json ask(nlohmann::json request);
+  /// Sends a request and waits for its reply. Drops the notices before the reply, which is newer.
+  nlohmann::json request(nlohmann::json message);
+
+  std::vector<Window> windows();
 
   /// Waits for the next notice.
   void awaitNotice();
 
-  /// Waits until the other side is gone.
+  /// Waits until the program closes the socket.
   void awaitEnd();
 
 private:
-  nlohmann::json next();
-  bool readSome();
+  nlohmann::json nextMessage();
+  bool readSome(); // false at the end
 
   Descriptor socket_;
   std::string received_;

@@ -1,8 +1,10 @@
+// Where programs connect to their drivers.
+
 #include "uidriver/DriverListener.h"
 
 #include "common/LocalSocket.h"
 #include "common/SystemFailure.h"
-#include "process/Launch.h"
+#include "process/Pipe.h"
 
 #include <stdexcept>
 
@@ -12,7 +14,7 @@ namespace icloud {
 namespace {
 
 constexpr const char* socketName = "uidriver";
-constexpr std::chrono::seconds patience{30};
+constexpr std::chrono::seconds connectionTimeout{30};
 
 } // namespace
 
@@ -35,18 +37,18 @@ std::map<std::string, std::optional<std::string>> DriverListener::environment() 
 }
 
 UiDriver DriverListener::awaitProgram() {
-  auto driver = programWithin(patience);
+  auto driver = programWithin(connectionTimeout);
   if (!driver)
-    throw std::runtime_error("waited in vain for a program to come up");
+    throw std::runtime_error("timed out waiting for a program to connect");
   return std::move(*driver);
 }
 
-std::optional<UiDriver> DriverListener::programWithin(std::chrono::milliseconds limit) {
-  if (!isReadableWithin(listener_.get(), limit))
+std::optional<UiDriver> DriverListener::programWithin(std::chrono::milliseconds timeout) {
+  if (!isReadableWithin(listener_.get(), timeout))
     return std::nullopt;
   Descriptor connection(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
   if (!connection)
-    throwSystemFailure("cannot take a program's call");
+    throwSystemFailure("cannot accept a program's connection");
   return UiDriver(std::move(connection));
 }
 

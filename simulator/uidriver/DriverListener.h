@@ -3,6 +3,7 @@
 #include "common/Descriptor.h"
 #include "uidriver/UiDriver.h"
 
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -10,8 +11,8 @@
 
 namespace icloud {
 
-/// A place before the screen: programs that start with its variables are attended from here, one
-/// after the other or several at once.
+/// A socket at which the driver plug-ins of programs connect. Several programs can be connected at
+/// once.
 class DriverListener {
 public:
   /// Listens at a socket in `folder`. Throws std::system_error.
@@ -22,15 +23,15 @@ public:
 
   std::filesystem::path socket() const;
 
-  /// What a program's environment must say so that the user inside it comes to this seat. Passed
-  /// on to what the program starts.
+  /// The environment that a program needs to load the plug-in and connect here. What the program
+  /// starts inherits it.
   std::map<std::string, std::optional<std::string>> environment() const;
 
-  /// Waits for the next program to come up. Throws std::runtime_error when none does.
+  /// Waits until the next program connects. Throws std::runtime_error on a timeout.
   UiDriver awaitProgram();
 
-  /// The next program, if one came up within `limit`.
-  std::optional<UiDriver> programWithin(std::chrono::milliseconds limit);
+  /// The next program, if one connects within `timeout`.
+  std::optional<UiDriver> programWithin(std::chrono::milliseconds timeout);
 
 private:
   std::filesystem::path folder_;

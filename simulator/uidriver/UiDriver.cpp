@@ -1,80 +1,20 @@
+// What a driver asks of its program, and how it waits for windows.
+
 #include "uidriver/UiDriver.h"
 
 #include "uidriver/Connection.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace icloud {
 namespace {
 
-using Json = nlohmann::json;
+constexpr const char* folderPanelInput = "fileNameEdit";
 
-Window::Kind kindNamed(const std::string& name) {
-  if (name == "alert")
-    return Window::Kind::alert;
-  if (name == "dialog")
-    return Window::Kind::dialog;
-  if (name == "menu")
-    return Window::Kind::menu;
-  return name == "tooltip" ? Window::Kind::tooltip : Window::Kind::other;
-}
-
-Place placeIn(const Json& json) {
-  return {.x = json[0], .y = json[1], .width = json[2], .height = json[3]};
-}
-
-Button buttonIn(const Json& json) {
-  return {.title = json["title"],
-          .isDefault = json["isDefault"],
-          .isEnabled = json["isEnabled"],
-          .isChecked = json["isChecked"]};
-}
-
-Part partIn(const Json& json) {
-  return {.name = json["name"],
-          .className = json["class"],
-          .place = placeIn(json["place"]),
-          .isEnabled = json["isEnabled"],
-          .toolTip = json["toolTip"],
-          .accessibleName = json["accessibleName"]};
-}
-
-MenuEntry entryIn(const Json& json) {
-  return {.text = json["text"],
-          .isEnabled = json["isEnabled"],
-          .isChecked = json["isChecked"],
-          .isSeparator = json["isSeparator"],
-          .hasSubmenu = json["hasSubmenu"],
-          .shortcut = json["shortcut"],
-          .toolTip = json["toolTip"]};
-}
-
-template <typename Thing> std::vector<Thing> allIn(const Json& json, Thing (*read)(const Json&)) {
-  std::vector<Thing> things;
-  for (const Json& one : json)
-    things.push_back(read(one));
-  return things;
-}
-
-Window windowIn(const Json& json) {
-  return {.number = json["number"],
-          .className = json["class"],
-          .kind = kindNamed(json["kind"]),
-          .title = json["title"],
-          .place = placeIn(json["place"]),
-          .isModal = json["isModal"],
-          .isActive = json["isActive"],
-          .texts = json["texts"],
-          .buttons = allIn(json["buttons"], buttonIn),
-          .parts = allIn(json["parts"], partIn),
-          .entries = allIn(json["entries"], entryIn)};
-}
-
-constexpr const char* nameInPanel = "fileNameEdit";
-
-bool asksForAFolder(const Window& window) {
-  return std::any_of(window.parts.begin(), window.parts.end(),
-                     [](const Part& part) { return part.name == nameInPanel; });
+bool isFolderPanel(const Window& window) {
+  return std::any_of(window.widgets.begin(), window.widgets.end(),
+                     [](const Widget& widget) { return widget.name == folderPanelInput; });
 }
 
 UiDriver::Test isOfKind(Window::Kind kind) {
@@ -98,7 +38,7 @@ const std::filesystem::path& UiDriver::program() const {
 }
 
 std::vector<Window> UiDriver::windows() {
-  return allIn(connection_->ask({{"do", "windows"}})["windows"], windowIn);
+  return connection_->windows();
 }
 
 Window UiDriver::awaitWindow(const Test& test) {
@@ -128,29 +68,30 @@ void UiDriver::awaitAbsence(const Test& test) {
 }
 
 void UiDriver::press(const std::string& buttonTitle) {
-  connection_->ask({{"do", "press"}, {"title", buttonTitle}});
+  connection_->request({{"do", "press"}, {"title", buttonTitle}});
 }
 
 void UiDriver::click(const std::string& objectName, const std::string& mouseButton) {
-  connection_->ask({{"do", "click"}, {"name", objectName}, {"button", mouseButton}});
+  connection_->request({{"do", "click"}, {"name", objectName}, {"button", mouseButton}});
 }
 
 void UiDriver::choose(const std::string& entryText) {
-  connection_->ask({{"do", "choose"}, {"text", entryText}});
+  connection_->request({{"do", "choose"}, {"text", entryText}});
 }
 
 void UiDriver::key(const std::string& name) {
-  connection_->ask({{"do", "key"}, {"key", name}});
+  connection_->request({{"do", "key"}, {"key", name}});
 }
 
 void UiDriver::type(const std::string& text) {
-  connection_->ask({{"do", "type"}, {"text", text}});
+  connection_->request({{"do", "type"}, {"text", text}});
 }
 
-// What is proposed while somebody types would take the first click; it goes when the keyboard does.
+// While the input has the keyboard, its list of completions takes the first click. Tab closes the
+// list.
 void UiDriver::pickFolder(const std::filesystem::path& folder) {
-  const Window panel = awaitWindow(asksForAFolder);
-  click(nameInPanel);
+  const Window panel = awaitWindow(isFolderPanel);
+  click(folderPanelInput);
   key("Ctrl+A");
   type(folder);
   key("Tab");
@@ -158,10 +99,10 @@ void UiDriver::pickFolder(const std::filesystem::path& folder) {
 }
 
 void UiDriver::screenshot(const std::filesystem::path& file, std::optional<int> window) {
-  Json request{{"do", "picture"}, {"file", file.string()}};
+  nlohmann::json message{{"do", "screenshot"}, {"file", file.string()}};
   if (window)
-    request["window"] = *window;
-  connection_->ask(std::move(request));
+    message["window"] = *window;
+  connection_->request(std::move(message));
 }
 
 void UiDriver::awaitEnd() {

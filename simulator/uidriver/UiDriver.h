@@ -3,7 +3,6 @@
 #include "common/Descriptor.h"
 #include "uidriver/Window.h"
 
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -15,27 +14,26 @@
 
 namespace icloud {
 
-/// A user in front of one running program. Every wait ends on an event; one that takes longer
-/// than anybody would wait, a program that ends meanwhile, and what a user cannot do (press a
-/// button that is not there) throw std::runtime_error. One thread.
+/// Drives the windows of one running program as a user would. Waits end on an event that the
+/// program sends. A wait that times out, a program that ends meanwhile, and input that a user could
+/// not give (a press of a button that does not exist) throw std::runtime_error. One thread.
 class UiDriver {
 public:
   using Test = std::function<bool(const Window&)>;
 
-  /// Takes over a connection that a program opened, and waits for its greeting.
+  /// Takes over the connection of a program's plug-in and waits for its first line.
   explicit UiDriver(Descriptor connection);
   UiDriver(UiDriver&& other) noexcept;
   UiDriver& operator=(UiDriver&& other) noexcept;
   ~UiDriver();
 
-  /// The program before which this user sits.
   pid_t process() const;
   const std::filesystem::path& program() const;
 
   /// The visible windows, the topmost last.
   std::vector<Window> windows();
 
-  /// Waits until the topmost window that passes `test` is there.
+  /// Waits until a visible window passes `test`, and returns the topmost of those.
   Window awaitWindow(const Test& test);
   Window awaitAlert();
   Window awaitMenu();
@@ -43,13 +41,13 @@ public:
   /// Waits until no visible window passes `test`.
   void awaitAbsence(const Test& test);
 
-  /// Presses the button of that title.
+  /// Presses the button with that title.
   void press(const std::string& buttonTitle);
 
-  /// Clicks on the widget of that object name; with "left", "right" or "middle".
+  /// Clicks on the widget with that object name. `mouseButton` is "left", "right" or "middle".
   void click(const std::string& objectName, const std::string& mouseButton = "left");
 
-  /// Chooses the entry of that text in an open menu.
+  /// Chooses the entry with that text in an open menu.
   void choose(const std::string& entryText);
 
   /// Presses a key, named as in "Return", "Escape", "Down" or "Ctrl+Q".
@@ -57,14 +55,14 @@ public:
 
   void type(const std::string& text);
 
-  /// Waits for the panel that asks for a folder, types the path of one and presses the panel's
-  /// default button.
+  /// Waits for Qt's panel for folders, types the path of one and presses the panel's default
+  /// button.
   void pickFolder(const std::filesystem::path& folder);
 
-  /// Keeps a picture of the screen, or of one window, in a PNG file.
+  /// Saves a picture of the screen, or of one window, as a PNG file.
   void screenshot(const std::filesystem::path& file, std::optional<int> window = std::nullopt);
 
-  /// Waits until the program is gone.
+  /// Waits until the program has ended.
   void awaitEnd();
 
 private:

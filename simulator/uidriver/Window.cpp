@@ -1,3 +1,5 @@
+// What the parts of a window are, by name.
+
 #include "uidriver/Window.h"
 
 #include <algorithm>
@@ -6,11 +8,11 @@
 namespace icloud {
 namespace {
 
-template <typename Things>
-const auto& named(const Things& things, const std::string& name, const auto& nameOf) {
-  const auto found = std::ranges::find(things, name, nameOf);
-  if (found == things.end())
-    throw std::runtime_error("nothing in the window is called " + name);
+template <typename Items>
+const auto& named(const Items& items, const std::string& name, const auto& nameOf) {
+  const auto found = std::ranges::find(items, name, nameOf);
+  if (found == items.end())
+    throw std::runtime_error("the window has no part named " + name);
   return *found;
 }
 
@@ -26,12 +28,12 @@ std::vector<std::string> Window::buttonTitles() const {
 const Button& Window::defaultButton() const {
   const auto found = std::ranges::find(buttons, true, &Button::isDefault);
   if (found == buttons.end())
-    throw std::runtime_error("no button of the window is the default");
+    throw std::runtime_error("the window has no default button");
   return *found;
 }
 
-const Part& Window::part(const std::string& name) const {
-  return named(parts, name, &Part::name);
+const Widget& Window::widget(const std::string& name) const {
+  return named(widgets, name, &Widget::name);
 }
 
 const MenuEntry& Window::entry(const std::string& text) const {

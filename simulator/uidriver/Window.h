@@ -5,8 +5,8 @@
 
 namespace icloud {
 
-/// A place on the screen, in points from its top left corner.
-struct Place {
+/// A rectangle on the screen, in points from the screen's top left corner.
+struct Rect {
   int x = 0;
   int y = 0;
   int width = 0;
@@ -15,7 +15,7 @@ struct Place {
 
 struct Button {
   std::string title;
-  bool isDefault = false; ///< the one that Return presses
+  bool isDefault = false; ///< Return presses it
   bool isEnabled = true;
   bool isChecked = false;
 };
@@ -30,17 +30,17 @@ struct MenuEntry {
   std::string toolTip;
 };
 
-/// A part of a window that has a name in the program.
-struct Part {
+/// A widget that has an object name.
+struct Widget {
   std::string name;
   std::string className;
-  Place place;
+  Rect geometry;
   bool isEnabled = true;
   std::string toolTip;
   std::string accessibleName;
 };
 
-/// A visible top-level window, as it was when it was looked at.
+/// A visible top-level window at the time of the request.
 struct Window {
   enum class Kind { alert, dialog, menu, tooltip, other };
 
@@ -48,12 +48,12 @@ struct Window {
   std::string className;
   Kind kind = Kind::other;
   std::string title;
-  Place place;
+  Rect geometry;
   bool isModal = false;
   bool isActive = false;
   std::vector<std::string> texts; ///< from the top left to the bottom right, as the buttons
   std::vector<Button> buttons;
-  std::vector<Part> parts;
+  std::vector<Widget> widgets;    ///< the window itself first, when it has an object name
   std::vector<MenuEntry> entries; ///< of a menu
 
   std::vector<std::string> buttonTitles() const;
@@ -61,10 +61,10 @@ struct Window {
   /// The button that Return presses. Throws std::runtime_error when there is none.
   const Button& defaultButton() const;
 
-  /// The part of that name. Throws std::runtime_error when there is none.
-  const Part& part(const std::string& name) const;
+  /// The widget with that object name. Throws std::runtime_error when there is none.
+  const Widget& widget(const std::string& name) const;
 
-  /// The entry of that text. Throws std::runtime_error when there is none.
+  /// The entry with that text. Throws std::runtime_error when there is none.
   const MenuEntry& entry(const std::string& text) const;
 };
 

@@ -1,7 +1,7 @@
 #include "desktop/Calls.h"
 
 #include "common/SystemFailure.h"
-#include "process/Launch.h"
+#include "process/Pipe.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,8 @@
 #include "desktop/HeldFolders.h"
 
 #include "common/SystemFailure.h"
-#include "process/Launch.h"
+#include "process/ChildProcess.h"
+#include "process/Pipe.h"
 
 #include <array>
 #include <cstdlib>

@@ -1,6 +1,7 @@
 // Several copies of the program: the newest remains.
 
 #include "desktop/Session.h"
+#include "process/Pipe.h"
 
 #include <array>
 #include <csignal>

@@ -1,7 +1,7 @@
 #include "desktop/Session.h"
 
 #include "common/SystemFailure.h"
-#include "process/Orphans.h"
+#include "process/ChildProcess.h"
 
 #include <fstream>
 #include <stdexcept>
@@ -115,7 +115,7 @@ std::vector<std::string> Session::leftRunning(std::vector<pid_t> others) const {
     others.push_back(bus_->process());
   std::vector<std::string> names;
   for (const icloud::Orphan& orphan : icloud::collectOrphans(others, milliseconds(0)))
-    if (orphan.outlived)
+    if (orphan.wasKilled)
       names.push_back(orphan.name);
   return names;
 }

@@ -4,7 +4,7 @@
 #include "desktop/SessionBus.h"
 #include "e2e/Channel.h"
 #include "e2e/TemporaryFolder.h"
-#include "process/Launch.h"
+#include "process/ChildProcess.h"
 #include "uidriver/DriverListener.h"
 
 #include <filesystem>

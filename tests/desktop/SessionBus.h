@@ -2,7 +2,7 @@
 
 #include "common/Descriptor.h"
 #include "e2e/Channel.h"
-#include "process/Launch.h"
+#include "process/ChildProcess.h"
 
 #include <filesystem>
 #include <map>

@@ -1,4 +1,4 @@
-#include "process/Orphans.h"
+#include "process/ChildProcess.h"
 
 #include <QCoreApplication>
 

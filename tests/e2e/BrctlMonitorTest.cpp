@@ -1,4 +1,5 @@
 #include "SimulatedSystem.h"
+#include "process/Pipe.h"
 
 #include <csignal>
 

@@ -1,7 +1,7 @@
 #include "Channel.h"
 
 #include "common/SystemFailure.h"
-#include "process/Launch.h"
+#include "process/Pipe.h"
 
 #include <array>
 #include <cstdlib>

@@ -1,6 +1,7 @@
 #include "DiskState.h"
 #include "SimulatedSystem.h"
 #include "common/LocalSocket.h"
+#include "process/Pipe.h"
 
 #include <array>
 #include <chrono>

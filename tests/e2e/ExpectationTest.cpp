@@ -1,5 +1,6 @@
+#include "scenario/Expectation.h"
+
 #include "demo/Summary.h"
-#include "scenario/ExpectationCheck.h"
 #include "scenario/Glob.h"
 #include "scenario/Scenario.h"
 
@@ -18,7 +19,7 @@ CheckedLog check(const std::string& expectations, const std::vector<std::string>
   return checkLog(log, scenario.expectations, {{"drive", "/d*"}});
 }
 
-TEST(Glob, MatchesTheWholeText) {
+TEST(Glob, wholeTextHasToMatch) {
   EXPECT_TRUE(matchesGlob("a*c", "abbbc"));
   EXPECT_TRUE(matchesGlob("a*c", "ac"));
   EXPECT_TRUE(matchesGlob("*", ""));
@@ -31,7 +32,7 @@ TEST(Glob, MatchesTheWholeText) {
   EXPECT_FALSE(matchesGlob("", "a"));
 }
 
-TEST(Expectation, ALogThatHasItAllIsFulfilled) {
+TEST(Expectation, completeLogFulfilsEveryExpectation) {
   const CheckedLog checked = check("expect 2 \"up *\"\n"
                                    "in-order \"first\"\n"
                                    "in-order \"second\"\n"
@@ -42,7 +43,7 @@ TEST(Expectation, ALogThatHasItAllIsFulfilled) {
   EXPECT_THAT(checked.unexpected, IsEmpty());
 }
 
-TEST(Expectation, TooFewAndTooManyLinesAreDeviations) {
+TEST(Expectation, tooFewAndTooManyLinesAreDeviations) {
   EXPECT_FALSE(check("expect 2 \"a\"\n", {"a"}).fulfilled());
   EXPECT_FALSE(check("expect 2 \"a\"\n", {"a", "a", "a"}).fulfilled());
   EXPECT_TRUE(check("expect 2 or-more \"a\"\n", {"a", "a", "a"}).fulfilled());
@@ -50,26 +51,26 @@ TEST(Expectation, TooFewAndTooManyLinesAreDeviations) {
   EXPECT_FALSE(check("expect 1 to 2 \"a\"\n", {"a", "a", "a"}).fulfilled());
 }
 
-TEST(Expectation, ALineThatNobodyExpectsIsADeviation) {
+TEST(Expectation, uncoveredLineIsADeviation) {
   const CheckedLog checked = check("expect 1 \"a\"\n", {"a", "what is this"});
   EXPECT_FALSE(checked.fulfilled());
   EXPECT_THAT(checked.unexpected, ElementsAre("what is this"));
 }
 
-TEST(Expectation, AForbiddenLineIsADeviationEvenWhenItIsAllowed) {
+TEST(Expectation, forbiddenLineIsADeviationEvenWhenAllowed) {
   EXPECT_FALSE(check("allow \"*\"\nnever \"bad*\"\n", {"bad thing"}).fulfilled());
 }
 
-TEST(Expectation, LinesInTheWrongOrderAreADeviation) {
+TEST(Expectation, linesInWrongOrderAreADeviation) {
   EXPECT_FALSE(check("in-order \"a\"\nin-order \"b\"\n", {"b", "a"}).fulfilled());
 }
 
-TEST(Expectation, ARepetitionOfAnOrderedLineIsUnexpected) {
+TEST(Expectation, repeatedOrderedLineIsUnexpected) {
   EXPECT_THAT(check("in-order \"a\"\nin-order \"b\"\n", {"a", "b", "a"}).unexpected,
               ElementsAre("a"));
 }
 
-TEST(Expectation, OneMissingLineOfTheOrderSpoilsNoOther) {
+TEST(Expectation, missingOrderedLineFailsOnlyItself) {
   const CheckedLog checked =
       check("in-order \"a\"\nin-order \"missing\"\nin-order \"b\"\n", {"a", "b"});
   EXPECT_TRUE(checked.results[0].fulfilled);
@@ -78,25 +79,25 @@ TEST(Expectation, OneMissingLineOfTheOrderSpoilsNoOther) {
   EXPECT_THAT(checked.unexpected, IsEmpty());
 }
 
-TEST(Expectation, NamesArePutInLiterally) {
+TEST(Expectation, namesAreReplacedWithoutWildcards) {
   EXPECT_TRUE(check("expect 1 \"in {drive}/A\"\n", {"in /d*/A"}).fulfilled());
   EXPECT_FALSE(check("expect 1 \"in {drive}/A\"\n", {"in /dx/A"}).fulfilled());
 }
 
-TEST(Summary, ListsEveryDeviation) {
+TEST(Summary, everyDeviationIsListed) {
   const Summary summary(check("expect 2 \"a\"\nin-order \"b\"\n", {"a", "c"}), {"1 s", "2 s"},
                         {{"it ended well", {"it ended with status 3"}}});
   EXPECT_EQ(summary.deviations().size(), 4u);
   const std::string text = summary.text();
   EXPECT_THAT(text, HasSubstr("Deviations from the scenario: 4\n"));
-  EXPECT_THAT(text, HasSubstr("  - line 2 of the scenario: wanted 2, seen 1: a\n"));
+  EXPECT_THAT(text, HasSubstr("  - line 2 of the scenario: expected 2, seen 1: a\n"));
   EXPECT_THAT(text,
               HasSubstr("  - line 3 of the scenario: not seen at its place in the order: b\n"));
   EXPECT_THAT(text, HasSubstr("  - unexpected log line: c\n"));
   EXPECT_THAT(text, HasSubstr("  - it ended with status 3\n"));
 }
 
-TEST(Summary, SaysSoWhenNothingDeviates) {
+TEST(Summary, runWithoutDeviationSaysSo) {
   const Summary summary(check("expect 1 \"a\"\n", {"a"}), {"1 s"}, {});
   EXPECT_THAT(summary.deviations(), IsEmpty());
   EXPECT_THAT(summary.text(), HasSubstr("  ok    1          1     a\n"));

@@ -61,17 +61,17 @@ TEST(Scenario, userStepsAreRead) {
                                           "user measures \"b\" at-most 0\n",
                                           "a.scenario");
   ASSERT_EQ(scenario.user.size(), 9u);
-  EXPECT_EQ(std::get<AwaitLine>(scenario.user[0].act).pattern, "a line*");
+  EXPECT_EQ(std::get<AwaitLine>(scenario.user[0].action).pattern, "a line*");
   EXPECT_EQ(scenario.user[0].text, "awaits \"a line*\"");
-  EXPECT_EQ(std::get<FindEntry>(scenario.user[1].act).checked, true);
+  EXPECT_EQ(std::get<FindEntry>(scenario.user[1].action).checked, true);
   EXPECT_EQ(scenario.user[1].line, 3u);
-  EXPECT_EQ(std::get<Pause>(scenario.user[2].act).duration, Milliseconds(1500));
-  EXPECT_TRUE(std::holds_alternative<AwaitExit>(scenario.user[3].act));
-  EXPECT_TRUE(std::holds_alternative<OpenMenu>(scenario.user[4].act));
-  EXPECT_EQ(std::get<OpenFile>(scenario.user[5].act).path, "a/file");
-  EXPECT_EQ(std::get<PickFolder>(scenario.user[6].act).path, "a/folder");
-  EXPECT_EQ(std::get<MeasureDisk>(scenario.user[7].act).least, 4000u);
-  EXPECT_EQ(std::get<MeasureDisk>(scenario.user[8].act).most, 0u);
+  EXPECT_EQ(std::get<Pause>(scenario.user[2].action).duration, Milliseconds(1500));
+  EXPECT_TRUE(std::holds_alternative<AwaitExit>(scenario.user[3].action));
+  EXPECT_TRUE(std::holds_alternative<OpenMenu>(scenario.user[4].action));
+  EXPECT_EQ(std::get<OpenFile>(scenario.user[5].action).path, "a/file");
+  EXPECT_EQ(std::get<PickFolder>(scenario.user[6].action).path, "a/folder");
+  EXPECT_EQ(std::get<MeasureDisk>(scenario.user[7].action).least, 4000u);
+  EXPECT_EQ(std::get<MeasureDisk>(scenario.user[8].action).most, 0u);
 }
 
 struct Mistake {
@@ -128,7 +128,7 @@ const std::vector<Mistake> mistakes{
     {R"(expect 3 to 2 "a")", "the greater number comes last"},
     {"stall-after 0s", "longer than nothing"},
     {"user", "expected what the user does at the end"},
-    {"user dances", R"(a user knows no "dances")"},
+    {"user dances", R"(unknown verb of the user "dances")"},
     {"user opens", R"(expected the path of a file or "menu" at the end)"},
     {"user closes", R"(expected "menu" at the end)"},
     {"user picks freely", "expected a path in quotes at freely"},

@@ -3,7 +3,7 @@
 #include "Channel.h"
 #include "TemporaryFolder.h"
 #include "demo/Sandbox.h"
-#include "process/Launch.h"
+#include "process/ChildProcess.h"
 
 #include <optional>
 #include <string>

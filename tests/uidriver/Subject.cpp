@@ -1,3 +1,5 @@
+// The program that the tests of the UI driver drive.
+
 #include <QApplication>
 #include <QFileDialog>
 #include <QLabel>
@@ -10,7 +12,7 @@
 
 namespace {
 
-/// A strip whose press with the left button opens a menu and waits for its choice.
+/// A widget that reports which mouse button was pressed on it.
 class Strip : public QWidget {
 public:
   explicit Strip(QWidget* parent) : QWidget(parent) {
@@ -56,7 +58,7 @@ int main(int argc, char* argv[]) {
   QWidget window;
   window.setWindowTitle("subject");
   auto* const layout = new QVBoxLayout(&window);
-  auto* const said = new QLabel("nothing", &window);
+  auto* const label = new QLabel("nothing", &window);
   auto* const line = new QLineEdit(&window);
   line->setObjectName("line");
   auto* const askButton = new QPushButton("&Ask && wait", &window);
@@ -64,9 +66,9 @@ int main(int argc, char* argv[]) {
   offButton->setEnabled(false);
   auto* const folderButton = new QPushButton("Folder", &window);
   auto* const strip = new Strip(&window);
-  for (QWidget* const part :
-       std::initializer_list<QWidget*>{said, line, askButton, offButton, folderButton, strip})
-    layout->addWidget(part);
+  for (QWidget* const widget :
+       std::initializer_list<QWidget*>{label, line, askButton, offButton, folderButton, strip})
+    layout->addWidget(widget);
 
   QMenu menu;
   QAction* const greet = menu.addAction("Greet && go");
@@ -76,20 +78,20 @@ int main(int argc, char* argv[]) {
   checked->setChecked(true);
   menu.addSeparator();
   menu.addAction("Never")->setEnabled(false);
-  QObject::connect(greet, &QAction::triggered, said, [said] { said->setText("greeted"); });
+  QObject::connect(greet, &QAction::triggered, label, [label] { label->setText("greeted"); });
 
-  QObject::connect(askButton, &QPushButton::clicked, said, [said] {
+  QObject::connect(askButton, &QPushButton::clicked, label, [label] {
     const bool first = ask("First?", {"Yes", "No"});
     const bool second = ask("Second?", {"Yes", "No"});
-    said->setText(QString("%1 %2").arg(first ? "yes" : "no", second ? "yes" : "no"));
+    label->setText(QString("%1 %2").arg(first ? "yes" : "no", second ? "yes" : "no"));
   });
-  QObject::connect(folderButton, &QPushButton::clicked, said,
-                   [said] { said->setText(pickedFolder()); });
-  QObject::connect(line, &QLineEdit::textChanged, said, &QLabel::setText);
+  QObject::connect(folderButton, &QPushButton::clicked, label,
+                   [label] { label->setText(pickedFolder()); });
+  QObject::connect(line, &QLineEdit::textChanged, label, &QLabel::setText);
   QObject::connect(line, &QLineEdit::returnPressed, qApp, &QCoreApplication::quit);
   strip->onPress = [&](Qt::MouseButton button) {
     if (button == Qt::RightButton)
-      said->setText("right");
+      label->setText("right");
     else
       menu.exec(strip->mapToGlobal(QPoint(0, strip->height())));
   };

@@ -1,6 +1,6 @@
 #include "e2e/Channel.h"
 #include "e2e/TemporaryFolder.h"
-#include "process/Launch.h"
+#include "process/ChildProcess.h"
 #include "uidriver/DriverListener.h"
 
 #include <csignal>
@@ -28,7 +28,7 @@ protected:
   Window mainWindow() {
     return driver_.awaitWindow([](const Window& window) { return window.title == "subject"; });
   }
-  std::string said() { return mainWindow().texts.front(); }
+  std::string labelText() { return mainWindow().texts.front(); }
 
   TemporaryFolder folder_;
   DriverListener driverListener_{folder_.path()};
@@ -36,23 +36,23 @@ protected:
   UiDriver driver_ = driverListener_.awaitProgram();
 };
 
-TEST_F(UiDriverTest, knowsTheProgram) {
+TEST_F(UiDriverTest, programIntroducesItself) {
   EXPECT_EQ(driver_.process(), program_.identifier());
   EXPECT_EQ(driver_.program(), UI_DRIVER_SUBJECT);
 }
 
-TEST_F(UiDriverTest, seesWhatAWindowHolds) {
+TEST_F(UiDriverTest, windowListsItsContents) {
   const Window window = mainWindow();
   EXPECT_EQ(window.kind, Window::Kind::other);
   EXPECT_THAT(window.texts, ElementsAre("nothing"));
   EXPECT_THAT(window.buttonTitles(), ElementsAre("Ask & wait", "Off", "Folder"));
   EXPECT_FALSE(window.buttons[1].isEnabled);
-  EXPECT_EQ(window.part("strip").toolTip, "a tip");
-  EXPECT_EQ(window.part("strip").accessibleName, "the strip");
-  EXPECT_EQ(window.part("strip").place.height, 24);
+  EXPECT_EQ(window.widget("strip").toolTip, "a tip");
+  EXPECT_EQ(window.widget("strip").accessibleName, "the strip");
+  EXPECT_EQ(window.widget("strip").geometry.height, 24);
 }
 
-TEST_F(UiDriverTest, answersAlertsThatWaitInsideOneClick) {
+TEST_F(UiDriverTest, alertsInsideOneClickAreAnswered) {
   mainWindow();
   driver_.press("Ask & wait");
   const Window first = driver_.awaitAlert();
@@ -63,17 +63,17 @@ TEST_F(UiDriverTest, answersAlertsThatWaitInsideOneClick) {
   EXPECT_EQ(driver_.awaitAlert().texts.front(), "Second?");
   driver_.key("Return");
   driver_.awaitAbsence([](const Window& window) { return window.kind == Window::Kind::alert; });
-  EXPECT_EQ(said(), "no yes");
+  EXPECT_EQ(labelText(), "no yes");
 }
 
-TEST_F(UiDriverTest, reachesNothingBehindAnAlert) {
+TEST_F(UiDriverTest, widgetsBehindAlertAreOutOfReach) {
   mainWindow();
   driver_.press("Ask & wait");
   driver_.awaitAlert();
   EXPECT_THROW(driver_.press("Ask & wait"), std::runtime_error);
 }
 
-TEST_F(UiDriverTest, opensAMenuAndChoosesFromIt) {
+TEST_F(UiDriverTest, menuOpensAndEntryIsChosen) {
   mainWindow();
   driver_.click("strip");
   const Window menu = driver_.awaitMenu();
@@ -87,37 +87,37 @@ TEST_F(UiDriverTest, opensAMenuAndChoosesFromIt) {
   EXPECT_THROW(driver_.choose("Missing"), std::runtime_error);
   driver_.choose("Greet & go");
   driver_.awaitAbsence([](const Window& window) { return window.kind == Window::Kind::menu; });
-  EXPECT_EQ(said(), "greeted");
+  EXPECT_EQ(labelText(), "greeted");
 }
 
-TEST_F(UiDriverTest, closesAMenuWithoutAChoice) {
+TEST_F(UiDriverTest, escapeClosesMenuWithoutChoice) {
   mainWindow();
   driver_.click("strip");
   driver_.awaitMenu();
   driver_.key("Escape");
   driver_.awaitAbsence([](const Window& window) { return window.kind == Window::Kind::menu; });
-  EXPECT_EQ(said(), "nothing");
+  EXPECT_EQ(labelText(), "nothing");
 }
 
-TEST_F(UiDriverTest, clicksWithAnyMouseButton) {
+TEST_F(UiDriverTest, mouseButtonsAreDistinguished) {
   mainWindow();
   driver_.click("strip", "right");
-  EXPECT_EQ(said(), "right");
+  EXPECT_EQ(labelText(), "right");
   EXPECT_THROW(driver_.click("strip", "fourth"), std::runtime_error);
   EXPECT_THROW(driver_.click("nowhere"), std::runtime_error);
 }
 
-TEST_F(UiDriverTest, typesIntoWhatHasTheKeyboard) {
+TEST_F(UiDriverTest, typedTextGoesToFocusWidget) {
   mainWindow();
   driver_.click("line");
   driver_.type("Ab ü🏖1");
-  EXPECT_EQ(said(), "Ab ü🏖1");
+  EXPECT_EQ(labelText(), "Ab ü🏖1");
   driver_.key("Return");
   driver_.awaitEnd();
   EXPECT_EQ(program_.wait(), 0);
 }
 
-TEST_F(UiDriverTest, picksAFolderByItsPath) {
+TEST_F(UiDriverTest, folderIsPickedByItsPath) {
   const auto folder = folder_.path() / "Été à la plage 🏖";
   std::filesystem::create_directories(folder / "inside");
   std::filesystem::create_directory(folder / "insider");
@@ -126,20 +126,20 @@ TEST_F(UiDriverTest, picksAFolderByItsPath) {
     driver_.press("Folder");
     driver_.pickFolder(picked);
     driver_.awaitAbsence([](const Window& window) { return window.isModal; });
-    EXPECT_EQ(said(), picked);
+    EXPECT_EQ(labelText(), picked);
   }
 }
 
-TEST_F(UiDriverTest, picksNoFolderThatIsNotThere) {
+TEST_F(UiDriverTest, missingFolderIsNotPicked) {
   mainWindow();
   driver_.press("Folder");
   EXPECT_THROW(driver_.pickFolder(folder_.path() / "missing"), std::runtime_error);
   driver_.press("Cancel");
   driver_.awaitAbsence([](const Window& window) { return window.isModal; });
-  EXPECT_EQ(said(), "no folder");
+  EXPECT_EQ(labelText(), "no folder");
 }
 
-TEST_F(UiDriverTest, refusesWhatIsNotThere) {
+TEST_F(UiDriverTest, impossibleRequestsAreRefused) {
   mainWindow();
   EXPECT_THROW(driver_.press("Missing"), std::runtime_error);
   EXPECT_THROW(driver_.press("Off"), std::runtime_error);
@@ -147,7 +147,7 @@ TEST_F(UiDriverTest, refusesWhatIsNotThere) {
   EXPECT_THROW(driver_.screenshot(folder_.path() / "missing" / "shot.png"), std::runtime_error);
 }
 
-TEST_F(UiDriverTest, keepsPictures) {
+TEST_F(UiDriverTest, screenshotsAreSaved) {
   const Window window = mainWindow();
   const auto whole = folder_.path() / "screen.png";
   const auto one = folder_.path() / "window.png";
@@ -158,7 +158,7 @@ TEST_F(UiDriverTest, keepsPictures) {
   EXPECT_GT(std::filesystem::file_size(whole), std::filesystem::file_size(one));
 }
 
-TEST_F(UiDriverTest, noticesThatTheProgramIsGone) {
+TEST_F(UiDriverTest, endOfProgramIsNoticed) {
   mainWindow();
   program_.signal(SIGKILL);
   driver_.awaitEnd();
@@ -166,26 +166,26 @@ TEST_F(UiDriverTest, noticesThatTheProgramIsGone) {
   EXPECT_TRUE(WIFSIGNALED(program_.wait()));
 }
 
-TEST_F(UiDriverTest, attendsSeveralPrograms) {
+TEST_F(UiDriverTest, severalProgramsAreDriven) {
   ChildProcess other(subject(driverListener_));
   UiDriver second = driverListener_.awaitProgram();
   EXPECT_EQ(second.process(), other.identifier());
   mainWindow();
   driver_.click("strip", "right");
-  EXPECT_EQ(said(), "right");
+  EXPECT_EQ(labelText(), "right");
   const Window window = second.awaitWindow([](const Window&) { return true; });
   EXPECT_EQ(window.texts.front(), "nothing");
 }
 
-TEST_F(UiDriverTest, leavesAProgramThatNobodyAttendsAlone) {
+TEST_F(UiDriverTest, programWithoutDriverRunsOn) {
   Launch launch = subject(driverListener_);
-  launch.environment["ICLOUD_UI_DRIVER"] = folder_.path() / "nobody";
+  launch.environment["ICLOUD_UI_DRIVER"] = folder_.path() / "no listener";
   Channel errors = Channel::pipe();
   launch.error = errors.childEnd();
-  ChildProcess unattended(launch);
-  errors.readUntil("nobody is at");
-  EXPECT_FALSE(unattended.hasEnded());
-  EXPECT_TRUE(WIFSIGNALED(unattended.end(std::chrono::seconds(10))));
+  ChildProcess undriven(launch);
+  errors.readUntil("cannot connect to the UI driver at");
+  EXPECT_FALSE(undriven.hasEnded());
+  EXPECT_TRUE(WIFSIGNALED(undriven.end(std::chrono::seconds(10))));
 }
 
 } // namespace

@@ -16,8 +16,8 @@ namespace {
 constexpr const char* statusItem = "MenuBarStrip";
 
 bool isStatusItem(const Window& window) {
-  return std::any_of(window.parts.begin(), window.parts.end(),
-                     [](const icloud::Part& part) { return part.name == statusItem; });
+  return std::any_of(window.widgets.begin(), window.widgets.end(),
+                     [](const icloud::Widget& widget) { return widget.name == statusItem; });
 }
 
 } // namespace

@@ -2,7 +2,8 @@
 
 #include "common/SystemFailure.h"
 #include "e2e/TemporaryFolder.h"
-#include "process/Orphans.h"
+#include "process/ChildProcess.h"
+#include "process/Pipe.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -213,7 +214,7 @@ int Machine::awaitEndOf(pid_t openedCopy) {
 std::vector<std::string> Machine::endOfEverything() {
   std::vector<std::string> outlived;
   for (const icloud::Orphan& orphan : icloud::collectOrphans({}, patience))
-    if (orphan.outlived)
+    if (orphan.wasKilled)
       outlived.push_back(orphan.name);
   return outlived;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "e2e/Channel.h"
-#include "process/Launch.h"
+#include "process/ChildProcess.h"
 #include "uidriver/DriverListener.h"
 
 #include <filesystem>

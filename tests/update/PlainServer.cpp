@@ -1,7 +1,7 @@
 #include "update/PlainServer.h"
 
 #include "common/SystemFailure.h"
-#include "process/Launch.h"
+#include "process/Pipe.h"
 
 #include <sys/socket.h>
 

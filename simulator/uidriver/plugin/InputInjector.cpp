@@ -1,3 +1,5 @@
+// How a gesture becomes a sequence of events of the window system.
+
 #include "uidriver/plugin/InputInjector.h"
 
 #include <QGuiApplication>
@@ -40,7 +42,7 @@ InputInjector::Callback mouseMove(const Window& window, QPoint to) {
   };
 }
 
-// The window that has the keyboard may change between two keys.
+// The focus window may change between two keys.
 InputInjector::Callback keyEvent(QTest::KeyAction action, const Window& fallback, Qt::Key key,
                                  const QString& text, Qt::KeyboardModifiers modifiers) {
   return [=] {
@@ -52,15 +54,16 @@ InputInjector::Callback keyEvent(QTest::KeyAction action, const Window& fallback
 
 } // namespace
 
-void InputInjector::click(QWidget& widget, QPoint point, Qt::MouseButton button, Callback onLast) {
+void InputInjector::click(QWidget& widget, QPoint point, Qt::MouseButton button,
+                          Callback beforeLast) {
   const Window window = windowOf(widget);
   const QPoint at = inWindow(widget, point);
   perform({mouseMove(window, at), mousePress(window, button, at), mouseRelease(window, button, at)},
-          std::move(onLast));
+          std::move(beforeLast));
 }
 
-// A menu takes a click only from a pointer that has moved since the menu opened.
-void InputInjector::choose(QMenu& menu, QAction& entry, Callback onLast) {
+// A menu ignores a click unless the pointer has moved since the menu opened.
+void InputInjector::choose(QMenu& menu, QAction& entry, Callback beforeLast) {
   constexpr int moves = 8;
   const Window window = windowOf(menu);
   const QRect row = menu.actionGeometry(&entry);
@@ -69,18 +72,18 @@ void InputInjector::choose(QMenu& menu, QAction& entry, Callback onLast) {
     events.push_back(mouseMove(window, row.center() - QPoint(i, 0)));
   events.push_back(mousePress(window, Qt::LeftButton, row.center()));
   events.push_back(mouseRelease(window, Qt::LeftButton, row.center()));
-  perform(std::move(events), std::move(onLast));
+  perform(std::move(events), std::move(beforeLast));
 }
 
-void InputInjector::press(QKeyCombination key, QWidget& fallback, Callback onLast) {
+void InputInjector::press(QKeyCombination key, QWidget& fallback, Callback beforeLast) {
   const Window window = windowOf(fallback);
   const QString text = QChar(QTest::keyToAscii(key.key()));
   perform({keyEvent(QTest::Press, window, key.key(), text, key.keyboardModifiers()),
            keyEvent(QTest::Release, window, key.key(), text, key.keyboardModifiers())},
-          std::move(onLast));
+          std::move(beforeLast));
 }
 
-void InputInjector::type(const QString& text, QWidget& fallback, Callback onLast) {
+void InputInjector::type(const QString& text, QWidget& fallback, Callback beforeLast) {
   const Window window = windowOf(fallback);
   std::vector<Callback> events;
   for (const char32_t character : text.toUcs4()) {
@@ -90,15 +93,15 @@ void InputInjector::type(const QString& text, QWidget& fallback, Callback onLast
     events.push_back(keyEvent(QTest::Press, window, key, typed, {}));
     events.push_back(keyEvent(QTest::Release, window, key, typed, {}));
   }
-  perform(std::move(events), std::move(onLast));
+  perform(std::move(events), std::move(beforeLast));
 }
 
-void InputInjector::perform(std::vector<Callback> events, Callback onLast) {
+void InputInjector::perform(std::vector<Callback> events, Callback beforeLast) {
   if (events.empty()) {
-    onLast();
+    beforeLast();
     return;
   }
-  const auto gesture = std::make_shared<Gesture>(Gesture{std::move(events), std::move(onLast)});
+  const auto gesture = std::make_shared<Gesture>(Gesture{std::move(events), std::move(beforeLast)});
   performNext(gesture, 0);
 }
 
@@ -107,7 +110,7 @@ void InputInjector::performNext(const std::shared_ptr<Gesture>& gesture, std::si
     QMetaObject::invokeMethod(
         this, [=, this] { performNext(gesture, index + 1); }, Qt::QueuedConnection);
   else
-    gesture->onLast();
+    gesture->beforeLast();
   gesture->events[index]();
 }
 

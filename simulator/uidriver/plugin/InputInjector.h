@@ -13,32 +13,32 @@
 
 namespace icloud {
 
-/// Moves, presses and lets go, one event at a time, each from the event loop: what one of them
-/// opens may run a loop of its own. `onLast` is called right before the last event of a gesture is
-/// given to the program, so that whatever comes next over the same way comes after it.
+/// Gives mouse and keyboard events to the program, each from the event loop, because an event may
+/// open a window that runs an event loop of its own. `beforeLast` is called right before the last
+/// event of a gesture, so that a request made after the reply runs after that event.
 class InputInjector : public QObject {
 public:
   using Callback = std::function<void()>;
 
-  /// Clicks with `button` at a point of `widget`.
-  void click(QWidget& widget, QPoint point, Qt::MouseButton button, Callback onLast);
+  /// Clicks with `button` at a point in `widget`.
+  void click(QWidget& widget, QPoint point, Qt::MouseButton button, Callback beforeLast);
 
   /// Moves onto an entry of an open menu and clicks there.
-  void choose(QMenu& menu, QAction& entry, Callback onLast);
+  void choose(QMenu& menu, QAction& entry, Callback beforeLast);
 
-  /// Presses a key in the window that has the keyboard, else in `fallback`.
-  void press(QKeyCombination key, QWidget& fallback, Callback onLast);
+  /// Presses a key in the window that has the keyboard focus, else in `fallback`.
+  void press(QKeyCombination key, QWidget& fallback, Callback beforeLast);
 
-  /// Types `text`, a key for each character.
-  void type(const QString& text, QWidget& fallback, Callback onLast);
+  /// Types `text`, one key per character, in the same window.
+  void type(const QString& text, QWidget& fallback, Callback beforeLast);
 
 private:
   struct Gesture {
     std::vector<Callback> events;
-    Callback onLast;
+    Callback beforeLast;
   };
 
-  void perform(std::vector<Callback> events, Callback onLast);
+  void perform(std::vector<Callback> events, Callback beforeLast);
   void performNext(const std::shared_ptr<Gesture>& gesture, std::size_t index);
 };
 

@@ -1,8 +1,10 @@
+// Which requests the plug-in executes, and how it replies.
+
 #include "uidriver/plugin/PluginConnection.h"
 
 #include "common/LocalSocket.h"
-#include "uidriver/plugin/Description.h"
-#include "uidriver/plugin/Picture.h"
+#include "uidriver/plugin/Screenshot.h"
+#include "uidriver/plugin/WindowDescription.h"
 
 #include <map>
 #include <system_error>
@@ -27,20 +29,21 @@ Qt::MouseButton mouseButton(const QString& name) {
 
 } // namespace
 
-// The program is still being made when its plugins are.
+// Plug-ins are made while the application object is still being made, so the connection waits for
+// the event loop.
 PluginConnection::PluginConnection(std::filesystem::path socket)
     : path_(std::move(socket)), inspector_([this](const QJsonObject& notice) { send(notice); }) {
-  connect(&socket_, &QLocalSocket::readyRead, this, &PluginConnection::takeLines);
+  connect(&socket_, &QLocalSocket::readyRead, this, &PluginConnection::readLines);
   QMetaObject::invokeMethod(
-      this, [this] { come(); }, Qt::QueuedConnection);
+      this, [this] { open(); }, Qt::QueuedConnection);
 }
 
-void PluginConnection::come() {
+void PluginConnection::open() {
   try {
     Descriptor connected = connectTo(path_.parent_path(), path_.filename().c_str());
     socket_.setSocketDescriptor(connected.release());
   } catch (const std::system_error& error) {
-    qWarning("nobody is at %s: %s", path_.c_str(), error.what());
+    qWarning("cannot connect to the UI driver at %s: %s", path_.c_str(), error.what());
     return;
   }
   send({{"notice", "hello"},
@@ -48,25 +51,29 @@ void PluginConnection::come() {
         {"program", QCoreApplication::applicationFilePath()}});
 }
 
-// A socket tells of news only once at a time; what a request opens may wait for the next one.
-void PluginConnection::takeLines() {
+// Each request runs from the event loop, not inside this signal: a request may open a window that
+// runs an event loop of its own, and the socket does not emit the signal again inside a handler.
+void PluginConnection::readLines() {
   while (socket_.canReadLine()) {
     const QByteArray line = socket_.readLine();
     QMetaObject::invokeMethod(
-        this, [this, line] { obey(line); }, Qt::QueuedConnection);
+        this, [this, line] { handleRequest(line); }, Qt::QueuedConnection);
   }
 }
 
-void PluginConnection::obey(const QByteArray& line) {
+void PluginConnection::handleRequest(const QByteArray& line) {
   static const std::map<QString, void (PluginConnection::*)(const QJsonObject&)> requests{
-      {"windows", &PluginConnection::tellWindows}, {"press", &PluginConnection::pressButton},
-      {"click", &PluginConnection::clickWidget},   {"choose", &PluginConnection::chooseEntry},
-      {"key", &PluginConnection::pressKey},        {"type", &PluginConnection::typeText},
-      {"picture", &PluginConnection::takePicture}};
+      {"windows", &PluginConnection::listWindows},
+      {"press", &PluginConnection::pressButton},
+      {"click", &PluginConnection::clickWidget},
+      {"choose", &PluginConnection::chooseEntry},
+      {"key", &PluginConnection::pressKey},
+      {"type", &PluginConnection::typeText},
+      {"screenshot", &PluginConnection::takeScreenshot}};
   const QJsonObject request = QJsonDocument::fromJson(line).object();
   const auto found = requests.find(request["do"].toString());
   if (found == requests.end())
-    refuse(request, "not a request: " + QString::fromUtf8(line).trimmed());
+    refuse(request, "unknown request: " + QString::fromUtf8(line).trimmed());
   else
     (this->*found->second)(request);
 }
@@ -78,34 +85,34 @@ void PluginConnection::send(const QJsonObject& message) {
   socket_.flush();
 }
 
-void PluginConnection::answer(const QJsonObject& request, QJsonObject reply) {
+void PluginConnection::reply(const QJsonObject& request, QJsonObject reply) {
   reply["reply"] = request["request"];
   send(reply);
 }
 
-void PluginConnection::refuse(const QJsonObject& request, const QString& why) {
-  answer(request, {{"error", why}});
+void PluginConnection::refuse(const QJsonObject& request, const QString& reason) {
+  reply(request, {{"error", reason}});
 }
 
-InputInjector::Callback PluginConnection::done(const QJsonObject& request) {
-  return [this, request] { answer(request, {}); };
+InputInjector::Callback PluginConnection::replyTo(const QJsonObject& request) {
+  return [this, request] { reply(request, {}); };
 }
 
-void PluginConnection::tellWindows(const QJsonObject& request) {
+void PluginConnection::listWindows(const QJsonObject& request) {
   QJsonArray windows;
   for (QWidget* const window : inspector_.windows())
-    windows.append(WindowInspector::describe(*window));
-  answer(request, {{"windows", windows}});
+    windows.append(describeWindow(*window));
+  reply(request, {{"windows", windows}});
 }
 
 void PluginConnection::pressButton(const QJsonObject& request) {
   const QString title = request["title"].toString();
   QAbstractButton* const button = inspector_.button(title);
   if (button == nullptr)
-    return refuse(request, "no button “" + title + "” is in reach");
+    return refuse(request, "no button “" + title + "” can be reached");
   if (!button->isEnabled())
     return refuse(request, "the button “" + title + "” is disabled");
-  injector_.click(*button, button->rect().center(), Qt::LeftButton, done(request));
+  injector_.click(*button, button->rect().center(), Qt::LeftButton, replyTo(request));
 }
 
 void PluginConnection::clickWidget(const QJsonObject& request) {
@@ -113,10 +120,10 @@ void PluginConnection::clickWidget(const QJsonObject& request) {
   QWidget* const widget = inspector_.widget(name);
   const Qt::MouseButton button = mouseButton(request["button"].toString());
   if (widget == nullptr)
-    return refuse(request, "no widget “" + name + "” is on the screen");
+    return refuse(request, "no widget “" + name + "” is visible");
   if (button == Qt::NoButton)
-    return refuse(request, "a mouse has no button " + request["button"].toString());
-  injector_.click(*widget, widget->rect().center(), button, done(request));
+    return refuse(request, "unknown mouse button " + request["button"].toString());
+  injector_.click(*widget, widget->rect().center(), button, replyTo(request));
 }
 
 void PluginConnection::chooseEntry(const QJsonObject& request) {
@@ -127,38 +134,38 @@ void PluginConnection::chooseEntry(const QJsonObject& request) {
   if (!entry.action->isEnabled())
     return refuse(request, "the entry “" + text + "” is disabled");
   if (!entry.menu->rect().contains(entry.menu->actionGeometry(entry.action).center()))
-    return refuse(request, "the entry “" + text + "” is scrolled out of sight");
-  injector_.choose(*entry.menu, *entry.action, done(request));
+    return refuse(request, "the entry “" + text + "” is outside the visible part of its menu");
+  injector_.choose(*entry.menu, *entry.action, replyTo(request));
 }
 
 void PluginConnection::pressKey(const QJsonObject& request) {
   const QKeySequence keys(request["key"].toString(), QKeySequence::PortableText);
   QWidget* const window = inspector_.foremost();
   if (keys.count() != 1 || keys[0].key() == Qt::Key_unknown)
-    return refuse(request, "no key is called " + request["key"].toString());
+    return refuse(request, "unknown key " + request["key"].toString());
   if (window == nullptr)
-    return refuse(request, "no window is on the screen");
-  injector_.press(keys[0], *window, done(request));
+    return refuse(request, "no window is visible");
+  injector_.press(keys[0], *window, replyTo(request));
 }
 
 void PluginConnection::typeText(const QJsonObject& request) {
   QWidget* const window = inspector_.foremost();
   if (window == nullptr)
-    return refuse(request, "no window is on the screen");
-  injector_.type(request["text"].toString(), *window, done(request));
+    return refuse(request, "no window is visible");
+  injector_.type(request["text"].toString(), *window, replyTo(request));
 }
 
-void PluginConnection::takePicture(const QJsonObject& request) {
+void PluginConnection::takeScreenshot(const QJsonObject& request) {
   const QJsonValue number = request["window"];
   QWidget* const window = number.isDouble() ? inspector_.window(number.toInt()) : nullptr;
   if (number.isDouble() && window == nullptr)
-    return refuse(request, "no such window is on the screen");
-  const QPixmap picture =
-      window != nullptr ? pictureOf(*window) : pictureOfScreen(inspector_.windows());
+    return refuse(request, "no visible window has that number");
+  const QPixmap screenshot =
+      window != nullptr ? windowScreenshot(*window) : screenScreenshot(inspector_.windows());
   const QString file = request["file"].toString();
-  if (!picture.save(file, "PNG"))
-    return refuse(request, "the picture cannot be written to " + file);
-  answer(request, {{"width", picture.width()}, {"height", picture.height()}});
+  if (!screenshot.save(file, "PNG"))
+    return refuse(request, "the screenshot cannot be written to " + file);
+  reply(request, {{"width", screenshot.width()}, {"height", screenshot.height()}});
 }
 
 } // namespace icloud

@@ -1,10 +1,13 @@
+// When the plug-in becomes active in a program.
+
 #include "uidriver/plugin/PluginConnection.h"
 
 #include <QGenericPlugin>
 
 namespace icloud {
 
-/// Lets a user into the program when `ICLOUD_UI_DRIVER` names the socket at which one listens.
+/// Connects the program to the UI driver that listens at the socket named by `ICLOUD_UI_DRIVER`.
+/// Inactive when the variable is not set.
 class UiDriverPlugin : public QGenericPlugin {
   Q_OBJECT
   Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "uidriver.json")

@@ -1,6 +1,8 @@
+// Which windows are visible and in which order, and which widget a request means.
+
 #include "uidriver/plugin/WindowInspector.h"
 
-#include "uidriver/plugin/Description.h"
+#include "uidriver/plugin/WindowDescription.h"
 
 #include <algorithm>
 
@@ -12,7 +14,7 @@
 namespace icloud {
 namespace {
 
-bool canBeSeen(const QWidget& widget) {
+bool isVisibleWindow(const QWidget& widget) {
   return widget.isVisible() && widget.isWindow() && widget.windowType() != Qt::Desktop;
 }
 
@@ -20,7 +22,7 @@ bool isModal(const QWidget& window) {
   return window.isModal() || window.windowType() == Qt::Popup;
 }
 
-template <typename Widget> Widget* among(const QList<Widget*>& widgets, const auto& matches) {
+template <typename Widget> Widget* findVisible(const QList<Widget*>& widgets, const auto& matches) {
   const auto found = std::find_if(widgets.begin(), widgets.end(), [&](Widget* widget) {
     return widget->isVisible() && matches(*widget);
   });
@@ -37,25 +39,21 @@ WindowInspector::WindowInspector(std::function<void(const QJsonObject&)> notice)
 }
 
 QList<QWidget*> WindowInspector::windows() const {
-  QList<QWidget*> seen;
+  QList<QWidget*> visible;
   for (const auto& window : stacking_)
-    if (window && canBeSeen(*window))
-      seen.append(window);
-  return seen;
+    if (window && isVisibleWindow(*window))
+      visible.append(window);
+  return visible;
 }
 
-QList<QWidget*> WindowInspector::fromTheTop() const {
-  QList<QWidget*> seen = windows();
-  std::reverse(seen.begin(), seen.end());
-  return seen;
-}
-
-QJsonObject WindowInspector::describe(QWidget& window) {
-  return describeWindow(window);
+QList<QWidget*> WindowInspector::windowsFromTop() const {
+  QList<QWidget*> visible = windows();
+  std::reverse(visible.begin(), visible.end());
+  return visible;
 }
 
 QWidget* WindowInspector::window(int number) const {
-  return among(windows(), [&](QWidget& window) { return windowNumber(window) == number; });
+  return findVisible(windows(), [&](QWidget& window) { return windowNumber(window) == number; });
 }
 
 QWidget* WindowInspector::foremost() const {
@@ -63,15 +61,16 @@ QWidget* WindowInspector::foremost() const {
     return popup;
   if (QWidget* const modal = QApplication::activeModalWidget())
     return modal;
-  const auto seen = windows();
-  return seen.isEmpty() ? nullptr : seen.last();
+  const auto visible = windows();
+  return visible.isEmpty() ? nullptr : visible.last();
 }
 
 QAbstractButton* WindowInspector::button(const QString& title) const {
-  for (QWidget* const window : fromTheTop()) {
-    auto* const found = among(window->findChildren<QAbstractButton*>(), [&](const auto& button) {
-      return button.window() == window && withoutMnemonic(button.text()) == title;
-    });
+  for (QWidget* const window : windowsFromTop()) {
+    auto* const found =
+        findVisible(window->findChildren<QAbstractButton*>(), [&](const auto& button) {
+          return button.window() == window && withoutMnemonic(button.text()) == title;
+        });
     if (found != nullptr || isModal(*window))
       return found;
   }
@@ -79,18 +78,18 @@ QAbstractButton* WindowInspector::button(const QString& title) const {
 }
 
 QWidget* WindowInspector::widget(const QString& objectName) const {
-  for (QWidget* const window : fromTheTop()) {
+  for (QWidget* const window : windowsFromTop()) {
     if (window->objectName() == objectName)
       return window;
-    if (QWidget* const found =
-            among(window->findChildren<QWidget*>(objectName), [](const QWidget&) { return true; }))
+    if (QWidget* const found = findVisible(window->findChildren<QWidget*>(objectName),
+                                           [](const QWidget&) { return true; }))
       return found;
   }
   return nullptr;
 }
 
 WindowInspector::Entry WindowInspector::entry(const QString& text) const {
-  for (QWidget* const window : fromTheTop()) {
+  for (QWidget* const window : windowsFromTop()) {
     auto* const menu = qobject_cast<QMenu*>(window);
     if (menu == nullptr)
       continue;
@@ -116,22 +115,23 @@ bool WindowInspector::eventFilter(QObject* watched, QEvent* event) {
   return false;
 }
 
-// What is being shown has its place and its contents only when the event has done its work.
+// A window has its geometry and its contents only after the event was handled, so the notice waits
+// for the event loop.
 void WindowInspector::noteShown(QWidget& window) {
   stacking_.removeIf([&](const auto& known) { return !known || known == &window; });
   stacking_.append(&window);
-  const auto tell = [this, shown = QPointer<QWidget>(&window)] {
-    if (shown && canBeSeen(*shown))
-      notice_({{"notice", "shown"}, {"window", describe(*shown)}});
+  const auto sendNotice = [this, shown = QPointer<QWidget>(&window)] {
+    if (shown && isVisibleWindow(*shown))
+      notice_({{"notice", "shown"}, {"window", describeWindow(*shown)}});
   };
-  QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+  QMetaObject::invokeMethod(this, sendNotice, Qt::QueuedConnection);
 }
 
 void WindowInspector::noteHidden(QWidget& window) {
-  const auto tell = [this, number = windowNumber(window)] {
+  const auto sendNotice = [this, number = windowNumber(window)] {
     notice_({{"notice", "hidden"}, {"number", number}});
   };
-  QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+  QMetaObject::invokeMethod(this, sendNotice, Qt::QueuedConnection);
 }
 
 } // namespace icloud

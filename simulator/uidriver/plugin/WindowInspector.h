@@ -14,28 +14,28 @@ class QMenu;
 
 namespace icloud {
 
-/// What there is to see of the program: its visible top-level windows, the topmost last.
+/// Knows the program's visible top-level windows and finds widgets in them.
 class WindowInspector : public QObject {
 public:
-  /// `notice` is called from the event loop with what was shown or hidden.
+  /// `notice` is called from the event loop when a window was shown or hidden.
   explicit WindowInspector(std::function<void(const QJsonObject& notice)> notice);
 
+  /// The visible windows, the topmost last.
   QList<QWidget*> windows() const;
-  static QJsonObject describe(QWidget& window);
 
-  /// The window of that number; nullptr when it is not visible.
+  /// The visible window with that number; nullptr when there is none.
   QWidget* window(int number) const;
 
-  /// The window that has the keyboard and the pointer for itself, or else the topmost.
+  /// The window that gets the keyboard: an open popup or a modal window, else the topmost.
   QWidget* foremost() const;
 
-  /// The button of that title, looked for from the top down, no further than a modal window.
+  /// The button with that title, searched from the topmost window down to the first modal one.
   QAbstractButton* button(const QString& title) const;
 
-  /// The visible widget of that object name; nullptr when there is none.
+  /// The visible widget with that object name; nullptr when there is none.
   QWidget* widget(const QString& objectName) const;
 
-  /// The entry of that text in an open menu, the topmost menu first, and the menu.
+  /// The entry with that text in an open menu, searched from the topmost menu down.
   struct Entry {
     QMenu* menu = nullptr;
     QAction* action = nullptr;
@@ -45,12 +45,12 @@ public:
   bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-  QList<QWidget*> fromTheTop() const;
+  QList<QWidget*> windowsFromTop() const;
   void noteShown(QWidget& window);
   void noteHidden(QWidget& window);
 
   std::function<void(const QJsonObject&)> notice_;
-  QList<QPointer<QWidget>> stacking_;
+  QList<QPointer<QWidget>> stacking_; // all windows that were shown, the topmost last
 };
 
 } // namespace icloud

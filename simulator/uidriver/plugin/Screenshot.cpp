@@ -1,4 +1,6 @@
-#include "uidriver/plugin/Picture.h"
+// How windows become a picture, with a screen and without one.
+
+#include "uidriver/plugin/Screenshot.h"
 
 #include <QGuiApplication>
 #include <QLinearGradient>
@@ -10,10 +12,10 @@ namespace icloud {
 namespace {
 
 void paintDesktop(QPainter& painter, const QSize& size) {
-  QLinearGradient dusk(0, 0, 0, size.height());
-  dusk.setColorAt(0, QColor(0x7f, 0x9d, 0xb9));
-  dusk.setColorAt(1, QColor(0x4a, 0x5f, 0x78));
-  painter.fillRect(QRect(QPoint(), size), dusk);
+  QLinearGradient gradient(0, 0, 0, size.height());
+  gradient.setColorAt(0, QColor(0x7f, 0x9d, 0xb9));
+  gradient.setColorAt(1, QColor(0x4a, 0x5f, 0x78));
+  painter.fillRect(QRect(QPoint(), size), gradient);
 }
 
 bool hasRealScreen() {
@@ -21,8 +23,8 @@ bool hasRealScreen() {
          QGuiApplication::platformName() != "minimal";
 }
 
-/// What lifts a window of its own from the desktop; strips and menus have their edges.
-void paintShadow(QPainter& painter, const QWidget& window, const QRect& place) {
+/// Draws a shadow below windows and dialogs. Strips and menus have edges instead.
+void paintShadow(QPainter& painter, const QWidget& window, const QRect& geometry) {
   constexpr int reach = 14;
   const Qt::WindowType type = window.windowType();
   if (type != Qt::Dialog && type != Qt::Window)
@@ -30,16 +32,16 @@ void paintShadow(QPainter& painter, const QWidget& window, const QRect& place) {
   painter.setPen(Qt::NoPen);
   painter.setBrush(QColor(0, 0, 0, 4));
   for (int by = 1; by <= reach; ++by)
-    painter.drawRoundedRect(place.adjusted(-by, 4 - by, by, 4 + by), by, by);
+    painter.drawRoundedRect(geometry.adjusted(-by, 4 - by, by, 4 + by), by, by);
 }
 
 } // namespace
 
-QPixmap pictureOf(QWidget& window) {
+QPixmap windowScreenshot(QWidget& window) {
   return window.grab();
 }
 
-QPixmap pictureOfScreen(const QList<QWidget*>& windows) {
+QPixmap screenScreenshot(const QList<QWidget*>& windows) {
   QScreen* const screen = QGuiApplication::primaryScreen();
   if (screen == nullptr)
     return {};
@@ -51,9 +53,9 @@ QPixmap pictureOfScreen(const QList<QWidget*>& windows) {
   paintDesktop(painter, screen->size());
   painter.setRenderHint(QPainter::Antialiasing);
   for (QWidget* const window : windows) {
-    const QRect place = window->geometry().translated(-screen->geometry().topLeft());
-    paintShadow(painter, *window, place);
-    painter.drawPixmap(place.topLeft(), window->grab());
+    const QRect geometry = window->geometry().translated(-screen->geometry().topLeft());
+    paintShadow(painter, *window, geometry);
+    painter.drawPixmap(geometry.topLeft(), window->grab());
   }
   return picture;
 }

@@ -1,4 +1,8 @@
-#include "scenario/UserStepReader.h"
+// How a line of the scenario user is read.
+
+#include "scenario/UserStep.h"
+
+#include "scenario/ScenarioLine.h"
 
 #include <array>
 #include <string_view>
@@ -13,12 +17,12 @@ UserAction readAwait(ScenarioLine& line) {
 }
 
 UserAction readFind(ScenarioLine& line) {
-  FindEntry entry{line.quoted("a pattern"), std::nullopt};
+  FindEntry find{line.quoted("a pattern"), std::nullopt};
   if (line.accept("checked"))
-    entry.checked = true;
+    find.checked = true;
   else if (line.accept("unchecked"))
-    entry.checked = false;
-  return entry;
+    find.checked = false;
+  return find;
 }
 
 UserAction readOpen(ScenarioLine& line) {
@@ -33,20 +37,20 @@ UserAction readClose(ScenarioLine& line) {
 }
 
 UserAction readMeasure(ScenarioLine& line) {
-  MeasureDisk disk;
-  disk.path = line.quoted("a path");
+  MeasureDisk measure;
+  measure.path = line.quoted("a path");
   if (line.accept("at-least"))
-    disk.least = line.size();
+    measure.least = line.size();
   else if (line.accept("at-most"))
-    disk.most = line.size();
-  return disk;
+    measure.most = line.size();
+  return measure;
 }
 
-UserAction readShot(ScenarioLine& line) {
-  TakePicture picture{line.quoted("a name")};
-  if (picture.name.empty() || picture.name.find('/') != std::string::npos)
-    line.fail("the name of a picture is part of a file's name");
-  return picture;
+UserAction readScreenshot(ScenarioLine& line) {
+  TakeScreenshot screenshot{line.quoted("a name")};
+  if (screenshot.name.empty() || screenshot.name.find('/') != std::string::npos)
+    line.fail("the name of a screenshot becomes part of a file's name");
+  return screenshot;
 }
 
 UserAction readRead(ScenarioLine& line) {
@@ -75,7 +79,7 @@ constexpr std::array<Verb, 13> verbs{{
     {"hits", [](ScenarioLine& line) -> UserAction { return PressKey{line.quoted("a key")}; }},
     {"picks", [](ScenarioLine& line) -> UserAction { return PickFolder{line.quoted("a path")}; }},
     {"measures", readMeasure},
-    {"shot", readShot},
+    {"shot", readScreenshot},
     {"reads", readRead},
 }};
 
@@ -86,7 +90,7 @@ UserAction readUserAction(ScenarioLine& line) {
   for (const Verb& verb : verbs)
     if (verb.word == word)
       return verb.read(line);
-  line.fail("a user knows no \"" + word + "\"");
+  line.fail("unknown verb of the user \"" + word + "\"");
 }
 
 } // namespace icloud

@@ -1,4 +1,6 @@
-#include "scenario/ExpectationCheck.h"
+// How a log is compared with what a scenario expects of it.
+
+#include "scenario/Expectation.h"
 
 #include "scenario/Glob.h"
 
@@ -7,7 +9,7 @@
 namespace icloud {
 namespace {
 
-std::string literal(const std::string& text) {
+std::string withoutWildcards(const std::string& text) {
   std::string escaped;
   for (const char c : text) {
     if (c == '*' || c == '?' || c == '\\')
@@ -20,19 +22,19 @@ std::string literal(const std::string& text) {
 std::string withNames(std::string pattern, const std::map<std::string, std::string>& names) {
   for (const auto& [name, value] : names) {
     const std::string mark = "{" + name + "}";
-    const std::string text = literal(value);
+    const std::string text = withoutWildcards(value);
     for (std::size_t at = 0; (at = pattern.find(mark, at)) != std::string::npos; at += text.size())
       pattern.replace(at, mark.size(), text);
   }
   return pattern;
 }
 
-/// The expectations with their patterns completed, and what each has seen.
+/// One comparison: the expectations with the names in their patterns replaced, and their results.
 class LogCheck {
 public:
   LogCheck(const std::vector<std::string>& log, const std::vector<Expectation>& expectations,
            const std::map<std::string, std::string>& names)
-      : log_(log), accounted_(log.size(), false) {
+      : log_(log), covered_(log.size(), false) {
     for (const Expectation& expectation : expectations) {
       results_.push_back({expectation, 0, std::nullopt, false});
       patterns_.push_back(withNames(expectation.pattern, names));
@@ -40,13 +42,13 @@ public:
   }
 
   CheckedLog run() {
-    followOrder();
+    matchInOrder();
     for (std::size_t index = 0; index < results_.size(); ++index)
       if (results_[index].expectation.kind != Expectation::Kind::inOrder)
         count(index);
     CheckedLog checked;
     for (std::size_t line = 0; line < log_.size(); ++line)
-      if (!accounted_[line])
+      if (!covered_[line])
         checked.unexpected.push_back(log_[line]);
     for (ExpectationResult& result : results_)
       result.fulfilled =
@@ -60,23 +62,23 @@ private:
     return matchesGlob(patterns_[expectation], log_[line]);
   }
 
-  void see(std::size_t expectation, std::size_t line) {
+  void record(std::size_t expectation, std::size_t line) {
     ExpectationResult& result = results_[expectation];
     ++result.seen;
     result.firstLine = result.firstLine.value_or(line);
-    accounted_[line] = true;
+    covered_[line] = true;
   }
 
   void count(std::size_t index) {
-    for (std::size_t line = 0; line < log_.size(); ++line) {
-      if (!matches(index, line))
-        continue;
-      see(index, line);
-    }
+    for (std::size_t line = 0; line < log_.size(); ++line)
+      if (matches(index, line))
+        record(index, line);
   }
 
-  // Fulfils as many in-order expectations as can be, so that one that is missing spoils no other.
-  void followOrder() {
+  // Finds the longest common sequence of expectations and lines: `at(row, line)` is the number of
+  // expectations from `row` on that the lines from `line` on can fulfil. So a missing line fails
+  // its own expectation only.
+  void matchInOrder() {
     std::vector<std::size_t> ordered;
     for (std::size_t index = 0; index < results_.size(); ++index)
       if (results_[index].expectation.kind == Expectation::Kind::inOrder)
@@ -93,7 +95,7 @@ private:
                             : std::max(at(row + 1, line), at(row, line + 1));
     for (std::size_t row = 0, line = 0; row < ordered.size() && line < log_.size();) {
       if (matches(ordered[row], line)) {
-        see(ordered[row++], line++);
+        record(ordered[row++], line++);
       } else if (at(row + 1, line) > at(row, line + 1)) {
         ++row;
       } else {
@@ -105,7 +107,7 @@ private:
   const std::vector<std::string>& log_;
   std::vector<ExpectationResult> results_;
   std::vector<std::string> patterns_;
-  std::vector<bool> accounted_;
+  std::vector<bool> covered_;
 };
 
 } // namespace

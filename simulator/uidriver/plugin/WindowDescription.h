@@ -8,10 +8,10 @@ class QWidget;
 
 namespace icloud {
 
-/// A number of this program's own for a window; stays the same for as long as the window exists.
+/// A number that is unique in this program and the same for as long as the window exists.
 int windowNumber(QWidget& window);
 
-/// A window as a user sees it: kind, title, place, texts and buttons from the top left to the
+/// What a user sees of a window: kind, title, geometry, texts and buttons from the top left to the
 /// bottom right, and the entries of a menu.
 QJsonObject describeWindow(QWidget& window);
 

@@ -1,4 +1,6 @@
-#include "uidriver/plugin/Description.h"
+// What a window's description says of it.
+
+#include "uidriver/plugin/WindowDescription.h"
 
 #include <algorithm>
 #include <optional>
@@ -20,9 +22,9 @@
 namespace icloud {
 namespace {
 
-constexpr const char* numberProperty = "icloudPersonNumber";
+constexpr const char* numberProperty = "icloudWindowNumber";
 
-// An alert waits for its answer; what lets a user look for files does more than that.
+// A modal dialog is an alert. A file dialog is none, although it is modal.
 bool isAlert(const QWidget& window) {
   return qobject_cast<const QDialog*>(&window) != nullptr && window.isModal() &&
          qobject_cast<const QFileDialog*>(&window) == nullptr;
@@ -38,7 +40,7 @@ QString kindOf(const QWidget& window) {
   return qobject_cast<const QDialog*>(&window) != nullptr ? "dialog" : "window";
 }
 
-QJsonArray placeOf(const QWidget& widget) {
+QJsonArray geometryOf(const QWidget& widget) {
   const QPoint corner = widget.mapToGlobal(QPoint(0, 0));
   return {corner.x(), corner.y(), widget.width(), widget.height()};
 }
@@ -61,18 +63,19 @@ std::optional<QString> textOf(const QWidget& widget) {
   return std::nullopt;
 }
 
-// From the top to the bottom, and in a row from the left to the right.
+// Orders widgets from top to bottom, and in a row from left to right.
 bool comesBefore(const QWidget* one, const QWidget* other) {
   const QPoint left = one->mapToGlobal(QPoint(0, 0));
   const QPoint right = other->mapToGlobal(QPoint(0, 0));
   return left.y() != right.y() ? left.y() < right.y() : left.x() < right.x();
 }
 
-QList<QWidget*> visibleParts(const QWidget& window) {
-  QList<QWidget*> parts = window.findChildren<QWidget*>();
-  parts.removeIf([&](QWidget* part) { return !part->isVisible() || part->window() != &window; });
-  std::stable_sort(parts.begin(), parts.end(), comesBefore);
-  return parts;
+QList<QWidget*> visibleWidgets(const QWidget& window) {
+  QList<QWidget*> widgets = window.findChildren<QWidget*>();
+  widgets.removeIf(
+      [&](QWidget* widget) { return !widget->isVisible() || widget->window() != &window; });
+  std::stable_sort(widgets.begin(), widgets.end(), comesBefore);
+  return widgets;
 }
 
 QJsonObject describeButton(const QAbstractButton& button) {
@@ -83,13 +86,13 @@ QJsonObject describeButton(const QAbstractButton& button) {
           {"isChecked", button.isChecked()}};
 }
 
-QJsonObject describePart(QWidget& part) {
-  QString name = part.accessibleName();
-  if (QAccessibleInterface* const accessible = QAccessible::queryAccessibleInterface(&part))
+QJsonObject describeWidget(QWidget& widget) {
+  QString name = widget.accessibleName();
+  if (QAccessibleInterface* const accessible = QAccessible::queryAccessibleInterface(&widget))
     name = accessible->text(QAccessible::Name);
-  return {{"name", part.objectName()}, {"class", part.metaObject()->className()},
-          {"place", placeOf(part)},    {"isEnabled", part.isEnabled()},
-          {"toolTip", part.toolTip()}, {"accessibleName", name}};
+  return {{"name", widget.objectName()},    {"class", widget.metaObject()->className()},
+          {"geometry", geometryOf(widget)}, {"isEnabled", widget.isEnabled()},
+          {"toolTip", widget.toolTip()},    {"accessibleName", name}};
 }
 
 QJsonObject describeEntry(const QAction& action) {
@@ -123,27 +126,27 @@ int windowNumber(QWidget& window) {
 }
 
 QJsonObject describeWindow(QWidget& window) {
-  QJsonArray texts, buttons, parts;
+  QJsonArray texts, buttons, widgets;
   if (!window.objectName().isEmpty())
-    parts.append(describePart(window));
-  for (QWidget* const part : visibleParts(window)) {
-    if (const auto text = textOf(*part); text && !text->isEmpty())
+    widgets.append(describeWidget(window));
+  for (QWidget* const widget : visibleWidgets(window)) {
+    if (const auto text = textOf(*widget); text && !text->isEmpty())
       texts.append(*text);
-    if (const auto* const button = qobject_cast<const QAbstractButton*>(part))
+    if (const auto* const button = qobject_cast<const QAbstractButton*>(widget))
       buttons.append(describeButton(*button));
-    if (!part->objectName().isEmpty())
-      parts.append(describePart(*part));
+    if (!widget->objectName().isEmpty())
+      widgets.append(describeWidget(*widget));
   }
   return {{"number", windowNumber(window)},
           {"class", window.metaObject()->className()},
           {"kind", kindOf(window)},
           {"title", window.windowTitle()},
-          {"place", placeOf(window)},
+          {"geometry", geometryOf(window)},
           {"isModal", window.isModal()},
           {"isActive", window.isActiveWindow()},
           {"texts", texts},
           {"buttons", buttons},
-          {"parts", parts},
+          {"widgets", widgets},
           {"entries", describeEntries(window)}};
 }
 

@@ -1,14 +1,17 @@
-#include "process/Launch.h"
+// How programs are started and end, and how this process adopts descendants that lose their parent.
+
+#include "process/ChildProcess.h"
 
 #include "common/SystemFailure.h"
+#include "process/Pipe.h"
 
 #include <algorithm>
-#include <array>
+#include <charconv>
 #include <csignal>
 #include <cstring>
+#include <fstream>
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -38,7 +41,8 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   return pointers;
 }
 
-// Between fork and exec: system calls only.
+// Runs between fork and exec, so it makes system calls only. Writes errno to `report` when that
+// fails.
 [[noreturn]] void becomeProgram(const Launch& launch, pid_t parent, char** arguments,
                                 char** environment, int null, int report) {
   sigset_t none;
@@ -55,31 +59,50 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   if (launch.error >= 0)
     dup2(launch.error, STDERR_FILENO);
   execve(launch.program.c_str(), arguments, environment);
-  const int problem = errno;
-  [[maybe_unused]] const ssize_t written = write(report, &problem, sizeof problem);
+  const int error = errno;
+  [[maybe_unused]] const ssize_t written = write(report, &error, sizeof error);
   _exit(127);
 }
 
-} // namespace
+struct ProcessStat {
+  pid_t parent = 0;
+  std::string name;
+};
 
-Pipe makePipe() {
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0)
-    throwSystemFailure("cannot make a pipe");
-  return {Descriptor(ends[0]), Descriptor(ends[1])};
+// The second field of a stat file is the name in parentheses, the fourth the parent. The result
+// is empty when the process no longer exists.
+ProcessStat readStat(const std::filesystem::path& folder) {
+  std::ifstream stream(folder / "stat");
+  std::string text(4096, '\0');
+  stream.read(text.data(), static_cast<std::streamsize>(text.size()));
+  text.resize(static_cast<std::size_t>(stream.gcount()));
+  const auto open = text.find('(');
+  const auto close = text.rfind(')');
+  ProcessStat result;
+  if (open == std::string::npos || close == std::string::npos || close + 4 > text.size())
+    return result;
+  result.name = text.substr(open + 1, close - open - 1);
+  std::from_chars(text.data() + close + 4, text.data() + text.size(), result.parent);
+  return result;
 }
 
-bool isReadableWithin(int descriptor, std::chrono::milliseconds limit) {
-  const auto deadline = std::chrono::steady_clock::now() + limit;
-  pollfd wait{descriptor, POLLIN, 0};
-  while (true) {
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    const int ready = poll(&wait, 1, static_cast<int>(std::max<long>(left.count(), 0)));
-    if (ready >= 0)
-      return ready > 0;
+std::vector<Orphan> childrenExcept(const std::vector<pid_t>& known) {
+  std::vector<Orphan> children;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    const std::string name = entry.path().filename();
+    pid_t identifier = 0;
+    const auto parsed = std::from_chars(name.data(), name.data() + name.size(), identifier);
+    if (parsed.ec != std::errc{} || parsed.ptr != name.data() + name.size() ||
+        std::find(known.begin(), known.end(), identifier) != known.end())
+      continue;
+    const ProcessStat stat = readStat(entry.path());
+    if (stat.parent == getpid())
+      children.push_back({identifier, stat.name});
   }
+  return children;
 }
+
+} // namespace
 
 Descriptor openProcess(pid_t process) {
   return Descriptor(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));
@@ -137,9 +160,9 @@ int ChildProcess::wait() {
   return *status_;
 }
 
-int ChildProcess::end(std::chrono::milliseconds grace) {
+int ChildProcess::end(std::chrono::milliseconds gracePeriod) {
   signal(SIGTERM);
-  if (!hasEnded() && !isReadableWithin(exit_.get(), grace))
+  if (!hasEnded() && !isReadableWithin(exit_.get(), gracePeriod))
     signal(SIGKILL);
   return wait();
 }
@@ -149,6 +172,31 @@ std::string describeEnd(int status) {
     return "status " + std::to_string(WEXITSTATUS(status));
   const int number = WTERMSIG(status);
   return "signal " + std::to_string(number) + " (" + sigdescr_np(number) + ")";
+}
+
+void adoptOrphans() {
+  prctl(PR_SET_CHILD_SUBREAPER, 1);
+}
+
+std::vector<Orphan> collectOrphans(const std::vector<pid_t>& known,
+                                   std::chrono::milliseconds gracePeriod) {
+  const auto deadline = std::chrono::steady_clock::now() + gracePeriod;
+  std::vector<Orphan> collected;
+  while (true) {
+    auto children = childrenExcept(known);
+    if (children.empty())
+      return collected;
+    for (Orphan& orphan : children) {
+      const Descriptor exit = openProcess(orphan.identifier);
+      const auto left =
+          std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+      orphan.wasKilled = !isReadableWithin(exit.get(), left);
+      if (orphan.wasKilled)
+        kill(orphan.identifier, SIGKILL);
+      waitpid(orphan.identifier, &orphan.status, 0);
+      collected.push_back(std::move(orphan));
+    }
+  }
 }
 
 } // namespace icloud
