@@ -19,9 +19,9 @@ const std::string startMonitors = "b=$DRIFTMARK_SYSTEM_ROOT/usr/bin/brctl\n"
                                   "$b monitor -i com.apple.CloudDocs >/dev/null 2>&1 & items=$!\n"
                                   "$b monitor -g -i >/dev/null 2>&1 & global=$!\n"
                                   "echo 'Watcher: stall' $DRIFTMARK_STALL_SECS >&2\n";
-const std::string poll = "$b status >/dev/null; $b quota >/dev/null; wait\n";
+const std::string readReportsAndWait = "$b status >/dev/null; $b quota >/dev/null; wait\n";
 const std::string goodWatcher =
-    startMonitors + "trap 'kill $items $global; wait; exit 0' TERM\n" + poll;
+    startMonitors + "trap 'kill $items $global; wait; exit 0' TERM\n" + readReportsAndWait;
 
 const std::string shortScenario = "title \"Short\"\n"
                                   "stall-after 2s\n"
@@ -90,7 +90,7 @@ TEST_F(DemoTest, failedScenarioStepIsADeviation) {
 
 TEST_F(DemoTest, exitStatusOtherThan0IsADeviation) {
   const std::string watcher =
-      startMonitors + "trap 'kill $items $global; wait; exit 3' TERM\n" + poll;
+      startMonitors + "trap 'kill $items $global; wait; exit 3' TERM\n" + readReportsAndWait;
   const Finished demo = runToEnd(demoLaunch(watcher, shortScenario + expectations));
   EXPECT_EQ(demo.exitStatus, 1);
   EXPECT_THAT(demo.output, HasSubstr("the program ended with status 3\n"));
@@ -104,7 +104,8 @@ TEST_F(DemoTest, earlyExitIsADeviation) {
 }
 
 TEST_F(DemoTest, childLeftRunningIsADeviation) {
-  const std::string watcher = startMonitors + "trap 'kill $items; exit 0' TERM\n" + poll;
+  const std::string watcher =
+      startMonitors + "trap 'kill $items; exit 0' TERM\n" + readReportsAndWait;
   const Finished demo = runToEnd(demoLaunch(watcher, shortScenario + expectations));
   EXPECT_EQ(demo.exitStatus, 1);
   EXPECT_THAT(demo.output, HasSubstr("left running: brctl\n"));
@@ -126,7 +127,7 @@ TEST_F(DemoTest, programInBundleRunsFromApplications) {
                          "$DRIFTMARK_SYSTEM_ROOT/usr/bin/codesign --verify --strict "
                          "/Applications/Greeter.app && echo Signed\n"
                          "trap 'kill $items $global; wait; exit 0' TERM\n" +
-                         poll);
+                         readReportsAndWait);
   Launch launch =
       demoLaunch("", shortScenario + expectations +
                          "expect 1 \"Run from: /Applications/Greeter.app/Contents/MacOS/Greeter\"\n"
