@@ -3,6 +3,7 @@
 #include "desktop/BrctlScript.h"
 #include "desktop/ScreenReader.h"
 #include "desktop/Session.h"
+#include "harness/BuiltFiles.h"
 
 #include <algorithm>
 #include <fstream>
@@ -11,7 +12,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 namespace {
 
 using testing::ElementsAre;
@@ -69,7 +70,7 @@ protected:
 };
 
 TEST_F(Accessibility, ofTheStrip) {
-  session_.writeTool("/usr/bin/brctl", "exec " CHILD_TOOL " wait");
+  session_.writeTool("/usr/bin/brctl", execChildTool("wait"));
   start();
   const Accessible item = awaitStrip("iCloud Drive: idle");
   EXPECT_EQ(item.description, "iCloud Drive: idle");
@@ -89,8 +90,7 @@ TEST_F(Accessibility, followsTheState) {
   session_.writeTool(
       "/usr/bin/brctl",
       brctlUploading("a.txt", "45",
-                     "read line < '" + more +
-                         "'; exec " CHILD_TOOL
+                     "read line < '" + more + "'; exec " + childToolPath() +
                          " print ' o /com~apple~CloudDocs/a.txt \u2191 80%\n' wait"));
   start();
   awaitStrip("iCloud Drive: uploading 45%");
@@ -127,8 +127,8 @@ TEST_F(Accessibility, ofTheMenu) {
 TEST_F(Accessibility, followsTheOpenMenu) {
   const std::string answer = session_.folder() / "answer";
   ASSERT_EQ(mkfifo(answer.c_str(), S_IRUSR | S_IWUSR), 0);
-  session_.writeTool("/usr/bin/brctl",
-                     "[ \"$1\" = quota ] && exec cat '" + answer + "'\nexec " CHILD_TOOL " wait");
+  session_.writeTool("/usr/bin/brctl", "[ \"$1\" = quota ] && exec cat '" + answer + "'\nexec " +
+                                           childToolPath() + " wait");
   start();
   const Accessible opened = openMenu(awaitStrip("iCloud Drive: idle"));
   reader_->awaitNews(opened.named("Checking iCloud storage…"), [&answer] {
@@ -149,7 +149,7 @@ TEST_F(Accessibility, readsAWholeNameThatDoesNotFitTheMenu) {
 }
 
 TEST_F(Accessibility, ofTheAboutPanel) {
-  session_.writeTool("/usr/bin/brctl", "exec " CHILD_TOOL " wait");
+  session_.writeTool("/usr/bin/brctl", execChildTool("wait"));
   start();
   reader_->act(openMenu(awaitStrip("iCloud Drive: idle")).named("About Driftmark"), "Press");
   const Accessible shown =
@@ -163,7 +163,7 @@ TEST_F(Accessibility, ofTheAboutPanel) {
 }
 
 TEST_F(Accessibility, choosesFromTheMenu) {
-  session_.writeTool("/usr/bin/brctl", "exec " CHILD_TOOL " wait");
+  session_.writeTool("/usr/bin/brctl", execChildTool("wait"));
   start();
   const Accessible opened = openMenu(awaitStrip("iCloud Drive: idle"));
   reader_->act(opened.named("Quit Driftmark"), "Press");
@@ -171,4 +171,4 @@ TEST_F(Accessibility, choosesFromTheMenu) {
 }
 
 } // namespace
-} // namespace driftmark::desktop
+} // namespace driftmark::test

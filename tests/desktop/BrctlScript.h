@@ -1,18 +1,24 @@
 #pragma once
 
+#include "harness/BuiltFiles.h"
+
 #include <string>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
-/// A `brctl` that reports one upload and nothing else. Its texts are those of a shell script.
+/// The shell script of a `brctl` that reports one upload and nothing else. `path` and `percent` are
+/// texts of that script.
 inline std::string brctlUploading(const std::string& path, const std::string& percent,
-                                  const std::string& afterwards = "exec " CHILD_TOOL " wait") {
+                                  const std::string& afterwards = execChildTool("wait")) {
   return "case \"$*\" in\n"
-         "*CloudDocs) " CHILD_TOOL " print ' o /com~apple~CloudDocs/" +
-         path + " \u2191 " + percent + "%\n'; " + afterwards +
+         "*CloudDocs) " +
+         childToolPath() + " print ' o /com~apple~CloudDocs/" + path + " \u2191 " + percent +
+         "%\n'; " + afterwards +
          ";;\n"
-         "*) exec " CHILD_TOOL " wait;;\n"
+         "*) exec " +
+         childToolPath() +
+         " wait;;\n"
          "esac";
 }
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

@@ -11,7 +11,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 namespace {
 
@@ -53,4 +53,4 @@ std::vector<std::string> Calls::next() {
   return arguments;
 }
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

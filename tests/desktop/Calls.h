@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 /// The calls of a tool that a script stands for: each comes out with its arguments.
 class Calls {
@@ -26,4 +26,4 @@ private:
   std::string text_; ///< read, and not yet taken
 };
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

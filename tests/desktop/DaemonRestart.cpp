@@ -9,7 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -67,7 +67,7 @@ TEST_F(DaemonRestart, letsAStalledTransferGoOn) {
   std::ofstream(story) << "file \"Film.mov\" 5MB remote\n"
                           "at 0s download \"Film.mov\" over 1s stalled at 40% for 10m\n"
                           "at 20m end\n";
-  icloud::test::Channel told = icloud::test::Channel::pipe();
+  Channel told = Channel::pipe();
   icloud::Launch launch{session_.root() / "sbin/launchd",
                         {"--home", session_.home(), "--scenario", story, "--begin-after", "items"},
                         {}};
@@ -124,4 +124,4 @@ TEST_F(DaemonRestartWithoutDaemon, saysThatNothingCanEndIt) {
 }
 
 } // namespace
-} // namespace driftmark::desktop
+} // namespace driftmark::test

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <stdexcept>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 namespace {
 
@@ -110,4 +110,4 @@ std::vector<std::string> DesktopEntry::command() const {
   return words;
 }
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

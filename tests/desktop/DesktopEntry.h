@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 /// The "[Desktop Entry]" group of a file, as the desktops read it. Throws std::runtime_error where
 /// the file keeps to the rules of such files nowhere near.
@@ -26,4 +26,4 @@ private:
   std::map<std::string, std::string> values_;
 };
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

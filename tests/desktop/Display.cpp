@@ -1,12 +1,12 @@
 #include "desktop/Display.h"
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 namespace {
 
 constexpr std::chrono::seconds patience{10};
 
-icloud::Launch server(const icloud::test::Channel& output) {
+icloud::Launch server(const Channel& output) {
   icloud::Launch launch{
       "/usr/bin/Xvfb", {"-displayfd", "1", "-screen", "0", "1024x768x24", "-nolisten", "tcp"}, {}};
   launch.output = output.childEnd();
@@ -30,4 +30,4 @@ void Display::close() {
     server_.end(patience);
 }
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "e2e/Channel.h"
+#include "harness/Channel.h"
 #include "process/ChildProcess.h"
 
 #include <string>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 /// A display of its own, drawn in memory alone.
 class Display {
@@ -25,9 +25,9 @@ public:
   void close();
 
 private:
-  icloud::test::Channel output_ = icloud::test::Channel::pipe();
+  Channel output_ = Channel::pipe();
   icloud::ChildProcess server_;
   std::string name_;
 };
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

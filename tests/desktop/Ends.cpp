@@ -1,6 +1,7 @@
 // How the program ends, and that nothing outlives it.
 
 #include "desktop/Session.h"
+#include "harness/BuiltFiles.h"
 
 #include <csignal>
 
@@ -8,7 +9,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 namespace {
 
 using icloud::UiDriver;
@@ -20,7 +21,7 @@ protected:
   /// Starts the program, and waits until its monitors run. They write nothing, so that the end of
   /// their terminals does not end them.
   explicit Ends(const std::string& steps = "wait") {
-    session_.writeTool("/usr/bin/brctl", "exec " CHILD_TOOL " " + steps);
+    session_.writeTool("/usr/bin/brctl", execChildTool(steps));
     program_.emplace(session_.start());
     driver_.emplace(session_.attend());
     program_->log.readUntil("brctl monitor -g started");
@@ -114,4 +115,4 @@ TEST_F(EndsOfStubbornTools, withTheDisplay) {
 }
 
 } // namespace
-} // namespace driftmark::desktop
+} // namespace driftmark::test

@@ -1,6 +1,7 @@
 // How the program ends while it frees space.
 
 #include "desktop/Session.h"
+#include "harness/BuiltFiles.h"
 
 #include <csignal>
 #include <filesystem>
@@ -14,7 +15,7 @@
 #include <sys/wait.h>
 #include <sys/xattr.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 namespace {
 
 using icloud::UiDriver;
@@ -37,7 +38,7 @@ protected:
   /// Starts the program with a `brctl` that evicts by these shell commands.
   void start(const std::string& eviction) {
     session_.writeTool("/usr/bin/brctl",
-                       "[ \"$1\" = evict ] || exec " CHILD_TOOL " wait\n" + eviction);
+                       "[ \"$1\" = evict ] || exec " + childToolPath() + " wait\n" + eviction);
     program_.emplace(session_.start());
     driver_.emplace(session_.attend());
     program_->log.readUntil("brctl monitor -g started");
@@ -60,7 +61,7 @@ protected:
     for (int number = 0; number < 50; ++number)
       addCurrentFile("file " + std::to_string(number));
     start("echo \"$2\" >> '" + calls_.string() + "'\necho evicting > /proc/$PPID/fd/2\nexec " +
-          CHILD_TOOL " wait");
+          childToolPath() + " wait");
     freeUpSpace();
     driver_->awaitAlert();
     driver_->press("Remove Downloads");
@@ -123,4 +124,4 @@ TEST_F(EndsWhileFreeing, withTheDisplayWithoutWaitingForTheOtherFiles) {
 }
 
 } // namespace
-} // namespace driftmark::desktop
+} // namespace driftmark::test

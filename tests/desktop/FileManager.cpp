@@ -7,7 +7,7 @@
 #include <QEventLoop>
 #include <QTimer>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 namespace {
 
@@ -50,4 +50,4 @@ bool FileManager::handleMessage(const QDBusMessage& message, const QDBusConnecti
                                   : message.createReply());
 }
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

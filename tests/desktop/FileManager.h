@@ -8,7 +8,7 @@
 #include <QDBusVirtualObject>
 #include <QStringList>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 /// A file manager at a session bus, which keeps what it is asked to show.
 class FileManager final : public QDBusVirtualObject {
@@ -30,4 +30,4 @@ private:
   bool refuses_ = false;
 };
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

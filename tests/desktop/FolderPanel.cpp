@@ -2,12 +2,13 @@
 
 #include "desktop/ScreenReader.h"
 #include "desktop/Session.h"
-#include "update/AtTheScreen.h"
+#include "harness/BuiltFiles.h"
+#include "harness/ui/ProgramUi.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -18,12 +19,12 @@ protected:
   FolderPanel() {
     session_.openDisplay();
     reader_.emplace(session_.openBus());
-    session_.writeTool("/usr/bin/brctl", "exec " CHILD_TOOL " wait");
+    session_.writeTool("/usr/bin/brctl", execChildTool("wait"));
     fs::create_directories(drive() / "Photos");
     fs::create_directories(drive() / "Letters");
     program_.emplace(session_.start());
     driver_.emplace(session_.attend());
-    road::chooseInMenu(*driver_, "Free Up Space…");
+    chooseInMenu(*driver_, "Free Up Space…");
   }
 
   fs::path drive() const {
@@ -49,7 +50,7 @@ protected:
   }
 
   void expectNothingToFree(const std::string& name) {
-    road::awaitAlert(*driver_, "Nothing to Free in " + name);
+    awaitAlert(*driver_, "Nothing to Free in " + name);
   }
 
   void awaitNoPanel() {
@@ -102,4 +103,4 @@ TEST_F(FolderPanel, takesNothingByEscape) {
 }
 
 } // namespace
-} // namespace driftmark::desktop
+} // namespace driftmark::test

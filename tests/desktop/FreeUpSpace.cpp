@@ -1,14 +1,14 @@
 // A user frees up space: every window and every word, and what becomes of the files.
 
 #include "desktop/FreeUpSpaceTest.h"
-#include "update/AtTheScreen.h"
+#include "harness/ui/ProgramUi.h"
 
 #include <algorithm>
 #include <fstream>
 
 #include <gmock/gmock.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -96,7 +96,7 @@ TEST_F(FreeUpSpace, showsInTheMenuWhatWasRemoved) {
 TEST_F(FreeUpSpace, aFileThatWasRemovedComesBackWhenItIsOpened) {
   start("file \"Photos/Cover.heic\" 400KB\n");
   const fs::path file = drive() / "Photos/Cover.heic";
-  const std::string before = icloud::test::contentsOf(file);
+  const std::string before = contentsOf(file);
   pick("Photos");
   driver_->awaitAlert();
   driver_->press("Remove Downloads");
@@ -106,7 +106,7 @@ TEST_F(FreeUpSpace, aFileThatWasRemovedComesBackWhenItIsOpened) {
   session_.run(session_.root() / "usr/bin/brctl", {"download", file});
   program_->log.readUntil("Driftmark: downloading Cover.heic\n");
   program_->log.readUntil("Driftmark: synced Cover.heic (download)\n");
-  EXPECT_EQ(icloud::test::contentsOf(file), before);
+  EXPECT_EQ(contentsOf(file), before);
   expectOrderlyEnd();
 }
 
@@ -120,7 +120,7 @@ TEST_F(FreeUpSpace, saysThatThereIsNothing) {
     expectNothingToFree(folder.filename());
     answer("OK");
   }
-  EXPECT_EQ(icloud::test::contentsOf(elsewhere / "a file of one's own"), "kept");
+  EXPECT_EQ(contentsOf(elsewhere / "a file of one's own"), "kept");
   EXPECT_THAT(evictionLines(), IsEmpty());
   expectOrderlyEnd();
 }
@@ -164,4 +164,4 @@ TEST_F(FreeUpSpace, doesNothingWhenTheQuestionIsCancelled) {
 }
 
 } // namespace
-} // namespace driftmark::desktop
+} // namespace driftmark::test

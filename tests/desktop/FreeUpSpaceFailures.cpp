@@ -3,7 +3,7 @@
 #include "common/DiskUsage.h"
 #include "desktop/Calls.h"
 #include "desktop/FreeUpSpaceTest.h"
-#include "update/AtTheScreen.h"
+#include "harness/ui/ProgramUi.h"
 
 #include <csignal>
 #include <fstream>
@@ -11,7 +11,7 @@
 
 #include <gmock/gmock.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -76,7 +76,7 @@ protected:
   FreeUpSpaceCrash() {
     play("files 1000 \"Films/f{n}\" 4096\nat 20m end\n");
     for (int number = 1; number <= many; ++number)
-      contents_[number] = icloud::test::contentsOf(file(number));
+      contents_[number] = contentsOf(file(number));
     beforeEviction("( " + evictions_.script() + " )");
     startProgram();
   }
@@ -99,7 +99,7 @@ protected:
       if (icloud::bytesOnDisk(file(number)) == 0)
         ++count;
       else
-        EXPECT_EQ(icloud::test::contentsOf(file(number)), bytes) << number;
+        EXPECT_EQ(contentsOf(file(number)), bytes) << number;
     }
     return count;
   }
@@ -128,7 +128,7 @@ TEST_F(FreeUpSpaceCrash, losesNothingAndASecondRunDoesTheRest) {
   supervisor_->signal(SIGCONT);
   awaitEvictions(many - few);
 
-  const icloud::Window report = road::awaitAlert(*driver_, "Freeing Up Space");
+  const icloud::Window report = awaitAlert(*driver_, "Freeing Up Space");
   const auto failures = static_cast<int>(evictionLines().size()) - 1;
   EXPECT_GE(failures, 1);
   EXPECT_LT(failures, many - few);
@@ -144,12 +144,12 @@ TEST_F(FreeUpSpaceCrash, losesNothingAndASecondRunDoesTheRest) {
   const int left = many - gone;
   ASSERT_GT(left, 0);
   pick("Films");
-  road::awaitAlert(*driver_, "Remove Downloads in Films?");
+  awaitAlert(*driver_, "Remove Downloads in Films?");
   EXPECT_THAT(driver_->awaitAlert().texts.back(),
               testing::StartsWith(std::to_string(left) + " files using "));
   driver_->press("Remove Downloads");
   awaitEvictions(left);
-  const icloud::Window second = road::awaitAlert(*driver_, "Freeing Up Space");
+  const icloud::Window second = awaitAlert(*driver_, "Freeing Up Space");
   EXPECT_THAT(second.texts.back(),
               testing::StartsWith("iCloud is removing " + std::to_string(left) + " downloads ("));
   answer("OK");
@@ -158,4 +158,4 @@ TEST_F(FreeUpSpaceCrash, losesNothingAndASecondRunDoesTheRest) {
 }
 
 } // namespace
-} // namespace driftmark::desktop
+} // namespace driftmark::test

@@ -1,7 +1,7 @@
 #include "desktop/FreeUpSpaceTest.h"
 
 #include "common/DiskUsage.h"
-#include "update/AtTheScreen.h"
+#include "harness/ui/ProgramUi.h"
 
 #include <algorithm>
 #include <csignal>
@@ -10,7 +10,7 @@
 
 #include <gmock/gmock.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 namespace fs = std::filesystem;
 using icloud::Window;
@@ -23,7 +23,7 @@ FreeUpSpaceTest::FreeUpSpaceTest() {
 void FreeUpSpaceTest::play(const std::string& scenario) {
   const fs::path story = session_.folder() / "story";
   std::ofstream(story) << scenario;
-  told_.emplace(icloud::test::Channel::pipe());
+  told_.emplace(Channel::pipe());
   icloud::Launch launch{session_.root() / "sbin/launchd",
                         {"--home", session_.home(), "--scenario", story, "--begin-after", "items"},
                         {}};
@@ -36,12 +36,12 @@ void FreeUpSpaceTest::play(const std::string& scenario) {
 void FreeUpSpaceTest::startProgram() {
   program_.emplace(session_.start());
   driver_.emplace(session_.attend());
-  road::expectStarted(*driver_);
+  expectStarted(*driver_);
   told_->readUntil(" begin ");
 }
 
 Window FreeUpSpaceTest::openPanel() {
-  road::chooseInMenu(*driver_, "Free Up Space…");
+  chooseInMenu(*driver_, "Free Up Space…");
   return driver_->awaitWindow([](const Window& window) { return window.title == "Free Up Space"; });
 }
 
@@ -52,8 +52,8 @@ void FreeUpSpaceTest::pick(const fs::path& folder) {
 
 void FreeUpSpaceTest::expectQuestion(const std::string& name, int files, const std::string& size) {
   const std::string message = "Remove Downloads in " + name + "?";
-  road::awaitAlert(*driver_, message);
-  road::expectAlert(
+  awaitAlert(*driver_, message);
+  expectAlert(
       *driver_, message,
       std::to_string(files) + " files using " + size +
           " on this Mac will be removed from local storage. They stay in iCloud and download again "
@@ -63,13 +63,13 @@ void FreeUpSpaceTest::expectQuestion(const std::string& name, int files, const s
 
 void FreeUpSpaceTest::expectNothingToFree(const std::string& name) {
   const std::string message = "Nothing to Free in " + name;
-  road::awaitAlert(*driver_, message);
-  road::expectAlert(*driver_, message, "No downloaded iCloud files were found there.");
+  awaitAlert(*driver_, message);
+  expectAlert(*driver_, message, "No downloaded iCloud files were found there.");
 }
 
 void FreeUpSpaceTest::expectReport(const std::string& informative) {
-  road::awaitAlert(*driver_, "Freeing Up Space");
-  road::expectAlert(*driver_, "Freeing Up Space", informative);
+  awaitAlert(*driver_, "Freeing Up Space");
+  expectAlert(*driver_, "Freeing Up Space", informative);
 }
 
 void FreeUpSpaceTest::answer(const std::string& button) {
@@ -106,4 +106,4 @@ void FreeUpSpaceTest::beforeEviction(const std::string& script) const {
                                            itself.string() + "' \"$@\"");
 }
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 /// A session with a drive in it, the program before it, and a user who frees up space.
 class FreeUpSpaceTest : public testing::Test {
@@ -58,10 +58,10 @@ protected:
   void beforeEviction(const std::string& script) const;
 
   Session session_;
-  std::optional<icloud::test::Channel> told_; ///< what the daemon tells
+  std::optional<Channel> told_; ///< what the daemon tells
   std::optional<icloud::ChildProcess> supervisor_;
   std::optional<Program> program_;
   std::optional<icloud::UiDriver> driver_;
 };
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

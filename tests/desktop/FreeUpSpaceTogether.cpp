@@ -3,13 +3,13 @@
 #include "desktop/Calls.h"
 #include "desktop/FreeUpSpaceTest.h"
 #include "desktop/HeldFolders.h"
-#include "update/AtTheScreen.h"
+#include "harness/ui/ProgramUi.h"
 
 #include <csignal>
 
 #include <gmock/gmock.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -134,4 +134,4 @@ TEST_F(FreeUpSpaceEnds, inTheMiddleOfAnEviction) {
 }
 
 } // namespace
-} // namespace driftmark::desktop
+} // namespace driftmark::test

@@ -1,6 +1,7 @@
 #include "desktop/HeldFolders.h"
 
 #include "common/SystemFailure.h"
+#include "harness/BuiltFiles.h"
 #include "process/ChildProcess.h"
 #include "process/Pipe.h"
 
@@ -13,7 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 namespace {
 
@@ -39,7 +40,7 @@ std::string sanitizerOptions() {
 
 HeldFolders::HeldFolders(Session& session, const std::string& prefix)
     : reached_(makePipeAt(session.folder() / "reached")), go_(makePipeAt(session.folder() / "go")) {
-  session.setVariable("LD_PRELOAD", HOLD_FOLDERS);
+  session.setVariable("LD_PRELOAD", holdFoldersLibrary());
   session.setVariable("ASAN_OPTIONS", sanitizerOptions());
   session.setVariable("HOLD_PREFIX", prefix);
   session.setVariable("HOLD_REACHED", session.folder() / "reached");
@@ -74,4 +75,4 @@ void HeldFolders::letOneIn() {
     icloud::throwSystemFailure("cannot let anybody in");
 }
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 /// Folders that the programs of a session cannot walk into before the test lets them: those inside
 /// another one whose name begins so.
@@ -31,4 +31,4 @@ private:
   icloud::Descriptor go_;
 };
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

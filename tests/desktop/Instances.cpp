@@ -1,6 +1,7 @@
 // Several copies of the program: the newest remains.
 
 #include "desktop/Session.h"
+#include "harness/BuiltFiles.h"
 #include "process/Pipe.h"
 
 #include <array>
@@ -12,7 +13,7 @@
 #include <poll.h>
 #include <sys/wait.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -36,10 +37,10 @@ void copyProgram(const fs::path& from, const fs::path& to) {
 
 class Instances : public testing::Test {
 protected:
-  Instances() { session_.writeTool("/usr/bin/brctl", "exec " CHILD_TOOL " wait"); }
+  Instances() { session_.writeTool("/usr/bin/brctl", execChildTool("wait")); }
 
   /// Makes a bundle of the test's own identifier. The path of its executable.
-  fs::path bundle(const std::string& name, const fs::path& program = DRIFTMARK_PROGRAM) const {
+  fs::path bundle(const std::string& name, const fs::path& program = driftmarkProgram()) const {
     const fs::path contents = session_.folder() / name / "Contents";
     const fs::path executable = contents / "MacOS" / program.filename();
     fs::create_directories(executable.parent_path());
@@ -62,7 +63,7 @@ protected:
 
   /// Starts a stand-in that does not end when it is asked to.
   Program startStubborn() {
-    const fs::path tool = bundle("Stubborn.app", CHILD_TOOL);
+    const fs::path tool = bundle("Stubborn.app", childToolPath());
     Program stubborn = session_.start(
         "/bin/sh", {"-c", "exec '" + tool.string() + "' ignore-terminate print up wait >&2"});
     stubborn.log.readUntil("up");
@@ -187,4 +188,4 @@ TEST_F(Instances, somebodyElsesCopyIsSurvived) {
 }
 
 } // namespace
-} // namespace driftmark::desktop
+} // namespace driftmark::test

@@ -2,6 +2,7 @@
 
 #include "desktop/DesktopEntry.h"
 #include "desktop/Session.h"
+#include "harness/BuiltFiles.h"
 
 #include <fstream>
 #include <iterator>
@@ -10,7 +11,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -28,7 +29,7 @@ class LoginItem : public testing::Test {
 protected:
   Outcome run(const std::string& operation, const std::string& executable = "/opt/driftmark",
               std::optional<uid_t> user = std::nullopt) {
-    Program subject = session_.start(DESKTOP_SUBJECT, {"login-" + operation, executable}, user);
+    Program subject = session_.start(desktopSubject(), {"login-" + operation, executable}, user);
     Outcome outcome;
     outcome.text = subject.log.readToEnd();
     outcome.status = WEXITSTATUS(subject.process.wait());
@@ -73,7 +74,7 @@ class LoginItemPaths : public LoginItem, public testing::WithParamInterface<cons
 TEST_P(LoginItemPaths, startTheProgram) {
   const fs::path program = session_.folder() / GetParam();
   fs::create_directories(program.parent_path());
-  fs::copy_file(CHILD_TOOL, program);
+  fs::copy_file(childToolPath(), program);
   EXPECT_EQ(run("register", program).status, 0);
   EXPECT_EQ(status(), "enabled");
   const std::vector<std::string> command = DesktopEntry(entry_).command();
@@ -158,7 +159,7 @@ TEST_F(LoginItem, saysWhenItsFolderIsClosedAndKeepsTheEntry) {
 
 /// The program itself, by its menu.
 TEST_F(LoginItem, isSwitchedByTheMenu) {
-  session_.writeTool("/usr/bin/brctl", "exec " CHILD_TOOL " wait");
+  session_.writeTool("/usr/bin/brctl", execChildTool("wait"));
   Program program = session_.start();
   icloud::UiDriver driver = session_.attend();
   program.log.readUntil("brctl monitor -g started");
@@ -170,7 +171,7 @@ TEST_F(LoginItem, isSwitchedByTheMenu) {
   EXPECT_FALSE(isChecked());
   driver.choose(entry);
   program.log.readUntil("Driftmark: launch at login enabled\n");
-  EXPECT_THAT(DesktopEntry(entry_).command(), ElementsAre(DRIFTMARK_PROGRAM));
+  EXPECT_THAT(DesktopEntry(entry_).command(), ElementsAre(driftmarkProgram()));
 
   EXPECT_TRUE(isChecked());
   driver.choose(entry);
@@ -185,4 +186,4 @@ TEST_F(LoginItem, isSwitchedByTheMenu) {
 }
 
 } // namespace
-} // namespace driftmark::desktop
+} // namespace driftmark::test

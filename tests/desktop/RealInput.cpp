@@ -8,7 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 namespace {
 
 using icloud::Window;
@@ -146,4 +146,4 @@ TEST_F(RealInput, theShortcutsOfAClosedMenuDoNot) {
 }
 
 } // namespace
-} // namespace driftmark::desktop
+} // namespace driftmark::test

@@ -11,7 +11,7 @@
 #include <QEventLoop>
 #include <QTimer>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 namespace {
 
@@ -221,4 +221,4 @@ void ScreenReader::act(const Accessible& item, const std::string& action) const 
        {static_cast<int>(found - names.begin())});
 }
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

@@ -13,7 +13,7 @@
 
 #include <sys/types.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 /// Something on the screen as a screen reader is told of it, and what is in it.
 struct Accessible {
@@ -70,4 +70,4 @@ private:
   QDBusConnection bus_;
 };
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

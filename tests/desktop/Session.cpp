@@ -1,6 +1,7 @@
 #include "desktop/Session.h"
 
 #include "common/SystemFailure.h"
+#include "harness/BuiltFiles.h"
 #include "process/ChildProcess.h"
 
 #include <fstream>
@@ -8,7 +9,7 @@
 
 #include <unistd.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 namespace fs = std::filesystem;
 
@@ -67,7 +68,7 @@ SessionBus& Session::openBus() {
 }
 
 void Session::installTools() const {
-  fs::copy(ICLOUD_TOOLS, root(), fs::copy_options::recursive);
+  fs::copy(simulatedTools(), root(), fs::copy_options::recursive);
 }
 
 void Session::writeTool(const std::string& path, const std::string& script) const {
@@ -88,7 +89,7 @@ void Session::giveTo(uid_t user) const {
 
 Program Session::start(const fs::path& executable, std::vector<std::string> arguments,
                        std::optional<uid_t> user) {
-  icloud::test::Channel log = icloud::test::Channel::pipe();
+  Channel log = Channel::pipe();
   icloud::Launch launch{executable, std::move(arguments), variables_};
   if (user) {
     const std::string number = std::to_string(*user);
@@ -120,4 +121,4 @@ std::vector<std::string> Session::leftRunning(std::vector<pid_t> others) const {
   return names;
 }
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

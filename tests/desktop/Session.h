@@ -2,8 +2,9 @@
 
 #include "desktop/Display.h"
 #include "desktop/SessionBus.h"
-#include "e2e/Channel.h"
-#include "e2e/TemporaryFolder.h"
+#include "harness/BuiltFiles.h"
+#include "harness/Channel.h"
+#include "harness/TemporaryFolder.h"
 #include "process/ChildProcess.h"
 #include "uidriver/DriverListener.h"
 
@@ -12,12 +13,12 @@
 #include <string>
 #include <vector>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 /// A program that runs, and what it writes on standard error.
 struct Program {
   icloud::ChildProcess process;
-  icloud::test::Channel log;
+  Channel log;
 };
 
 /// A user's session of its own in a temporary folder: a home, a system root, a seat before the
@@ -49,7 +50,7 @@ public:
   void giveTo(uid_t user) const;
 
   /// Starts a program, as the user of that number where one is given.
-  Program start(const std::filesystem::path& executable = DRIFTMARK_PROGRAM,
+  Program start(const std::filesystem::path& executable = driftmarkProgram(),
                 std::vector<std::string> arguments = {}, std::optional<uid_t> user = std::nullopt);
 
   /// Waits for the user before the next program.
@@ -63,7 +64,7 @@ public:
   std::vector<std::string> leftRunning(std::vector<pid_t> others = {}) const;
 
 private:
-  icloud::test::TemporaryFolder folder_;
+  TemporaryFolder folder_;
   icloud::DriverListener driverListener_;
   SessionBus::Variables variables_;
   std::optional<Display> display_;
@@ -73,4 +74,4 @@ private:
 /// The user that stands for anybody else.
 constexpr uid_t somebodyElse = 65534;
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

@@ -5,7 +5,7 @@
 
 #include <fcntl.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 namespace fs = std::filesystem;
 
@@ -37,7 +37,7 @@ fs::path writeConfiguration(const fs::path& folder) {
 }
 
 icloud::Launch daemon(const fs::path& folder, SessionBus::Variables variables,
-                      const icloud::test::Channel& output, int null) {
+                      const Channel& output, int null) {
   variables["GSETTINGS_BACKEND"] =
       "memory"; // what services are told to keep, they keep to themselves
   icloud::Launch launch{
@@ -73,4 +73,4 @@ void SessionBus::close() {
     daemon_.end(patience);
 }
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

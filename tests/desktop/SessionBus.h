@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/Descriptor.h"
-#include "e2e/Channel.h"
+#include "harness/Channel.h"
 #include "process/ChildProcess.h"
 
 #include <filesystem>
@@ -11,7 +11,7 @@
 
 #include <QDBusConnection>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 
 /// A session's message bus of its own. It starts no service but that of accessibility.
 class SessionBus {
@@ -35,11 +35,11 @@ public:
   void close();
 
 private:
-  icloud::test::Channel output_ = icloud::test::Channel::pipe();
+  Channel output_ = Channel::pipe();
   icloud::Descriptor null_;
   icloud::ChildProcess daemon_;
   std::string address_;
   QDBusConnection connection_;
 };
 
-} // namespace driftmark::desktop
+} // namespace driftmark::test

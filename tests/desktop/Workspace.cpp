@@ -4,11 +4,12 @@
 #include "desktop/Calls.h"
 #include "desktop/FileManager.h"
 #include "desktop/Session.h"
+#include "harness/BuiltFiles.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace driftmark::desktop {
+namespace driftmark::test {
 namespace {
 
 using icloud::Window;
@@ -20,7 +21,7 @@ protected:
   Workspace() { session_.writeTool("/usr/bin/xdg-open", opened_.script()); }
 
   Program reveal(const std::string& path) {
-    return session_.start(DESKTOP_SUBJECT, {"reveal", path});
+    return session_.start(desktopSubject(), {"reveal", path});
   }
 
   Session session_;
@@ -41,7 +42,7 @@ TEST_P(NamesInTheWorkspace, areShownByTheFileManager) {
 }
 
 TEST_P(NamesInTheWorkspace, areOpenedAsTheyAre) {
-  const Program program = session_.start(DESKTOP_SUBJECT, {"open", GetParam().path});
+  const Program program = session_.start(desktopSubject(), {"open", GetParam().path});
   EXPECT_THAT(opened_.next(), ElementsAre(GetParam().path));
 }
 
@@ -117,4 +118,4 @@ TEST_F(WorkspaceOfTheProgram, isAskedByTheMenu) {
 }
 
 } // namespace
-} // namespace driftmark::desktop
+} // namespace driftmark::test

@@ -104,7 +104,7 @@ TEST(Bird, rootPathMayExceedSocketAddressLength) {
   const auto longRoot = folder.path() / std::string(150, 'x') / std::string(150, 'y');
   std::filesystem::create_directories(longRoot);
   const SystemRoot root(longRoot / "root");
-  std::filesystem::copy(ICLOUD_TOOLS, root.path(), std::filesystem::copy_options::recursive);
+  std::filesystem::copy(simulatedTools(), root.path(), std::filesystem::copy_options::recursive);
   const auto scenario = folder.write("a.scenario", "quota 77\nat 60s end\n");
   Tool bird(root.bird(), {"--home", folder.path() / "home", "--scenario", scenario},
             Channel::pipe());
@@ -134,7 +134,7 @@ TEST(Bird, invalidCommandLineShowsUsage) {
 
 TEST(Bird, everyShippedScenarioIsValid) {
   const SimulatedSystem system;
-  for (const auto& entry : std::filesystem::directory_iterator(ICLOUD_SCENARIOS)) {
+  for (const auto& entry : std::filesystem::directory_iterator(sourceFile("simulator/scenarios"))) {
     const Finished bird = runToEnd({system.sandbox().root().bird(), {"--check", entry.path()}, {}});
     EXPECT_EQ(bird.exitStatus, 0) << bird.error;
   }

@@ -42,7 +42,7 @@ protected:
                                        "--scenario", folder_.write("test.scenario", scenario),
                                        "--out",      folder_.path() / "out"};
     arguments.insert(arguments.end(), options.begin(), options.end());
-    return {ICLOUD_DEMO, arguments, {{"TMPDIR", sandboxes()}}};
+    return {demoProgram(), arguments, {{"TMPDIR", sandboxes()}}};
   }
 
   void expectNoSandboxLeft() const { EXPECT_TRUE(std::filesystem::is_empty(sandboxes())); }
@@ -215,20 +215,19 @@ TEST_F(DemoTest, invalidCommandLineShowsUsage) {
   const std::vector<std::vector<std::string>> commands{
       {}, {"--program"}, {"--timeout", "soon"}, {"--dance"}};
   for (const auto& command : commands) {
-    const Finished demo = runToEnd({ICLOUD_DEMO, command, {}});
+    const Finished demo = runToEnd({demoProgram(), command, {}});
     EXPECT_EQ(demo.exitStatus, EX_USAGE);
     EXPECT_THAT(demo.error, HasSubstr("usage: icloud-demo"));
   }
 }
 
-#ifdef DRIFTMARK
 class DemoUserTest : public DemoTest {
 protected:
   Finished play(const std::string& steps, std::vector<std::string> options = {},
                 const std::string& initialState = "") const {
     Launch launch =
         demoLaunch("", initialState + "at 300ms end\nallow \"*\"\n" + steps, std::move(options));
-    launch.arguments[1] = DRIFTMARK;
+    launch.arguments[1] = driftmarkProgram();
     return runToEnd(launch);
   }
 };
@@ -301,7 +300,6 @@ TEST_F(DemoUserTest, userTimeoutIsADeviation) {
   EXPECT_THAT(demo.output, HasSubstr("timed out: line 3 of the scenario, user awaits \"snow\"\n"));
   expectNoSandboxLeft();
 }
-#endif
 
 } // namespace
 } // namespace icloud::test

@@ -6,6 +6,7 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <fstream>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

@@ -1,6 +1,7 @@
 #include "SimulatedSystem.h"
 
 #include <csignal>
+#include <fstream>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

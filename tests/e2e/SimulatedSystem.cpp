@@ -1,8 +1,9 @@
 #include "SimulatedSystem.h"
 
+#include "harness/Waiting.h"
+
 #include <csignal>
 
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace icloud::test {
@@ -49,7 +50,7 @@ std::vector<std::string> SimulatedSystem::birdArguments() const {
 
 void SimulatedSystem::killBird() {
   bird_->process().signal(SIGKILL);
-  bird_->process().wait();
+  driftmark::test::awaitExit(bird_->process());
 }
 
 void SimulatedSystem::resume() {
@@ -65,20 +66,6 @@ Tool SimulatedSystem::brctl(std::vector<std::string> arguments, Channel channel)
 
 Finished SimulatedSystem::runBrctl(std::vector<std::string> arguments) const {
   return runToEnd({sandbox_.root().brctl(), std::move(arguments), {}});
-}
-
-Finished runToEnd(Launch launch) {
-  Channel output = Channel::pipe();
-  Channel error = Channel::pipe();
-  launch.output = output.childEnd();
-  launch.error = error.childEnd();
-  ChildProcess process(launch);
-  Finished finished;
-  finished.output = output.readToEnd();
-  finished.error = error.readToEnd();
-  const int status = process.wait();
-  finished.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return finished;
 }
 
 Finished runWithoutPrivileges(const std::filesystem::path& program,

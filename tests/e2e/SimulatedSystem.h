@@ -1,8 +1,10 @@
 #pragma once
 
-#include "Channel.h"
-#include "TemporaryFolder.h"
 #include "demo/Sandbox.h"
+#include "harness/BuiltFiles.h"
+#include "harness/Channel.h"
+#include "harness/RunToEnd.h"
+#include "harness/TemporaryFolder.h"
 #include "process/ChildProcess.h"
 
 #include <optional>
@@ -11,14 +13,17 @@
 
 namespace icloud::test {
 
-/// What a tool that ran to its end left behind.
-struct Finished {
-  int exitStatus = -1; ///< -1 when a signal ended it
-  std::string output;
-  std::string error;
-};
+using driftmark::test::Channel;
+using driftmark::test::contentsOf;
+using driftmark::test::demoProgram;
+using driftmark::test::driftmarkProgram;
+using driftmark::test::Finished;
+using driftmark::test::runToEnd;
+using driftmark::test::simulatedTools;
+using driftmark::test::sourceFile;
+using driftmark::test::TemporaryFolder;
 
-/// A program whose output, standard error included, goes into a channel.
+/// A running program whose output and standard error go into a channel.
 class Tool {
 public:
   Tool(const std::filesystem::path& program, std::vector<std::string> arguments, Channel channel);
@@ -34,19 +39,19 @@ private:
 /// A system root, a home, and a daemon once `play` was called.
 class SimulatedSystem {
 public:
-  SimulatedSystem() : sandbox_(ICLOUD_TOOLS) {}
+  SimulatedSystem() : sandbox_(simulatedTools()) {}
 
-  /// Starts the daemon with a scenario and waits until it serves. The story begins after the
+  /// Starts the daemon with a scenario and waits until it is ready. The scenario begins after the
   /// requests of `beginAfter`.
   void play(const std::string& scenario, const std::string& beginAfter = "items");
 
-  /// The same with a daemon that is started again whenever it ends; `bird` is its supervisor then.
+  /// The same with a daemon that is restarted whenever it ends; `bird` is its supervisor then.
   void playSupervised(const std::string& scenario, const std::string& beginAfter = "items");
 
-  /// Kills the daemon, so that it can do nothing more.
+  /// Kills the daemon.
   void killBird();
 
-  /// Starts a daemon that goes on where the one before came to, with the same scenario.
+  /// Starts a daemon that continues the scenario where the killed one stopped.
   void resume();
 
   Tool& bird() { return *bird_; }
@@ -55,7 +60,7 @@ public:
   /// Starts `brctl`.
   Tool brctl(std::vector<std::string> arguments, Channel channel) const;
 
-  /// Runs `brctl` on pipes to its end.
+  /// Runs `brctl` to its end.
   Finished runBrctl(std::vector<std::string> arguments) const;
 
 private:
@@ -68,11 +73,7 @@ private:
   std::optional<Tool> bird_;
 };
 
-/// Runs a program on pipes to its end.
-Finished runToEnd(Launch launch);
-
-/// The same for a program that is not let into what its owner has forbidden himself, as one that is
-/// not run by root.
+/// Runs a program to its end without the right to ignore file modes, which root has.
 Finished runWithoutPrivileges(const std::filesystem::path& program,
                               std::vector<std::string> arguments);
 

@@ -1,6 +1,6 @@
 #include "TestBundle.h"
 
-#include "TemporaryFolder.h"
+#include "harness/TemporaryFolder.h"
 
 #include <algorithm>
 #include <fstream>
@@ -8,6 +8,8 @@
 #include <vector>
 
 namespace icloud::test {
+
+using driftmark::test::contentsOf;
 namespace fs = std::filesystem;
 
 void writeFile(const fs::path& path, const std::string& text) {

@@ -1,7 +1,7 @@
 #include "platform/linux/dialogs/AboutPanel.h"
 
-#include "EventLoop.h"
 #include "Input.h"
+#include "harness/qt/EventLoop.h"
 
 #include <string>
 #include <vector>

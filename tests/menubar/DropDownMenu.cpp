@@ -1,8 +1,8 @@
 // What the status item drops down.
 
-#include "EventLoop.h"
 #include "Input.h"
 #include "Items.h"
+#include "harness/qt/EventLoop.h"
 #include "platform/linux/menubar/DisplayText.h"
 #include "platform/linux/menubar/LinuxStatusItem.h"
 

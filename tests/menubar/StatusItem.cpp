@@ -1,8 +1,8 @@
 // What stands in the menu bar.
 
-#include "EventLoop.h"
 #include "Input.h"
 #include "Items.h"
+#include "harness/qt/EventLoop.h"
 #include "platform/linux/menubar/LinuxStatusItem.h"
 
 #include <set>

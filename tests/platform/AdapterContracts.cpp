@@ -1,10 +1,11 @@
 // The real adapters keep the contracts of their ports.
 
 #include "CloudDrive.h"
-#include "EventLoop.h"
 #include "ScopedVariable.h"
 #include "StandardErrorCapture.h"
-#include "TemporaryFolder.h"
+#include "harness/BuiltFiles.h"
+#include "harness/TemporaryFolder.h"
+#include "harness/qt/EventLoop.h"
 #include "https/HttpsServer.h"
 #include "platform/linux/desktop/LinuxBundle.h"
 #include "platform/linux/desktop/LinuxFileSystem.h"
@@ -98,7 +99,9 @@ public:
   ChildProcesses& childProcesses() override { return children_; }
   bool runUntil(const std::function<bool()>& done) override { return pollUntil(done); }
   void async(std::function<void()> task) override { mainQueue_.async(std::move(task)); }
-  ToolCommand tool(const std::vector<std::string>& steps) override { return {CHILD_TOOL, steps}; }
+  ToolCommand tool(const std::vector<std::string>& steps) override {
+    return {childToolPath(), steps};
+  }
   ToolCommand missingTool() override { return {folder_.path("missing"), {}}; }
   ToolCommand forbiddenTool() override { return {folder_.path("forbidden"), {}}; }
 

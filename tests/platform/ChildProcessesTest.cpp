@@ -1,6 +1,6 @@
 #include "ChildProcessesTest.h"
 
-#include "EventLoop.h"
+#include "harness/qt/EventLoop.h"
 
 #include <utility>
 #include <variant>

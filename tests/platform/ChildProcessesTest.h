@@ -1,5 +1,6 @@
 #pragma once
 
+#include "harness/BuiltFiles.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 
@@ -29,7 +30,7 @@ protected:
   using Tool = std::shared_ptr<SpawnedTool>;
 
   /// The helper tool with these steps.
-  static ToolCommand childTool(Steps steps) { return {CHILD_TOOL, std::move(steps)}; }
+  static ToolCommand childTool(Steps steps) { return {childToolPath(), std::move(steps)}; }
 
   /// Spawns the helper tool and keeps its output.
   Tool spawn(const Steps& steps);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TemporaryFolder.h"
+#include "harness/TemporaryFolder.h"
 #include "platform/linux/desktop/LinuxCloudFiles.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/posix/children/PosixChildProcesses.h"

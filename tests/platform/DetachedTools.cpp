@@ -1,9 +1,9 @@
 // Tools that are started and let go of.
 
 #include "ChildProcessesTest.h"
-#include "EventLoop.h"
-#include "Orphans.h"
-#include "TemporaryFolder.h"
+#include "harness/Orphans.h"
+#include "harness/TemporaryFolder.h"
+#include "harness/qt/EventLoop.h"
 
 #include <csignal>
 #include <filesystem>

@@ -1,9 +1,10 @@
 // The program as a process: what it says, how it ends, and what it leaves behind.
 
-#include "Orphans.h"
-#include "RunningProgram.h"
 #include "ScopedVariable.h"
-#include "TemporaryFolder.h"
+#include "harness/BuiltFiles.h"
+#include "harness/Orphans.h"
+#include "harness/RunningProgram.h"
+#include "harness/TemporaryFolder.h"
 
 #include <csignal>
 #include <fstream>
@@ -29,7 +30,7 @@ protected:
   /// Gives the system root a `brctl` that runs these shell commands.
   void setBrctl(const std::string& commands) { root_.writeScript("usr/bin/brctl", commands); }
 
-  void start(const std::string& executable = DRIFTMARK_PROGRAM) {
+  void start(const std::string& executable = driftmarkProgram()) {
     const ScopedVariable root("DRIFTMARK_SYSTEM_ROOT", rootVariable_);
     const ScopedVariable home("HOME", root_.path("home"));
     const ScopedVariable configuration("XDG_CONFIG_HOME", std::nullopt);
@@ -49,7 +50,7 @@ protected:
   std::optional<RunningProgram> program_;
 };
 
-constexpr const char* waitForever = "exec " CHILD_TOOL " wait";
+const std::string waitForever = execChildTool("wait");
 
 TEST_F(DriftmarkProgram, logsItsStateAndItsMonitorsFirst) {
   setBrctl(waitForever);
@@ -75,7 +76,7 @@ TEST_F(DriftmarkProgram, endsInOrderOnEitherSignalAndLeavesNoChild) {
 }
 
 TEST_F(DriftmarkProgram, killsToolsThatIgnoreItsEnd) {
-  setBrctl("exec " CHILD_TOOL " ignore-terminate print ready wait");
+  setBrctl(execChildTool("ignore-terminate print ready wait"));
   start();
   ASSERT_TRUE(says("brctl monitor -g started"));
   send(SIGTERM);
@@ -85,7 +86,7 @@ TEST_F(DriftmarkProgram, killsToolsThatIgnoreItsEnd) {
 }
 
 TEST_F(DriftmarkProgram, endsWhileAToolFloodsIt) {
-  setBrctl("exec " CHILD_TOOL " flood-forever");
+  setBrctl(execChildTool("flood-forever"));
   start();
   ASSERT_TRUE(says("brctl monitor -g started"));
   send(SIGTERM);
@@ -94,9 +95,9 @@ TEST_F(DriftmarkProgram, endsWhileAToolFloodsIt) {
 }
 
 TEST_F(DriftmarkProgram, logsChangesOfItsState) {
-  setBrctl("case \"$*\" in *CloudDocs) exec " CHILD_TOOL
-           " print ' o /com~apple~CloudDocs/a.txt \u2191 45%\n' wait;; esac\n"
-           "exec " CHILD_TOOL " wait");
+  setBrctl("case \"$*\" in *CloudDocs) exec " + childToolPath() +
+           " print ' o /com~apple~CloudDocs/a.txt \u2191 45%\n' wait;; esac\n" +
+           execChildTool("wait"));
   start();
   EXPECT_TRUE(says("Driftmark: uploading a.txt\nDriftmark: state -> uploading\n")) << errors();
   send(SIGTERM);
@@ -125,9 +126,9 @@ TEST_F(DriftmarkProgram, goesOnWithoutABrctl) {
 
 TEST_F(DriftmarkProgram, fillsTheStandardDescriptorsThatItWasStartedWithout) {
   const std::string started = root_.makeFifo("started");
-  setBrctl("echo > '" + started + "'\nexec " CHILD_TOOL " wait");
+  setBrctl("echo > '" + started + "'\nexec " + childToolPath() + " wait");
   const std::string wrapper = root_.path("wrapper");
-  root_.writeScript("wrapper", "exec " DRIFTMARK_PROGRAM " 0<&- 1>&- 2>&-");
+  root_.writeScript("wrapper", "exec " + driftmarkProgram() + " 0<&- 1>&- 2>&-");
   start(wrapper);
   std::ifstream(started).get();
   for (const char* const descriptor : {"0", "1", "2"})

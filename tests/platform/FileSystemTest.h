@@ -1,11 +1,9 @@
 #pragma once
 
-#include "TemporaryFolder.h"
+#include "harness/TemporaryFolder.h"
 #include "platform/linux/desktop/LinuxFileSystem.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,15 +13,10 @@
 
 namespace driftmark::test {
 
-/// The real file system, with a folder to work in.
+/// The real file system and a folder to use it in.
 class FileSystemTest : public testing::Test {
 protected:
   std::string in(const std::string& name) const { return folder_.path(name); }
-
-  static std::string contentsOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
 
   static std::vector<std::string> namesIn(const std::string& folder) {
     std::vector<std::string> names;
@@ -32,7 +25,7 @@ protected:
     return names;
   }
 
-  /// The words of an error; empty when there is none.
+  /// The description of an error; empty when there is none.
   static std::string words(const std::optional<PlatformError>& error) {
     return error ? error->description : "";
   }

@@ -1,9 +1,9 @@
 // Children that write more, or faster, than the main thread reads.
 
 #include "ChildProcessesTest.h"
-#include "EventLoop.h"
 #include "FloodPattern.h"
-#include "TemporaryFolder.h"
+#include "harness/TemporaryFolder.h"
+#include "harness/qt/EventLoop.h"
 
 #include <algorithm>
 #include <array>

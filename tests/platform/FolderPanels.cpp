@@ -1,8 +1,8 @@
 // The panel in which a folder is chosen, as a user sees and uses it.
 
-#include "EventLoop.h"
 #include "ScopedVariable.h"
-#include "TemporaryFolder.h"
+#include "harness/TemporaryFolder.h"
+#include "harness/qt/EventLoop.h"
 #include "platform/linux/desktop/LinuxBundle.h"
 #include "platform/linux/dialogs/LinuxDialogs.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
@@ -182,7 +182,7 @@ TEST_F(FolderPanels, chooseAtOnceMeansTheFolderItOpenedAt) {
 }
 
 TEST_F(FolderPanels, slashAtTheEndIsTakenAway) {
-  EXPECT_EQ(show(folder_.path() + "/", choose), folder_.path());
+  EXPECT_EQ(show(folder_.path().string() + "/", choose), folder_.path());
 }
 
 TEST_F(FolderPanels, folderOfTheListCanBeChosen) {

@@ -1,7 +1,7 @@
 // A child that says nothing costs nothing.
 
 #include "ChildProcessesTest.h"
-#include "EventLoop.h"
+#include "harness/qt/EventLoop.h"
 
 #include <filesystem>
 #include <fstream>

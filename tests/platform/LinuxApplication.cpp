@@ -1,6 +1,6 @@
 #include "platform/linux/runloop/LinuxApplication.h"
 
-#include "EventLoop.h"
+#include "harness/qt/EventLoop.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 
 #include <functional>

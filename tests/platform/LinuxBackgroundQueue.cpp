@@ -1,6 +1,6 @@
 #include "platform/linux/runloop/LinuxBackgroundQueue.h"
 
-#include "EventLoop.h"
+#include "harness/qt/EventLoop.h"
 
 #include <atomic>
 #include <condition_variable>

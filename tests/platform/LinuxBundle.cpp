@@ -2,7 +2,7 @@
 
 #include "platform/linux/desktop/LinuxBundle.h"
 
-#include "TemporaryFolder.h"
+#include "harness/TemporaryFolder.h"
 #include "platform/linux/desktop/PropertyList.h"
 
 #include <filesystem>

@@ -3,8 +3,9 @@
 #include "platform/linux/desktop/LinuxCloudFiles.h"
 
 #include "CloudDrive.h"
-#include "EventLoop.h"
 #include "OrdinaryUser.h"
+#include "harness/BuiltFiles.h"
+#include "harness/qt/EventLoop.h"
 
 #include <filesystem>
 #include <string>
@@ -168,7 +169,7 @@ TEST_F(LinuxCloudFilesTest, noEvictionBeginsAndNoneFailsAnyMore) {
 
 TEST_F(LinuxCloudFilesTest, evictionUnderWayEndsWithTheChildrenAndDoesNotFail) {
   const std::string started = drive_.path("started");
-  drive_.setBrctl(": > '" + started + "'; exec " CHILD_TOOL " wait");
+  drive_.setBrctl(": > '" + started + "'; exec " + childToolPath() + " wait");
   std::string why = "still running";
   std::thread thread([&] { why = failure("/drive/file"); });
   EXPECT_TRUE(pollUntil([&] { return fs::exists(started); }));

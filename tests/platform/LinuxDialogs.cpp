@@ -2,7 +2,7 @@
 
 #include "platform/linux/dialogs/LinuxDialogs.h"
 
-#include "EventLoop.h"
+#include "harness/qt/EventLoop.h"
 #include "platform/linux/desktop/LinuxBundle.h"
 #include "platform/linux/dialogs/AlertDialog.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"

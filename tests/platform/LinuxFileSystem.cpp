@@ -43,7 +43,7 @@ TEST_F(SystemRootFiles, applicationsLieBelowTheSystemRoot) {
 }
 
 TEST_F(SystemRootFiles, otherPathsAreReal) {
-  const LinuxFileSystem files(folder_.path() + "/");
+  const LinuxFileSystem files(folder_.path().string() + "/");
   fs::create_directories(in("Applications2"));
   fs::create_directories(in("usr"));
   EXPECT_FALSE(files.fileExists("/Applications2"));
@@ -60,7 +60,7 @@ TEST_F(SystemRootFiles, rootItselfIsNoSystemRoot) {
 
 class TemporaryFiles : public FileSystemTest {
 protected:
-  ScopedVariable variable_{"TMPDIR", folder_.path() + "/"};
+  ScopedVariable variable_{"TMPDIR", folder_.path().string() + "/"};
   std::string usual_ = in("driftmark-" + std::to_string(geteuid()));
 };
 

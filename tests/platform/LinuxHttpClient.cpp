@@ -2,9 +2,9 @@
 
 #include "platform/linux/network/LinuxHttpClient.h"
 
-#include "EventLoop.h"
 #include "ScopedVariable.h"
-#include "TemporaryFolder.h"
+#include "harness/TemporaryFolder.h"
+#include "harness/qt/EventLoop.h"
 #include "https/HttpsServer.h"
 #include "platform/linux/desktop/LinuxFileSystem.h"
 

@@ -1,6 +1,6 @@
 // What the main queue on Qt's event loop promises beyond the contract of its port.
 
-#include "EventLoop.h"
+#include "harness/qt/EventLoop.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 
 #include <chrono>

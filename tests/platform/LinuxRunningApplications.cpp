@@ -1,6 +1,7 @@
 #include "platform/linux/desktop/LinuxRunningApplications.h"
 
-#include "TemporaryFolder.h"
+#include "harness/BuiltFiles.h"
+#include "harness/TemporaryFolder.h"
 #include "platform/posix/FileDescriptor.h"
 #include "platform/posix/SystemCalls.h"
 #include "platform/posix/children/LaunchTool.h"
@@ -84,7 +85,7 @@ protected:
                                               bundleIdentifier + "</string></dict></plist>\n");
     const std::string executable = folder.path(contents + "MacOS/Driftmark");
     std::filesystem::create_directories(std::filesystem::path(executable).parent_path());
-    std::filesystem::copy_file(CHILD_TOOL, executable);
+    std::filesystem::copy_file(childToolPath(), executable);
     return executable;
   }
 

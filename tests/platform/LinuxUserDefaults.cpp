@@ -3,7 +3,7 @@
 #include "platform/linux/desktop/LinuxUserDefaults.h"
 
 #include "ScopedVariable.h"
-#include "TemporaryFolder.h"
+#include "harness/TemporaryFolder.h"
 #include "support/TestSystemLog.h"
 
 #include <filesystem>

@@ -1,11 +1,12 @@
-#include "EventLoop.h"
 #include "FileSystemTest.h"
 #include "OrdinaryUser.h"
-#include "Orphans.h"
-#include "OtherVolume.h"
+#include "harness/Orphans.h"
+#include "harness/OtherVolume.h"
+#include "harness/qt/EventLoop.h"
 #include "platform/posix/files/FileItems.h"
 
 #include <array>
+#include <fstream>
 #include <string>
 
 #include <fcntl.h>

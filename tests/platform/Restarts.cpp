@@ -2,7 +2,7 @@
 
 #include "ChildProcessesTest.h"
 #include "Descriptors.h"
-#include "EventLoop.h"
+#include "harness/qt/EventLoop.h"
 
 #include <string>
 

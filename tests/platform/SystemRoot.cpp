@@ -1,6 +1,6 @@
 #include "platform/linux/SystemRoot.h"
 
-#include "TemporaryFolder.h"
+#include "harness/TemporaryFolder.h"
 #include "support/TestEnvironment.h"
 
 #include <filesystem>

@@ -1,9 +1,10 @@
 // What a child on a terminal finds around it, and how its output and its end arrive.
 
 #include "ChildProcessesTest.h"
-#include "EventLoop.h"
 #include "ScopedVariable.h"
-#include "TemporaryFolder.h"
+#include "harness/BuiltFiles.h"
+#include "harness/TemporaryFolder.h"
+#include "harness/qt/EventLoop.h"
 
 #include <algorithm>
 #include <csignal>
@@ -78,8 +79,8 @@ TEST_F(TerminalChildren, noDescriptorIsInheritedBeyondTheStandardOnes) {
 TEST_F(TerminalChildren, toolsAreLookedForBelowTheSystemRoot) {
   const TemporaryFolder root;
   std::filesystem::create_directories(root.path("usr/bin"));
-  std::filesystem::create_symlink(CHILD_TOOL, root.path("usr/bin/tool"));
-  for (const std::string& path : {root.path(), root.path() + "/"}) {
+  std::filesystem::create_symlink(childToolPath(), root.path("usr/bin/tool"));
+  for (const std::string& path : {root.path().string(), root.path().string() + "/"}) {
     PosixChildProcesses below(mainQueue_, path);
     const auto result =
         below.prepare({"/usr/bin/tool", {"print", "found"}}, ToolOutput::capture)->run();

@@ -1,8 +1,8 @@
 // Tools that are run to their end on a thread of the caller's.
 
 #include "ChildProcessesTest.h"
-#include "EventLoop.h"
-#include "Orphans.h"
+#include "harness/Orphans.h"
+#include "harness/qt/EventLoop.h"
 
 #include <csignal>
 #include <filesystem>

@@ -1,7 +1,7 @@
 #include "FileSystemTest.h"
 #include "OrdinaryUser.h"
-#include "OtherVolume.h"
 #include "ScopedVariable.h"
+#include "harness/OtherVolume.h"
 
 #include <string>
 

@@ -27,63 +27,63 @@ protected:
 };
 
 TEST_F(Replay, CountsTheEventsOfAPerItemCaptureAndPrintsTheModel) {
-  const ReplayResult result = here.run({fixture("story.txt")});
-  EXPECT_EQ(result.output, contentOf(fixture("story.report.txt")));
-  EXPECT_THAT(result.errors, IsEmpty());
-  EXPECT_EQ(result.status, 0);
+  const Finished result = here.run({fixture("story.txt")});
+  EXPECT_EQ(result.output, contentsOf(fixture("story.report.txt")));
+  EXPECT_THAT(result.error, IsEmpty());
+  EXPECT_EQ(result.exitStatus, 0);
 }
 
 TEST_F(Replay, ReadsACaptureOfTheGlobalMonitor) {
-  const ReplayResult result = here.run({fixture("global.txt")});
-  EXPECT_EQ(result.output, contentOf(fixture("global.report.txt")));
-  EXPECT_EQ(result.status, 0);
+  const Finished result = here.run({fixture("global.txt")});
+  EXPECT_EQ(result.output, contentsOf(fixture("global.report.txt")));
+  EXPECT_EQ(result.exitStatus, 0);
 }
 
 TEST_F(Replay, TakesLineEndsOfEitherKind) {
-  std::string text = contentOf(fixture("story.txt"));
+  std::string text = contentsOf(fixture("story.txt"));
   std::erase(text, '\r');
   here.write("story.txt", text);
-  EXPECT_EQ(here.run({"story.txt"}).output, contentOf(fixture("story.report.txt")));
+  EXPECT_EQ(here.run({"story.txt"}).output, contentsOf(fixture("story.report.txt")));
 }
 
 TEST_F(Replay, TakesFileNamesWithSpacesQuotesAndOddBeginnings) {
-  const std::string text = contentOf(fixture("story.txt"));
+  const std::string text = contentsOf(fixture("story.txt"));
   for (const std::string name :
        {"my 'capture' \"$HOME\" `x`.txt", "line\nend", "-i", "été 📷.txt"}) {
     here.write(name, text);
-    const ReplayResult result = here.run({name});
-    EXPECT_EQ(result.output, contentOf(fixture("story.report.txt"))) << name;
-    EXPECT_EQ(result.status, 0) << name;
+    const Finished result = here.run({name});
+    EXPECT_EQ(result.output, contentsOf(fixture("story.report.txt"))) << name;
+    EXPECT_EQ(result.exitStatus, 0) << name;
   }
 }
 
 TEST_F(Replay, TakesAFileNamedLikeAnOptionAfterTwoDashes) {
-  here.write("--log", contentOf(fixture("global.txt")));
-  const ReplayResult result = here.run({"--", "--log"});
-  EXPECT_EQ(result.output, contentOf(fixture("global.report.txt")));
-  EXPECT_THAT(result.errors, IsEmpty());
+  here.write("--log", contentsOf(fixture("global.txt")));
+  const Finished result = here.run({"--", "--log"});
+  EXPECT_EQ(result.output, contentsOf(fixture("global.report.txt")));
+  EXPECT_THAT(result.error, IsEmpty());
 }
 
 TEST_F(Replay, FollowsALinkToACapture) {
   std::filesystem::create_symlink(fixture("story.txt"), here.folder() / "link");
-  EXPECT_EQ(here.run({"link"}).output, contentOf(fixture("story.report.txt")));
+  EXPECT_EQ(here.run({"link"}).output, contentsOf(fixture("story.report.txt")));
 }
 
 TEST_F(Replay, AnEmptyCaptureGivesZeros) {
   here.write("empty.txt", "");
-  const ReplayResult result = here.run({"empty.txt"});
+  const Finished result = here.run({"empty.txt"});
   EXPECT_THAT(result.output, StartsWith(count("lines read", 0)));
   EXPECT_THAT(result.output, HasSubstr("overall state         idle\n"));
   EXPECT_THAT(result.output, Not(HasSubstr("last line")));
-  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.exitStatus, 0);
 }
 
 TEST_F(Replay, SaysWhenTheLastLineIsNotComplete) {
   here.write("half.txt", " o /com~apple~CloudDocs/a.txt ↑ 1%\n o /com~apple~CloudDocs/b.txt ↑ 2%");
-  const ReplayResult result = here.run({"half.txt"});
+  const Finished result = here.run({"half.txt"});
   EXPECT_THAT(result.output, StartsWith(count("lines read", 1)));
   EXPECT_THAT(result.output, HasSubstr("\nThe last line has no line end and was not read.\n"));
-  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.exitStatus, 0);
 }
 
 TEST_F(Replay, AFinishedTransferNoLongerHoldsTheState) {
@@ -96,7 +96,7 @@ TEST_F(Replay, ReadsEveryLineOfALongListing) {
   for (int i = 0; i < 20000; ++i)
     text += " o /com~apple~CloudDocs/Folder/File " + std::to_string(i) + ".txt ☁\n";
   here.write("long.txt", text);
-  const ReplayResult result = here.run({"long.txt"});
+  const Finished result = here.run({"long.txt"});
   EXPECT_THAT(result.output, StartsWith(count("lines read", 20000)));
   EXPECT_THAT(result.output, HasSubstr(count("item lines", 20000)));
 }
@@ -111,18 +111,18 @@ TEST_F(Replay, SurvivesBinaryJunk) {
   junk += '\n';
   const auto lines = static_cast<std::size_t>(std::count(junk.begin(), junk.end(), '\n'));
   here.write("junk", junk);
-  const ReplayResult result = here.run({"junk"});
+  const Finished result = here.run({"junk"});
   EXPECT_THAT(result.output, StartsWith(count("lines read", lines)));
-  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.exitStatus, 0);
 }
 
 TEST_F(Replay, ShowsTheLogOnRequestOnly) {
   here.write("one.txt", " o /com~apple~CloudDocs/a.txt ↑ 1%\n");
-  EXPECT_THAT(here.run({"one.txt"}).errors, IsEmpty());
-  const ReplayResult result = here.run({"--log", "one.txt"});
-  EXPECT_THAT(result.errors, HasSubstr("Driftmark: brctl monitor started (pid "));
-  EXPECT_THAT(result.errors, HasSubstr("Driftmark: uploading a.txt\n"));
-  EXPECT_THAT(result.errors, Not(HasSubstr("exited")));
+  EXPECT_THAT(here.run({"one.txt"}).error, IsEmpty());
+  const Finished result = here.run({"--log", "one.txt"});
+  EXPECT_THAT(result.error, HasSubstr("Driftmark: brctl monitor started (pid "));
+  EXPECT_THAT(result.error, HasSubstr("Driftmark: uploading a.txt\n"));
+  EXPECT_THAT(result.error, Not(HasSubstr("exited")));
 }
 
 TEST_F(Replay, LeavesNoTemporaryFiles) {
@@ -131,23 +131,23 @@ TEST_F(Replay, LeavesNoTemporaryFiles) {
 }
 
 TEST_F(Replay, RefusesAMissingFile) {
-  const ReplayResult result = here.run({"nowhere.txt"});
-  EXPECT_EQ(result.errors, "replay: nowhere.txt: no such file\n");
+  const Finished result = here.run({"nowhere.txt"});
+  EXPECT_EQ(result.error, "replay: nowhere.txt: no such file\n");
   EXPECT_THAT(result.output, IsEmpty());
-  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.exitStatus, 1);
 }
 
 TEST_F(Replay, RefusesAFolder) {
-  const ReplayResult result = here.run({"."});
-  EXPECT_EQ(result.errors, "replay: .: is a folder\n");
-  EXPECT_EQ(result.status, 1);
+  const Finished result = here.run({"."});
+  EXPECT_EQ(result.error, "replay: .: is a folder\n");
+  EXPECT_EQ(result.exitStatus, 1);
 }
 
 TEST_F(Replay, RefusesWhatIsNoOrdinaryFile) {
   ASSERT_EQ(::mkfifo((here.folder() / "pipe").c_str(), 0600), 0);
-  const ReplayResult result = here.run({"pipe"});
-  EXPECT_EQ(result.errors, "replay: pipe: is not an ordinary file\n");
-  EXPECT_EQ(result.status, 1);
+  const Finished result = here.run({"pipe"});
+  EXPECT_EQ(result.error, "replay: pipe: is not an ordinary file\n");
+  EXPECT_EQ(result.exitStatus, 1);
 }
 
 TEST_F(Replay, RefusesAFileThatItMayNotRead) {
@@ -155,17 +155,17 @@ TEST_F(Replay, RefusesAFileThatItMayNotRead) {
     GTEST_SKIP() << "everything is readable for this user";
   const auto file = here.write("secret.txt", "x\n");
   std::filesystem::permissions(file, std::filesystem::perms::none);
-  const ReplayResult result = here.run({"secret.txt"});
-  EXPECT_THAT(result.errors, HasSubstr("cannot be read"));
-  EXPECT_EQ(result.status, 1);
+  const Finished result = here.run({"secret.txt"});
+  EXPECT_THAT(result.error, HasSubstr("cannot be read"));
+  EXPECT_EQ(result.exitStatus, 1);
 }
 
 TEST_F(Replay, ExplainsItselfWhenCalledWrongly) {
   for (const std::vector<std::string>& arguments :
        {std::vector<std::string>{}, {"--unknown"}, {"one", "two"}}) {
-    const ReplayResult result = here.run(arguments);
-    EXPECT_THAT(result.errors, StartsWith("usage: replay"));
-    EXPECT_EQ(result.status, 2);
+    const Finished result = here.run(arguments);
+    EXPECT_THAT(result.error, StartsWith("usage: replay"));
+    EXPECT_EQ(result.exitStatus, 2);
   }
   EXPECT_THAT(here.run({"--help"}).output, StartsWith("usage: replay"));
 }

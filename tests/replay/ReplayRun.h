@@ -1,5 +1,8 @@
 #pragma once
 
+#include "harness/RunToEnd.h"
+#include "harness/TemporaryFolder.h"
+
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -7,40 +10,31 @@
 
 namespace driftmark::test {
 
-/// What a run of the replay program left behind.
-struct ReplayResult {
-  int status = -1; ///< the exit code; -1 when it did not exit by itself
-  std::string output;
-  std::string errors;
-};
-
-/// A folder of a test's own, removed with this object, and the replay program run in it.
+/// A folder for one test in which it runs the replay program.
 class ReplayRun {
 public:
   ReplayRun();
-  ReplayRun(const ReplayRun&) = delete;
-  ReplayRun& operator=(const ReplayRun&) = delete;
-  ~ReplayRun();
 
-  /// Writes a file into the folder and returns its path.
-  std::filesystem::path write(const std::string& name, std::string_view content) const;
+  /// Writes a file into the folder. Returns its path.
+  std::filesystem::path write(const std::string& name, std::string_view content) const {
+    return base_.write("work/" + name, content);
+  }
 
-  /// Runs the program in the folder, with another folder of ours for its temporary files.
-  ReplayResult run(const std::vector<std::string>& arguments) const;
+  /// Runs the program in the folder. It keeps its temporary files in another one.
+  Finished run(const std::vector<std::string>& arguments) const;
 
-  const std::filesystem::path& folder() const { return folder_; }
+  std::filesystem::path folder() const { return base_.path("work"); }
 
-  /// How many temporary files there are.
+  /// The number of temporary files that exist.
   std::size_t temporaryFiles() const;
 
 private:
-  std::filesystem::path folder_;
-  std::filesystem::path base_;
+  std::filesystem::path temporaryFolder() const { return base_.path("temporary files"); }
+
+  TemporaryFolder base_;
 };
 
-/// One of the captures and reports beside the tests.
+/// The path of a capture or report beside the tests.
 std::filesystem::path fixture(const std::string& name);
-
-std::string contentOf(const std::filesystem::path& file);
 
 } // namespace driftmark::test

@@ -1,5 +1,6 @@
-#include "e2e/Channel.h"
-#include "e2e/TemporaryFolder.h"
+#include "harness/BuiltFiles.h"
+#include "harness/Channel.h"
+#include "harness/TemporaryFolder.h"
 #include "process/ChildProcess.h"
 #include "uidriver/DriverListener.h"
 
@@ -13,13 +14,18 @@
 namespace icloud::test {
 namespace {
 
+using driftmark::test::Channel;
+using driftmark::test::contentsOf;
+using driftmark::test::TemporaryFolder;
+using driftmark::test::uiDriverSubject;
+
 using testing::ElementsAre;
 using testing::HasSubstr;
 
 class UiDriverTest : public testing::Test {
 protected:
   Launch subject(const DriverListener& listener) const {
-    Launch launch{UI_DRIVER_SUBJECT, {}, listener.environment()};
+    Launch launch{uiDriverSubject(), {}, listener.environment()};
     launch.environment["XDG_RUNTIME_DIR"] = folder_.path();
     launch.environment["QT_QPA_PLATFORM"] = "offscreen";
     return launch;
@@ -38,7 +44,7 @@ protected:
 
 TEST_F(UiDriverTest, programIntroducesItself) {
   EXPECT_EQ(driver_.process(), program_.identifier());
-  EXPECT_EQ(driver_.program(), UI_DRIVER_SUBJECT);
+  EXPECT_EQ(driver_.program(), uiDriverSubject());
 }
 
 TEST_F(UiDriverTest, windowListsItsContents) {

@@ -1,6 +1,6 @@
 #include "update/Archive.h"
 
-#include "e2e/TemporaryFolder.h"
+#include "harness/TemporaryFolder.h"
 
 #include <stdexcept>
 #include <utility>
@@ -8,7 +8,7 @@
 #include <archive.h>
 #include <archive_entry.h>
 
-namespace driftmark::road {
+namespace driftmark::test {
 namespace fs = std::filesystem;
 
 struct Archive::Entry {
@@ -39,7 +39,7 @@ void Archive::add(const fs::path& item, const std::string& name) {
     for (const auto& entry : fs::directory_iterator(item))
       add(entry.path(), name + "/" + entry.path().filename().string());
   } else {
-    addFile(name, icloud::test::contentsOf(item), mode);
+    addFile(name, contentsOf(item), mode);
   }
 }
 
@@ -77,4 +77,4 @@ void Archive::write(const Entry& entry) {
     throw std::runtime_error(archive_error_string(archive_));
 }
 
-} // namespace driftmark::road
+} // namespace driftmark::test

@@ -6,7 +6,7 @@
 
 struct archive;
 
-namespace driftmark::road {
+namespace driftmark::test {
 
 /// Writes a zip archive entry by entry, whatever the entries are called. Throws std::runtime_error.
 class Archive {
@@ -33,4 +33,4 @@ private:
   archive* archive_;
 };
 
-} // namespace driftmark::road
+} // namespace driftmark::test

@@ -8,7 +8,7 @@
 #include <fstream>
 #include <functional>
 
-namespace driftmark::road {
+namespace driftmark::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -146,7 +146,7 @@ TEST_F(HostileInput, aTemporaryFolderThatIsALinkToSomethingPrecious) {
 TEST_F(HostileInput, aRedirectionOfTheManifestToAnUnprotectedServer) {
   const PlainServer plain;
   release("1.1");
-  server_.serve(manifestPath, test::HttpsReply::redirect(plain.url()));
+  server_.serve(manifestPath, HttpsReply::redirect(plain.url()));
   RunningCopy copy = startInstalled();
   check(copy);
   const icloud::Window alert = awaitAlert(copy.driver, "Could not check for updates");
@@ -158,7 +158,7 @@ TEST_F(HostileInput, aRedirectionOfTheManifestToAnUnprotectedServer) {
 TEST_F(HostileInput, aRedirectionOfTheArchiveToAnUnprotectedServer) {
   const PlainServer plain;
   release("1.1");
-  server_.serve(archivePath, test::HttpsReply::redirect(plain.url()));
+  server_.serve(archivePath, HttpsReply::redirect(plain.url()));
   RunningCopy copy = startInstalled();
   agree(copy);
   awaitAlert(copy.driver, "Update failed");
@@ -216,4 +216,4 @@ TEST_F(HostileInput, aDownloadOfWhichNothingComes) {
 }
 
 } // namespace
-} // namespace driftmark::road
+} // namespace driftmark::test

@@ -1,7 +1,7 @@
 // The program is killed between any two steps of an install or a move: a whole bundle always
 // remains, and at the bundle's place there is a whole one or nothing.
 
-#include "update/OtherVolume.h"
+#include "harness/OtherVolume.h"
 #include "update/StepTracer.h"
 #include "update/UpdateTest.h"
 
@@ -9,7 +9,7 @@
 
 #include <sys/wait.h>
 
-namespace driftmark::road {
+namespace driftmark::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -77,10 +77,10 @@ constexpr int updateStepsAcrossVolumes = 24;
 class KilledUpdateAcrossVolumes : public Killed {};
 
 TEST_P(KilledUpdateAcrossVolumes, leavesAWholeBundle) {
-  const auto elsewhere = folderOnAnotherVolume(machine_.folder());
-  if (!elsewhere)
+  const OtherVolume elsewhere;
+  if (!elsewhere.exists())
     GTEST_SKIP() << "there is no second volume";
-  machine_.moveTemporaryFiles(elsewhere->path());
+  machine_.moveTemporaryFiles(elsewhere.path());
   killAndLook(updateStepsAcrossVolumes);
 }
 
@@ -113,4 +113,4 @@ TEST_P(KilledMove, leavesAWholeBundle) {
 INSTANTIATE_TEST_SUITE_P(BeforeStep, KilledMove, testing::Range(1, moveSteps + 1));
 
 } // namespace
-} // namespace driftmark::road
+} // namespace driftmark::test

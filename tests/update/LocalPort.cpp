@@ -6,7 +6,7 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
-namespace driftmark::road {
+namespace driftmark::test {
 
 LocalPort::LocalPort() : socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   sockaddr_in address{};
@@ -19,4 +19,4 @@ LocalPort::LocalPort() : socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)
   number = ntohs(address.sin_port);
 }
 
-} // namespace driftmark::road
+} // namespace driftmark::test

@@ -2,7 +2,7 @@
 
 #include "common/Descriptor.h"
 
-namespace driftmark::road {
+namespace driftmark::test {
 
 /// A free port of this machine. Calls to it are refused unless somebody listens at the socket.
 struct LocalPort {
@@ -13,4 +13,4 @@ struct LocalPort {
   int number = 0;
 };
 
-} // namespace driftmark::road
+} // namespace driftmark::test

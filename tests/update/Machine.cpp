@@ -1,7 +1,8 @@
 #include "update/Machine.h"
 
 #include "common/SystemFailure.h"
-#include "e2e/TemporaryFolder.h"
+#include "harness/BuiltFiles.h"
+#include "harness/TemporaryFolder.h"
 #include "process/ChildProcess.h"
 #include "process/Pipe.h"
 
@@ -12,11 +13,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace driftmark::road {
+namespace driftmark::test {
 namespace fs = std::filesystem;
-
-using icloud::test::Channel;
-using icloud::test::contentsOf;
 
 namespace {
 
@@ -33,12 +31,12 @@ fs::path newFolder() {
 /// The tools are never written to, so links will do where they can be had.
 void layOutTools(const fs::path& root) {
   std::error_code acrossVolumes;
-  fs::copy(ICLOUD_TOOLS, root, fs::copy_options::recursive | fs::copy_options::create_hard_links,
-           acrossVolumes);
+  fs::copy(simulatedTools(), root,
+           fs::copy_options::recursive | fs::copy_options::create_hard_links, acrossVolumes);
   if (!acrossVolumes)
     return;
   fs::remove_all(root);
-  fs::copy(ICLOUD_TOOLS, root, fs::copy_options::recursive);
+  fs::copy(simulatedTools(), root, fs::copy_options::recursive);
 }
 
 void setVersion(const fs::path& bundle, const std::string& version) {
@@ -149,7 +147,8 @@ fs::path Machine::placeBundle(const fs::path& folder, const std::string& version
                               const std::string& name) const {
   fs::create_directories(folder);
   const fs::path bundle = folder / name;
-  fs::copy(UPDATE_BUNDLE, bundle, fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+  fs::copy(driftmarkBundle(), bundle,
+           fs::copy_options::recursive | fs::copy_options::copy_symlinks);
   setVersion(bundle, version);
   seal(bundle);
   giveToUser(bundle);
@@ -223,4 +222,4 @@ void Machine::killEverything() {
   icloud::collectOrphans({}, std::chrono::milliseconds(0));
 }
 
-} // namespace driftmark::road
+} // namespace driftmark::test

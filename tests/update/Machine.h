@@ -1,6 +1,6 @@
 #pragma once
 
-#include "e2e/Channel.h"
+#include "harness/Channel.h"
 #include "process/ChildProcess.h"
 #include "uidriver/DriverListener.h"
 
@@ -12,12 +12,12 @@
 
 #include <sys/types.h>
 
-namespace driftmark::road {
+namespace driftmark::test {
 
 /// What a copy of the program writes, and the user who sits before it.
 struct RunningCopy {
   icloud::ChildProcess process;
-  icloud::test::Channel log;
+  Channel log;
   icloud::UiDriver driver;
 };
 
@@ -109,4 +109,4 @@ private:
   std::optional<icloud::DriverListener> driverListener_;
 };
 
-} // namespace driftmark::road
+} // namespace driftmark::test

@@ -1,7 +1,7 @@
 // The program moves itself to an Applications folder.
 
-#include "e2e/TemporaryFolder.h"
-#include "update/AtTheScreen.h"
+#include "harness/TemporaryFolder.h"
+#include "harness/ui/ProgramUi.h"
 #include "update/Machine.h"
 #include "update/Tree.h"
 
@@ -13,7 +13,7 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
-namespace driftmark::road {
+namespace driftmark::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -267,4 +267,4 @@ TEST_F(MoveToApplications, aSignalWhileTheOfferIsOpenEndsTheProgramAndMovesNothi
 }
 
 } // namespace
-} // namespace driftmark::road
+} // namespace driftmark::test

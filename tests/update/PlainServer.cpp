@@ -5,7 +5,7 @@
 
 #include <sys/socket.h>
 
-namespace driftmark::road {
+namespace driftmark::test {
 
 PlainServer::PlainServer() {
   if (listen(port_.socket.get(), SOMAXCONN) != 0)
@@ -20,4 +20,4 @@ bool PlainServer::wasCalled() const {
   return icloud::isReadableWithin(port_.socket.get(), std::chrono::milliseconds(0));
 }
 
-} // namespace driftmark::road
+} // namespace driftmark::test

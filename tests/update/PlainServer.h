@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace driftmark::road {
+namespace driftmark::test {
 
 /// A port without TLS that takes calls and answers none of them.
 class PlainServer {
@@ -21,4 +21,4 @@ private:
   LocalPort port_;
 };
 
-} // namespace driftmark::road
+} // namespace driftmark::test

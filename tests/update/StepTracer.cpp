@@ -11,7 +11,7 @@
 #include <sys/syscall.h>
 #include <sys/wait.h>
 
-namespace driftmark::road {
+namespace driftmark::test {
 namespace {
 
 constexpr int systemCallStop = SIGTRAP | 0x80;
@@ -95,4 +95,4 @@ void StepTracer::resume(int signal) const {
   ptrace(PTRACE_SYSCALL, process_, nullptr, signal);
 }
 
-} // namespace driftmark::road
+} // namespace driftmark::test

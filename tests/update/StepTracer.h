@@ -7,7 +7,7 @@
 
 #include <sys/types.h>
 
-namespace driftmark::road {
+namespace driftmark::test {
 
 /// Follows the main thread of a process and stops it right before each system call that renames an
 /// item or starts a process: the steps of an install. In a stop `onStep` decides about the step
@@ -42,4 +42,4 @@ private:
   std::thread thread_;
 };
 
-} // namespace driftmark::road
+} // namespace driftmark::test

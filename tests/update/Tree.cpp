@@ -5,7 +5,7 @@
 
 #include <QCryptographicHash>
 
-namespace driftmark::road {
+namespace driftmark::test {
 namespace fs = std::filesystem;
 
 namespace {
@@ -40,4 +40,4 @@ Tree treeAt(const fs::path& path) {
   return tree;
 }
 
-} // namespace driftmark::road
+} // namespace driftmark::test

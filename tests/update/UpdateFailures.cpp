@@ -1,6 +1,6 @@
 // What can go wrong on the way to an update, what the user is told, and that nothing has changed.
 
-#include "e2e/TemporaryFolder.h"
+#include "harness/TemporaryFolder.h"
 #include "update/Archive.h"
 #include "update/LocalPort.h"
 #include "update/UpdateTest.h"
@@ -12,11 +12,10 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
-namespace driftmark::road {
+namespace driftmark::test {
 namespace {
 
 namespace fs = std::filesystem;
-using icloud::test::contentsOf;
 using testing::HasSubstr;
 
 class UpdateFailures : public UpdateTest {
@@ -58,7 +57,7 @@ TEST_F(UpdateFailures, anAuthorityThatNobodyKnows) {
 }
 
 TEST_F(UpdateFailures, aCertificateForAnotherHost) {
-  const test::HttpsServer other({.folder = machine_.home(), .hostName = "elsewhere.test"});
+  const HttpsServer other({.folder = machine_.home(), .hostName = "elsewhere.test"});
   machine_.setVariable("DRIFTMARK_EXTRA_CA_CERTIFICATES", other.certificateFile());
   setManifestAddress(other.url(manifestPath));
   RunningCopy copy = startInstalled();
@@ -189,4 +188,4 @@ TEST_F(UpdateFailures, anotherTeam) {
 }
 
 } // namespace
-} // namespace driftmark::road
+} // namespace driftmark::test

@@ -1,10 +1,10 @@
 #include "update/UpdateTest.h"
 
-#include "e2e/TemporaryFolder.h"
+#include "harness/TemporaryFolder.h"
 
 #include <nlohmann/json.hpp>
 
-namespace driftmark::road {
+namespace driftmark::test {
 namespace fs = std::filesystem;
 
 const std::vector<std::string> offerButtons{"Install and Relaunch", "Later"};
@@ -22,7 +22,7 @@ void UpdateTest::announce(const std::string& version, const fs::path& archive,
   if (!notes.empty())
     manifest["notes"] = notes;
   server_.serve(manifestPath, {.body = manifest.dump()});
-  server_.serve(path, {.body = icloud::test::contentsOf(archive)});
+  server_.serve(path, {.body = contentsOf(archive)});
 }
 
 Tree UpdateTest::release(const std::string& version, const std::string& notes) {
@@ -33,7 +33,7 @@ Tree UpdateTest::release(const std::string& version, const std::string& notes) {
 
 std::vector<std::string> UpdateTest::requestedPaths() const {
   std::vector<std::string> paths;
-  for (const test::HttpsRequest& request : server_.requests())
+  for (const HttpsRequest& request : server_.requests())
     paths.push_back(request.path);
   return paths;
 }
@@ -86,11 +86,11 @@ void UpdateTest::expectRelaunch(RunningCopy& copy, const fs::path& bundle,
   chooseInMenu(opened, "Check for Updates…");
   expectAlert(opened, "Driftmark is up to date", "Version " + version + " is the latest.");
   opened.press("OK");
-  EXPECT_THAT(icloud::test::contentsOf(machine_.logOfOpened(bundle)),
+  EXPECT_THAT(contentsOf(machine_.logOfOpened(bundle)),
               testing::HasSubstr("Driftmark: up to date (" + version + ")\n"));
   quit(opened);
   EXPECT_EQ(Machine::awaitEndOf(opened.process()), 0);
   EXPECT_THAT(Machine::endOfEverything(), testing::IsEmpty());
 }
 
-} // namespace driftmark::road
+} // namespace driftmark::test

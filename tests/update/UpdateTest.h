@@ -1,7 +1,7 @@
 #pragma once
 
+#include "harness/ui/ProgramUi.h"
 #include "https/HttpsServer.h"
-#include "update/AtTheScreen.h"
 #include "update/Machine.h"
 #include "update/Tree.h"
 
@@ -12,7 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace driftmark::road {
+namespace driftmark::test {
 
 constexpr const char* manifestPath = "/driftmark/appcast.json";
 constexpr const char* archivePath = "/driftmark/Driftmark.zip";
@@ -60,7 +60,7 @@ protected:
   std::filesystem::path installed() const { return machine_.applications() / "Driftmark.app"; }
 
   Machine machine_;
-  test::HttpsServer server_{{.folder = machine_.folder()}};
+  HttpsServer server_{{.folder = machine_.folder()}};
   Tree installedTree_;
 
 private:
@@ -69,4 +69,4 @@ private:
 
 extern const std::vector<std::string> offerButtons;
 
-} // namespace driftmark::road
+} // namespace driftmark::test

@@ -1,14 +1,13 @@
 // The older program becomes the newer one, or stays what it is.
 
-#include "e2e/TemporaryFolder.h"
-#include "update/OtherVolume.h"
+#include "harness/OtherVolume.h"
+#include "harness/TemporaryFolder.h"
 #include "update/UpdateTest.h"
 
-namespace driftmark::road {
+namespace driftmark::test {
 namespace {
 
 namespace fs = std::filesystem;
-using icloud::test::contentsOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -121,10 +120,10 @@ TEST_F(Updates, swapsButDoesNotReopenAPathWithADoubleQuote) {
 }
 
 TEST_F(Updates, acrossVolumes) {
-  const auto elsewhere = folderOnAnotherVolume(machine_.folder());
-  if (!elsewhere)
+  const OtherVolume elsewhere;
+  if (!elsewhere.exists())
     GTEST_SKIP() << "there is no second volume";
-  machine_.moveTemporaryFiles(elsewhere->path());
+  machine_.moveTemporaryFiles(elsewhere.path());
   const Tree newTree = release("1.1");
   RunningCopy copy = startInstalled();
   agree(copy);
@@ -157,4 +156,4 @@ TEST_F(Updates, theSecondMoveFailingBringsTheOldCopyBack) {
 }
 
 } // namespace
-} // namespace driftmark::road
+} // namespace driftmark::test

@@ -1,17 +1,26 @@
-#include "Channel.h"
+// How tests read what a child writes.
+
+#include "harness/Channel.h"
 
 #include "common/SystemFailure.h"
+#include "harness/Waiting.h"
 #include "process/Pipe.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 
 #include <fcntl.h>
 
-namespace icloud::test {
+namespace driftmark::test {
+
+using icloud::Descriptor;
+
 namespace {
 
-constexpr std::chrono::seconds patience{30};
+std::string inQuotes(std::string_view text) {
+  return "\"" + std::string(text) + "\"";
+}
 
 } // namespace
 
@@ -19,7 +28,7 @@ Channel::Channel(Descriptor readingEnd, Descriptor childEnd)
     : readingEnd_(std::move(readingEnd)), childEnd_(std::move(childEnd)) {}
 
 Channel Channel::pipe() {
-  Pipe made = makePipe();
+  icloud::Pipe made = icloud::makePipe();
   return {std::move(made.reading), std::move(made.writing)};
 }
 
@@ -28,16 +37,16 @@ Channel Channel::terminal() {
   std::array<char, 128> name{};
   if (!master || grantpt(master.get()) != 0 || unlockpt(master.get()) != 0 ||
       ptsname_r(master.get(), name.data(), name.size()) != 0)
-    throwSystemFailure("cannot have a pseudo-terminal");
+    icloud::throwSystemFailure("cannot have a pseudo-terminal");
   Descriptor slave(open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
   return {std::move(master), std::move(slave)};
 }
 
-bool Channel::readSome() {
-  if (!isReadableWithin(readingEnd_.get(), patience))
-    throw std::runtime_error(
-        "waited in vain after: " +
-        text_.substr(text_.size() - std::min<std::size_t>(text_.size(), 2000)));
+bool Channel::readSome(const std::string& awaited) {
+  constexpr std::size_t maxQuoted = 2000;
+  awaitReadable(readingEnd_.get(),
+                awaited + " after " +
+                    inQuotes(text_.substr(text_.size() - std::min(text_.size(), maxQuoted))));
   std::array<char, 65536> bytes;
   const ssize_t count = read(readingEnd_.get(), bytes.data(), bytes.size());
   if (count > 0)
@@ -53,22 +62,24 @@ const std::string& Channel::readUntil(std::string_view text, unsigned times) {
     return at != std::string::npos;
   };
   while (!isSeen())
-    if (!readSome())
-      throw std::runtime_error("\"" + std::string(text) + "\" never came, only: " + text_);
+    if (!readSome(inQuotes(text)))
+      throw std::runtime_error("the output ended without " + inQuotes(text) + ": " +
+                               inQuotes(text_));
   return text_;
 }
 
 const std::string& Channel::readSoFar() {
-  while (isReadableWithin(readingEnd_.get(), std::chrono::milliseconds(0)) && readSome())
+  while (icloud::isReadableWithin(readingEnd_.get(), std::chrono::milliseconds(0)) &&
+         readSome("nothing"))
     continue;
   return text_;
 }
 
 const std::string& Channel::readToEnd() {
   closeChildEnd();
-  while (readSome())
+  while (readSome("the end of the output"))
     continue;
   return text_;
 }
 
-} // namespace icloud::test
+} // namespace driftmark::test

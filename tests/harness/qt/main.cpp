@@ -1,4 +1,6 @@
-#include "process/ChildProcess.h"
+// The main function of suites whose tests need Qt without windows.
+
+#include "harness/Orphans.h"
 
 #include <QCoreApplication>
 
@@ -7,7 +9,7 @@
 
 int main(int argc, char* argv[]) {
   const QCoreApplication application(argc, argv);
-  icloud::adoptOrphans();
+  const driftmark::test::Orphans orphans;
   testing::InitGoogleMock(&argc, argv);
   return RUN_ALL_TESTS();
 }

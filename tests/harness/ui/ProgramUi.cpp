@@ -1,11 +1,13 @@
-#include "update/AtTheScreen.h"
+// How a user opens the menu and reads alerts, through the UI driver.
+
+#include "harness/ui/ProgramUi.h"
 
 #include <algorithm>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace driftmark::road {
+namespace driftmark::test {
 
 using icloud::Button;
 using icloud::UiDriver;
@@ -56,4 +58,4 @@ void quit(UiDriver& driver) {
   driver.awaitEnd();
 }
 
-} // namespace driftmark::road
+} // namespace driftmark::test
