@@ -4,8 +4,8 @@
 #include "Corpus.h"
 #include "HeapCounter.h"
 #include "Stopwatch.h"
-#include "StraightforwardMonitor.h"
 #include "monitor/SyncMonitor.h"
+#include "reference/ReferenceMonitor.h"
 
 #include <cstring>
 #include <memory>
@@ -48,7 +48,7 @@ std::size_t countNewlines(std::string_view bytes) {
   return count;
 }
 
-/// The straightforward monitor, fed like the real one.
+/// The reference monitor, fed like the real one.
 struct Baseline {
   void feed(std::string_view bytes) {
     for (std::size_t at = 0; at < bytes.size(); at += ChildProcesses::largestChunk)
@@ -56,7 +56,7 @@ struct Baseline {
   }
 
   BenchPlatform platform;
-  StraightforwardMonitor monitor{platform.clock, platform.log, platform.disk.homeDirectory()};
+  ReferenceMonitor monitor{platform.clock, platform.log, platform.disk.homeDirectory()};
   std::size_t changes = 0;
 };
 
@@ -66,7 +66,7 @@ void requireSameModel(const Subject& subject, const Baseline& baseline) {
       throw std::runtime_error(std::string("the two monitors differ in ") + what);
   };
   const SyncMonitor& left = *subject.monitor;
-  const StraightforwardMonitor& right = baseline.monitor;
+  const ReferenceMonitor& right = baseline.monitor;
 
   require(left.active().size() == right.active().size(), "the number of active transfers");
   for (const auto& [path, item] : right.active()) {

@@ -1,12 +1,13 @@
-#include "StraightforwardMonitor.h"
+// The rules of the per-item monitor once more, written for plainness.
+
+#include "reference/ReferenceMonitor.h"
+
+#include "support/Regex.h"
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <optional>
-#include <regex>
-
-namespace driftmark::bench {
+namespace driftmark {
 namespace {
 
 constexpr std::size_t maxRecent = 10;
@@ -66,7 +67,7 @@ std::string lastComponent(const std::string& path) {
 
 } // namespace
 
-bool StraightforwardMonitor::ingest(std::string_view chunk) {
+bool ReferenceMonitor::ingest(std::string_view chunk) {
   buffer_ += chunk;
   bool changed = false;
   std::size_t start = 0;
@@ -81,18 +82,18 @@ bool StraightforwardMonitor::ingest(std::string_view chunk) {
   return changed;
 }
 
-bool StraightforwardMonitor::parse(const std::string& line) {
+bool ReferenceMonitor::parse(const std::string& line) {
   static const std::regex ansi("\x1b\\[[0-9;]*m");
   const std::string text = trimmed(std::regex_replace(line, ansi, ""), "\r");
   if (!text.starts_with(" o /"))
     return false;
-  const std::string rest = text.substr(3);
+  const std::string item = text.substr(3);
 
-  std::size_t split = rest.find(" ↑ ");
+  std::size_t split = item.find(" ↑ ");
   if (split == std::string::npos)
-    split = rest.find(" ☁");
-  const std::string path = rest.substr(0, split);
-  const std::string remainder = split == std::string::npos ? "" : rest.substr(split);
+    split = item.find(" ☁");
+  const std::string path = item.substr(0, split);
+  const std::string remainder = split == std::string::npos ? "" : item.substr(split);
 
   const std::string name = lastComponent(path);
   if (name.starts_with('.') || contains(path, "/.Trash"))
@@ -110,8 +111,8 @@ bool StraightforwardMonitor::parse(const std::string& line) {
   return settled(fullPath, name, evicted);
 }
 
-bool StraightforwardMonitor::progressed(const std::string& path, const std::string& name,
-                                        const std::string& remainder, Direction direction) {
+bool ReferenceMonitor::progressed(const std::string& path, const std::string& name,
+                                  const std::string& remainder, Direction direction) {
   static const std::regex percentPattern("([0-9]+(?:\\.[0-9]+)?)%");
   issues_.erase(path);
   std::optional<double> percent;
@@ -120,42 +121,42 @@ bool StraightforwardMonitor::progressed(const std::string& path, const std::stri
   if (!active_.contains(path)) {
     const std::string verb = direction == Direction::upload ? "uploading" : "downloading";
     log_.log("Driftmark: " + verb + ' ' + name);
+    ++started_;
   }
   active_[path] = ActiveItem{path, direction, percent, clock_.now()};
   return true;
 }
 
-bool StraightforwardMonitor::unrecognized(const std::string& path, const std::string& name,
-                                          const std::string& state) {
+bool ReferenceMonitor::unrecognized(const std::string& path, const std::string& name,
+                                    const std::string& state) {
   const std::string_view cloud = "☁";
-  const std::string shown =
+  const std::string text =
       state.starts_with(cloud) ? trimmed(state.substr(cloud.size()), " \t") : state;
-  if (loggedUnknownStates_.insert(shown).second)
-    log_.log("Driftmark: unrecognized state \"" + shown + "\" for " + name);
-  std::string lower = shown;
+  if (loggedUnknownStates_.insert(text).second)
+    log_.log("Driftmark: unrecognized state \"" + text + "\" for " + name);
+  std::string lower = text;
   std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) {
-    return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
   });
   if (!contains(lower, "error") && !contains(lower, "conflict"))
     return false;
-  const auto [issue, added] = issues_.try_emplace(path, shown);
-  if (!added && issue->second == shown)
+  const auto [issue, added] = issues_.try_emplace(path, text);
+  if (!added && issue->second == text)
     return false;
-  issue->second = shown;
-  log_.log("Driftmark: sync issue on " + name + ": " + shown);
+  issue->second = text;
+  log_.log("Driftmark: sync issue on " + name + ": " + text);
   return true;
 }
 
-bool StraightforwardMonitor::settled(const std::string& path, const std::string& name,
-                                     bool evicted) {
-  const bool cleared = issues_.erase(path) > 0;
+bool ReferenceMonitor::settled(const std::string& path, const std::string& name, bool evicted) {
+  const bool issueCleared = issues_.erase(path) > 0;
+  const auto known = isEvicted_.find(path);
+  const bool wasCurrent = known != isEvicted_.end() && !known->second;
+  isEvicted_[path] = evicted;
   const auto found = active_.find(path);
   if (found == active_.end()) {
-    const auto known = knownState_.find(path);
-    const bool wasCurrent = known != knownState_.end() && known->second == KnownState::current;
-    knownState_[path] = evicted ? KnownState::evicted : KnownState::current;
     if (!evicted || !wasCurrent)
-      return cleared;
+      return issueCleared;
     addRecent(path, RecentKind::evicted);
     log_.log("Driftmark: evicted " + name);
     return true;
@@ -163,22 +164,32 @@ bool StraightforwardMonitor::settled(const std::string& path, const std::string&
 
   const Direction direction = found->second.direction;
   active_.erase(found);
-  knownState_[path] = evicted ? KnownState::evicted : KnownState::current;
   if (evicted) {
     log_.log("Driftmark: download cancelled " + name);
     return true;
   }
   const bool upload = direction == Direction::upload;
   addRecent(path, upload ? RecentKind::upload : RecentKind::download);
-  log_.log("Driftmark: synced " + name + (upload ? " (upload)" : " (download)"));
+  log_.log("Driftmark: synced " + lastComponent(path) + (upload ? " (upload)" : " (download)"));
+  ++finished_;
   return true;
 }
 
-void StraightforwardMonitor::addRecent(const std::string& path, RecentKind kind) {
+void ReferenceMonitor::addRecent(const std::string& path, RecentKind kind) {
   std::erase_if(recent_, [&](const CompletedItem& item) { return item.path == path; });
   recent_.insert(recent_.begin(), CompletedItem{path, kind, clock_.now()});
   if (recent_.size() > maxRecent)
     recent_.resize(maxRecent);
 }
 
-} // namespace driftmark::bench
+void ReferenceMonitor::sweep(const std::function<bool(const std::string& path)>& fileExists) {
+  std::erase_if(active_, [&](const auto& transfer) {
+    const std::string& path = transfer.first;
+    if (fileExists(path))
+      return false;
+    log_.log("Driftmark: dropped vanished transfer " + lastComponent(path));
+    return true;
+  });
+}
+
+} // namespace driftmark
