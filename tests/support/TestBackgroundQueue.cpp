@@ -1,8 +1,16 @@
 #include "support/TestBackgroundQueue.h"
 
+#include <stdexcept>
+#include <string>
 #include <utility>
 
 namespace driftmark::test {
+
+namespace {
+
+constexpr std::size_t maxTasksInOneCall = 100'000; // far more than any test needs
+
+} // namespace
 
 TestBackgroundQueue::~TestBackgroundQueue() {
   join();
@@ -45,7 +53,10 @@ bool TestBackgroundQueue::runNext() {
 std::size_t TestBackgroundQueue::runAll() {
   std::size_t count = 0;
   while (runNext())
-    ++count;
+    if (++count == maxTasksInOneCall)
+      throw std::runtime_error("the background queue has run " + std::to_string(count) +
+                               " tasks in one call and more wait: a task is handed over again and "
+                               "again");
   return count;
 }
 

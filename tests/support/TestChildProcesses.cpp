@@ -5,7 +5,20 @@
 #include <stdexcept>
 #include <utility>
 
+#include <gtest/gtest.h>
+
 namespace driftmark::test {
+
+namespace {
+
+std::string joined(const Arguments& arguments) {
+  std::string text;
+  for (const std::string& argument : arguments)
+    text += (text.empty() ? "" : " ") + argument;
+  return text;
+}
+
+} // namespace
 
 class TestChild::Process final : public ChildProcess {
 public:
@@ -227,7 +240,12 @@ std::variant<ToolResult, LaunchError> TestChildProcesses::run(TestRun& run) {
     onRun_(run.command());
     lock.lock();
   }
-  changed_.wait(lock, [&] { return !scripts_[arguments].hangs || run.terminateRequests_ > 0; });
+  const bool ended = changed_.wait_for(lock, std::chrono::seconds(30), [&] {
+    return !scripts_[arguments].hangs || run.terminateRequests_ > 0;
+  });
+  if (!ended)
+    ADD_FAILURE() << "a run of " << run.command().executable << " " << joined(arguments)
+                  << " has hung for 30 seconds: nothing released it or asked it to end";
   const Script& script = scripts_[arguments];
   ToolResult result = script.result;
   if (run.terminateRequests_ > 0)

@@ -6,11 +6,19 @@
 #include <mutex>
 #include <optional>
 #include <stdexcept>
+#include <string>
 #include <utility>
+
+#include <gtest/gtest.h>
 
 namespace driftmark::test {
 
 namespace {
+
+// Far more than any test needs. Without these limits, a task that hands itself over again at once
+// would keep a test running forever.
+constexpr std::size_t maxTasksInOneCall = 100'000;
+constexpr int maxRoundsOfClear = 1000;
 
 Date::duration ticks(Seconds seconds) {
   return std::chrono::round<Date::duration>(seconds);
@@ -79,7 +87,7 @@ TestMainQueue::~TestMainQueue() {
 
 void TestMainQueue::clear() {
   // A dropped task may own what owns a timer, or hand over another task.
-  for (;;) {
+  for (int round = 0; round < maxRoundsOfClear; ++round) {
     std::map<Core::Key, Core::Entry> dropped;
     {
       const std::lock_guard lock(core_->mutex);
@@ -88,6 +96,7 @@ void TestMainQueue::clear() {
     if (dropped.empty())
       return;
   }
+  ADD_FAILURE() << "dropping the tasks of the main queue hands over new ones without end";
 }
 
 void TestMainQueue::async(Task task) {
@@ -153,6 +162,12 @@ std::size_t TestMainQueue::runUpTo(Date::duration target) {
         core_->add(ticks(repetition->settings.interval), {.task = {}, .timer = entry.timer});
         task = [repetition] { repetition->task(); };
       }
+    }
+    if (count == maxTasksInOneCall) {
+      core_->running = false;
+      throw std::runtime_error("the main queue has run " + std::to_string(count) +
+                               " tasks in one call and more are due: a task is handed over again "
+                               "and again");
     }
     task();
     ++count;

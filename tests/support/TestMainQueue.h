@@ -11,7 +11,7 @@ namespace driftmark::test {
 
 /// A main queue on virtual time. Nothing runs but inside `runAll`, `advance` and `advanceToNext`;
 /// what is due runs in the order of its due times, and in the order of handing over where those are
-/// equal. Moving the queue's time moves the clock.
+/// equal. Moving the queue's time moves the clock. A call that would run tasks without end throws.
 class TestMainQueue final : public MainQueue {
 public:
   /// What a timer was made with.

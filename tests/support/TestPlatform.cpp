@@ -1,6 +1,7 @@
 #include "support/TestPlatform.h"
 
 #include <chrono>
+#include <stdexcept>
 #include <thread>
 
 namespace driftmark::test {
@@ -11,6 +12,14 @@ TestPlatform::~TestPlatform() {
   // Waiting tasks may own what owns parts of the other ports.
   backgroundQueue.clear();
   mainQueue.clear();
+}
+
+void TestPlatform::settle() {
+  constexpr int maxRounds = 10'000; // far more than any test needs
+  for (int round = 0; round < maxRounds; ++round)
+    if (backgroundQueue.runAll() + mainQueue.runAll() == 0)
+      return;
+  throw std::runtime_error("the background queue and the main queue keep handing each other tasks");
 }
 
 bool TestPlatform::runUntil(const std::function<bool()>& done) {

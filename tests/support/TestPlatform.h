@@ -56,11 +56,9 @@ public:
             .cloudFiles = cloudFiles};
   }
 
-  /// Runs waiting background and main-queue tasks, without moving time, until none is left.
-  void settle() {
-    while (backgroundQueue.runAll() + mainQueue.runAll() > 0) {
-    }
-  }
+  /// Runs waiting background and main-queue tasks, without moving time, until none is left. Throws
+  /// when the two queues keep handing each other tasks.
+  void settle();
 
   /// Moves virtual time from event to event until `done`; gives threads a chance where nothing
   /// waits in the queue. False when the deadline of ten real seconds is missed.

@@ -50,15 +50,16 @@ TEST_P(BackgroundQueueContract, blockedTaskDoesNotHoldUpTheNext) {
   const auto meeting = std::make_shared<Meeting>();
   queue().async(QualityOfService::utility, [meeting] {
     std::unique_lock lock(meeting->mutex);
-    meeting->changed.wait(lock, [&] { return meeting->secondRan; });
-    meeting->firstDone = true;
+    meeting->firstDone = meeting->changed.wait_for(lock, std::chrono::seconds(10),
+                                                   [&] { return meeting->secondRan; });
   });
   queue().async(QualityOfService::utility, [meeting] {
     const std::lock_guard lock(meeting->mutex);
     meeting->secondRan = true;
     meeting->changed.notify_all();
   });
-  EXPECT_TRUE(waitUntil([&] { return meeting->firstDone.load(); }));
+  EXPECT_TRUE(waitUntil([&] { return meeting->firstDone.load(); }))
+      << "the second task did not run while the first waited for it";
 }
 
 TEST_P(BackgroundQueueContract, destructionWaitsForWhatRunsAndDropsWhatWaits) {
