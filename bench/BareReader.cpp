@@ -1,3 +1,5 @@
+// The yardstick for terminals: a loop that only reads.
+
 #include "BareReader.h"
 
 #include <array>
@@ -38,7 +40,7 @@ std::size_t drainTerminal(const std::string& tool) {
   std::string container = "com.apple.CloudDocs";
   std::array<char*, 5> arguments{name.data(), monitor.data(), option.data(), container.data(),
                                  nullptr};
-  // Held open here until the child is up, so that the terminal does not close before.
+  // Keeps the terminal open until the child has opened it.
   const int held = ::open(slave.data(), O_RDWR | O_NOCTTY | O_CLOEXEC);
   pid_t child = 0;
   const int error =

@@ -1,3 +1,5 @@
+// The adapters that a monitor is measured on.
+
 #include "BenchPlatform.h"
 
 namespace driftmark::bench {
@@ -27,34 +29,34 @@ public:
 
 } // namespace
 
-void IdleQueue::async(Task /*task*/) {}
+void BenchMainQueue::async(Task /*task*/) {}
 
-void IdleQueue::after(Seconds /*delay*/, Task /*task*/) {}
+void BenchMainQueue::after(Seconds /*delay*/, Task /*task*/) {}
 
-std::unique_ptr<Timer> IdleQueue::repeat(Seconds /*interval*/, Seconds /*tolerance*/,
-                                         Task /*task*/) {
+std::unique_ptr<Timer> BenchMainQueue::repeat(Seconds /*interval*/, Seconds /*tolerance*/,
+                                              Task /*task*/) {
   return std::make_unique<IdleTimer>();
 }
 
-void IdleBackground::async(QualityOfService /*quality*/, Task /*task*/) {}
+void BenchBackgroundQueue::async(QualityOfService /*quality*/, Task /*task*/) {}
 
 std::variant<TerminalChild, LaunchError>
-FedChildren::spawn(const ToolCommand& command, DataHandler onData, ExitHandler /*onExit*/) {
+BenchChildProcesses::spawn(const ToolCommand& command, DataHandler onData, ExitHandler /*onExit*/) {
   if (command.arguments == std::vector<std::string>{"monitor", "-i", "com.apple.CloudDocs"})
     itemData_ = std::move(onData);
   return TerminalChild{std::make_shared<IdleProcess>(), std::make_unique<IdleHandle>()};
 }
 
-std::shared_ptr<ToolRun> FedChildren::prepare(const ToolCommand& /*command*/,
-                                              ToolOutput /*output*/) {
+std::shared_ptr<ToolRun> BenchChildProcesses::prepare(const ToolCommand& /*command*/,
+                                                      ToolOutput /*output*/) {
   return std::make_shared<IdleRun>();
 }
 
-std::optional<LaunchError> FedChildren::launchDetached(const ToolCommand& /*command*/) {
+std::optional<LaunchError> BenchChildProcesses::launchDetached(const ToolCommand& /*command*/) {
   return std::nullopt;
 }
 
-void FedChildren::feed(std::string_view bytes, std::size_t chunk) const {
+void BenchChildProcesses::feed(std::string_view bytes, std::size_t chunk) const {
   for (std::size_t at = 0; at < bytes.size(); at += chunk)
     itemData_(bytes.substr(at, chunk));
 }

@@ -17,14 +17,14 @@
 
 namespace driftmark::bench {
 
-class WallClock : public Clock {
+class BenchClock : public Clock {
 public:
   Date now() const override { return std::chrono::system_clock::now(); }
   void sleep(Seconds /*duration*/) override {}
 };
 
-/// Log lines go nowhere.
-class NoLog : public SystemLog {
+/// Discards log lines.
+class BenchSystemLog : public SystemLog {
 public:
   void log(std::string_view line) override { bytes_ += line.size(); }
 
@@ -32,21 +32,21 @@ private:
   std::size_t bytes_ = 0;
 };
 
-/// Nothing that is put off is ever run: a round is over before it would be due.
-class IdleQueue : public MainQueue {
+/// Drops every task: a round ends before one would be due.
+class BenchMainQueue : public MainQueue {
 public:
   void async(Task task) override;
   void after(Seconds delay, Task task) override;
   std::unique_ptr<Timer> repeat(Seconds interval, Seconds tolerance, Task task) override;
 };
 
-class IdleBackground : public BackgroundQueue {
+class BenchBackgroundQueue : public BackgroundQueue {
 public:
   void async(QualityOfService quality, Task task) override;
 };
 
-/// Children that print what they are told to, when they are told to.
-class FedChildren : public ChildProcesses {
+/// Starts no process: the bench hands the monitor its output.
+class BenchChildProcesses : public ChildProcesses {
 public:
   std::variant<TerminalChild, LaunchError> spawn(const ToolCommand& command, DataHandler onData,
                                                  ExitHandler onExit) override;
@@ -61,37 +61,37 @@ private:
 };
 
 /// A home folder where every file exists.
-class FullDisk : public LinuxFileSystem {
+class BenchFileSystem : public LinuxFileSystem {
 public:
-  FullDisk() : LinuxFileSystem("") {}
+  BenchFileSystem() : LinuxFileSystem("") {}
   bool fileExists(const std::string& /*path*/) const override { return true; }
   std::string homeDirectory() const override { return "/Users/maren"; }
 };
 
-class BareEnvironment : public Environment {
+class BenchEnvironment : public Environment {
 public:
   std::optional<std::string> variable(const std::string& /*name*/) const override { return {}; }
 };
 
-class PlainText : public LinuxText {
+class BenchText : public LinuxText {
 public:
   std::string byteCount(std::int64_t bytes) const override { return std::to_string(bytes); }
 };
 
-/// A platform's adapters but for these.
+/// The adapters of `all`, with those given here in their place.
 Platform replaced(const Platform& all, ChildProcesses& children, StatusBar& statusBar,
                   SystemLog& log, Dialogs& dialogs);
 
-/// The least platform that a monitor runs on.
+/// All that a monitor needs, without processes, tasks or a disk.
 struct BenchPlatform {
-  WallClock clock;
-  IdleQueue mainQueue;
-  IdleBackground backgroundQueue;
-  FedChildren children;
-  NoLog log;
-  FullDisk disk;
-  BareEnvironment environment;
-  PlainText text;
+  BenchClock clock;
+  BenchMainQueue mainQueue;
+  BenchBackgroundQueue backgroundQueue;
+  BenchChildProcesses children;
+  BenchSystemLog log;
+  BenchFileSystem disk;
+  BenchEnvironment environment;
+  BenchText text;
   SyncMonitor::Ports ports{clock, mainQueue, backgroundQueue, children,
                            log,   disk,      environment,     text};
 };

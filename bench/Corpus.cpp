@@ -1,3 +1,5 @@
+// What the invented output of the per-item monitor looks like.
+
 #include "Corpus.h"
 
 #include "DriveTree.h"
@@ -18,7 +20,7 @@ constexpr std::size_t invalidLines = 12;
 
 constexpr std::array<std::string_view, 4> invalidBytes{"\xff", "\xc3(", "\xed\xa0\x80", "\xc0\xaf"};
 
-/// What follows the path on a state line: mostly in sync, a quarter not downloaded, seldom trouble.
+/// The text behind the path on a state line: mostly in sync, a quarter not downloaded, few issues.
 std::string_view state(Random& random) {
   const std::size_t chance = random.below(20000);
   if (chance < 13000)
@@ -39,7 +41,7 @@ struct Transfer {
   std::size_t tenths = 0; ///< of a percent
 };
 
-/// Puts the lines of a corpus together.
+/// Writes the lines of a corpus.
 class Writer {
 public:
   explicit Writer(std::size_t lines) : lines_(lines), random_(corpusSeed), drive_(corpusSeed + 1) {
@@ -48,7 +50,7 @@ public:
     for (std::size_t i = 0; i < activePaths; ++i) {
       std::string path(elsewhere.nextPath());
       path.insert(path.rfind('/') + 1, '(' + std::to_string(i) + ") ");
-      transfers_.push_back(Transfer{std::move(path), random_.oneIn(1, 2), 0});
+      transfers_.push_back(Transfer{std::move(path), random_.happens(1, 2), 0});
     }
   }
 
@@ -84,9 +86,9 @@ private:
   }
 
   void stateLine() {
-    // Now and then one of the transfers comes to its end.
+    // Now and then a transfer finishes.
     std::string_view path;
-    if (finished_ < activePaths && random_.oneIn(activePaths, lines_)) {
+    if (finished_ < activePaths && random_.happens(activePaths, lines_)) {
       path = transfers_[finished_++].path;
     } else {
       path = drive_.nextPath();
@@ -102,9 +104,9 @@ private:
     transfer.tenths = (transfer.tenths + random_.below(12)) % 1000;
     const std::string_view arrow = transfer.upload ? " ↑" : " ☁ ↓";
     std::string percent = " ";
-    if (!random_.oneIn(1, 10)) {
+    if (!random_.happens(1, 10)) {
       percent += std::to_string(transfer.tenths / 10);
-      if (random_.oneIn(1, 2))
+      if (random_.happens(1, 2))
         percent += '.' + std::to_string(transfer.tenths % 10);
       percent += '%';
     } else if (!transfer.upload) {
@@ -168,7 +170,7 @@ Corpus makeListing(std::size_t paths, const std::string& lineEnd) {
     corpus.pathBytes += path.size();
     corpus.bytes += " o ";
     corpus.bytes += path;
-    corpus.bytes += random.oneIn(3, 4) ? " ☁" : " ☁ not downloaded";
+    corpus.bytes += random.happens(3, 4) ? " ☁" : " ☁ not downloaded";
     corpus.bytes += lineEnd;
   }
   corpus.folders = drive.folders();
@@ -178,11 +180,11 @@ Corpus makeListing(std::size_t paths, const std::string& lineEnd) {
 std::string shuffled(const Corpus& corpus) {
   std::vector<std::string_view> lines;
   lines.reserve(corpus.lines);
-  std::string_view rest = corpus.bytes;
-  while (!rest.empty()) {
-    const std::size_t end = rest.find('\n') + 1;
-    lines.push_back(rest.substr(0, end));
-    rest.remove_prefix(end);
+  std::string_view remainder = corpus.bytes;
+  while (!remainder.empty()) {
+    const std::size_t end = remainder.find('\n') + 1;
+    lines.push_back(remainder.substr(0, end));
+    remainder.remove_prefix(end);
   }
 
   Random random(corpusSeed + 5);

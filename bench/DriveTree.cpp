@@ -1,3 +1,5 @@
+// Which folders and files an invented drive has.
+
 #include "DriveTree.h"
 
 #include <array>
@@ -5,11 +7,11 @@
 namespace driftmark::bench {
 namespace {
 
-constexpr std::size_t leastDepth = 3;
-constexpr std::size_t greatestDepth = 8;
+constexpr std::size_t minDepth = 3;
+constexpr std::size_t maxDepth = 8;
 
 /// How often a new folder is of depth 1, 2, ... 8.
-constexpr std::array<std::size_t, greatestDepth> depthWeights{1, 8, 60, 190, 260, 220, 140, 80};
+constexpr std::array<std::size_t, maxDepth> depthWeights{1, 8, 60, 190, 260, 220, 140, 80};
 
 /// How many files a folder holds: many hold few, a few hold many.
 constexpr std::array<std::size_t, 16> folderSizes{1, 1, 2,  2,  3,  4,  5,  6,
@@ -72,9 +74,10 @@ constexpr std::array<std::string_view, 40> fileWords{
     "Travel",   "Insurance", "Statement",  "Timetable",  "Lecture",  "Exercise", "Solution",
     "Survey",   "Poster",    "Logo",       "Mockup",     "Inventory"};
 
-constexpr std::array<std::string_view, 12> documentEndings{
+constexpr std::array<std::string_view, 12> documentExtensions{
     "pdf", "docx", "pages", "xlsx", "numbers", "key", "txt", "md", "rtf", "csv", "pptx", "html"};
-constexpr std::array<std::string_view, 6> sourceEndings{"ts", "swift", "cpp", "h", "json", "yml"};
+constexpr std::array<std::string_view, 6> sourceExtensions{"ts", "swift", "cpp",
+                                                           "h",  "json",  "yml"};
 constexpr std::array<std::string_view, 4> emoji{"🎂 ", "✅ ", "📌 ", "🏔️ "};
 
 /// `number` with zeros before it up to `width` digits.
@@ -112,7 +115,7 @@ void DriveTree::enterNextFolder() {
     levels_.resize(depth);
   do
     descend();
-  while (levels_.size() <= leastDepth);
+  while (levels_.size() <= minDepth);
 
   ++folders_;
   names_.clear();
@@ -164,7 +167,7 @@ std::string DriveTree::date() {
 
 std::string DriveTree::fileName() {
   std::string stem;
-  std::string ending;
+  std::string extension;
   ++number_;
   switch (style_) {
   case 0:
@@ -177,39 +180,39 @@ std::string DriveTree::fileName() {
     stem += padded(random_.below(24), 2);
     stem += '.' + padded(random_.below(60), 2);
     stem += '.' + padded(random_.below(60), 2);
-    ending = "png";
+    extension = "png";
     break;
   case 4:
     stem += random_.pick(fileWords);
     stem += '_';
     stem += random_.pick(fileWords);
-    ending = random_.pick(sourceEndings);
+    extension = random_.pick(sourceExtensions);
     break;
   case 5:
     stem = padded(1 + names_.size(), 2) + ' ';
     stem += random_.pick(fileWords);
-    ending = "m4a";
+    extension = "m4a";
     break;
   default:
-    if (random_.oneIn(1, 60))
+    if (random_.happens(1, 60))
       stem += random_.pick(emoji);
     stem += random_.pick(fileWords);
-    if (random_.oneIn(2, 3)) {
+    if (random_.happens(2, 3)) {
       stem += ' ';
       stem += random_.pick(fileWords);
     }
-    if (random_.oneIn(1, 2))
+    if (random_.happens(1, 2))
       stem += ' ' + date();
-    ending = random_.pick(documentEndings);
+    extension = random_.pick(documentExtensions);
   }
 
-  ending.insert(0, 1, '.');
-  std::string name = stem + ending;
+  extension.insert(0, 1, '.');
+  std::string name = stem + extension;
   for (std::size_t copy = 2; !names_.insert(name).second; ++copy) {
     name = stem;
     name += ' ';
     name += std::to_string(copy);
-    name += ending;
+    name += extension;
   }
   return name;
 }

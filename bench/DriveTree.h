@@ -24,7 +24,7 @@ public:
   std::size_t folders() const { return folders_; }
 
 private:
-  /// A folder on the way to the current one.
+  /// The current folder, or one above it.
   struct Level {
     std::size_t end; ///< where the folder's path ends in `path_`
     std::unordered_set<std::string> subfolders;

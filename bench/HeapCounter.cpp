@@ -1,3 +1,5 @@
+// How heap memory is counted: by replacing `operator new` and `operator delete`.
+
 #include "HeapCounter.h"
 
 #include <atomic>

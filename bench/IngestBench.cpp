@@ -1,6 +1,7 @@
-#include "IngestBench.h"
+// What a line costs on its path from a chunk to the model.
 
 #include "BenchPlatform.h"
+#include "Benches.h"
 #include "Corpus.h"
 #include "HeapCounter.h"
 #include "Stopwatch.h"

@@ -1,8 +1,7 @@
 // How often the menu bar item is drawn, and how fast its menu opens.
 
-#include "MenuBench.h"
-
 #include "BenchPlatform.h"
+#include "Benches.h"
 #include "Corpus.h"
 #include "Stopwatch.h"
 #include "platform/linux/LinuxPlatform.h"
@@ -51,7 +50,7 @@ private:
   LinuxStatusItem* item_ = nullptr;
 };
 
-class RootedEnvironment final : public BareEnvironment {
+class RootedEnvironment final : public BenchEnvironment {
 public:
   explicit RootedEnvironment(std::string root) : root_(std::move(root)) {}
   std::optional<std::string> variable(const std::string& name) const override {
@@ -74,9 +73,9 @@ void drawPending() {
 int drawingsWithoutChange() {
   const CaptureRoot root;
   LinuxPlatform platform(systemRoot(root));
-  FedChildren children;
+  BenchChildProcesses children;
   WatchedStatusBar statusBar;
-  NoLog log;
+  BenchSystemLog log;
   const auto controller = StatusItemController::make(
       replaced(platform.ports(), children, statusBar, log, platform.ports().dialogs));
   drawPending();
@@ -139,7 +138,7 @@ private:
 };
 
 /// Hides the end of the item monitor from the core, which would start it again.
-class RunOnce final : public FedChildren {
+class RunOnce final : public BenchChildProcesses {
 public:
   RunOnce(ChildProcesses& children, std::function<void()> onEnd)
       : children_(children), onEnd_(std::move(onEnd)) {}
@@ -147,7 +146,7 @@ public:
   std::variant<TerminalChild, LaunchError> spawn(const ToolCommand& command, DataHandler onData,
                                                  ExitHandler onExit) override {
     if (command.arguments.at(1) != "-i")
-      return FedChildren::spawn(command, std::move(onData), std::move(onExit));
+      return BenchChildProcesses::spawn(command, std::move(onData), std::move(onExit));
     return children_.spawn(command, std::move(onData), onEnd_);
   }
 
@@ -161,7 +160,7 @@ std::vector<double> openDuringListing(const CaptureRoot& root) {
   LinuxPlatform platform(systemRoot(root));
   RunOnce children(platform.ports().childProcesses, [] { QCoreApplication::quit(); });
   WatchedStatusBar statusBar;
-  NoLog log;
+  BenchSystemLog log;
   const auto controller = StatusItemController::make(
       replaced(platform.ports(), children, statusBar, log, platform.ports().dialogs));
   const Opener opener(statusBar.item());

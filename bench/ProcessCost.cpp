@@ -1,3 +1,5 @@
+// How the kernel reports what a process uses.
+
 #include "ProcessCost.h"
 
 #include <filesystem>

@@ -1,7 +1,6 @@
 // What the program costs when it starts and while it idles.
 
-#include "ProgramBench.h"
-
+#include "Benches.h"
 #include "ProcessCost.h"
 #include "Stopwatch.h"
 #include "demo/Sandbox.h"

@@ -24,8 +24,8 @@ public:
     return bound > 0 ? static_cast<std::size_t>(next() % bound) : 0;
   }
 
-  /// True `count` times in `of`.
-  bool oneIn(std::size_t count, std::size_t of) { return below(of) < count; }
+  /// Whether an event happens that happens `count` times in `of`.
+  bool happens(std::size_t count, std::size_t of) { return below(of) < count; }
 
   template <class Value, std::size_t size>
   const Value& pick(const std::array<Value, size>& values) {

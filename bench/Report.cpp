@@ -1,3 +1,5 @@
+// Which figures the report has, and the bounds that each must and should keep.
+
 #include "Report.h"
 
 #include <array>

@@ -1,6 +1,7 @@
-#include "SurveyBench.h"
+// What the survey of a large folder costs, and how long it blocks the main loop.
 
 #include "BenchPlatform.h"
+#include "Benches.h"
 #include "HeapCounter.h"
 #include "Stopwatch.h"
 #include "SurveyTree.h"
@@ -40,7 +41,7 @@ constexpr const char* entryTitle = "Free Up Space…";
 
 using SteadyClock = std::chrono::steady_clock;
 
-/// Runs `find`, and adds up the blocks that it prints, a number a line.
+/// Runs `find` and adds up the block counts that it prints, one per line.
 std::int64_t blocksByFind(const SurveyTree& tree) {
   icloud::Pipe pipe = icloud::makePipe();
   icloud::Launch launch{"/usr/bin/find", {tree.path(), "-type", "f", "-printf", "%b\n"}, {}};
@@ -70,7 +71,7 @@ std::size_t bytesOf(const std::vector<std::string>& paths) {
   return bytes;
 }
 
-/// Notes the longest time between two beats on the event loop.
+/// Measures the longest time between two beats on the event loop.
 class LoopWatch {
 public:
   LoopWatch() {
@@ -93,10 +94,11 @@ private:
   std::chrono::duration<double, std::milli> longest_{0};
 };
 
-/// Chooses a folder at once, and cancels what it is asked.
-class HastyUser final : public Dialogs {
+/// Chooses a folder at once and cancels the question that follows.
+class CancellingUser final : public Dialogs {
 public:
-  HastyUser(std::string folder, LoopWatch& watch) : folder_(std::move(folder)), watch_(watch) {}
+  CancellingUser(std::string folder, LoopWatch& watch)
+      : folder_(std::move(folder)), watch_(watch) {}
 
   std::size_t runModal(const Alert& alert) override {
     watch_.beat();
@@ -110,7 +112,7 @@ public:
 
   const std::string& question() const { return question_; }
 
-  /// How long the loop stood still at most before the question came.
+  /// The longest time that the loop was blocked before the question, in milliseconds.
   double longestUntilAsked() const { return untilAsked_; }
 
 private:
@@ -120,7 +122,7 @@ private:
   double untilAsked_ = 0;
 };
 
-/// A menu bar where nothing is drawn.
+/// A menu bar that draws nothing.
 class BlankStatusBar final : public StatusBar {
 public:
   std::unique_ptr<StatusItem> makeStatusItem() override { return std::make_unique<Item>(build_); }
@@ -152,13 +154,14 @@ private:
   std::function<Menu()> build_;
 };
 
-/// The longest standstill, in milliseconds, from the choice of the folder to the question.
+/// The longest time that the loop is blocked, in milliseconds, from the choice of the folder to the
+/// question.
 double longestGap(LinuxPlatform& platform, const SurveyTree& tree) {
-  FedChildren children;
+  BenchChildProcesses children;
   BlankStatusBar statusBar;
-  NoLog log;
+  BenchSystemLog log;
   LoopWatch watch;
-  HastyUser user(tree.path().string(), watch);
+  CancellingUser user(tree.path().string(), watch);
   const auto controller =
       StatusItemController::make(replaced(platform.ports(), children, statusBar, log, user));
   statusBar.choose(entryTitle);
@@ -172,7 +175,7 @@ double longestGap(LinuxPlatform& platform, const SurveyTree& tree) {
 
 void benchSurvey(Figures& figures, std::ostream& notes) {
   const SurveyTree tree;
-  LinuxPlatform platform(std::get<SystemRoot>(SystemRoot::of(BareEnvironment())));
+  LinuxPlatform platform(std::get<SystemRoot>(SystemRoot::of(BenchEnvironment())));
   const CloudFiles& cloudFiles = platform.ports().cloudFiles;
 
   Survey survey;
@@ -194,7 +197,7 @@ void benchSurvey(Figures& figures, std::ostream& notes) {
   figures["survey_main_loop_ms"] = median(gaps);
   notes << "survey: " << SurveyTree::files << " files in " << SurveyTree::folders
         << " folders, find " << median(find) << " s, survey " << median(surveys)
-        << " s, longest standstill of all rounds " << *std::ranges::max_element(gaps) << " ms\n";
+        << " s, longest block of all rounds " << *std::ranges::max_element(gaps) << " ms\n";
 }
 
 } // namespace driftmark::bench

@@ -1,3 +1,5 @@
+// How the folders for the survey are made.
+
 #include "SurveyTree.h"
 
 #include "common/Descriptor.h"

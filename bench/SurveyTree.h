@@ -6,8 +6,7 @@
 
 namespace driftmark::bench {
 
-/// Folders full of cloud files whose contents are here, in a temporary folder that goes with this
-/// object.
+/// Folders full of downloaded cloud files, in a temporary folder that is removed with this object.
 class SurveyTree {
 public:
   static constexpr std::size_t folders = 10'000;

@@ -1,7 +1,8 @@
-#include "TerminalBench.h"
+// How fast a listing passes through a real pseudo-terminal into the program.
 
 #include "BareReader.h"
 #include "BenchPlatform.h"
+#include "Benches.h"
 #include "Corpus.h"
 #include "Stopwatch.h"
 #include "monitor/SyncMonitor.h"
@@ -21,15 +22,15 @@ namespace {
 constexpr std::size_t listedPaths = 300'000;
 constexpr std::size_t rounds = 9;
 
-/// The per-item monitor alone, for real; its end ends the event loop.
-class ItemMonitorAlone : public FedChildren {
+/// Starts a real process for the per-item monitor only. When it exits, the event loop ends.
+class ItemMonitorOnly : public BenchChildProcesses {
 public:
-  explicit ItemMonitorAlone(ChildProcesses& children) : children_(children) {}
+  explicit ItemMonitorOnly(ChildProcesses& children) : children_(children) {}
 
   std::variant<TerminalChild, LaunchError> spawn(const ToolCommand& command, DataHandler onData,
                                                  ExitHandler onExit) override {
     if (command.arguments.size() < 2 || command.arguments[1] != "-i")
-      return FedChildren::spawn(command, std::move(onData), std::move(onExit));
+      return BenchChildProcesses::spawn(command, std::move(onData), std::move(onExit));
     auto started = children_.spawn(command, std::move(onData), [] { QCoreApplication::quit(); });
     if (const auto* error = std::get_if<LaunchError>(&started))
       throw std::runtime_error("cannot start the listing: " + error->description);
@@ -45,7 +46,7 @@ class PlayedListing {
 public:
   PlayedListing() {
     const Corpus listing = makeListing(listedPaths, "\n");
-    // The terminal puts a carriage return before each newline.
+    // The terminal adds a carriage return before each newline.
     printedBytes_ = listing.bytes.size() + listing.lines;
     root_.playText(listing.bytes);
   }
@@ -67,12 +68,13 @@ double drainTime(const PlayedListing& listing) {
 }
 
 double programTime(const PlayedListing& listing) {
-  BenchPlatform rest;
+  BenchPlatform platform;
   LinuxMainQueue mainQueue;
   PosixChildProcesses processes(mainQueue, listing.root().path().string());
-  ItemMonitorAlone children(processes);
-  const SyncMonitor::Ports ports{rest.clock, mainQueue, rest.backgroundQueue, children,
-                                 rest.log,   rest.disk, rest.environment,     rest.text};
+  ItemMonitorOnly children(processes);
+  const SyncMonitor::Ports ports{
+      platform.clock, mainQueue,     platform.backgroundQueue, children,
+      platform.log,   platform.disk, platform.environment,     platform.text};
   const auto monitor = SyncMonitor::make(ports);
   std::size_t changes = 0;
   monitor->onChange = [&changes] { ++changes; };

@@ -1,9 +1,7 @@
-#include "IngestBench.h"
-#include "MenuBench.h"
-#include "ProgramBench.h"
+// Runs every benchmark and prints the figures.
+
+#include "Benches.h"
 #include "Report.h"
-#include "SurveyBench.h"
-#include "TerminalBench.h"
 
 #include <exception>
 #include <fstream>

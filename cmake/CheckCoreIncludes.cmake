@@ -1,4 +1,5 @@
-# Fails when a core source includes more than the C++ standard library and the core itself.
+# Fails when a core source includes anything but the C++ standard library and the core. The core is
+# every folder below SOURCE_DIR but platform/; update/ may also include nlohmann-json.
 # Usage: cmake -DSOURCE_DIR=src -DFILES="a.cpp;b.h" -P CheckCoreIncludes.cmake
 cmake_minimum_required(VERSION 3.25)
 

@@ -15,10 +15,10 @@ target_compile_options(driftmark_compiler INTERFACE
 target_compile_definitions(driftmark_compiler INTERFACE
   $<$<NOT:$<CONFIG:Release>>:_GLIBCXX_ASSERTIONS>)
 if(APPLE)
-  # Nothing in a binary tells where it was built, and nothing in it is for others to link to.
+  # A binary does not depend on the folder that it was built in, and exports nothing.
   add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -fvisibility=hidden
                       -fvisibility-inlines-hidden)
-  # The declarations of frameworks say of every pointer whether it may be null; ours do not.
+  # Apple's headers state of every pointer whether it may be null; ours do not.
   target_compile_options(driftmark_compiler INTERFACE
     $<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-arc -Wno-nullability-completeness>)
 endif()

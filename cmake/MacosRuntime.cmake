@@ -1,4 +1,4 @@
-# Has zig make its C++ library for the target, and links every program with it.
+# Builds zig's C++ library for the target and links every program with it.
 set(runtime ${CMAKE_BINARY_DIR}/runtime)
 set(runtime_libraries ${runtime}/libc++.a ${runtime}/libc++abi.a ${runtime}/libcompiler_rt.a)
 if(NOT EXISTS ${runtime}/libcompiler_rt.a)

@@ -1,6 +1,6 @@
-# Builds for macOS on Linux. zig compiles and brings Darwin's C and C++ libraries, LLVM's linker links,
-# and the system's frameworks are our own declarations in tools/macos. Wants
-# DRIFTMARK_MACOS_ARCHITECTURE: arm64 or x86_64.
+# Builds for macOS on Linux. zig compiles and provides Darwin's C and C++ libraries, LLVM's linker
+# links, and tools/macos declares the system's frameworks. Needs DRIFTMARK_MACOS_ARCHITECTURE: arm64
+# or x86_64.
 set(CMAKE_SYSTEM_NAME Darwin)
 set(CMAKE_SYSTEM_VERSION 22) # macOS 13
 set(CMAKE_SYSTEM_PROCESSOR ${DRIFTMARK_MACOS_ARCHITECTURE})
@@ -21,10 +21,10 @@ foreach(tool AR RANLIB NM OBJDUMP)
 endforeach()
 find_program(CMAKE_INSTALL_NAME_TOOL llvm-install-name-tool-19 REQUIRED)
 
-# What configuring tries out is compiled, not linked.
+# Test programs of the configure step are compiled, not linked.
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 
-# zig's own linker would have the system replace parts of the C++ library in the program by its own.
+# A program that zig's own linker makes lets the system replace parts of its C++ library.
 find_program(DRIFTMARK_MACOS_LINKER ld64.lld-19 REQUIRED)
 file(READ ${darwin}/SDKSettings.json sdk_settings)
 string(JSON sdk_version GET ${sdk_settings} MinimalDisplayName)

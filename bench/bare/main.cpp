@@ -1,4 +1,4 @@
-// Nothing but a QApplication: what any program of this toolkit costs.
+// Nothing but a QApplication: what every Qt program costs.
 
 #include <QApplication>
 

@@ -1,5 +1,5 @@
-// A plugin that says on standard output when a program is up: when its event loop runs or, where
-// DRIFTMARK_PROBE says "drawing", when a window of it has been drawn.
+// A Qt plugin that reports on standard output when a program has started: when its event loop runs
+// or, where DRIFTMARK_PROBE is "drawing", when one of its windows has been drawn.
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -17,23 +17,23 @@ public:
     if (awaitsDrawing)
       QCoreApplication::instance()->installEventFilter(this);
     else
-      tell();
+      report();
   }
 
   bool eventFilter(QObject* watched, QEvent* event) override {
     if (event->type() == QEvent::Paint && watched->isWidgetType()) {
       QCoreApplication::instance()->removeEventFilter(this);
-      tell();
+      report();
     }
     return false;
   }
 
 private:
-  /// From the event loop, after what it does now.
-  void tell() {
+  /// In the next turn of the event loop.
+  void report() {
     QTimer::singleShot(0, this, [] {
-      const char news = '\n';
-      [[maybe_unused]] const ssize_t count = write(STDOUT_FILENO, &news, 1);
+      const char byte = '\n';
+      [[maybe_unused]] const ssize_t count = write(STDOUT_FILENO, &byte, 1);
     });
   }
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-// What no source of the core may include; read by the test of the check, compiled by nothing.
+// What no source of the core may include. Read by the test of the check, compiled by nothing.
 #include "platform/posix/children/PosixChildProcesses.h"
 #include "ports/Clock.h"
 

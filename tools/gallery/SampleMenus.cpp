@@ -1,3 +1,5 @@
+// Which menus the gallery draws.
+
 #include "SampleMenus.h"
 
 #include <utility>
@@ -43,7 +45,7 @@ Menu withFixedItems(Menu menu, const std::string& storage, bool launchesAtLogin)
   return menu;
 }
 
-Menu resting() {
+Menu idle() {
   return withFixedItems({label("iCloud Drive: Up to Date"), separator(), label("Recent Activity"),
                          file("Minutes 2026-03.pages", "checkmark.circle", "2 minutes ago"),
                          file("Holiday", "icloud.slash", "removed download 3 hours ago"),
@@ -93,7 +95,7 @@ Menu hardToDraw() {
 } // namespace
 
 std::vector<SampleMenu> sampleMenus() {
-  return {{"resting", resting()},
+  return {{"idle", idle()},
           {"transferring", transferring()},
           {"issues", withIssues()},
           {"hard", hardToDraw()}};

@@ -12,8 +12,8 @@ struct SampleMenu {
   Menu menu;
 };
 
-/// Menus as the program builds them: at rest, in the midst of transfers, with issues, and with
-/// names that are hard to draw.
+/// Menus as the program builds them: idle, with transfers, with issues, and with names that are
+/// hard to draw.
 std::vector<SampleMenu> sampleMenus();
 
 } // namespace driftmark::gallery

@@ -1,3 +1,5 @@
+// How a captured text takes the place of `brctl`.
+
 #include "replay/CaptureRoot.h"
 
 #include <cerrno>

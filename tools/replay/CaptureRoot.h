@@ -6,16 +6,16 @@
 namespace driftmark {
 
 /// A temporary system root whose `brctl` plays a captured text: every monitor prints it and ends,
-/// every other call prints nothing. Removed with this object. Operations throw a
-/// `std::system_error` where the disk does not do its part.
+/// every other call prints nothing. Removed with this object. Operations throw a std::system_error
+/// when the disk fails.
 class CaptureRoot {
 public:
   CaptureRoot();
 
-  /// Has a file played, which stays where it is. Either this or `playText`, once.
+  /// Plays a file, which must stay where it is. Call either this or `playText`, once.
   void playFile(const std::filesystem::path& file) const;
 
-  /// Has `text` played.
+  /// Plays `text`.
   void playText(std::string_view text) const;
 
   const std::filesystem::path& path() const { return folder_.path; }

@@ -1,19 +1,44 @@
+// How the platform of a replay differs from the program's.
+
 #include "replay/ReplayPlatform.h"
 
 #include <iostream>
 
 namespace driftmark {
 
-void ReplayLog::log(std::string_view line) {
+void ReplaySystemLog::log(std::string_view line) {
   if (shown_)
     std::cerr << std::string(line) + '\n';
+}
+
+std::variant<TerminalChild, LaunchError> ReplayChildProcesses::spawn(const ToolCommand& command,
+                                                                     DataHandler onData,
+                                                                     ExitHandler /*onExit*/) {
+  auto started = children_.spawn(command, std::move(onData), [this] {
+    if (--running_ == 0)
+      onAllEnded_();
+  });
+  if (const auto* error = std::get_if<LaunchError>(&started))
+    failure_ = error->description;
+  else
+    ++running_;
+  return started;
+}
+
+std::shared_ptr<ToolRun> ReplayChildProcesses::prepare(const ToolCommand& command,
+                                                       ToolOutput output) {
+  return children_.prepare(command, output);
+}
+
+std::optional<LaunchError> ReplayChildProcesses::launchDetached(const ToolCommand& command) {
+  return children_.launchDetached(command);
 }
 
 ReplayPlatform::ReplayPlatform(const Options& options)
     : log_(options.showLog), processes_(mainQueue_, options.systemRoot),
       children_(processes_, options.onAllEnded) {}
 
-/// The background queue waits for its tasks, and these may wait for children.
+/// Children end first: the background queue waits for its tasks, and a task may wait for a child.
 ReplayPlatform::~ReplayPlatform() {
   processes_.shutdown();
 }

@@ -1,3 +1,5 @@
+// How the counts and the model are printed.
+
 #include "replay/Report.h"
 
 #include "ports/FileSystem.h"
@@ -21,13 +23,13 @@ namespace {
 constexpr int labelWidth = 22;
 constexpr int countWidth = 10;
 
-/// `text` fit for a terminal: control characters are spelled out.
+/// `text` with its control characters escaped, for a terminal.
 std::string printable(std::string_view text) {
   constexpr std::string_view digits = "0123456789abcdef";
   std::string result;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const auto byte = static_cast<unsigned char>(text[i]);
-    // Those beyond ASCII are the characters 80 to 9f, of two bytes.
+    // U+0080 to U+009F have two bytes.
     const bool isHighControl =
         byte == 0xc2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xa0;
     if (byte < 0x20 || byte == 0x7f) {
@@ -127,19 +129,21 @@ private:
     heading("active", monitor_.active().size());
     for (const auto* entry : sorted(monitor_.active()))
       out_ << "  " << std::left << std::setw(10) << word(entry->second.direction) << std::right
-           << std::setw(8) << percent(entry->second.percent) << "  " << shown(entry->first) << '\n';
+           << std::setw(8) << percent(entry->second.percent) << "  " << asCaptured(entry->first)
+           << '\n';
   }
 
   void recent() const {
     heading("recent, newest first", monitor_.recent().size());
     for (const CompletedItem& item : monitor_.recent())
-      out_ << "  " << std::left << std::setw(20) << word(item.kind) << shown(item.path) << '\n';
+      out_ << "  " << std::left << std::setw(20) << word(item.kind) << asCaptured(item.path)
+           << '\n';
   }
 
   void issues() const {
     heading("issues", monitor_.issues().size());
     for (const auto* entry : sorted(monitor_.issues()))
-      out_ << "  " << shown(entry->first) << ": " << printable(entry->second) << '\n';
+      out_ << "  " << asCaptured(entry->first) << ": " << printable(entry->second) << '\n';
   }
 
   void heading(std::string_view title, std::size_t size) const {
@@ -147,7 +151,7 @@ private:
   }
 
   /// The path as the capture has it.
-  std::string shown(std::string_view path) const {
+  std::string asCaptured(std::string_view path) const {
     if (path.starts_with(mobileDocs_))
       path.remove_prefix(mobileDocs_.size());
     return printable(path);

@@ -1,3 +1,5 @@
+// The replay: plays a capture into the program and prints its model.
+
 #include "monitor/SyncMonitor.h"
 #include "platform/linux/runloop/LinuxSignals.h"
 #include "replay/CaptureRoot.h"
@@ -25,13 +27,13 @@ namespace fs = std::filesystem;
 constexpr std::string_view usage =
     R"(usage: replay [--log] FILE
 
-Plays FILE, a captured output of `brctl monitor`, through a pseudo-terminal into the program and
-prints what it made of it: how many lines and events it saw, and the model at the end, three seconds
-after the last line. Captures of the per-item monitor and of the global monitor will do, with line
-ends of either kind. Files that the capture names need not exist.
+Plays FILE, a captured output of `brctl monitor`, through a pseudo-terminal into the program. Prints
+how many lines and events it counted, and the model three seconds after the last line. FILE is a
+capture of the per-item monitor or of the global monitor, with line ends of either kind. The files
+that it names need not exist.
 
-  --log   show the program's log lines on standard error
-  --help  show this text
+  --log   shows the program's log lines on standard error
+  --help  prints this text
 )";
 
 struct Arguments {
@@ -42,17 +44,17 @@ struct Arguments {
 
 std::optional<Arguments> parsed(int argc, char** argv) {
   Arguments arguments;
-  bool optionsOver = false;
+  bool optionsEnded = false;
   bool hasFile = false;
   for (int i = 1; i < argc; ++i) {
     const std::string_view argument = argv[i];
-    if (!optionsOver && argument == "--") {
-      optionsOver = true;
-    } else if (!optionsOver && argument == "--log") {
+    if (!optionsEnded && argument == "--") {
+      optionsEnded = true;
+    } else if (!optionsEnded && argument == "--log") {
       arguments.log = true;
-    } else if (!optionsOver && argument == "--help") {
+    } else if (!optionsEnded && argument == "--help") {
       arguments.help = true;
-    } else if (hasFile || (!optionsOver && argument.starts_with("--"))) {
+    } else if (hasFile || (!optionsEnded && argument.starts_with("--"))) {
       return std::nullopt;
     } else {
       arguments.file = argument;
