@@ -13,7 +13,7 @@ namespace driftmark::bench {
 // IngestBench.cpp
 
 /// Times the path from chunks to the model on the corpus, against a newline scan and against the
-/// straightforward monitor. Throws when the two monitors do not arrive at the same model.
+/// reference monitor. Throws when the two monitors do not arrive at the same model.
 void benchIngest(Figures& figures, std::ostream& notes);
 
 /// Measures the heap that a million known paths take.
