@@ -329,20 +329,6 @@ TEST_F(Restart, interruptedWorkIsFinished) {
   EXPECT_EQ(contentsOf(inDrive("1")), before);
 }
 
-TEST_F(Eviction, AnActThatIsHalfWrittenIsForgotten) {
-  system_.play("files 2 \"{n}\" 4KB\nat 10m end\n", "");
-  expectDone(evict({inDrive("1")}));
-  system_.killBird();
-  const auto acts = system_.sandbox().root().birdActs();
-  std::ofstream(acts, std::ios::app) << "8:evicti";
-  system_.resume();
-  expectDone(evict({inDrive("2")}));
-  system_.killBird();
-  system_.resume();
-  Tool monitor = system_.brctl(itemMonitor, Channel::terminal());
-  monitor.output().readUntil("not downloaded", 2);
-}
-
 std::string numbered(int number) {
   std::string digits = std::to_string(number);
   return "Many/" + std::string(4 - digits.size(), '0') + digits;
