@@ -1,9 +1,6 @@
+// How the daemon answers its clients and keeps the scenario going.
 #include "bird/Bird.h"
 
-#include "bird/PathLookup.h"
-#include "bird/Refusal.h"
-#include "bird/ReplyFeeder.h"
-#include "bird/StatusReport.h"
 #include "common/LocalSocket.h"
 #include "common/Requests.h"
 #include "common/SignalDescriptor.h"
@@ -41,22 +38,36 @@ std::string wordsOf(const std::system_error& problem) {
                                                                 : problem.code().message();
 }
 
+/// The reply to an operation: done, or why it failed.
+template <typename Operation> std::unique_ptr<Feeder> replyTo(const Operation& operation) {
+  try {
+    operation();
+    return reply({"done"});
+  } catch (const std::system_error& problem) {
+    return failure(wordsOf(problem));
+  } catch (const std::exception& problem) {
+    return failure(problem.what());
+  }
+}
+
 } // namespace
 
 Bird::Bird(const BirdOptions& options, SystemRoot root, const Scenario& scenario)
     : root_(std::move(root)), beginAfter_(options.beginAfter), journal_(root_.birdJournal()),
-      acts_(root_.birdActs()), resumed_(options.resume),
-      cloud_{Drive(options.home / driveFolder, [this](ItemId id) { itemChanged(id); }),
-             GlobalTransfers([this](std::size_t number, GlobalTransfers::Progress progress) {
-               globalChanged(number, progress);
-             }),
-             StatusJobs(), 0},
+      resumed_(options.resume), cloud_{Drive(options.home / driveFolder,
+                                             [this](ItemId id) { itemChanged(id); }),
+                                       GlobalTransfers([this](std::size_t number,
+                                                              GlobalTransfers::Progress progress) {
+                                         globalChanged(number, progress);
+                                       }),
+                                       StatusJobs(), 0},
       player_(scenario, cloud_, *this), signals_(signalDescriptor({SIGTERM, SIGINT})) {
   if (resumed_) {
-    recall(journal_.read());
+    const JournalEntry entry = journal_.read();
+    beginAfter_ = entry.beginAfter;
+    player_.resume(entry.progress, Player::Clock::now());
   } else {
-    acts_.clear();
-    player_.setStage();
+    player_.createInitialState();
   }
   std::filesystem::create_directories(root_.runFolder());
   listener_ = listenAt(root_.runFolder(), SystemRoot::birdSocket);
@@ -67,29 +78,18 @@ Bird::~Bird() {
   std::filesystem::remove(root_.runFolder() / SystemRoot::birdSocket, ignored);
 }
 
-void Bird::recall(const JournalEntry& entry) {
-  beginAfter_ = entry.beginAfter;
-  cloud_.drive.setRecalling(true);
-  player_.setStage();
-  const auto now = Player::Clock::now();
-  player_.resume(entry.progress, acts_.read(), now);
-  cloud_.drive.setRecalling(false);
-  for (const ItemId id : cloud_.drive.finishInterruptedWork())
-    acts_.add(player_.act(ClientOperation::Kind::eviction, id, now));
-}
-
-void Bird::note() {
+void Bird::writeJournal() {
   journal_.write({player_.progress(), beginAfter_});
 }
 
 void Bird::run() {
-  note(); // whoever is told may kill it at once, and have it started again
-  tell(resumed_ ? "resumed" : "ready", "");
+  writeJournal(); // a reader of the next line may kill this process at once
+  report(resumed_ ? "resumed" : "ready", "");
   if (beginAfter_.empty() && !player_.hasBegun())
     player_.begin(Player::Clock::now());
   do {
     player_.advance(Player::Clock::now());
-    note();
+    writeJournal();
     if (isKilled_)
       kill(getpid(), SIGKILL);
     connections_.remove_if([](const Connection& each) { return each.client.isClosed(); });
@@ -108,7 +108,7 @@ bool Bird::waitForWork() {
   std::vector<pollfd> waits{{signals_.get(), POLLIN, 0}, {listener_.get(), POLLIN, 0}};
   for (const Connection& each : connections_)
     waits.push_back({each.client.descriptor(),
-                     static_cast<short>(each.client.isHeldUp() ? POLLIN | POLLOUT : POLLIN), 0});
+                     static_cast<short>(each.client.hasUnsent() ? POLLIN | POLLOUT : POLLIN), 0});
   if (poll(waits.data(), waits.size(), pollTimeout()) < 0) {
     if (errno == EINTR)
       return true;
@@ -161,37 +161,25 @@ void Bird::answer(Connection& connection, const Record& request) {
   } else if (kind == quotaRequest) {
     connection.client.serve(reply({"quota", std::to_string(cloud_.quota)}));
   } else if ((kind == evictRequest || kind == downloadRequest) && request.size() == 2) {
-    connection.client.serve(answerTo(kind == evictRequest ? ClientOperation::Kind::eviction
-                                                          : ClientOperation::Kind::download,
-                                     request[1]));
+    connection.client.serve(replyTo([&] { carryOut(kind, request[1]); }));
     return;
   } else {
-    connection.client.serve(failure("bird does not know what this client asks for"));
+    connection.client.serve(failure("bird does not know this request"));
     return;
   }
   beginWhenReady(kind);
 }
 
-std::unique_ptr<Feeder> Bird::answerTo(ClientOperation::Kind kind, const std::string& path) {
-  try {
-    obey(kind, path);
-    return reply({"done"});
-  } catch (const std::system_error& problem) {
-    return failure(wordsOf(problem));
-  } catch (const std::exception& problem) {
-    return failure(problem.what());
-  }
-}
-
-// An act is noted once it is done. One that this process does not live to note is found on disk.
-void Bird::obey(ClientOperation::Kind kind, const std::string& path) {
+void Bird::carryOut(std::string_view operation, const std::string& path) {
   const auto id = lookUp(cloud_.drive, path);
-  if (!id && kind == ClientOperation::Kind::eviction)
+  if (!id && operation == evictRequest)
     throw Refusal(Refusal::stillUploading);
   if (!id)
     return;
-  if (const auto act = player_.obey(kind, *id, Player::Clock::now()))
-    acts_.add(*act);
+  if (operation == evictRequest)
+    player_.evict(*id);
+  else
+    player_.download(*id, Player::Clock::now());
 }
 
 void Bird::beginWhenReady(const std::string& served) {
@@ -245,7 +233,7 @@ void Bird::sendChanges() {
     each.client.send();
 }
 
-void Bird::tell(const char* word, const std::string& text) {
+void Bird::report(const char* word, const std::string& text) {
   const double seconds =
       std::chrono::duration<double>(player_.elapsed(Player::Clock::now())).count();
   std::printf("%.1f %s%s%s\n", seconds, word, text.empty() ? "" : " ", text.c_str());

@@ -3,11 +3,8 @@
 #include "bird/BirdOptions.h"
 #include "bird/Client.h"
 #include "bird/Cloud.h"
-#include "bird/GlobalFeeder.h"
-#include "bird/Host.h"
-#include "bird/ItemFeeder.h"
+#include "bird/Feeder.h"
 #include "bird/Journal.h"
-#include "bird/OperationLog.h"
 #include "bird/Player.h"
 #include "common/Descriptor.h"
 #include "common/SystemRoot.h"
@@ -16,10 +13,11 @@
 #include <list>
 #include <set>
 #include <string>
+#include <string_view>
 
 namespace icloud {
 
-/// The daemon: serves its clients and plays the story, until it is asked to end.
+/// The daemon: serves its clients and plays the scenario until a signal ends it.
 class Bird : private Host {
 public:
   Bird(const BirdOptions& options, SystemRoot root, const Scenario& scenario);
@@ -44,17 +42,15 @@ private:
   void killDaemon() override { isKilled_ = true; }
   void print(Feed feed, const std::string& bytes) override;
   void sendChanges() override;
-  void tell(const char* word, const std::string& text) override;
+  void report(const char* word, const std::string& text) override;
 
-  void recall(const JournalEntry& entry);
-  std::unique_ptr<Feeder> answerTo(ClientOperation::Kind kind, const std::string& path);
-  void obey(ClientOperation::Kind kind, const std::string& path);
-  void note();
+  void writeJournal();
   bool waitForWork();
   int pollTimeout() const;
   void acceptClients();
   void handle(Connection& connection, short events);
   void answer(Connection& connection, const Record& request);
+  void carryOut(std::string_view operation, const std::string& path);
   void beginWhenReady(const std::string& served);
   void itemChanged(ItemId id);
   void globalChanged(std::size_t number, GlobalTransfers::Progress progress);
@@ -62,7 +58,6 @@ private:
   SystemRoot root_;
   std::set<std::string> beginAfter_;
   Journal journal_;
-  OperationLog acts_;
   bool resumed_;
   bool isKilled_ = false;
   Cloud cloud_;

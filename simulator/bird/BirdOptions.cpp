@@ -1,6 +1,8 @@
+// What the daemon accepts on its command line.
 #include "bird/BirdOptions.h"
 
 #include "common/Requests.h"
+#include "common/UsageError.h"
 
 #include <algorithm>
 #include <sstream>
@@ -26,9 +28,9 @@ const char* BirdOptions::usage() {
          "       bird --check FILE\n"
          "\n"
          "Owns the simulated iCloud Drive below DIR, plays the scenario on it and serves brctl.\n"
-         "The story begins at once, or after each REQUEST (items, global, status, quota) was\n"
-         "served; with --resume it goes on where the daemon before came to. --check only reads a\n"
-         "scenario and says what is wrong with it.\n";
+         "The scenario begins at once, or after each REQUEST (items, global, status, quota) was\n"
+         "served; with --resume it continues where an earlier daemon stopped. --check only reads\n"
+         "a scenario and reports its mistakes.\n";
 }
 
 BirdOptions BirdOptions::from(const std::vector<std::string>& arguments) {

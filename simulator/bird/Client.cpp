@@ -1,3 +1,4 @@
+// How the daemon reads a request and sends a client its records.
 #include "bird/Client.h"
 
 #include "common/SystemFailure.h"
@@ -9,13 +10,13 @@
 namespace icloud {
 namespace {
 
-constexpr std::size_t sendAtOnce = 65536;
+constexpr std::size_t maxSend = 65536;
 
 pid_t peerOf(const Descriptor& socket) {
   ucred peer{};
   socklen_t size = sizeof peer;
   if (getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0)
-    throwSystemFailure("cannot tell who connected");
+    throwSystemFailure("cannot identify a client");
   return peer.pid;
 }
 
@@ -41,12 +42,12 @@ std::optional<Record> Client::receive() {
 }
 
 bool Client::refill() {
-  if (isHeldUp())
+  if (hasUnsent())
     return true;
   out_.clear();
   sent_ = 0;
   if (feeder_)
-    feeder_->fill(out_, sendAtOnce);
+    feeder_->fill(out_, maxSend);
   return !out_.empty();
 }
 

@@ -12,7 +12,7 @@
 
 namespace icloud {
 
-/// One connection to the daemon. Never blocks; holds a bounded amount for a client that reads
+/// One connection to the daemon. Never blocks; buffers a bounded amount for a client that reads
 /// slowly.
 class Client {
 public:
@@ -21,17 +21,18 @@ public:
   int descriptor() const { return socket_.get(); }
   pid_t process() const { return process_; }
 
-  /// Reads what has come; the first record is the request. Closes when the client has gone.
+  /// Reads what has arrived. Returns the first record, which is the request. Closes the connection
+  /// when the client has closed it.
   std::optional<Record> receive();
 
   void serve(std::unique_ptr<Feeder> feeder) { feeder_ = std::move(feeder); }
   Feeder* feeder() const { return feeder_.get(); }
 
-  /// Sends as much as the client takes now.
+  /// Sends as much as the client accepts now.
   void send();
 
-  /// Whether there is more to send once the client takes it.
-  bool isHeldUp() const { return sent_ < out_.size(); }
+  /// Whether bytes wait until the client accepts more.
+  bool hasUnsent() const { return sent_ < out_.size(); }
   bool isClosed() const { return !socket_; }
   void close() { socket_.reset(); }
 

@@ -1,12 +1,13 @@
+// How a file of the drive gains and loses blocks on disk.
 #include "bird/DiskFile.h"
 
-#include "bird/Refusal.h"
 #include "common/Descriptor.h"
 #include "common/SystemFailure.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <span>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -28,7 +29,7 @@ Descriptor openFile(const std::filesystem::path& path, int flags) {
 struct stat statusOf(const Descriptor& file, const std::filesystem::path& path) {
   struct stat status {};
   if (fstat(file.get(), &status) != 0)
-    throwSystemFailure("cannot look at " + path.string());
+    throwSystemFailure("cannot examine " + path.string());
   return status;
 }
 
@@ -41,7 +42,7 @@ std::span<char> part(Chunk& chunk, std::uint64_t offset, std::uint64_t end) {
   return {chunk.data(), static_cast<std::size_t>(std::min<std::uint64_t>(end - offset, chunkSize))};
 }
 
-void write(const Descriptor& file, const std::filesystem::path& path, const Contents& contents,
+void write(const Descriptor& file, const std::filesystem::path& path, const FileContents& contents,
            std::uint64_t begin, std::uint64_t end) {
   Chunk chunk;
   for (std::uint64_t offset = begin / chunkSize * chunkSize; offset < end; offset += chunkSize) {
@@ -57,12 +58,19 @@ void write(const Descriptor& file, const std::filesystem::path& path, const Cont
   }
 }
 
-bool holds(const Descriptor& file, const std::filesystem::path& path, const Contents& contents) {
+/// How the bytes of a file may differ from those in iCloud.
+enum class Tolerance { none, zeros };
+
+bool holds(const Descriptor& file, const std::filesystem::path& path, const FileContents& contents,
+           Tolerance tolerance = Tolerance::none) {
   const struct stat status = statusOf(file, path);
   if (!S_ISREG(status.st_mode) || static_cast<std::uint64_t>(status.st_size) != contents.size())
     return false;
   Chunk here;
   Chunk there;
+  const auto fits = [&](char actual, char expected) {
+    return actual == expected || (tolerance == Tolerance::zeros && actual == 0);
+  };
   for (std::uint64_t offset = 0; offset < contents.size();) {
     const auto expected = part(there, offset, contents.size());
     contents.read(offset, expected);
@@ -71,20 +79,21 @@ bool holds(const Descriptor& file, const std::filesystem::path& path, const Cont
     if (count < 0)
       throwSystemFailure("cannot read " + path.string());
     if (static_cast<std::size_t>(count) != expected.size() ||
-        std::memcmp(here.data(), there.data(), expected.size()) != 0)
+        !std::equal(expected.begin(), expected.end(), here.begin(),
+                    [&](char wanted, char actual) { return fits(actual, wanted); }))
       return false;
     offset += expected.size();
   }
   return true;
 }
 
-/// Puts a file's times back that it had before it was worked on.
+/// Restores the times that a file had before it was changed.
 void restoreTimes(const Descriptor& file, const struct stat& before) {
   const std::array<timespec, 2> times{before.st_atim, before.st_mtim};
   futimens(file.get(), times.data());
 }
 
-// The last block goes only with a hole that ends behind it.
+// Only a hole that ends behind the last block frees that block.
 void punch(const Descriptor& file, const std::filesystem::path& path, std::uint64_t bytes) {
   if (bytes == 0)
     return;
@@ -98,14 +107,18 @@ void punch(const Descriptor& file, const std::filesystem::path& path, std::uint6
   }
 }
 
-// Nobody else has the file open, and who opens it now waits until this descriptor is closed. Where
-// there are no such leases, or not for this user, it has to do without.
-void keepOthersOut(const Descriptor& file) {
+// Refuses a file that another process has open. A process that opens it later waits until this
+// descriptor is closed. Does nothing where the system or this user has no such leases.
+void lockOut(const Descriptor& file) {
   if (fcntl(file.get(), F_SETLEASE, F_WRLCK) != 0 && errno == EAGAIN)
     throw Refusal(Refusal::inUse);
 }
 
-/// 0, or why the state could not be noted.
+bool hasData(const Descriptor& file) {
+  return lseek(file.get(), 0, SEEK_DATA) >= 0;
+}
+
+/// Returns 0, or the error number.
 int tryToNote(const std::filesystem::path& path, const char* state) {
   const bool isNoted =
       lsetxattr(path.c_str(), DiskFile::stateAttribute, state, std::strlen(state), 0) == 0;
@@ -114,21 +127,16 @@ int tryToNote(const std::filesystem::path& path, const char* state) {
 
 } // namespace
 
-void DiskFile::createWithContents(const Contents& contents) const {
-  if (recalled_)
-    return;
+void DiskFile::createWithContents(const FileContents& contents) const {
   write(openFile(path_, O_WRONLY | O_CREAT | O_EXCL), path_, contents, 0, contents.size());
 }
 
 void DiskFile::createEmptied(std::uint64_t bytes) const {
-  if (recalled_)
-    return;
   setSize(openFile(path_, O_WRONLY | O_CREAT | O_EXCL), path_, bytes);
 }
 
-void DiskFile::fetch(const Contents& contents, std::uint64_t before, std::uint64_t present) const {
-  if (recalled_)
-    return;
+void DiskFile::fetch(const FileContents& contents, std::uint64_t before,
+                     std::uint64_t present) const {
   const Descriptor file = openFile(path_, O_WRONLY);
   const struct stat times = statusOf(file, path_);
   write(file, path_, contents, before, present);
@@ -136,19 +144,15 @@ void DiskFile::fetch(const Contents& contents, std::uint64_t before, std::uint64
 }
 
 void DiskFile::dropContents(std::uint64_t bytes) const {
-  if (recalled_)
-    return;
   const Descriptor file = openFile(path_, O_WRONLY);
   const struct stat before = statusOf(file, path_);
   punch(file, path_, bytes);
   restoreTimes(file, before);
 }
 
-void DiskFile::evict(const Contents& contents) const {
-  if (recalled_)
-    return;
+void DiskFile::evict(const FileContents& contents) const {
   const Descriptor file = openFile(path_, O_RDWR);
-  keepOthersOut(file);
+  lockOut(file);
   const struct stat before = statusOf(file, path_);
   if (!holds(file, path_, contents))
     throw Refusal(Refusal::stillUploading);
@@ -164,30 +168,44 @@ void DiskFile::evict(const Contents& contents) const {
 }
 
 void DiskFile::checkEmptied() const {
-  if (recalled_)
-    return;
   const Descriptor file = openFile(path_, O_WRONLY);
-  if (lseek(file.get(), 0, SEEK_DATA) >= 0)
+  if (hasData(file))
     throw Refusal(Refusal::stillUploading);
 }
 
-void DiskFile::lock() const {
-  if (recalled_)
+void DiskFile::finishEviction(const FileContents& contents) const {
+  const Descriptor file = openFile(path_, O_RDWR);
+  if (!hasData(file) || !holds(file, path_, contents, Tolerance::zeros))
     return;
+  const struct stat before = statusOf(file, path_);
+  punch(file, path_, contents.size());
+  restoreTimes(file, before);
+}
+
+bool DiskFile::exists() const {
+  struct stat status {};
+  return lstat(path_.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool DiskFile::isComplete() const {
+  const Descriptor file(open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+  if (!file)
+    return true;
+  const off_t hole = lseek(file.get(), 0, SEEK_HOLE);
+  return hole < 0 || hole >= statusOf(file, path_).st_size;
+}
+
+void DiskFile::lock() const {
   if (chmod(path_.c_str(), 0444) != 0)
     throwSystemFailure("cannot lock " + path_.string());
 }
 
 void DiskFile::remove() const {
-  if (recalled_)
-    return;
   if (unlink(path_.c_str()) != 0)
     throwSystemFailure("cannot delete " + path_.string());
 }
 
 void DiskFile::note(const char* state) const {
-  if (recalled_)
-    return;
   const int problem = tryToNote(path_, state);
   if (problem != 0 && problem != ENOTSUP && problem != EPERM && problem != ENOSPC)
     throwSystemFailure("cannot note the state of " + path_.string(), problem);

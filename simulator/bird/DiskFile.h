@@ -1,56 +1,76 @@
 #pragma once
 
-#include "bird/Contents.h"
+#include "bird/FileContents.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
 namespace icloud {
 
-/// A file of the drive as it lies on disk: its logical size is always that of the file in iCloud,
-/// its blocks are those of the contents that are here. Every operation throws std::system_error,
-/// and does nothing to a file that is only `recalled`: what is done to it was done before.
+/// Why a client's request cannot be carried out, in words for that client.
+class Refusal : public std::runtime_error {
+public:
+  using std::runtime_error::runtime_error;
+
+  static constexpr const char* noSuchFile = "no such file";
+  static constexpr const char* notInDrive = "not in iCloud Drive";
+  static constexpr const char* isFolder = "is a folder";
+  static constexpr const char* stillUploading = "still uploading";
+  static constexpr const char* stillDownloading = "still downloading";
+  static constexpr const char* inUse = "in use by another program";
+};
+
+/// A file of the drive on disk. Its size is always that of the file in iCloud; it has blocks only
+/// for the contents that are on this disk. Every operation throws std::system_error unless it says
+/// otherwise.
 class DiskFile {
 public:
-  explicit DiskFile(std::filesystem::path path, bool recalled = false)
-      : path_(std::move(path)), recalled_(recalled) {}
+  explicit DiskFile(std::filesystem::path path) : path_(std::move(path)) {}
 
-  void createWithContents(const Contents& contents) const;
+  void createWithContents(const FileContents& contents) const;
   void createEmptied(std::uint64_t bytes) const;
 
-  /// Takes in the bytes up to `present`, those up to `before` being here. The file's times stay.
-  void fetch(const Contents& contents, std::uint64_t before, std::uint64_t present) const;
+  /// Writes the bytes from `before` to `present`. The file's times stay.
+  void fetch(const FileContents& contents, std::uint64_t before, std::uint64_t present) const;
 
-  /// Gives all blocks back; size and times stay.
+  /// Frees all blocks; size and times stay.
   void dropContents(std::uint64_t bytes) const;
 
-  /// Gives up contents that iCloud has: first the file is noted as evicted, then its blocks go.
-  /// Throws Refusal, and changes nothing, when the file holds other bytes or is open elsewhere.
-  void evict(const Contents& contents) const;
+  /// Marks the file as evicted, then frees its blocks. Throws Refusal, and changes nothing, when
+  /// the file holds other bytes than iCloud or another process has it open.
+  void evict(const FileContents& contents) const;
 
-  /// Throws Refusal when a file without contents was written to.
+  /// Frees the blocks of a file that is marked as evicted, unless somebody wrote to it since.
+  void finishEviction(const FileContents& contents) const;
+
+  /// Throws Refusal when somebody wrote to a file without contents.
   void checkEmptied() const;
 
-  /// Takes away everybody's right to write to the file.
+  /// Makes the file read-only for everybody.
   void lock() const;
 
   void remove() const;
 
-  /// Notes the cloud state with the file, where the file system keeps such notes.
+  /// Stores the cloud state with the file, where the file system supports attributes.
   void note(const char* state) const;
 
-  /// The state that was noted; empty when none was, or the file cannot be reached.
+  /// The stored state; empty when there is none or the file cannot be read. Does not throw.
   std::string noted() const;
+
+  /// Whether a regular file is at the path. Does not throw.
+  bool exists() const;
+
+  /// Whether the file has blocks for its whole size; true also when it cannot be read.
+  bool isComplete() const;
 
   static constexpr const char* stateAttribute = "user.icloud.state";
   static constexpr const char* currentState = "current";
   static constexpr const char* evictedState = "evicted";
-  static constexpr const char* downloadingState = "downloading";
 
 private:
   std::filesystem::path path_;
-  bool recalled_;
 };
 
 } // namespace icloud

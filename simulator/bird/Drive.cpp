@@ -1,32 +1,39 @@
+// How the states of items follow from what happens to them, and what is restored from disk.
 #include "bird/Drive.h"
 
-#include "bird/Refusal.h"
-
+#include <algorithm>
+#include <array>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 namespace icloud {
 namespace {
 
+constexpr std::array<std::pair<ItemState, const char*>, 6> notes{{
+    {ItemState::current, DiskFile::currentState},
+    {ItemState::evicted, DiskFile::evictedState},
+    {ItemState::uploading, "uploading"},
+    {ItemState::downloading, "downloading"},
+    {ItemState::other, "other"},
+    {ItemState::folder, DiskFile::currentState},
+}};
+
 const char* noteOf(ItemState state) {
-  switch (state) {
-  case ItemState::folder:
-  case ItemState::current:
-    return DiskFile::currentState;
-  case ItemState::evicted:
-    return DiskFile::evictedState;
-  case ItemState::uploading:
-    return "uploading";
-  case ItemState::downloading:
-    return DiskFile::downloadingState;
-  case ItemState::other:
-  case ItemState::gone:
-    break;
-  }
-  return "other";
+  const auto* const found = std::find_if(notes.begin(), notes.end(),
+                                         [state](const auto& note) { return note.first == state; });
+  return found == notes.end() ? "other" : found->second;
 }
 
-Contents contentsOf(const Item& item) {
+// A file system without attributes shows only whether the contents are on disk.
+ItemState stateOf(const std::string& note, bool contentsHere) {
+  for (const auto& [state, text] : notes)
+    if (note == text)
+      return state;
+  return contentsHere ? ItemState::current : ItemState::evicted;
+}
+
+FileContents contentsOf(const Item& item) {
   return {item.path, item.bytes};
 }
 
@@ -57,24 +64,26 @@ ItemId Drive::add(Item item) {
   return id;
 }
 
+void Drive::addParents(const std::string& path) {
+  if (const auto slash = path.rfind('/'); slash != std::string::npos)
+    addFolder(path.substr(0, slash));
+}
+
 void Drive::addFolder(const std::string& path) {
   if (const auto id = find(path)) {
     if (items_[*id].state != ItemState::folder)
-      throw std::runtime_error("a file is where a folder should be: " + path);
+      throw std::runtime_error("a file has the path of a folder: " + path);
     return;
   }
-  if (const auto slash = path.rfind('/'); slash != std::string::npos)
-    addFolder(path.substr(0, slash));
-  if (!recalling_)
-    std::filesystem::create_directory(folder_ / path);
+  addParents(path);
+  std::filesystem::create_directory(folder_ / path);
   add(Item{path, 0, 0, std::nullopt, ItemState::folder, true});
 }
 
 ItemId Drive::addFile(const std::string& path, std::uint64_t bytes, bool contentsHere) {
   if (find(path))
-    throw std::runtime_error("there already: " + path);
-  if (const auto slash = path.rfind('/'); slash != std::string::npos)
-    addFolder(path.substr(0, slash));
+    throw std::runtime_error("exists already: " + path);
+  addParents(path);
   const ItemState state = contentsHere ? ItemState::current : ItemState::evicted;
   Item item{path, bytes, 0, std::nullopt, state, contentsHere};
   const DiskFile file = diskFile(item);
@@ -84,6 +93,31 @@ ItemId Drive::addFile(const std::string& path, std::uint64_t bytes, bool content
     file.createEmptied(bytes);
   file.note(noteOf(state));
   return add(std::move(item));
+}
+
+void Drive::restoreFile(const std::string& path, std::uint64_t bytes) {
+  const DiskFile file(folder_ / path);
+  if (!file.exists())
+    return;
+  addParents(path);
+  const bool isComplete = file.isComplete();
+  const ItemState state = stateOf(file.noted(), isComplete);
+  const bool contentsHere = state == ItemState::downloading || state == ItemState::other
+                                ? isComplete
+                                : state != ItemState::evicted;
+  const Item& item = items_[add(Item{path, bytes, 0, std::nullopt, state, contentsHere})];
+  if (state != ItemState::evicted)
+    return;
+  try {
+    file.finishEviction(contentsOf(item));
+  } catch (const std::system_error&) {
+    return; // a locked file keeps its blocks
+  }
+}
+
+void Drive::restoreText(const std::string& path, const std::string& text) {
+  if (const auto id = find(path); id && items_[*id].state == ItemState::other)
+    texts_[*id] = text;
 }
 
 void Drive::enter(ItemId id, ItemState state) {
@@ -100,17 +134,18 @@ void Drive::enter(ItemId id, ItemState state) {
 void Drive::beginTransfer(ItemId id, Direction direction) {
   Item& item = items_[id];
   if (direction == Direction::upload && !item.contentsHere)
-    throw std::runtime_error("nothing here to upload: " + item.path);
-  const bool up = direction == Direction::upload;
-  diskFile(item).note(noteOf(up ? ItemState::uploading : ItemState::downloading));
-  item.state = up ? ItemState::uploading : ItemState::downloading;
+    throw std::runtime_error("no contents to upload: " + item.path);
+  const bool isUpload = direction == Direction::upload;
+  const ItemState state = isUpload ? ItemState::uploading : ItemState::downloading;
+  if (item.state != state)
+    diskFile(item).note(noteOf(state));
+  item.state = state;
   texts_.erase(id);
 }
 
 void Drive::fetch(Item& item, std::uint64_t present) {
   diskFile(item).fetch(contentsOf(item), item.fetched, present);
-  if (!recalling_)
-    item.fetched = present;
+  item.fetched = present;
 }
 
 void Drive::moveTransfer(ItemId id, double progress, std::optional<double> percent) {
@@ -179,23 +214,6 @@ void Drive::failDownload(ItemId id) {
     items_[id].percent.reset();
     changed_(id);
   }
-}
-
-std::vector<ItemId> Drive::finishInterruptedWork() {
-  std::vector<ItemId> evicted;
-  for (ItemId id = 0; id < items_.size(); ++id) {
-    const ItemState state = items_[id].state;
-    if (state != ItemState::current && state != ItemState::evicted)
-      continue;
-    const std::string noted = diskFile(items_[id]).noted();
-    if (state == ItemState::current && noted == DiskFile::evictedState)
-      evicted.push_back(id);
-    else if (state != ItemState::evicted || noted != DiskFile::downloadingState)
-      continue;
-    diskFile(items_[id]).note(DiskFile::evictedState);
-    failDownload(id);
-  }
-  return evicted;
 }
 
 void Drive::setText(ItemId id, std::string text) {

@@ -1,36 +1,51 @@
 #pragma once
 
-#include "bird/Progress.h"
+#include "scenario/Action.h"
 
+#include <chrono>
+#include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <set>
 #include <string>
 
 namespace icloud {
 
-/// What the daemon has to know when it goes on after a restart.
+/// How far a scenario has come, in terms that a later process understands too: the clock is the
+/// machine's.
+struct Progress {
+  using Clock = std::chrono::steady_clock;
+
+  std::optional<Clock::time_point> origin; ///< absent: the scenario has not begun
+  std::optional<Milliseconds> waitingAt;   ///< where the scenario's clock is stopped
+  std::size_t nextStep = 0;                ///< the first step that has not run
+
+  bool operator==(const Progress&) const = default;
+};
+
+/// What a restarted daemon cannot read from the drive itself.
 struct JournalEntry {
   Progress progress;
-  std::set<std::string> beginAfter; ///< requests that are to be served before the story begins
+  std::set<std::string> beginAfter; ///< requests still to be served before the scenario begins
 
   bool operator==(const JournalEntry&) const = default;
 };
 
-/// The file with the daemon's latest entry, whole at every moment.
+/// The file with the daemon's latest entry, complete at every moment.
 class Journal {
 public:
-  /// Makes the folder of the file when it is not there.
+  /// Creates the folder of the file if necessary.
   explicit Journal(std::filesystem::path file);
 
-  /// Throws std::runtime_error when there is no entry that can be read.
+  /// Throws std::runtime_error when there is no valid entry.
   JournalEntry read() const;
 
-  /// Puts an entry in place of the one before, unless they are the same. Throws std::runtime_error.
+  /// Replaces the entry, unless it is unchanged. Throws std::runtime_error.
   void write(const JournalEntry& entry);
 
 private:
   std::filesystem::path file_;
-  std::string written_;
+  std::optional<JournalEntry> written_;
 };
 
 } // namespace icloud

@@ -1,6 +1,5 @@
-#include "bird/PathLookup.h"
-
-#include "bird/Refusal.h"
+// Which item of the drive a client means by a path.
+#include "bird/Drive.h"
 #include "common/SystemFailure.h"
 
 #include <sys/stat.h>
@@ -42,7 +41,7 @@ mode_t modeOf(const fs::path& path) {
     return status.st_mode;
   if (errno == ENOENT || errno == ENOTDIR)
     throw Refusal(Refusal::noSuchFile);
-  throwSystemFailure("cannot look at " + path.string());
+  throwSystemFailure("cannot examine " + path.string());
 }
 
 } // namespace

@@ -1,9 +1,7 @@
+// When the events of a scenario are due, and what a restarted daemon continues.
 #include "bird/Player.h"
 
-#include "scenario/ScenarioError.h"
-
 #include <algorithm>
-#include <set>
 
 namespace icloud {
 namespace {
@@ -13,24 +11,20 @@ std::string named(const Transfer& transfer) {
          transfer.path + "\"";
 }
 
-std::size_t stepOf(const TimelineEvent& event) {
+std::size_t numberOf(const TimelineEvent& event) {
   return std::visit([](const auto& what) { return what.step; }, event.what);
 }
 
-// A second, and one more for every ten megabytes.
+// One second, and one more for every ten megabytes.
 Transfer downloadOf(const Item& item) {
-  constexpr std::uint64_t bytesInAMillisecond = 10'000;
+  constexpr std::uint64_t bytesPerMillisecond = 10'000;
   Transfer transfer;
   transfer.path = item.path;
   transfer.direction = Direction::download;
   transfer.duration =
-      Milliseconds(1000 + static_cast<Milliseconds::rep>(item.bytes / bytesInAMillisecond));
+      Milliseconds(1000 + static_cast<Milliseconds::rep>(item.bytes / bytesPerMillisecond));
   transfer.every = std::max(Milliseconds(250), transfer.duration / 100);
   return transfer;
-}
-
-bool isEarlier(const TimelineEvent& left, const TimelineEvent& right) {
-  return left.at < right.at;
 }
 
 } // namespace
@@ -38,8 +32,8 @@ bool isEarlier(const TimelineEvent& left, const TimelineEvent& right) {
 Player::Player(const Scenario& scenario, Cloud& cloud, Host& host)
     : scenario_(scenario), cloud_(cloud), host_(host), events_(timelineOf(scenario)) {}
 
-void Player::setStage() {
-  for (const Step& step : scenario_.stage) {
+void Player::createInitialState() {
+  for (const Step& step : scenario_.initialState) {
     try {
       std::visit([this](const auto& action) { run(action); }, step.action);
     } catch (const std::exception& problem) {
@@ -48,69 +42,46 @@ void Player::setStage() {
   }
 }
 
-void Player::tell(const char* word, const std::string& text) {
-  if (!recalling_)
-    host_.tell(word, text);
-}
-
-void Player::recallUntil(std::size_t next) {
-  recalling_ = true;
-  recallOperations();
-  while (progress_.next < std::min(next, events_.size())) {
-    perform(events_[progress_.next++]);
-    recallOperations();
-  }
-  recalling_ = false;
-}
-
-void Player::recallOperations() {
-  for (; !acts_.empty() && acts_.front().isDueAt(progress_); acts_.pop_front()) {
-    try {
-      carryOut(acts_.front());
-    } catch (const std::exception&) {
-      continue; // the disk will tell how the item stands
-    }
-  }
-}
-
-void Player::resume(const Progress& progress, std::deque<ClientOperation> acts,
-                    Clock::time_point now) {
-  acts_ = std::move(acts);
-  for (const Progress::Restart& restart : progress.restarts) {
-    recallUntil(restart.next);
-    endStalls(restart.at);
-    progress_.restarts.push_back(restart);
-  }
-  recallUntil(progress.next);
+void Player::resume(const Progress& progress, Clock::time_point now) {
   progress_ = progress;
-  if (!hasBegun())
-    return;
-  progress_.restarts.push_back({elapsed(now), progress_.next});
-  endStalls(elapsed(now));
+  for (const Step& step : scenario_.initialState)
+    restore(step.action);
+  const std::size_t done = std::min(progress.nextStep, scenario_.steps.size());
+  for (std::size_t step = 0; step < done; ++step)
+    restore(scenario_.steps[step].action);
+  const Milliseconds at = elapsed(now);
+  const bool hasEnded = done == scenario_.steps.size();
+  std::erase_if(events_, [&](const TimelineEvent& event) {
+    const bool isComing =
+        !hasEnded && std::holds_alternative<GlobalTick>(event.what) && event.at > at;
+    return numberOf(event) < done && !isComing;
+  });
+  for (ItemId id = 0; id < cloud_.drive.count(); ++id) {
+    const Item& item = cloud_.drive.item(id);
+    if (item.state == ItemState::uploading || item.state == ItemState::downloading)
+      startTransfer(id, interruptedTransfer(item), at);
+  }
 }
 
-// What is left of a stalled transfer comes earlier by what is left of the standstill.
-void Player::endStalls(Milliseconds at) {
-  const auto coming = events_.begin() + static_cast<std::ptrdiff_t>(progress_.next);
-  std::set<std::size_t> stalled;
-  for (auto event = events_.begin(); event != coming; ++event)
-    if (const auto* pause = std::get_if<TransferPause>(&event->what); pause && pause->begins)
-      stalled.insert(pause->step);
-  std::map<std::size_t, Milliseconds> left;
-  for (auto event = coming; event != events_.end(); ++event)
-    if (const auto* pause = std::get_if<TransferPause>(&event->what);
-        pause && !pause->begins && stalled.contains(pause->step))
-      left[pause->step] = event->at - at;
-  for (auto event = coming; event != events_.end(); ++event)
-    if (const auto found = left.find(stepOf(*event));
-        found != left.end() && !std::holds_alternative<RunStep>(event->what))
-      event->at -= found->second;
-  std::stable_sort(coming, events_.end(), isEarlier);
+// The last step that began such a transfer says how long it takes; otherwise a client began it.
+Transfer Player::interruptedTransfer(const Item& item) const {
+  const Direction direction =
+      item.state == ItemState::uploading ? Direction::upload : Direction::download;
+  Transfer found = downloadOf(item);
+  for (std::size_t step = 0; step < std::min(progress_.nextStep, scenario_.steps.size()); ++step)
+    if (const auto* transfer = std::get_if<Transfer>(&scenario_.steps[step].action);
+        transfer != nullptr && transfer->path == item.path && transfer->direction == direction) {
+      found.direction = direction;
+      found.duration = transfer->duration;
+      found.every = transfer->every;
+      found.percentages = transfer->percentages;
+    }
+  return found;
 }
 
 void Player::begin(Clock::time_point now) {
   progress_.origin = now;
-  tell("begin", "items on the drive: " + std::to_string(cloud_.drive.count()));
+  host_.report("begin", "items on the drive: " + std::to_string(cloud_.drive.count()));
 }
 
 Milliseconds Player::elapsed(Clock::time_point now) const {
@@ -121,9 +92,9 @@ Milliseconds Player::elapsed(Clock::time_point now) const {
 }
 
 std::optional<Player::Clock::time_point> Player::nextDue() const {
-  if (!progress_.origin || progress_.waitingAt || progress_.next == events_.size())
+  if (!progress_.origin || progress_.waitingAt || nextEvent_ == events_.size())
     return std::nullopt;
-  return *progress_.origin + events_[progress_.next].at;
+  return *progress_.origin + events_[nextEvent_].at;
 }
 
 void Player::advance(Clock::time_point now) {
@@ -135,213 +106,117 @@ void Player::advance(Clock::time_point now) {
     const auto due = nextDue();
     if (!due || *due > now)
       return;
-    perform(events_[progress_.next++]);
+    perform(events_[nextEvent_++]);
   }
 }
 
-ClientOperation Player::act(ClientOperation::Kind kind, ItemId id, Clock::time_point now) const {
-  return {kind, cloud_.drive.item(id).path, progress_.restarts.size(), progress_.next,
-          elapsed(now)};
+void Player::evict(ItemId id) {
+  if (cloud_.drive.evict(id))
+    host_.sendChanges();
 }
 
-std::optional<ClientOperation> Player::obey(ClientOperation::Kind kind, ItemId id,
-                                            Clock::time_point now) {
-  ClientOperation done = act(kind, id, now);
-  if (!carryOut(done))
-    return std::nullopt;
+void Player::download(ItemId id, Clock::time_point now) {
+  if (!cloud_.drive.lacksContents(id))
+    return;
+  startTransfer(id, downloadOf(cloud_.drive.item(id)), elapsed(now));
+  host_.report("event", "a client asks for " + named(extraTransfers_.back()));
   host_.sendChanges();
-  return done;
 }
 
-bool Player::carryOut(const ClientOperation& act) {
-  const ItemId id = itemOf(act.path);
-  if (act.kind == ClientOperation::Kind::eviction)
-    return cloud_.drive.evict(id);
-  if (!recalling_ && !cloud_.drive.lacksContents(id))
-    return false;
-  beginDownload(id, act.at);
-  return true;
-}
-
-void Player::beginDownload(ItemId id, Milliseconds at) {
-  cloud_.drive.beginTransfer(id, Direction::download);
-  const std::size_t step = scenario_.story.size() + downloads_.size();
-  downloads_.push_back(downloadOf(cloud_.drive.item(id)));
-  transfers_[id] = step;
-  addTransferEvents(events_, step, at, downloads_.back());
-  std::stable_sort(events_.begin() + static_cast<std::ptrdiff_t>(progress_.next), events_.end(),
-                   isEarlier);
-  tell("story", "a client asks for " + named(downloads_.back()));
+void Player::startTransfer(ItemId id, Transfer transfer, Milliseconds at) {
+  cloud_.drive.beginTransfer(id, transfer.direction);
+  const std::size_t number = scenario_.steps.size() + extraTransfers_.size();
+  addTransferEvents(events_, number, at, transfer);
+  std::stable_sort(
+      events_.begin() + static_cast<std::ptrdiff_t>(nextEvent_), events_.end(),
+      [](const TimelineEvent& left, const TimelineEvent& right) { return left.at < right.at; });
+  extraTransfers_.push_back(std::move(transfer));
+  transfers_[id] = number;
 }
 
 void Player::perform(const TimelineEvent& event) {
   try {
-    std::visit([this](const auto& what) { happen(what); }, event.what);
+    std::visit([this](const auto& what) { apply(what); }, event.what);
   } catch (const std::exception& problem) {
     fail(event, problem.what());
   }
   host_.sendChanges();
 }
 
-// A step of the story that cannot be done is trouble; a client's download is given up.
+// A step that fails is trouble; a download that fails is given up.
 void Player::fail(const TimelineEvent& event, const std::string& problem) {
-  const std::size_t step = stepOf(event);
-  if (step < scenario_.story.size()) {
-    tell("trouble",
-         scenario_.file + ":" + std::to_string(scenario_.story[step].line) + ": " + problem);
-  } else if (const auto id = cloud_.drive.find(transferOf(step).path)) {
-    stop(*id);
+  const std::size_t number = numberOf(event);
+  if (number < scenario_.steps.size())
+    return host_.report("trouble", scenario_.file + ":" +
+                                       std::to_string(scenario_.steps[number].line) + ": " +
+                                       problem);
+  const Transfer& transfer = transferOf(number);
+  const auto id = cloud_.drive.find(transfer.path);
+  if (!id)
+    return;
+  transfers_.erase(*id);
+  if (transfer.direction == Direction::download)
     cloud_.drive.failDownload(*id);
-    tell("story", named(transferOf(step)) + " fails: " + problem);
-  }
+  host_.report("event", named(transfer) + " fails: " + problem);
 }
 
-const Transfer& Player::transferOf(std::size_t step) const {
-  const std::size_t steps = scenario_.story.size();
-  return step < steps ? std::get<Transfer>(scenario_.story[step].action) : downloads_[step - steps];
+const Transfer& Player::transferOf(std::size_t number) const {
+  const std::size_t steps = scenario_.steps.size();
+  return number < steps ? std::get<Transfer>(scenario_.steps[number].action)
+                        : extraTransfers_[number - steps];
 }
 
-const Transfer* Player::running(std::size_t step) const {
-  const Transfer& transfer = transferOf(step);
+const Transfer* Player::running(std::size_t number) const {
+  const Transfer& transfer = transferOf(number);
   const auto id = cloud_.drive.find(transfer.path);
   if (!id)
     return nullptr;
   const auto found = transfers_.find(*id);
-  return found != transfers_.end() && found->second == step ? &transfer : nullptr;
+  return found != transfers_.end() && found->second == number ? &transfer : nullptr;
 }
 
-ItemId Player::itemOf(const std::string& path) const {
-  const auto id = cloud_.drive.find(path);
-  if (!id)
-    throw std::runtime_error("there is no file \"" + path + "\" at this moment");
-  return *id;
-}
-
-void Player::stop(ItemId id) {
-  transfers_.erase(id);
-}
-
-void Player::happen(const RunStep& event) {
+void Player::apply(const RunStep& event) {
   step_ = event.step;
-  const Step& step = scenario_.story[event.step];
-  if (!std::holds_alternative<EndStory>(step.action))
-    tell("story", step.text);
+  progress_.nextStep = event.step + 1;
+  const Step& step = scenario_.steps[event.step];
+  if (!std::holds_alternative<EndScenario>(step.action))
+    host_.report("event", step.text);
   std::visit([this](const auto& action) { run(action); }, step.action);
 }
 
-void Player::happen(const TransferTick& event) {
-  const Transfer* transfer = running(event.step);
-  if (transfer == nullptr)
-    return;
-  cloud_.drive.moveTransfer(itemOf(transfer->path), event.percent,
-                            transfer->percentages ? std::optional(event.percent) : std::nullopt);
-}
-
-void Player::happen(const TransferPause& event) {
+void Player::apply(const TransferTick& event) {
   if (const Transfer* transfer = running(event.step))
-    tell("story", named(*transfer) + (event.begins ? " stalls" : " moves again"));
+    cloud_.drive.moveTransfer(itemOf(transfer->path), event.percent,
+                              transfer->percentages ? std::optional(event.percent) : std::nullopt);
 }
 
-void Player::happen(const TransferEnd& event) {
+void Player::apply(const TransferPause& event) {
+  if (const Transfer* transfer = running(event.step))
+    host_.report("event", named(*transfer) + (event.begins ? " stalls" : " moves again"));
+}
+
+void Player::apply(const TransferEnd& event) {
   const Transfer* transfer = running(event.step);
   if (transfer == nullptr)
     return;
   const ItemId id = itemOf(transfer->path);
-  stop(id);
+  transfers_.erase(id);
   switch (transfer->ending) {
   case Transfer::Ending::finish:
     cloud_.drive.finishTransfer(id);
-    tell("story", named(*transfer) + " is finished");
-    break;
+    return host_.report("event", named(*transfer) + " is finished");
   case Transfer::Ending::cancel:
     cloud_.drive.cancelDownload(id);
-    tell("story", named(*transfer) + " is cancelled");
-    break;
+    return host_.report("event", named(*transfer) + " is cancelled");
   case Transfer::Ending::vanish:
     cloud_.drive.vanish(id);
-    tell("story", "\"" + transfer->path + "\" vanishes from the disk");
-    break;
+    return host_.report("event", "\"" + transfer->path + "\" vanishes from the disk");
   }
 }
 
-void Player::happen(const GlobalTick& event) {
-  const auto& transfer = std::get<GlobalTransfer>(scenario_.story[event.step].action);
-  cloud_.globalTransfers.report(event.step, {event.completed, transfer.bytes});
-}
-
-void Player::run(const MakeFolder& action) {
-  cloud_.drive.addFolder(action.path);
-}
-
-void Player::run(const MakeFiles& action) {
-  for (std::uint64_t index = 1; index <= action.paths.count(); ++index)
-    cloud_.drive.addFile(action.paths.at(index), action.bytes, !action.remote);
-}
-
-void Player::run(const Transfer& action) {
-  const ItemId id = action.newFile ? cloud_.drive.addFile(action.path, *action.newFile,
-                                                          action.direction == Direction::upload)
-                                   : itemOf(action.path);
-  cloud_.drive.beginTransfer(id, action.direction);
-  transfers_[id] = step_;
-}
-
-void Player::run(const SetState& action) {
-  const ItemId id = itemOf(action.path);
-  stop(id);
-  cloud_.drive.setText(id, action.text);
-}
-
-void Player::run(const ClearState& action) {
-  const ItemId id = itemOf(action.path);
-  if (cloud_.drive.item(id).state != ItemState::other)
-    throw std::runtime_error("there is no state to clear on \"" + action.path + "\"");
-  cloud_.drive.settle(id);
-}
-
-void Player::run(const Evict& action) {
-  const ItemId id = itemOf(action.path);
-  if (cloud_.drive.item(id).state != ItemState::current)
-    throw std::runtime_error("not in sync, so it cannot be evicted: \"" + action.path + "\"");
-  cloud_.drive.evict(id);
-}
-
-void Player::run(const CancelDownload& action) {
-  const ItemId id = itemOf(action.path);
-  if (cloud_.drive.item(id).state != ItemState::downloading)
-    throw std::runtime_error("there is no download of \"" + action.path + "\"");
-  stop(id);
-  cloud_.drive.cancelDownload(id);
-}
-
-void Player::run(const Vanish& action) {
-  const ItemId id = itemOf(action.path);
-  stop(id);
-  cloud_.drive.vanish(id);
-}
-
-void Player::run(const Lock& action) {
-  cloud_.drive.lock(itemOf(action.path));
-}
-
-void Player::run(const KillDaemon& /*action*/) {
-  if (!recalling_)
-    host_.killDaemon();
-}
-
-void Player::run(const AwaitMonitors& /*action*/) {
-  if (!recalling_ && !host_.isWatched())
-    progress_.waitingAt = scenario_.story[step_].at;
-}
-
-// What is left of the clients' downloads goes on.
-void Player::run(const EndStory& /*action*/) {
-  const auto isOfStory = [this](const TimelineEvent& event) {
-    return stepOf(event) < scenario_.story.size();
-  };
-  const auto coming = events_.begin() + static_cast<std::ptrdiff_t>(progress_.next);
-  events_.erase(std::remove_if(coming, events_.end(), isOfStory), events_.end());
-  tell("end", "");
+void Player::apply(const GlobalTick& event) {
+  const auto& transfer = std::get<GlobalTransfer>(scenario_.steps[event.step].action);
+  cloud_.globalTransfers.update(event.step, {event.completed, transfer.bytes});
 }
 
 } // namespace icloud

@@ -1,14 +1,11 @@
 #pragma once
 
-#include "bird/ClientOperation.h"
 #include "bird/Cloud.h"
-#include "bird/Host.h"
-#include "bird/Progress.h"
+#include "bird/Journal.h"
 #include "scenario/Scenario.h"
 #include "scenario/Timeline.h"
 
 #include <chrono>
-#include <deque>
 #include <map>
 #include <optional>
 #include <string>
@@ -16,65 +13,80 @@
 
 namespace icloud {
 
-/// Plays a scenario on a cloud: the stage at once, the story on its own clock. The clock goes on
-/// while no player plays: another one that is given the progress goes on from there.
+/// What a scenario needs from the daemon that plays it.
+class Host {
+public:
+  virtual ~Host() = default;
+
+  /// Whether both feeds have a monitor at this moment.
+  virtual bool isWatched() const = 0;
+  virtual void killMonitors(std::optional<Feed> only) = 0;
+
+  /// Kills the daemon as soon as its progress is in the journal.
+  virtual void killDaemon() = 0;
+  virtual void print(Feed feed, const std::string& bytes) = 0;
+
+  /// Sends the monitors what changed.
+  virtual void sendChanges() = 0;
+
+  /// Prints a line about the scenario. `word` is the kind of line that `text` is.
+  virtual void report(const char* word, const std::string& text) = 0;
+};
+
+/// Plays a scenario on a cloud: the initial state at once, the steps on the scenario's own clock.
+/// The clock also runs while no player exists: a later player that receives the progress continues
+/// from there.
 class Player {
 public:
   using Clock = Progress::Clock;
 
   Player(const Scenario& scenario, Cloud& cloud, Host& host);
 
-  /// Makes what is there before the story begins. Throws ScenarioError.
-  void setStage();
+  /// Creates the initial state. Throws ScenarioError.
+  void createInitialState();
 
-  /// Goes on after `setStage`, in place of a player that came so far. What had happened happens
-  /// again, untold, and so do the acts of clients; a transfer that had stalled moves again from now
-  /// on.
-  void resume(const Progress& progress, std::deque<ClientOperation> acts, Clock::time_point now);
+  /// Continues in place of an earlier player. The states of files come from the disk. A transfer
+  /// under way starts over and finishes without a stall.
+  void resume(const Progress& progress, Clock::time_point now);
 
   void begin(Clock::time_point now);
   bool hasBegun() const { return progress_.origin.has_value(); }
 
-  /// Does everything that is due. A step that cannot be done is told as trouble.
+  /// Applies everything that is due. Reports a step that fails as trouble.
   void advance(Clock::time_point now);
 
-  /// Does what a client asks for with an item. A download moves with the story's clock, however
-  /// the story ends. Returns what a later player has to know of it; nothing when there was nothing
-  /// to do. Throws Refusal or std::system_error.
-  std::optional<ClientOperation> obey(ClientOperation::Kind kind, ItemId id, Clock::time_point now);
+  /// Evicts a file for a client; does nothing when its contents are not here. Throws Refusal or
+  /// std::system_error.
+  void evict(ItemId id);
 
-  /// An act of now, for a later player.
-  ClientOperation act(ClientOperation::Kind kind, ItemId id, Clock::time_point now) const;
+  /// Starts a download for a client, unless there is nothing to do. It runs on the scenario's
+  /// clock, even after the end of the scenario. Throws Refusal or std::system_error.
+  void download(ItemId id, Clock::time_point now);
 
-  /// When the next thing is due; nothing while the clock stands still or after the end.
+  /// When the next event is due; nothing while the clock is stopped or after the last event.
   std::optional<Clock::time_point> nextDue() const;
 
-  /// What another player needs to go on.
+  /// What a later player needs to continue.
   const Progress& progress() const { return progress_; }
 
-  /// How far the story is.
+  /// The time on the scenario's clock.
   Milliseconds elapsed(Clock::time_point now) const;
 
 private:
   void perform(const TimelineEvent& event);
-  void recallUntil(std::size_t next);
-  void recallOperations();
-  bool carryOut(const ClientOperation& act);
-  void beginDownload(ItemId id, Milliseconds at);
-  void endStalls(Milliseconds at);
-  void tell(const char* word, const std::string& text);
   void fail(const TimelineEvent& event, const std::string& problem);
-  const Transfer& transferOf(std::size_t step) const;
-  const Transfer* running(std::size_t step) const;
-  ItemId itemOf(const std::string& path) const;
-  void stop(ItemId id);
+  void startTransfer(ItemId id, Transfer transfer, Milliseconds at);
+  Transfer interruptedTransfer(const Item& item) const;
+  const Transfer& transferOf(std::size_t number) const;
+  const Transfer* running(std::size_t number) const;
 
-  void happen(const RunStep& event);
-  void happen(const TransferTick& event);
-  void happen(const TransferPause& event);
-  void happen(const TransferEnd& event);
-  void happen(const GlobalTick& event);
+  void apply(const RunStep& event);
+  void apply(const TransferTick& event);
+  void apply(const TransferPause& event);
+  void apply(const TransferEnd& event);
+  void apply(const GlobalTick& event);
 
+  // PlayerSteps.cpp
   void run(const MakeFolder& action);
   void run(const MakeFiles& action);
   void run(const Transfer& action);
@@ -89,20 +101,22 @@ private:
   void run(const ClearJobs& /*action*/) { cloud_.jobs.clear(); }
   void run(const SetQuota& action) { cloud_.quota = action.bytes; }
   void run(const KillMonitors& action) { host_.killMonitors(action.only); }
-  void run(const KillDaemon& action);
+  void run(const KillDaemon& /*action*/) { host_.killDaemon(); }
   void run(const AwaitMonitors& action);
   void run(const Print& action) { host_.print(action.feed, action.bytes); }
-  void run(const EndStory& action);
+  void run(const EndScenario& action);
+  void restore(const Action& action);
+  ItemId itemOf(const std::string& path) const;
 
   const Scenario& scenario_;
   Cloud& cloud_;
   Host& host_;
   std::vector<TimelineEvent> events_;
-  std::vector<Transfer> downloads_;  ///< of clients; their steps come after those of the story
-  std::deque<ClientOperation> acts_; ///< that are still to be recalled
+  std::size_t nextEvent_ = 0;
+  /// Transfers that clients or a restart started; their numbers follow those of the steps.
+  std::vector<Transfer> extraTransfers_;
   Progress progress_;
-  bool recalling_ = false; ///< what happens had happened before
-  std::size_t step_ = 0;   ///< the line of the story that is run now
+  std::size_t step_ = 0; ///< the step that runs now
   std::map<ItemId, std::size_t> transfers_;
 };
 

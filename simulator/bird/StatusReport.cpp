@@ -1,5 +1,5 @@
-#include "bird/StatusReport.h"
-
+// How the status report lists the jobs of the drive by folder.
+#include "bird/Cloud.h"
 #include "common/Record.h"
 
 #include <map>
@@ -13,7 +13,7 @@ struct Job {
   std::string name;
 };
 
-/// Jobs by folder, the folders in the order they came.
+/// Jobs by folder, the folders in order of appearance.
 class JobList {
 public:
   void add(const std::string& folder, Job job) {

@@ -1,27 +1,43 @@
+// How the daemon starts, and how it reports that it cannot.
 #include "bird/Bird.h"
-#include "bird/Privileges.h"
-#include "scenario/ScenarioError.h"
+#include "common/SystemFailure.h"
+#include "common/UsageError.h"
 
+#include <array>
 #include <csignal>
 #include <cstdio>
 
+#include <linux/capability.h>
+#include <sys/syscall.h>
 #include <sysexits.h>
+#include <unistd.h>
 
 namespace {
 
 int checkScenario(const icloud::BirdOptions& options) {
   const auto scenario = icloud::readScenario(options.scenario);
   std::printf("%s: %zu steps in %.1f s, %zu expectations\n", scenario.file.c_str(),
-              scenario.story.size(), std::chrono::duration<double>(scenario.length()).count(),
+              scenario.steps.size(), std::chrono::duration<double>(scenario.length()).count(),
               scenario.expectations.size());
   return EX_OK;
 }
 
+// File permissions apply to this process even when root runs it.
+void dropFilePrivileges() {
+  __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+  std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets{};
+  if (syscall(SYS_capget, &header, sets.data()) != 0)
+    icloud::throwSystemFailure("cannot read the capabilities of this process");
+  sets[0].effective &= ~(1U << CAP_DAC_OVERRIDE | 1U << CAP_DAC_READ_SEARCH);
+  if (syscall(SYS_capset, &header, sets.data()) != 0)
+    icloud::throwSystemFailure("cannot drop capabilities of this process");
+}
+
 int serve(const icloud::BirdOptions& options) {
   std::signal(SIGPIPE, SIG_IGN);
-  std::signal(SIGIO, SIG_IGN); // somebody waits for a file that is being evicted
+  std::signal(SIGIO, SIG_IGN); // another process waits for a file that is being evicted
   const auto scenario = icloud::readScenario(options.scenario);
-  icloud::heedPermissions();
+  dropFilePrivileges();
   icloud::Bird(options, icloud::SystemRoot::ofThisProgram(), scenario).run();
   return EX_OK;
 }

@@ -37,11 +37,8 @@ public:
   /// Where the output of opened applications goes, in a file for each.
   std::filesystem::path logFolder() const { return path_ / "var/log"; }
 
-  /// Where the daemon keeps what it has to know after a restart.
+  /// Where the daemon keeps its place in the scenario for a restart.
   std::filesystem::path birdJournal() const { return path_ / "var/db/bird/journal"; }
-
-  /// Where the daemon keeps what its clients changed.
-  std::filesystem::path birdActs() const { return path_ / "var/db/bird/acts"; }
 
   /// The daemon's socket, as a name inside `runFolder`.
   static constexpr const char* birdSocket = "bird.socket";

@@ -104,7 +104,7 @@ void Demo::handleBirdLine(const std::string& line) {
     handleEvent("bird runs again, and the scenario continues");
   else if (word == "begin")
     handleEvent(text + "; the scenario begins");
-  else if (word == "story")
+  else if (word == "event")
     handleEvent(text);
   else if (word == "trouble") {
     handleEvent("failed: " + text);

@@ -1,5 +1,5 @@
 #include "demo/Demo.h"
-#include "scenario/ScenarioError.h"
+#include "scenario/Scenario.h"
 
 #include <csignal>
 #include <cstdio>

@@ -21,7 +21,7 @@ struct MakeFolder {
   std::string path;
 };
 
-/// One or many files, with their contents here or only in iCloud.
+/// One or many files, with their contents on disk or only in iCloud.
 struct MakeFiles {
   NumberedPath paths;
   std::uint64_t bytes = 0;
@@ -38,7 +38,7 @@ struct Transfer {
 
   std::string path;
   Direction direction = Direction::upload;
-  std::optional<std::uint64_t> newFile; ///< the size of a file that comes with the transfer
+  std::optional<std::uint64_t> newFile; ///< the size of a file that the transfer creates
   Milliseconds duration{};
   Milliseconds every{500};
   bool percentages = true;
@@ -73,12 +73,12 @@ struct CancelDownload {
   std::string path;
 };
 
-/// Takes away everybody's right to write to the file.
+/// Makes the file read-only for everybody.
 struct Lock {
   std::string path;
 };
 
-/// Deletes the file; iCloud says nothing more about it.
+/// Deletes the file without a notification.
 struct Vanish {
   std::string path;
 };
@@ -104,19 +104,19 @@ struct KillMonitors {
 /// Kills the daemon itself.
 struct KillDaemon {};
 
-/// Stops the story's clock until both feeds are being watched.
+/// Stops the scenario's clock until both feeds have a monitor.
 struct AwaitMonitors {};
 
-/// Sends bytes to the monitors of a feed as they are.
+/// Sends bytes to the monitors of a feed, unchanged.
 struct Print {
   Feed feed = Feed::items;
   std::string bytes;
 };
 
-struct EndStory {};
+struct EndScenario {};
 
 using Action = std::variant<MakeFolder, MakeFiles, Transfer, GlobalTransfer, SetState, ClearState,
                             Evict, CancelDownload, Lock, Vanish, AddJobs, ClearJobs, SetQuota,
-                            KillMonitors, KillDaemon, AwaitMonitors, Print, EndStory>;
+                            KillMonitors, KillDaemon, AwaitMonitors, Print, EndScenario>;
 
 } // namespace icloud

@@ -1,7 +1,7 @@
+// What the verbs of a scenario mean, and what they require.
 #include "scenario/ActionReader.h"
 
 #include "common/SystemFailure.h"
-#include "scenario/TransferOptions.h"
 
 #include <algorithm>
 #include <fstream>
@@ -10,9 +10,10 @@
 namespace icloud {
 namespace {
 
-constexpr std::uint64_t mostFiles = 10'000'000;
-constexpr std::uint64_t mostJobs = 9999;
-constexpr std::size_t longestName = 255;
+constexpr std::uint64_t maxFiles = 10'000'000;
+constexpr std::uint64_t maxJobs = 9999;
+constexpr std::size_t maxNameLength = 255;
+constexpr int maxReports = 100'000;
 
 bool isControl(char c) {
   return static_cast<unsigned char>(c) < 0x20 || static_cast<unsigned char>(c) == 0x7f;
@@ -26,7 +27,7 @@ const char* pathProblem(std::string_view path) {
     const std::string_view name = path.substr(begin, end - begin);
     if (name.empty() || name == "." || name == "..")
       return R"(a path is relative to the drive and has no empty, "." or ".." part)";
-    if (name.size() > longestName)
+    if (name.size() > maxNameLength)
       return "a name is longer than 255 bytes";
     begin = end + 1;
   }
@@ -47,6 +48,50 @@ Feed readFeed(ScenarioLine& line) {
   return Feed::items;
 }
 
+void checkInterval(const ScenarioLine& line, Milliseconds duration, Milliseconds every) {
+  if (duration.count() == 0 || every.count() == 0)
+    line.fail("a transfer and its interval take longer than 0s");
+  if (duration / every > maxReports)
+    line.fail("a transfer has at most " + std::to_string(maxReports) + " steps");
+}
+
+void readStall(ScenarioLine& line, Transfer& transfer) {
+  line.require("at");
+  const double percent = line.percent();
+  line.require("for");
+  transfer.stall = Transfer::Stall{percent, line.duration("a duration")};
+}
+
+void readEnding(ScenarioLine& line, Transfer& transfer, Transfer::Ending ending) {
+  line.require("at");
+  transfer.endsAt = line.percent();
+  transfer.ending = ending;
+  if (ending == Transfer::Ending::cancel && transfer.direction == Direction::upload)
+    line.fail("only a download can be cancelled");
+}
+
+void readTransferOptions(ScenarioLine& line, Transfer& transfer) {
+  while (!line.atEnd()) {
+    if (line.accept("every")) {
+      transfer.every = line.duration("a duration");
+    } else if (line.accept("without")) {
+      line.require("percentages");
+      transfer.percentages = false;
+    } else if (line.accept("stalled")) {
+      readStall(line, transfer);
+    } else if (line.accept("cancelled")) {
+      readEnding(line, transfer, Transfer::Ending::cancel);
+    } else if (line.accept("vanishing")) {
+      readEnding(line, transfer, Transfer::Ending::vanish);
+    } else {
+      line.fail("unknown option of a transfer: " + line.remainder());
+    }
+  }
+  checkInterval(line, transfer.duration, transfer.every);
+  if (transfer.stall && transfer.stall->percent >= transfer.endsAt)
+    line.fail("a transfer stalls before it ends");
+}
+
 Action readGlobal(ScenarioLine& line) {
   GlobalTransfer transfer;
   transfer.bytes = line.size();
@@ -54,13 +99,13 @@ Action readGlobal(ScenarioLine& line) {
   transfer.duration = line.duration("a duration");
   if (line.accept("every"))
     transfer.every = line.duration("a duration");
-  checkPace(line, transfer.duration, transfer.every);
+  checkInterval(line, transfer.duration, transfer.every);
   return transfer;
 }
 
 Action readJobs(ScenarioLine& line) {
   AddJobs jobs;
-  jobs.count = static_cast<unsigned>(std::min(line.count("a number of jobs"), mostJobs));
+  jobs.count = static_cast<unsigned>(std::min(line.count("a number of jobs"), maxJobs));
   if (line.accept("downloading"))
     jobs.direction = Direction::download;
   else if (line.accept("uploading"))
@@ -111,10 +156,10 @@ Action ActionReader::read(ScenarioLine& line) {
     return readTransfer(line, Direction::upload);
   if (verb == "download")
     return readTransfer(line, Direction::download);
-  return readOnFile(verb, line);
+  return readFileAction(verb, line);
 }
 
-Action ActionReader::readOnFile(const std::string& verb, ScenarioLine& line) {
+Action ActionReader::readFileAction(const std::string& verb, ScenarioLine& line) {
   if (verb == "error")
     return readState(line, "Upload Error 28");
   if (verb == "conflict")
@@ -131,10 +176,10 @@ Action ActionReader::readOnFile(const std::string& verb, ScenarioLine& line) {
     return Lock{readKnownFile(line)};
   if (verb == "vanish")
     return Vanish{readKnownFile(line)};
-  return readOther(verb, line);
+  return readCloudAction(verb, line);
 }
 
-Action ActionReader::readOther(const std::string& verb, ScenarioLine& line) const {
+Action ActionReader::readCloudAction(const std::string& verb, ScenarioLine& line) const {
   if (verb == "folder")
     return MakeFolder{readPath(line)};
   if (verb == "global")
@@ -154,7 +199,7 @@ Action ActionReader::readOther(const std::string& verb, ScenarioLine& line) cons
   if (verb == "replay")
     return readReplay(line);
   if (verb == "end")
-    return EndStory{};
+    return EndScenario{};
   line.fail("unknown verb \"" + verb + "\"");
 }
 
@@ -167,8 +212,8 @@ std::string ActionReader::readKnownFile(ScenarioLine& line) const {
 
 Action ActionReader::readFiles(ScenarioLine& line, bool many) {
   const std::uint64_t count = many ? line.count("a number of files") : 1;
-  if (count == 0 || count > mostFiles)
-    line.fail("from 1 to " + std::to_string(mostFiles) + " files can be made");
+  if (count == 0 || count > maxFiles)
+    line.fail("from 1 to " + std::to_string(maxFiles) + " files can be made");
   const std::string path = readPath(line);
   if (many != (path.find(NumberedPath::mark) != std::string::npos))
     line.fail(many ? "the path of many files holds {n}" : "{n} is for \"files\"");

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "scenario/Action.h"
-#include "scenario/KnownFiles.h"
+#include "scenario/NumberedPath.h"
 #include "scenario/ScenarioLine.h"
 
 #include <filesystem>
@@ -9,17 +9,17 @@
 
 namespace icloud {
 
-/// Reads what a line of a scenario does, its verb first.
+/// Reads the action of a line, which begins with its verb.
 class ActionReader {
 public:
-  /// Captures are looked for below `folder`.
+  /// Paths of captures are relative to `folder`.
   explicit ActionReader(std::filesystem::path folder) : folder_(std::move(folder)) {}
 
   Action read(ScenarioLine& line);
 
 private:
-  Action readOnFile(const std::string& verb, ScenarioLine& line);
-  Action readOther(const std::string& verb, ScenarioLine& line) const;
+  Action readFileAction(const std::string& verb, ScenarioLine& line);
+  Action readCloudAction(const std::string& verb, ScenarioLine& line) const;
   Action readFiles(ScenarioLine& line, bool many);
   Action readTransfer(ScenarioLine& line, Direction direction);
   Action readState(ScenarioLine& line, const char* usual) const;

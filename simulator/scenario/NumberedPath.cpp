@@ -1,5 +1,7 @@
+// Which paths a numbered path stands for.
 #include "scenario/NumberedPath.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace icloud {
@@ -34,6 +36,19 @@ bool NumberedPath::contains(std::string_view path) const {
   const auto parsed = std::from_chars(digits.data(), digits.data() + digits.size(), index);
   return parsed.ec == std::errc{} && parsed.ptr == digits.data() + digits.size() && index >= 1 &&
          index <= count_;
+}
+
+bool KnownFiles::contains(std::string_view path) const {
+  return single_.contains(path) ||
+         std::any_of(many_.begin(), many_.end(),
+                     [&](const NumberedPath& paths) { return paths.contains(path); });
+}
+
+void KnownFiles::add(NumberedPath paths) {
+  if (paths.count() == 1)
+    single_.insert(paths.at(1));
+  else
+    many_.push_back(std::move(paths));
 }
 
 } // namespace icloud

@@ -1,12 +1,16 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace icloud {
 
-/// A path, or many that differ in a number: "{n}" stands for 1 to `count`, all equally wide.
+/// One path, or `count` paths that differ in a number: "{n}" stands for 1 to `count`, padded with
+/// zeros to equal width.
 class NumberedPath {
 public:
   NumberedPath(std::string_view pattern, std::uint64_t count);
@@ -25,7 +29,18 @@ private:
   std::string prefix_;
   std::string suffix_;
   std::uint64_t count_;
-  std::size_t width_ = 0; ///< 0: no number in it
+  std::size_t width_ = 0; ///< of the number; 0: there is none
+};
+
+/// The files that the lines of a scenario have created so far.
+class KnownFiles {
+public:
+  bool contains(std::string_view path) const;
+  void add(NumberedPath paths);
+
+private:
+  std::set<std::string, std::less<>> single_;
+  std::vector<NumberedPath> many_;
 };
 
 } // namespace icloud

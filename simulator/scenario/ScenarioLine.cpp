@@ -1,6 +1,7 @@
+// How a line of a scenario is split into tokens, and how tokens are read.
 #include "scenario/ScenarioLine.h"
 
-#include "scenario/ScenarioError.h"
+#include "scenario/Scenario.h"
 
 #include <array>
 #include <charconv>
@@ -17,8 +18,8 @@ struct Unit {
 
 constexpr std::array<Unit, 3> durationUnits{{{"ms", 1}, {"s", 1000}, {"m", 60'000}}};
 constexpr std::array<Unit, 5> sizeUnits{{{"KB", 1e3}, {"MB", 1e6}, {"GB", 1e9}, {"B", 1}, {"", 1}}};
-constexpr double largestAmount = 1e15;
-constexpr double longestDuration = 24 * 3600 * 1000.0;
+constexpr double maxAmount = 1e15;
+constexpr double maxDuration = 24 * 3600 * 1000.0;
 
 bool isBlank(char c) {
   return c == ' ' || c == '\t' || c == '\r';
@@ -30,7 +31,7 @@ std::optional<double> decimal(std::string_view text) {
   double value = 0;
   const auto parsed =
       std::from_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed);
-  if (parsed.ec != std::errc{} || parsed.ptr != text.data() + text.size() || value > largestAmount)
+  if (parsed.ec != std::errc{} || parsed.ptr != text.data() + text.size() || value > maxAmount)
     return std::nullopt;
   return value;
 }
@@ -50,20 +51,20 @@ std::optional<double> measured(std::string_view text, const std::array<Unit, cou
 
 ScenarioLine::ScenarioLine(std::string file, unsigned number, std::string_view text)
     : file_(std::move(file)), number_(number) {
-  cut(text);
+  split(text);
 }
 
 void ScenarioLine::fail(const std::string& message) const {
   throw ScenarioError(file_, number_, message);
 }
 
-void ScenarioLine::cut(std::string_view text) {
+void ScenarioLine::split(std::string_view text) {
   std::size_t at = 0;
   while (at < text.size() && text[at] != '#') {
     if (isBlank(text[at])) {
       ++at;
     } else if (text[at] == '"') {
-      at = cutQuoted(text, at);
+      at = splitQuoted(text, at);
     } else {
       const std::size_t begin = at;
       while (at < text.size() && !isBlank(text[at]) && text[at] != '#' && text[at] != '"')
@@ -76,7 +77,7 @@ void ScenarioLine::cut(std::string_view text) {
     source_.pop_back();
 }
 
-std::size_t ScenarioLine::cutQuoted(std::string_view text, std::size_t begin) {
+std::size_t ScenarioLine::splitQuoted(std::string_view text, std::size_t begin) {
   Token token{{}, true, begin};
   for (std::size_t at = begin + 1; at < text.size(); ++at) {
     if (text[at] == '"') {
@@ -84,17 +85,17 @@ std::size_t ScenarioLine::cutQuoted(std::string_view text, std::size_t begin) {
       return at + 1;
     }
     if (text[at] == '\\')
-      at = cutEscape(text, at, token.text);
+      at = readEscape(text, at, token.text);
     else
       token.text += text[at];
   }
   fail("a quoted text has no closing quote");
 }
 
-std::size_t ScenarioLine::cutEscape(std::string_view text, std::size_t at,
-                                    std::string& into) const {
-  const std::string_view rest = text.substr(at + 1);
-  const char kind = rest.empty() ? '\0' : rest.front();
+std::size_t ScenarioLine::readEscape(std::string_view text, std::size_t at,
+                                     std::string& into) const {
+  const std::string_view escape = text.substr(at + 1);
+  const char kind = escape.empty() ? '\0' : escape.front();
   if (kind == '"' || kind == '\\') {
     into += kind;
   } else if (kind == 'n') {
@@ -103,10 +104,10 @@ std::size_t ScenarioLine::cutEscape(std::string_view text, std::size_t at,
     into += '\r';
   } else if (kind == 'e') {
     into += '\x1b';
-  } else if (kind == 'x' && rest.size() >= 3) {
+  } else if (kind == 'x' && escape.size() >= 3) {
     unsigned value = 0;
-    const auto parsed = std::from_chars(rest.data() + 1, rest.data() + 3, value, 16);
-    if (parsed.ec != std::errc{} || parsed.ptr != rest.data() + 3)
+    const auto parsed = std::from_chars(escape.data() + 1, escape.data() + 3, value, 16);
+    if (parsed.ec != std::errc{} || parsed.ptr != escape.data() + 3)
       fail("\\x is followed by two hexadecimal digits");
     into += static_cast<char>(value);
     return at + 3;
@@ -116,7 +117,7 @@ std::size_t ScenarioLine::cutEscape(std::string_view text, std::size_t at,
   return at + 1;
 }
 
-std::string ScenarioLine::rest() const {
+std::string ScenarioLine::remainder() const {
   return atEnd() ? std::string() : source_.substr(tokens_[next_].begin);
 }
 
@@ -129,12 +130,13 @@ bool ScenarioLine::accept(std::string_view word) {
 
 void ScenarioLine::require(std::string_view word) {
   if (!accept(word))
-    fail("expected \"" + std::string(word) + "\"" + (atEnd() ? " at the end" : " at " + rest()));
+    fail("expected \"" + std::string(word) + "\"" +
+         (atEnd() ? " at the end" : " at " + remainder()));
 }
 
 void ScenarioLine::requireEnd() const {
   if (!atEnd())
-    fail("nothing more was expected here: " + rest());
+    fail("nothing more was expected here: " + remainder());
 }
 
 const ScenarioLine::Token& ScenarioLine::take(const char* what, bool quoted) {
@@ -142,7 +144,7 @@ const ScenarioLine::Token& ScenarioLine::take(const char* what, bool quoted) {
     fail(std::string("expected ") + what + " at the end");
   if (tokens_[next_].quoted != quoted)
     fail(std::string("expected ") + what + (quoted ? " in quotes" : " without quotes") + " at " +
-         rest());
+         remainder());
   return tokens_[next_++];
 }
 
@@ -179,7 +181,7 @@ double ScenarioLine::percent() {
 Milliseconds ScenarioLine::duration(const char* what) {
   const Token& token = take(what, false);
   const auto value = measured(token.text, durationUnits);
-  if (!value || *value > longestDuration)
+  if (!value || *value > maxDuration)
     fail("not " + std::string(what) + " such as 1.5s, 250ms or 2m: " + token.text);
   return Milliseconds(std::llround(*value));
 }
@@ -187,7 +189,7 @@ Milliseconds ScenarioLine::duration(const char* what) {
 std::uint64_t ScenarioLine::size() {
   const Token& token = take("a size", false);
   const auto value = measured(token.text, sizeUnits);
-  if (!value || *value > largestAmount)
+  if (!value || *value > maxAmount)
     fail("not a size such as 120KB, 4.2MB or 1GB: " + token.text);
   return static_cast<std::uint64_t>(std::llround(*value));
 }

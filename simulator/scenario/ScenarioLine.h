@@ -9,8 +9,8 @@
 
 namespace icloud {
 
-/// One line of a scenario, cut into words and quoted texts, and read from left to right. Every
-/// operation that finds something else than it asks for throws ScenarioError.
+/// One line of a scenario, split into words and quoted texts, and read from left to right. Every
+/// operation that finds an unexpected token throws ScenarioError.
 class ScenarioLine {
 public:
   ScenarioLine(std::string file, unsigned number, std::string_view text);
@@ -18,8 +18,8 @@ public:
   bool atEnd() const { return next_ == tokens_.size(); }
   unsigned number() const { return number_; }
 
-  /// The rest of the line as it was written, comment and outer blanks aside.
-  std::string rest() const;
+  /// What is left of the line, as written, without the comment and outer blanks.
+  std::string remainder() const;
 
   /// Takes the next word when it is `word`.
   bool accept(std::string_view word);
@@ -43,9 +43,9 @@ private:
     std::size_t begin = 0;
   };
 
-  void cut(std::string_view text);
-  std::size_t cutQuoted(std::string_view text, std::size_t begin);
-  std::size_t cutEscape(std::string_view text, std::size_t at, std::string& into) const;
+  void split(std::string_view text);
+  std::size_t splitQuoted(std::string_view text, std::size_t begin);
+  std::size_t readEscape(std::string_view text, std::size_t at, std::string& into) const;
   const Token& take(const char* what, bool quoted);
   double amount(const Token& token, std::string_view unit, const char* what) const;
 

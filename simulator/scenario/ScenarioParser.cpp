@@ -1,8 +1,11 @@
-#include "scenario/ScenarioParser.h"
-
-#include "scenario/ScenarioError.h"
+// Which lines a scenario consists of, and in which order they may come.
+#include "scenario/ActionReader.h"
+#include "scenario/Scenario.h"
+#include "scenario/ScenarioLine.h"
+#include "scenario/UserStep.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace icloud {
 namespace {
@@ -10,7 +13,7 @@ namespace {
 std::string readStallAfter(ScenarioLine& line) {
   const auto milliseconds = line.duration("a duration").count();
   if (milliseconds == 0)
-    line.fail("a stall takes longer than nothing");
+    line.fail("a stall takes longer than 0s");
   return std::to_string(static_cast<double>(milliseconds) / 1000);
 }
 
@@ -28,12 +31,32 @@ template <typename Kind> bool does(const Step& step) {
   return std::holds_alternative<Kind>(step.action);
 }
 
-bool canBeOnStage(const Step& step) {
+bool belongsToInitialState(const Step& step) {
   return does<MakeFolder>(step) || does<MakeFiles>(step) || does<AddJobs>(step) ||
          does<SetState>(step) || does<SetQuota>(step) || does<Lock>(step);
 }
 
-} // namespace
+/// Collects the parts of a scenario line by line.
+class ScenarioParser {
+public:
+  explicit ScenarioParser(const std::string& file);
+
+  void readLine(std::string_view text);
+
+  /// The scenario, after the last line.
+  Scenario finish();
+
+private:
+  void readDirective(ScenarioLine& line);
+  void readExpectation(ScenarioLine& line, Expectation::Kind kind);
+  void readUserStep(ScenarioLine& line);
+  void readStep(ScenarioLine& line);
+  void append(Step step, const ScenarioLine& line);
+
+  Scenario scenario_;
+  unsigned lineNumber_ = 0;
+  ActionReader actions_;
+};
 
 ScenarioParser::ScenarioParser(const std::string& file)
     : actions_(std::filesystem::path(file).parent_path()) {
@@ -82,7 +105,7 @@ void ScenarioParser::readExpectation(ScenarioLine& line, Expectation::Kind kind)
 }
 
 void ScenarioParser::readUserStep(ScenarioLine& line) {
-  UserStep step{{}, line.number(), line.rest()};
+  UserStep step{{}, line.number(), line.remainder()};
   step.action = readUserAction(line);
   scenario_.user.push_back(std::move(step));
 }
@@ -92,36 +115,38 @@ void ScenarioParser::readStep(ScenarioLine& line) {
   step.line = line.number();
   if (line.accept("at"))
     step.at = line.duration("a time");
-  step.text = line.rest();
+  step.text = line.remainder();
   step.action = actions_.read(line);
-  place(std::move(step), line);
+  append(std::move(step), line);
 }
 
-void ScenarioParser::place(Step step, const ScenarioLine& line) {
-  auto& story = scenario_.story;
+void ScenarioParser::append(Step step, const ScenarioLine& line) {
+  auto& steps = scenario_.steps;
   if (!step.at) {
-    if (!canBeOnStage(step))
+    if (!belongsToInitialState(step))
       line.fail("this needs a time, as in: at 2s " + step.text);
-    if (!story.empty())
-      line.fail("what is there from the start comes before the first line with a time");
-    scenario_.stage.push_back(std::move(step));
+    if (!steps.empty())
+      line.fail("the initial state comes before the first line with a time");
+    scenario_.initialState.push_back(std::move(step));
     return;
   }
-  if (!story.empty() && step.at < story.back().at)
-    line.fail("the times go forwards");
-  if (!story.empty() && does<EndStory>(story.back()))
+  if (!steps.empty() && step.at < steps.back().at)
+    line.fail("the times must not decrease");
+  if (!steps.empty() && does<EndScenario>(steps.back()))
     line.fail("nothing comes after the end");
-  story.push_back(std::move(step));
+  steps.push_back(std::move(step));
 }
 
 Scenario ScenarioParser::finish() {
-  if (scenario_.story.empty() || !does<EndStory>(scenario_.story.back()))
-    throw ScenarioError(scenario_.file, lineNumber_, "the story has no end, as in: at 60s end");
+  if (scenario_.steps.empty() || !does<EndScenario>(scenario_.steps.back()))
+    throw ScenarioError(scenario_.file, lineNumber_, "the scenario has no end, as in: at 60s end");
   return std::move(scenario_);
 }
 
+} // namespace
+
 Milliseconds Scenario::length() const {
-  return story.empty() ? Milliseconds{} : story.back().at.value_or(Milliseconds{});
+  return steps.empty() ? Milliseconds{} : steps.back().at.value_or(Milliseconds{});
 }
 
 Scenario parseScenario(const std::string& text, const std::string& name) {

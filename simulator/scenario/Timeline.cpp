@@ -1,3 +1,4 @@
+// When transfers report, stall and end.
 #include "scenario/Timeline.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ double percentOf(Milliseconds part, Milliseconds whole) {
   return 100 * static_cast<double>(part.count()) / static_cast<double>(whole.count());
 }
 
-// How far a transfer has moved whenever it reports.
+// The moving time of a transfer at each of its reports.
 std::set<Milliseconds> reportsOf(const Transfer& transfer, Milliseconds end) {
   std::set<Milliseconds> reports;
   for (Milliseconds moved{}; moved < end; moved += transfer.every)
@@ -58,8 +59,8 @@ void addTransferEvents(Events& events, std::size_t step, Milliseconds begin,
 
 std::vector<TimelineEvent> timelineOf(const Scenario& scenario) {
   Events events;
-  for (std::size_t index = 0; index < scenario.story.size(); ++index) {
-    const Step& step = scenario.story[index];
+  for (std::size_t index = 0; index < scenario.steps.size(); ++index) {
+    const Step& step = scenario.steps[index];
     const Milliseconds at = step.at.value_or(Milliseconds{});
     events.push_back({at, RunStep{index}});
     if (const auto* transfer = std::get_if<Transfer>(&step.action))

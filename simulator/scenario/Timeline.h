@@ -8,45 +8,45 @@
 
 namespace icloud {
 
-/// Does what line `step` of the story says.
+/// Step number `step` of the scenario runs.
 struct RunStep {
   std::size_t step = 0;
 };
 
-/// A transfer that line `step` began moves on.
+/// The transfer of step `step` makes progress.
 struct TransferTick {
   std::size_t step = 0;
   double percent = 0;
 };
 
-/// The transfer of line `step` stops moving, or moves again.
+/// The transfer of step `step` stalls, or moves again.
 struct TransferPause {
   std::size_t step = 0;
   bool begins = true;
 };
 
-/// The transfer of line `step` ends in its way.
+/// The transfer of step `step` finishes, is cancelled or vanishes.
 struct TransferEnd {
   std::size_t step = 0;
 };
 
-/// The global transfer of line `step` reports `completed` bytes; all of them when it ends.
+/// The global transfer of step `step` reports `completed` bytes; all of them when it ends.
 struct GlobalTick {
   std::size_t step = 0;
   std::uint64_t completed = 0;
 };
 
-/// Something that happens on its own at one moment of the story.
+/// Something that happens at one moment of a scenario.
 struct TimelineEvent {
   Milliseconds at{};
   std::variant<RunStep, TransferTick, TransferPause, TransferEnd, GlobalTick> what;
 };
 
-/// Appends what happens in a transfer that begins at a moment of the story; its number is `step`.
+/// Appends the events of transfer number `step`, which begins at `begin` on the scenario's clock.
 void addTransferEvents(std::vector<TimelineEvent>& events, std::size_t step, Milliseconds begin,
                        const Transfer& transfer);
 
-/// Everything that happens in a story, in order of time.
+/// All events of a scenario, in order of time.
 std::vector<TimelineEvent> timelineOf(const Scenario& scenario);
 
 } // namespace icloud

@@ -52,7 +52,7 @@ TEST(BrctlStatus, itemTransfersAreListed) {
               "at 60s end\n",
               "quota");
   system.runBrctl({"quota"});
-  system.bird().output().readUntil(" story ");
+  system.bird().output().readUntil(" event ");
   EXPECT_THAT(system.runBrctl({"status"}).output,
               ContainsRegex("\n    > \"a.mov\" .*downloader\\{downloading:"));
 }

@@ -105,7 +105,7 @@ TEST(BrctlMonitor, lateGlobalMonitorShowsRunningTransfers) {
   SimulatedSystem system;
   system.play("at 0s global 4096 over 60s every 30s\nat 60s end\n", "quota");
   system.runBrctl({"quota"});
-  system.bird().output().readUntil(" story ");
+  system.bird().output().readUntil(" event ");
   Tool monitor = system.brctl(globalMonitor, Channel::terminal());
   EXPECT_THAT(monitor.output().readUntil("of 4096"), HasSubstr("Completed: 0 of 4096"));
 }

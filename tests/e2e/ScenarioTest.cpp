@@ -1,6 +1,5 @@
 #include "scenario/Scenario.h"
 
-#include "scenario/ScenarioError.h"
 #include "scenario/Timeline.h"
 
 #include <gmock/gmock.h>
@@ -33,14 +32,14 @@ TEST(Scenario, initialStateStepsAndExpectationsAreRead) {
                                           "a.scenario");
   EXPECT_EQ(scenario.title, "A \"title\"");
   EXPECT_EQ(std::stod(scenario.stallAfter.value()), 2.5);
-  ASSERT_EQ(scenario.stage.size(), 1u);
-  const auto& files = std::get<MakeFiles>(scenario.stage[0].action);
+  ASSERT_EQ(scenario.initialState.size(), 1u);
+  const auto& files = std::get<MakeFiles>(scenario.initialState[0].action);
   EXPECT_EQ(files.bytes, 1500u);
   EXPECT_TRUE(files.remote);
   EXPECT_EQ(files.paths.at(7), "a/07.txt");
-  ASSERT_EQ(scenario.story.size(), 2u);
-  EXPECT_EQ(scenario.story[0].at, Milliseconds(250));
-  EXPECT_EQ(scenario.story[0].text, "download \"a/07.txt\" over 2s");
+  ASSERT_EQ(scenario.steps.size(), 2u);
+  EXPECT_EQ(scenario.steps[0].at, Milliseconds(250));
+  EXPECT_EQ(scenario.steps[0].text, "download \"a/07.txt\" over 2s");
   EXPECT_EQ(scenario.length(), Milliseconds(60'000));
   ASSERT_EQ(scenario.expectations.size(), 3u);
   EXPECT_EQ(scenario.expectations[0].most, Expectation::unlimited);
@@ -108,7 +107,7 @@ const std::vector<Mistake> mistakes{
     {R"(at 1s upload "here")", R"(expected "over" at the end)"},
     {R"(at 1s upload "here" 2KB over 1s)", "is there already"},
     {R"(at 1s upload "new" over 1s)", R"(the new file "new" needs a size)"},
-    {R"(at 1s upload "here" over 0s)", "longer than nothing"},
+    {R"(at 1s upload "here" over 0s)", "longer than 0s"},
     {R"(at 1s upload "here" over 1h)", "not a duration such as"},
     {R"(at 1s upload "here" over 2m every 1ms)", "at most"},
     {R"(at 1s upload "here" over 1s quickly)", "unknown option of a transfer: quickly"},
@@ -126,7 +125,7 @@ const std::vector<Mistake> mistakes{
     {R"(at 1s replay items "no such capture")", "cannot read no such capture"},
     {R"(expect "a")", "expected a number of lines without quotes"},
     {R"(expect 3 to 2 "a")", "the greater number comes last"},
-    {"stall-after 0s", "longer than nothing"},
+    {"stall-after 0s", "longer than 0s"},
     {"user", "expected what the user does at the end"},
     {"user dances", R"(unknown verb of the user "dances")"},
     {"user opens", R"(expected the path of a file or "menu" at the end)"},
@@ -151,11 +150,12 @@ TEST(Scenario, mistakeIsReportedWithFileAndLine) {
 }
 
 TEST(Scenario, stepsOutOfOrderAreRefused) {
-  EXPECT_EQ(problemOf("at 2s no-jobs\nat 1s end\n"), "a.scenario:2: the times go forwards");
+  EXPECT_EQ(problemOf("at 2s no-jobs\nat 1s end\n"), "a.scenario:2: the times must not decrease");
 }
 
 TEST(Scenario, initialStateAfterFirstStepIsRefused) {
-  EXPECT_THAT(problemOf("at 2s no-jobs\nquota 3\nat 3s end\n"), HasSubstr("a.scenario:2: what is"));
+  EXPECT_THAT(problemOf("at 2s no-jobs\nquota 3\nat 3s end\n"),
+              HasSubstr("a.scenario:2: the initial state"));
 }
 
 TEST(Scenario, stepAfterEndIsRefused) {
@@ -164,8 +164,8 @@ TEST(Scenario, stepAfterEndIsRefused) {
 
 TEST(Scenario, scenarioWithoutEndIsRefused) {
   EXPECT_THAT(problemOf("quota 3\nat 3s no-jobs\n"),
-              HasSubstr("a.scenario:2: the story has no end"));
-  EXPECT_THAT(problemOf(""), HasSubstr("a.scenario:0: the story has no end"));
+              HasSubstr("a.scenario:2: the scenario has no end"));
+  EXPECT_THAT(problemOf(""), HasSubstr("a.scenario:0: the scenario has no end"));
 }
 
 std::vector<long> timesOf(const std::string& transfer) {

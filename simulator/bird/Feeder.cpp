@@ -1,4 +1,5 @@
-#include "bird/ItemFeeder.h"
+// What a monitor receives, and in which order.
+#include "bird/Feeder.h"
 
 #include "common/Record.h"
 
@@ -34,6 +35,13 @@ std::string percentText(float percent) {
   char* end = std::to_chars(digits.data(), digits.data() + digits.size(), rounded).ptr;
   *end = 0;
   return digits.data();
+}
+
+void appendPrints(std::string& out, std::deque<std::string>& prints, std::size_t enough) {
+  while (!prints.empty() && out.size() < enough) {
+    appendRecord(out, {"text", prints.front()});
+    prints.pop_front();
+  }
 }
 
 } // namespace
@@ -74,10 +82,17 @@ void ItemFeeder::fill(std::string& out, std::size_t enough) {
     isWaiting_.erase(waiting_.front());
     waiting_.pop_front();
   }
-  while (!prints_.empty() && out.size() < enough) {
-    appendRecord(out, {"text", prints_.front()});
-    prints_.pop_front();
+  appendPrints(out, prints_, enough);
+}
+
+void GlobalFeeder::fill(std::string& out, std::size_t enough) {
+  while (!waiting_.empty() && out.size() < enough) {
+    const auto& [number, progress] = *waiting_.begin();
+    appendRecord(out, {"progress", std::to_string(number), std::to_string(progress.completed),
+                       std::to_string(progress.total)});
+    waiting_.erase(waiting_.begin());
   }
+  appendPrints(out, prints_, enough);
 }
 
 } // namespace icloud

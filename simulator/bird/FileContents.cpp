@@ -1,4 +1,5 @@
-#include "bird/Contents.h"
+// What bytes iCloud has for a path.
+#include "bird/FileContents.h"
 
 #include <algorithm>
 #include <cstring>
@@ -24,10 +25,10 @@ std::uint64_t wordAt(std::uint64_t seed, std::uint64_t index) {
 
 } // namespace
 
-Contents::Contents(std::string_view path, std::uint64_t bytes)
+FileContents::FileContents(std::string_view path, std::uint64_t bytes)
     : seed_(hashOf(path)), size_(bytes) {}
 
-void Contents::read(std::uint64_t offset, std::span<char> into) const {
+void FileContents::read(std::uint64_t offset, std::span<char> into) const {
   std::uint64_t index = offset / sizeof(std::uint64_t);
   while (!into.empty()) {
     const std::uint64_t word = wordAt(seed_, index++);
