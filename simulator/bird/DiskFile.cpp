@@ -187,12 +187,12 @@ bool DiskFile::exists() const {
   return lstat(path_.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-bool DiskFile::isComplete() const {
+std::uint64_t DiskFile::present(std::uint64_t bytes) const {
   const Descriptor file(open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-  if (!file)
-    return true;
-  const off_t hole = lseek(file.get(), 0, SEEK_HOLE);
-  return hole < 0 || hole >= statusOf(file, path_).st_size;
+  const off_t hole = file ? lseek(file.get(), 0, SEEK_HOLE) : -1;
+  if (hole < 0 || hole >= statusOf(file, path_).st_size)
+    return bytes;
+  return std::min(bytes, static_cast<std::uint64_t>(hole));
 }
 
 void DiskFile::lock() const {

@@ -62,8 +62,8 @@ public:
   /// Whether a regular file is at the path. Does not throw.
   bool exists() const;
 
-  /// Whether the file has blocks for its whole size; true also when it cannot be read.
-  bool isComplete() const;
+  /// How many of the first `bytes` bytes are on disk; all when the file cannot be read.
+  std::uint64_t present(std::uint64_t bytes) const;
 
   static constexpr const char* stateAttribute = "user.icloud.state";
   static constexpr const char* currentState = "current";

@@ -100,12 +100,15 @@ void Drive::restoreFile(const std::string& path, std::uint64_t bytes) {
   if (!file.exists())
     return;
   addParents(path);
-  const bool isComplete = file.isComplete();
+  const std::uint64_t present = file.present(bytes);
+  const bool isComplete = present == bytes;
   const ItemState state = stateOf(file.noted(), isComplete);
-  const bool contentsHere = state == ItemState::downloading || state == ItemState::other
-                                ? isComplete
-                                : state != ItemState::evicted;
-  const Item& item = items_[add(Item{path, bytes, 0, std::nullopt, state, contentsHere})];
+  Item item{path, bytes, 0, std::nullopt, state, state != ItemState::evicted};
+  if (state == ItemState::downloading || state == ItemState::other)
+    item.contentsHere = isComplete;
+  if (state == ItemState::downloading)
+    item.fetched = present;
+  add(item);
   if (state != ItemState::evicted)
     return;
   try {

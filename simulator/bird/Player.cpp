@@ -58,8 +58,13 @@ void Player::resume(const Progress& progress, Clock::time_point now) {
   });
   for (ItemId id = 0; id < cloud_.drive.count(); ++id) {
     const Item& item = cloud_.drive.item(id);
-    if (item.state == ItemState::uploading || item.state == ItemState::downloading)
-      startTransfer(id, interruptedTransfer(item), at);
+    if (item.state != ItemState::uploading && item.state != ItemState::downloading)
+      continue;
+    const Transfer transfer = interruptedTransfer(item);
+    const double share =
+        item.bytes == 0 ? 0 : static_cast<double>(item.fetched) / static_cast<double>(item.bytes);
+    startTransfer(id, transfer,
+                  at - std::chrono::duration_cast<Milliseconds>(transfer.duration * share));
   }
 }
 

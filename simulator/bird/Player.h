@@ -45,8 +45,8 @@ public:
   /// Creates the initial state. Throws ScenarioError.
   void createInitialState();
 
-  /// Continues in place of an earlier player. The states of files come from the disk. A transfer
-  /// under way starts over and finishes without a stall.
+  /// Continues in place of an earlier player. The states of files come from the disk. A download
+  /// under way continues, an upload starts over; both finish without a stall.
   void resume(const Progress& progress, Clock::time_point now);
 
   void begin(Clock::time_point now);
