@@ -1,7 +1,5 @@
+// What a monitor prints, and when it ends.
 #include "brctl/Monitor.h"
-
-#include "brctl/ItemLine.h"
-#include "brctl/ProgressLines.h"
 
 #include <array>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "brctl/BirdLink.h"
-#include "brctl/Style.h"
+#include "brctl/OutputLines.h"
 #include "brctl/TextOutput.h"
 
 namespace icloud {

@@ -1,10 +1,11 @@
+// How `brctl` carries out each of its commands.
 #include "brctl/BirdLink.h"
-#include "brctl/Command.h"
-#include "brctl/LocalCopies.h"
+#include "brctl/BrctlCommand.h"
 #include "brctl/Monitor.h"
-#include "brctl/StatusText.h"
+#include "brctl/OutputLines.h"
 #include "brctl/TextOutput.h"
 #include "common/Requests.h"
+#include "common/UsageError.h"
 
 #include <csignal>
 #include <cstdio>
@@ -31,6 +32,22 @@ void printStatus(BirdLink& bird, TextOutput& output) {
     output.line(statusLine(record, style));
 }
 
+// Reports on standard error, in a line for each path, what failed and why; false when anything did.
+bool carryOut(const SystemRoot& root, std::string_view request,
+              const std::vector<std::string>& paths) {
+  bool succeeded = true;
+  for (const std::string& path : paths) {
+    try {
+      const std::string absolute = std::filesystem::current_path() / path;
+      BirdLink(root, {request, absolute}).await();
+    } catch (const std::exception& problem) {
+      std::fprintf(stderr, "brctl: %s: %s\n", path.c_str(), problem.what());
+      succeeded = false;
+    }
+  }
+  return succeeded;
+}
+
 int run(const Command& command, const SystemRoot& root, TextOutput& output) {
   switch (command.kind) {
   case Command::Kind::help:
@@ -55,9 +72,9 @@ int run(const Command& command, const SystemRoot& root, TextOutput& output) {
     break;
   }
   case Command::Kind::evict:
-    return changeLocalCopies(root, evictRequest, command.paths) ? EX_OK : EXIT_FAILURE;
+    return carryOut(root, evictRequest, command.paths) ? EX_OK : EXIT_FAILURE;
   case Command::Kind::download:
-    return changeLocalCopies(root, downloadRequest, command.paths) ? EX_OK : EXIT_FAILURE;
+    return carryOut(root, downloadRequest, command.paths) ? EX_OK : EXIT_FAILURE;
   }
   output.flush();
   return EX_OK;

@@ -1,3 +1,4 @@
+// How a signature is written and checked.
 #include "codesign/Signature.h"
 
 #include <algorithm>
@@ -14,11 +15,11 @@ namespace {
 
 using Json = nlohmann::json;
 
-constexpr const char* nobody = "-";
+constexpr const char* adHoc = "-";
 constexpr std::size_t teamLength = 10;
 
-std::string digestOf(const Json& sealed) {
-  const QByteArray bytes = QByteArray::fromStdString(sealed.dump());
+std::string digestOf(const Json& covered) {
+  const QByteArray bytes = QByteArray::fromStdString(covered.dump());
   return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex().toStdString();
 }
 
@@ -35,17 +36,17 @@ std::string teamIn(const std::string& name) {
 
 Signature readSignature(std::istream& stream) {
   const Json json = Json::parse(stream);
-  const Json& sealed = json.at("sealed");
-  if (json.at("digest") != digestOf(sealed))
-    throw SigningFailure("the seal is not whole");
-  return {Identity(sealed.at("identity")), sealed.at("identifier"),
-          sealed.at("contents").get<Contents>()};
+  const Json& covered = json.at("covered");
+  if (json.at("digest") != digestOf(covered))
+    throw SigningFailure("the digest does not match");
+  return {Identity(covered.at("identity")), covered.at("identifier"),
+          covered.at("contents").get<BundleContents>()};
 }
 
 } // namespace
 
 Identity::Identity(std::string name) : name_(std::move(name)), team_(teamIn(name_)) {
-  if (team_.empty() && name_ != nobody)
+  if (team_.empty() && name_ != adHoc)
     throw SigningFailure(name_ + ": no identity found");
 }
 
@@ -55,7 +56,7 @@ std::optional<Signature> Signature::of(const fs::path& bundle) {
     return std::nullopt;
   try {
     if (!fs::is_regular_file(fs::symlink_status(place)))
-      throw SigningFailure("the seal is no file");
+      throw SigningFailure("the signature is no file");
     std::ifstream stream(place);
     return readSignature(stream);
   } catch (const std::exception&) {
@@ -64,9 +65,9 @@ std::optional<Signature> Signature::of(const fs::path& bundle) {
 }
 
 void Signature::writeTo(const fs::path& bundle) const {
-  const Json sealed{
+  const Json covered{
       {"identity", identity.name()}, {"identifier", identifier}, {"contents", contents}};
-  const Json json{{"sealed", sealed}, {"digest", digestOf(sealed)}};
+  const Json json{{"covered", covered}, {"digest", digestOf(covered)}};
   const fs::path place = bundle / signaturePath;
   const fs::path unfinished = place.string() + ".unfinished";
   fs::create_directories(place.parent_path());

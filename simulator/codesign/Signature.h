@@ -1,6 +1,6 @@
 #pragma once
 
-#include "codesign/Contents.h"
+#include "codesign/BundleContents.h"
 
 #include <filesystem>
 #include <optional>
@@ -8,17 +8,17 @@
 
 namespace icloud {
 
-/// Who seals: a name such as "Developer ID Application: Tallowmere (T4N8RW2KQZ)", or "-" for nobody
-/// in particular.
+/// Who signs: a name such as "Developer ID Application: Tallowmere (T4N8RW2KQZ)", or "-" for an
+/// ad-hoc signature.
 class Identity {
 public:
-  /// Throws SigningFailure when the name is that of no identity.
+  /// Throws SigningFailure when no identity has this name.
   explicit Identity(std::string name);
 
   const std::string& name() const { return name_; }
   bool isAdHoc() const { return team_.empty(); }
 
-  /// Empty for nobody in particular.
+  /// Empty for an ad-hoc signature.
   const std::string& team() const { return team_; }
 
 private:
@@ -26,17 +26,18 @@ private:
   std::string team_;
 };
 
-/// What stands in for a code signature: who sealed a bundle, and all that was in it.
+/// The stand-in for a code signature: who signed a bundle, and what was in it.
 struct Signature {
   Identity identity;
   std::string identifier; ///< of the bundle
-  Contents contents;
+  BundleContents contents;
 
-  /// Reads a bundle's seal; nothing when it has none. Throws SigningFailure when it was tampered
-  /// with.
+  /// Reads a bundle's signature; nothing when there is none. Throws SigningFailure when it was
+  /// modified.
   static std::optional<Signature> of(const std::filesystem::path& bundle);
 
-  /// Puts the seal into the bundle, in place of one that is there. Throws std::runtime_error.
+  /// Writes the signature into the bundle and replaces an earlier one. Throws
+  /// std::runtime_error.
   void writeTo(const std::filesystem::path& bundle) const;
 };
 

@@ -1,8 +1,10 @@
+// How `codesign` signs, verifies and displays, and the words it uses.
 #include "bundle/InfoPlist.h"
-#include "codesign/Command.h"
-#include "codesign/Contents.h"
+#include "codesign/BundleContents.h"
+#include "codesign/CodesignCommand.h"
 #include "codesign/Signature.h"
 #include "common/SystemRoot.h"
+#include "common/UsageError.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -16,13 +18,13 @@ constexpr int badUsage = 2;
 constexpr const char* notSigned = "code object is not signed at all";
 constexpr const char* signatureBroken = "a sealed resource is missing or invalid";
 
-/// A bundle, and how the one who asked calls it.
+/// A bundle, and its path as the user wrote it.
 struct Subject {
   std::string shown;
   fs::path bundle;
 };
 
-/// Says something about a path, as every message does.
+/// Prints a message about a path.
 void say(const std::string& about, const std::string& text) {
   std::fprintf(stderr, "%s: %s\n", about.c_str(), text.c_str());
 }
@@ -48,24 +50,25 @@ void requireBundle(const fs::path& path) {
 }
 
 Signature requiredSignature(const fs::path& bundle) {
-  auto seal = Signature::of(bundle);
-  if (!seal)
+  auto signature = Signature::of(bundle);
+  if (!signature)
     throw SigningFailure(notSigned);
-  return std::move(*seal);
+  return std::move(*signature);
 }
 
-/// Lists what differs from the seal. Throws SigningFailure when something does.
-void compare(const Subject& subject, const Contents& sealed, const Contents& present) {
+/// Throws SigningFailure with a list of what differs from the signature.
+void compare(const Subject& subject, const BundleContents& expected,
+             const BundleContents& present) {
   std::string differences;
   const auto note = [&](const char* what, const std::string& name) {
     differences += std::string("\n") + what + ": " + subject.shown + "/" + name;
   };
   for (const auto& [name, description] : present)
-    if (const auto found = sealed.find(name); found == sealed.end())
+    if (const auto found = expected.find(name); found == expected.end())
       note("file added", name);
     else if (found->second != description)
       note("file modified", name);
-  for (const auto& [name, description] : sealed)
+  for (const auto& [name, description] : expected)
     if (!present.contains(name))
       note("file missing", name);
   if (!differences.empty())
@@ -73,11 +76,11 @@ void compare(const Subject& subject, const Contents& sealed, const Contents& pre
 }
 
 void verify(const Subject& subject, const Command& command) {
-  const Signature seal = requiredSignature(subject.bundle);
-  compare(subject, seal.contents, contentsOf(subject.bundle));
+  const Signature signature = requiredSignature(subject.bundle);
+  compare(subject, signature.contents, contentsOf(subject.bundle));
   if (command.strict)
     requireLinksInside(subject.bundle);
-  if (seal.identifier != requiredText(subject.bundle, "CFBundleIdentifier"))
+  if (signature.identifier != requiredText(subject.bundle, "CFBundleIdentifier"))
     throw SigningFailure(signatureBroken);
   if (command.verbosity == 0)
     return;
@@ -86,19 +89,19 @@ void verify(const Subject& subject, const Command& command) {
 }
 
 void display(const Subject& subject, const Command& command) {
-  const Signature seal = requiredSignature(subject.bundle);
+  const Signature signature = requiredSignature(subject.bundle);
   show("Executable",
        subject.shown + "/Contents/MacOS/" + requiredText(subject.bundle, "CFBundleExecutable"));
   if (command.verbosity == 0)
     return;
-  show("Identifier", seal.identifier);
+  show("Identifier", signature.identifier);
   show("Format", "app bundle with generic");
-  if (seal.identity.isAdHoc())
+  if (signature.identity.isAdHoc())
     show("Signature", "adhoc");
   else if (command.verbosity > 1)
-    show("Authority", seal.identity.name());
-  show("TeamIdentifier", seal.identity.isAdHoc() ? "not set" : seal.identity.team());
-  std::fprintf(stderr, "Sealed Resources version=2 rules=0 files=%zu\n", seal.contents.size());
+    show("Authority", signature.identity.name());
+  show("TeamIdentifier", signature.identity.isAdHoc() ? "not set" : signature.identity.team());
+  std::fprintf(stderr, "Sealed Resources version=2 rules=0 files=%zu\n", signature.contents.size());
 }
 
 bool hasSignature(const fs::path& bundle) {
@@ -109,9 +112,9 @@ void sign(const Subject& subject, const Identity& identity, bool force) {
   const bool replaces = hasSignature(subject.bundle);
   if (replaces && !force)
     throw SigningFailure("is already signed");
-  const Signature seal{identity, requiredText(subject.bundle, "CFBundleIdentifier"),
-                       contentsOf(subject.bundle)};
-  seal.writeTo(subject.bundle);
+  const Signature signature{identity, requiredText(subject.bundle, "CFBundleIdentifier"),
+                            contentsOf(subject.bundle)};
+  signature.writeTo(subject.bundle);
   if (replaces)
     say(subject.shown, "replacing existing signature");
 }
@@ -128,7 +131,7 @@ void operate(const Subject& subject, const Command& command, const Identity& ide
   }
 }
 
-// A slash at the end would make a link into what it leads to.
+// With a trailing slash a link would be followed.
 Subject subjectOf(std::string path, const SystemRoot& root) {
   while (path.size() > 1 && path.ends_with('/'))
     path.pop_back();

@@ -1,7 +1,7 @@
-#include "ditto/Copy.h"
-
+// How a tree is copied with its metadata.
 #include "common/Descriptor.h"
 #include "common/SystemFailure.h"
+#include "ditto/Ditto.h"
 
 #include <array>
 #include <string>
@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr mode_t permissionBits = 07777;
-constexpr mode_t ownerCanFill = 0700;
+constexpr mode_t ownerPermissions = 0700;
 constexpr std::string_view keptAttributes = "user.";
 
 struct stat statusOf(const fs::path& path) {
@@ -41,7 +41,7 @@ std::vector<std::string> attributesOf(const fs::path& path) {
   return found;
 }
 
-// A file system that keeps no attributes loses them.
+// On a file system without attributes they are lost.
 void copyAttributes(const fs::path& from, const fs::path& to) {
   for (const std::string& name : attributesOf(from)) {
     std::string value(65536, '\0');
@@ -60,11 +60,11 @@ void copyTimes(const struct stat& from, const fs::path& to) {
     throwSystemFailure(to.string());
 }
 
-void makeWay(const fs::path& target) {
-  struct stat there {};
-  if (lstat(target.c_str(), &there) != 0)
+void removeExisting(const fs::path& target) {
+  struct stat existing {};
+  if (lstat(target.c_str(), &existing) != 0)
     return;
-  if (S_ISDIR(there.st_mode))
+  if (S_ISDIR(existing.st_mode))
     throwSystemFailure(target.string(), EISDIR);
   if (unlink(target.c_str()) != 0)
     throwSystemFailure(target.string());
@@ -81,7 +81,7 @@ void writeAll(const Descriptor& file, const char* bytes, ssize_t count, const fs
 }
 
 void copyFile(const fs::path& source, const fs::path& target) {
-  makeWay(target);
+  removeExisting(target);
   const Descriptor from(open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
   if (!from)
     throwSystemFailure(source.string());
@@ -97,13 +97,13 @@ void copyFile(const fs::path& source, const fs::path& target) {
 }
 
 void copyLink(const fs::path& source, const fs::path& target) {
-  makeWay(target);
+  removeExisting(target);
   if (symlink(fs::read_symlink(source).c_str(), target.c_str()) != 0)
     throwSystemFailure(target.string());
 }
 
 void makeFolder(const fs::path& target, mode_t mode) {
-  if (mkdir(target.c_str(), mode | ownerCanFill) == 0)
+  if (mkdir(target.c_str(), mode | ownerPermissions) == 0)
     return;
   const int problem = errno;
   if (problem != EEXIST || !fs::is_directory(fs::symlink_status(target)))

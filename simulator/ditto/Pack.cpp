@@ -1,7 +1,8 @@
+// How an archive is packed.
 #include "common/Descriptor.h"
 #include "common/SystemFailure.h"
-#include "ditto/Archive.h"
-#include "ditto/Handle.h"
+#include "ditto/ArchiveHandle.h"
+#include "ditto/Ditto.h"
 
 #include <algorithm>
 #include <array>
@@ -16,7 +17,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// An archive under its name only once it is whole.
+/// An archive that gets its name only when it is complete.
 class NewArchive {
 public:
   explicit NewArchive(fs::path path) : path_(std::move(path)), writer_(archive_write_new()) {

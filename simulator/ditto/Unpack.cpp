@@ -1,6 +1,7 @@
+// How an archive is unpacked, and what of it is refused.
 #include "common/SystemFailure.h"
-#include "ditto/Archive.h"
-#include "ditto/Handle.h"
+#include "ditto/ArchiveHandle.h"
+#include "ditto/Ditto.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -14,7 +15,7 @@ namespace {
 constexpr std::size_t blockSize = 65536;
 constexpr mode_t permissionBits = 0777;
 
-// The directory at the end of the file says what is in a zip archive; without it there is none.
+// A zip archive is read from the directory at its end; without one it is no archive.
 Reader openZip(const fs::path& path) {
   Reader reader(archive_read_new());
   archive_read_support_format_zip_seekable(reader.get());

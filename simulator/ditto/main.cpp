@@ -1,7 +1,7 @@
 #include "common/SystemRoot.h"
-#include "ditto/Archive.h"
-#include "ditto/Command.h"
-#include "ditto/Copy.h"
+#include "common/UsageError.h"
+#include "ditto/Ditto.h"
+#include "ditto/DittoCommand.h"
 
 #include <clocale>
 #include <cstdio>

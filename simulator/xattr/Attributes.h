@@ -7,8 +7,8 @@
 
 namespace icloud {
 
-/// The extended attributes of a file or a folder by the names that they have on a Mac. Here they
-/// are kept with "user." before the name. Everything throws std::system_error.
+/// The extended attributes of a file or a folder by their names on a Mac. Here their names begin
+/// with "user.". Every operation throws std::system_error.
 class Attributes {
 public:
   explicit Attributes(std::filesystem::path path) : path_(std::move(path)) {}
@@ -17,7 +17,7 @@ public:
   std::optional<std::string> value(const std::string& name) const;
   void set(const std::string& name, const std::string& value) const;
 
-  /// False when there was none.
+  /// Returns whether there was one.
   bool remove(const std::string& name) const;
 
 private:

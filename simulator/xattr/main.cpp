@@ -1,6 +1,8 @@
+// How `xattr` lists, prints, writes and removes attributes.
 #include "common/SystemRoot.h"
+#include "common/UsageError.h"
 #include "xattr/Attributes.h"
-#include "xattr/Command.h"
+#include "xattr/XattrCommand.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,7 +15,7 @@ namespace {
 using namespace icloud;
 namespace fs = std::filesystem;
 
-/// Does what a command says to one path after the other.
+/// Applies a command to one path after the other.
 class Work {
 public:
   explicit Work(const Command& command) : command_(command) {}
@@ -26,7 +28,7 @@ public:
     fs::recursive_directory_iterator entries(path, problem);
     for (const fs::recursive_directory_iterator end; !problem && entries != end;
          entries.increment(problem))
-      if (!entries->is_symlink()) // leads elsewhere, or is seen there
+      if (!entries->is_symlink()) // the recursion stays in the tree
         onItem(entries->path(), shown + "/" + entries->path().lexically_relative(path).string());
     if (problem)
       fail("[Errno " + std::to_string(problem.value()) + "] " + problem.message() + ": '" + shown +
@@ -38,14 +40,14 @@ public:
 private:
   void onItem(const fs::path& path, const std::string& shown) {
     try {
-      act(Attributes(path), shown);
+      apply(Attributes(path), shown);
     } catch (const std::system_error& error) {
       fail("[Errno " + std::to_string(error.code().value()) + "] " + error.code().message() +
            ": '" + shown + "'");
     }
   }
 
-  void act(const Attributes& attributes, const std::string& shown) {
+  void apply(const Attributes& attributes, const std::string& shown) {
     switch (command_.kind) {
     case Command::Kind::list:
       return list(attributes, shown);
@@ -77,7 +79,7 @@ private:
       missing(shown);
   }
 
-  // In a tree nobody expects every item to have it.
+  // With -r not every item needs to have it.
   void missing(const std::string& shown) {
     if (!command_.recursive)
       fail(shown + ": No such xattr: " + command_.name);

@@ -23,7 +23,7 @@ using Reader = std::unique_ptr<archive, FreeReader>;
 using Writer = std::unique_ptr<archive, FreeWriter>;
 using Entry = std::unique_ptr<archive_entry, FreeEntry>;
 
-/// Throws what an archive says is wrong with it; `name` is what it was busy with.
+/// Throws the error of an archive; `name` is the file or entry in question.
 [[noreturn]] inline void throwArchiveFailure(archive* failed, const std::string& name) {
   const char* text = archive_error_string(failed);
   throw std::runtime_error(name + ": " + (text != nullptr ? text : "unknown failure"));

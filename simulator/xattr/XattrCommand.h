@@ -1,18 +1,11 @@
 #pragma once
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace icloud {
 
-/// A command line that makes no sense.
-class UsageError : public std::runtime_error {
-public:
-  using std::runtime_error::runtime_error;
-};
-
-/// What `xattr` is asked to do.
+/// The command line of `xattr`.
 struct Command {
   enum class Kind { list, print, write, remove };
 
@@ -23,6 +16,7 @@ struct Command {
   std::string value; ///< of write
   std::vector<std::string> paths;
 
+  /// Throws UsageError.
   static Command from(const std::vector<std::string>& arguments);
   static const char* usage();
 };

@@ -1,18 +1,11 @@
 #pragma once
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace icloud {
 
-/// A command line that makes no sense.
-class UsageError : public std::runtime_error {
-public:
-  using std::runtime_error::runtime_error;
-};
-
-/// What `codesign` is asked to do.
+/// The command line of `codesign`.
 struct Command {
   enum class Kind { verify, display, sign };
 
@@ -23,6 +16,7 @@ struct Command {
   std::string identity = "-"; ///< of sign
   std::vector<std::string> paths;
 
+  /// Throws UsageError.
   static Command from(const std::vector<std::string>& arguments);
   static const char* usage();
 };

@@ -1,4 +1,7 @@
-#include "xattr/Command.h"
+// Which command lines `xattr` accepts.
+#include "xattr/XattrCommand.h"
+
+#include "common/UsageError.h"
 
 namespace icloud {
 namespace {
@@ -43,19 +46,19 @@ const char* Command::usage() {
   return "usage: xattr [-r] [-l] PATH...            lists attributes, with -l and their values\n"
          "       xattr [-r] -p NAME PATH...         prints a value\n"
          "       xattr [-r] -w NAME VALUE PATH...   sets one\n"
-         "       xattr [-r] -d NAME PATH...         takes one away\n";
+         "       xattr [-r] -d NAME PATH...         removes one\n";
 }
 
 Command Command::from(const std::vector<std::string>& arguments) {
   Command command;
-  auto& rest = command.paths = arguments;
-  while (!rest.empty() && rest.front().size() > 1 && rest.front().front() == '-')
-    note(command, takeFirst(rest, "an option"));
+  auto& left = command.paths = arguments;
+  while (!left.empty() && left.front().size() > 1 && left.front().front() == '-')
+    note(command, takeFirst(left, "an option"));
   if (command.kind != Kind::list)
-    command.name = takeFirst(rest, "an attribute's name");
+    command.name = takeFirst(left, "an attribute's name");
   if (command.kind == Kind::write)
-    command.value = takeFirst(rest, "a value");
-  if (rest.empty())
+    command.value = takeFirst(left, "a value");
+  if (left.empty())
     throw UsageError("a path is needed");
   return command;
 }

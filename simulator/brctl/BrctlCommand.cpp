@@ -1,4 +1,7 @@
-#include "brctl/Command.h"
+// Which command lines `brctl` accepts.
+#include "brctl/BrctlCommand.h"
+
+#include "common/UsageError.h"
 
 namespace icloud {
 namespace {

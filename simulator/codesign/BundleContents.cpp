@@ -1,4 +1,5 @@
-#include "codesign/Contents.h"
+// What a signature covers of a bundle.
+#include "codesign/BundleContents.h"
 
 #include "common/SystemFailure.h"
 
@@ -12,7 +13,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr mode_t anybodyRuns = 0111;
+constexpr mode_t executableBits = 0111;
 
 std::string digestOf(const fs::path& path) {
   QFile file(QString::fromStdString(path.string()));
@@ -30,7 +31,7 @@ std::string described(const fs::path& path) {
     return "link to " + fs::read_symlink(path).string();
   if (!S_ISREG(status.st_mode))
     return "neither a file nor a link";
-  return ((status.st_mode & anybodyRuns) != 0 ? "executable " : "file ") + digestOf(path);
+  return ((status.st_mode & executableBits) != 0 ? "executable " : "file ") + digestOf(path);
 }
 
 bool isIn(const fs::path& path, const fs::path& folder) {
@@ -48,11 +49,11 @@ bool leadsOutside(const fs::path& link, const fs::path& bundle) {
 
 } // namespace
 
-Contents contentsOf(const fs::path& bundle) {
+BundleContents contentsOf(const fs::path& bundle) {
   for (const auto& entry : fs::directory_iterator(bundle))
     if (entry.path().filename() != "Contents")
       throw SigningFailure("unsealed contents present in the bundle root");
-  Contents contents;
+  BundleContents contents;
   for (const auto& entry : fs::recursive_directory_iterator(bundle)) {
     const std::string name = entry.path().lexically_relative(bundle);
     if (name != signaturePath && (entry.is_symlink() || !entry.is_directory()))

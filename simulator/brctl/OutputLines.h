@@ -1,7 +1,10 @@
 #pragma once
 
+#include "common/Record.h"
+
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace icloud {
 
@@ -26,5 +29,15 @@ private:
 
   bool inColour_;
 };
+
+/// The line of a per-item monitor for one item record: path, kind, and a percentage or a state.
+std::string itemLine(const Record& record, const Style& style);
+
+/// The lines of a global monitor for one progress record: the full description of the transfer's
+/// progress object.
+std::vector<std::string> progressLines(const Record& record, const Style& style);
+
+/// The line of a status report for one of the records that the daemon answers with.
+std::string statusLine(const Record& record, const Style& style);
 
 } // namespace icloud

@@ -1,18 +1,11 @@
 #pragma once
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace icloud {
 
-/// A command line that makes no sense.
-class UsageError : public std::runtime_error {
-public:
-  using std::runtime_error::runtime_error;
-};
-
-/// What `brctl` is asked to do.
+/// The command line of `brctl`.
 struct Command {
   enum class Kind { help, monitorItems, monitorGlobal, status, quota, evict, download };
 
@@ -20,6 +13,7 @@ struct Command {
   std::string container;          ///< of monitorItems
   std::vector<std::string> paths; ///< of evict and download
 
+  /// Throws UsageError.
   static Command from(const std::vector<std::string>& arguments);
   static const char* usage();
 };

@@ -1,4 +1,7 @@
-#include "codesign/Command.h"
+// Which command lines `codesign` accepts.
+#include "codesign/CodesignCommand.h"
+
+#include "common/UsageError.h"
 
 #include <optional>
 
@@ -88,9 +91,9 @@ private:
 } // namespace
 
 const char* Command::usage() {
-  return "usage: codesign --verify [--deep] [--strict] [-v] PATH...   says whether a seal holds\n"
-         "       codesign -d [-v] PATH...                             shows a seal\n"
-         "       codesign -s IDENTITY [-f] PATH...                    seals; \"-\" is nobody\n";
+  return "usage: codesign --verify [--deep] [--strict] [-v] PATH...   verifies a signature\n"
+         "       codesign -d [-v] PATH...                             shows a signature\n"
+         "       codesign -s IDENTITY [-f] PATH...                    signs; \"-\" is ad hoc\n";
 }
 
 Command Command::from(const std::vector<std::string>& arguments) {

@@ -1,4 +1,7 @@
-#include "ditto/Command.h"
+// Which command lines `ditto` accepts.
+#include "ditto/DittoCommand.h"
+
+#include "common/UsageError.h"
 
 #include <set>
 
@@ -29,7 +32,7 @@ Command::Kind kindOf(const std::set<std::string>& options) {
   if (unpack && pack)
     throw UsageError("-c and -x exclude each other");
   if ((unpack || pack) != options.contains("k"))
-    throw UsageError("archives are those of PKZip: -c -k or -x -k");
+    throw UsageError("only zip archives are supported: -c -k or -x -k");
   if (options.contains("--keepParent") && !pack)
     throw UsageError("--keepParent goes with -c");
   if (unpack)

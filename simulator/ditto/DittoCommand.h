@@ -1,18 +1,11 @@
 #pragma once
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace icloud {
 
-/// A command line that makes no sense.
-class UsageError : public std::runtime_error {
-public:
-  using std::runtime_error::runtime_error;
-};
-
-/// What `ditto` is asked to do.
+/// The command line of `ditto`.
 struct Command {
   enum class Kind { copy, pack, unpack };
 
@@ -21,6 +14,7 @@ struct Command {
   std::string source;
   std::string target;
 
+  /// Throws UsageError.
   static Command from(const std::vector<std::string>& arguments);
   static const char* usage();
 };
