@@ -1,19 +1,14 @@
 #pragma once
 
+#include "common/UsageError.h"
+
 #include <chrono>
 #include <filesystem>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace icloud {
-
-/// A command line that cannot be used.
-class UsageError : public std::runtime_error {
-public:
-  using std::runtime_error::runtime_error;
-};
 
 /// The command line of the demo.
 struct DemoOptions {
