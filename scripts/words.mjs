@@ -81,16 +81,21 @@ const prose = [
   [/\b(is|are|was|were|be|been) told\b/, 'receive'],
 ];
 
-// Words that are right although a list has them: in the files whose path matches, or in all.
+// Words that are right although a list has them: everywhere, or in the files and lines that match.
 const exceptions = [
   { words: /^(front|(push|pop|emplace)_front)$/, reason: 'members of the standard containers' },
   { words: /^(orderFront|makeKeyAndOrderFront|bringToFront)/, reason: "Apple's names" },
-  { words: /^orderFrontAboutPanel/, reason: "the port's operation is named after Apple's" },
+  { words: /(In|AtThe)Front/, reason: 'in front of, at the front: the ordinary sense' },
+  { words: /[a-z]Hands/, reason: 'the verb' },
+  { words: /^(ItemVisitor|visitors?_?)$/, files: /FolderWalk|CloudFiles/, reason: 'the visitor of a walk' },
   { words: /grace_?period/i, reason: 'the term itself' },
+  { words: /address/i,
+    files: /LocalSocket|LocalPort|PlainServer|SessionBus|Session\.cpp|ScreenReader|ProgressLines/,
+    reason: 'addresses of sockets, of buses and in memory' },
+  { words: /^(AddressSanitizer|__SANITIZE_ADDRESS__|QHostAddress)$/, reason: 'names of others' },
   { words: /^XAUTHORITY$/, reason: "the X server's variable" },
-  { words: /^(QHostAddress|setPeerVerifyName|AddressSanitizer|DBUS_\w*ADDRESS|sockaddr\w*)$/,
-    reason: 'names of others' },
-  { words: /^nap$/i, files: /^docs\//, reason: "App Nap is Apple's name" },
+  { words: /^sealed$/i, line: /sealed resource/, reason: "Apple's message of codesign" },
+  { words: /^nap$/i, line: /App Nap/, reason: "Apple's name" },
 ];
 
 const thirdParty = [
@@ -109,8 +114,9 @@ function parts(name) {
     .split(/[^A-Za-z]+/).filter(Boolean).map((part) => part.toLowerCase());
 }
 
-function isException(word, file) {
-  return exceptions.some(({ words, files }) => words.test(word) && (!files || files.test(file)));
+function isException(word, file, text) {
+  return exceptions.some(({ words, files, line }) =>
+    words.test(word) && (!files || files.test(file)) && (!line || line.test(text)));
 }
 
 // Separates a C++ or JavaScript source into code and the rest, with the same lines. Strings count as
@@ -131,8 +137,8 @@ function separate(text) {
   return { code: code + text.slice(end), other: other + blank(text.slice(end)) };
 }
 
-function* nameBreaches(name, file) {
-  if (isException(name, file)) return;
+function* nameBreaches(name, file, line = '') {
+  if (isException(name, file, line)) return;
   const all = ` ${parts(name).join(' ')} `;
   for (const [words, term] of names)
     for (const word of words)
@@ -151,10 +157,10 @@ function* breachesOf(file) {
     for (const word of line.match(/[A-Za-z_]\w*/g) ?? [])
       if (/[a-z0-9][A-Z]|._./.test(word)) identifiers.add(word);
     for (const identifier of identifiers)
-      for (const [name, term] of nameBreaches(identifier, file)) yield [index + 1, name, term];
+      for (const [name, term] of nameBreaches(identifier, file, line)) yield [index + 1, name, term];
     for (const [pattern, term] of prose)
       for (const [match] of line.matchAll(new RegExp(pattern, 'gi')))
-        if (!isException(match, file)) yield [index + 1, `"${match}"`, term];
+        if (!isException(match, file, line)) yield [index + 1, `"${match}"`, term];
   }
 }
 
