@@ -29,7 +29,7 @@ std::string text(const QWidget& panel, const char* name) {
   return label->isVisible() ? label->text().toStdString() : "(hidden)";
 }
 
-TEST(AboutPanel, saysWhatTheApplicationIs) {
+TEST(AboutPanel, panelShowsGivenTexts) {
   AboutPanel about;
   about.showAboutPanel("Driftmark", "1.2.0", "Copyright <b>us</b>", "A line\nhttps://a.example/");
   ASSERT_EQ(panels().size(), 1U);
@@ -48,7 +48,7 @@ TEST(AboutPanel, saysWhatTheApplicationIs) {
   }
 }
 
-TEST(AboutPanel, whatIsNotKnownTakesNoRoom) {
+TEST(AboutPanel, emptyTextTakesNoSpace) {
   AboutPanel about;
   about.showAboutPanel("Driftmark", "", "", "A line");
   EXPECT_EQ(text(*panels().front(), "version"), "(hidden)");
@@ -59,7 +59,7 @@ TEST(AboutPanel, whatIsNotKnownTakesNoRoom) {
   EXPECT_GT(panels().front()->sizeHint().height(), height);
 }
 
-TEST(AboutPanel, isOneThatEscapeClosesAndComesBack) {
+TEST(AboutPanel, escapeClosesTheOnePanel) {
   AboutPanel about;
   const auto show = [&about] { about.showAboutPanel("Driftmark", "1", "", "A line"); };
   show();
@@ -73,7 +73,7 @@ TEST(AboutPanel, isOneThatEscapeClosesAndComesBack) {
   EXPECT_TRUE(panel->isVisible());
 }
 
-TEST(AboutPanel, showsTheIcon) {
+TEST(AboutPanel, iconIsShown) {
   AboutPanel about;
   about.showAboutPanel("Driftmark", "1", "", "A line");
   const QImage image = panels().front()->grab().toImage();
@@ -84,7 +84,7 @@ TEST(AboutPanel, showsTheIcon) {
   EXPECT_GT(blue, 2000);
 }
 
-TEST(AboutPanel, goesWithItsOwner) {
+TEST(AboutPanel, panelIsDestroyedWithItsOwner) {
   { AboutPanel().showAboutPanel("Driftmark", "1", "", "A line"); }
   EXPECT_TRUE(panels().empty());
 }

@@ -1,9 +1,9 @@
-// What the status item drops down.
+// How the menu of the status item looks and reacts.
 
 #include "Input.h"
 #include "Items.h"
 #include "harness/qt/EventLoop.h"
-#include "platform/linux/menubar/DisplayText.h"
+#include "platform/linux/menubar/ElidedText.h"
 #include "platform/linux/menubar/LinuxStatusItem.h"
 
 #include <chrono>
@@ -34,7 +34,7 @@ protected:
   DropDownMenu& menu() { return *item_.menu(); }
   QAction& action(int index) { return *menu().actions().at(index); }
 
-  /// Opens the item's menu, which is `items`.
+  /// Opens the menu with these items.
   void open(Menu items) {
     item_.setMenu([items = std::move(items)] { return items; }, [] {});
     strip().press();
@@ -42,7 +42,7 @@ protected:
     ASSERT_TRUE(menu().isVisible());
   }
 
-  /// The whole title of each row, "-" for a separator.
+  /// The complete title of each row; "-" for a separator.
   std::vector<std::string> titles() {
     std::vector<std::string> titles;
     for (const QAction* const row : menu().actions())
@@ -50,7 +50,7 @@ protected:
     return titles;
   }
 
-  /// What a row draws when its title is `title`.
+  /// The text that is drawn for a row with this title.
   std::string drawn(const std::string& title) {
     open({command(title)});
     const std::string text = action(0).text().toStdString();
@@ -58,7 +58,7 @@ protected:
     return text;
   }
 
-  /// What the tool tip over a row shows.
+  /// The text of the tool tip of a row.
   std::string toolTipOver(int index) {
     const QPoint position = menu().actionGeometry(&action(index)).center();
     QHelpEvent event(QEvent::ToolTip, position, menu().mapToGlobal(position));
@@ -69,7 +69,7 @@ protected:
   LinuxStatusItem item_;
 };
 
-TEST_F(DropDownMenuTest, rowsAreTheItemsInTheirOrder) {
+TEST_F(DropDownMenuTest, rowsAreItemsInOrder) {
   MenuItem file = command("Report.pdf  —  uploading 42%");
   file.symbol = {"arrow.up.circle", "uploading 42%"};
   file.toolTip = "/Users/ada/Report.pdf";
@@ -97,7 +97,7 @@ TEST_F(DropDownMenuTest, rowsAreTheItemsInTheirOrder) {
   EXPECT_EQ(toolTipOver(2), "/Users/ada/Report.pdf");
 }
 
-TEST_F(DropDownMenuTest, isBuiltAtEachOpeningBeforeItIsSaidToOpen) {
+TEST_F(DropDownMenuTest, menuIsBuiltAtEachOpeningBeforeWillOpen) {
   std::string order;
   item_.setMenu(
       [&order] {
@@ -118,7 +118,7 @@ TEST_F(DropDownMenuTest, isBuiltAtEachOpeningBeforeItIsSaidToOpen) {
   EXPECT_EQ(order, "build open build open ");
 }
 
-TEST_F(DropDownMenuTest, clickOutsideClosesItAndGoesToWhatItHitUnlessThatIsTheStrip) {
+TEST_F(DropDownMenuTest, clickOutsideClosesMenuAndIsForwardedExceptToStrip) {
   for (const bool onStrip : {false, true}) {
     open({label("Headline")});
     bool isReplayed = false;
@@ -131,23 +131,23 @@ TEST_F(DropDownMenuTest, clickOutsideClosesItAndGoesToWhatItHitUnlessThatIsTheSt
   }
 }
 
-TEST_F(DropDownMenuTest, nothingOpensWithoutAMenu) {
+TEST_F(DropDownMenuTest, stripWithoutMenuOpensNothing) {
   strip().press();
   EXPECT_EQ(item_.menu(), nullptr);
   EXPECT_FALSE(strip().isHighlighted());
 }
 
-TEST_F(DropDownMenuTest, opensUnderTheStripWithinTheScreen) {
+TEST_F(DropDownMenuTest, menuOpensBelowStripInsideScreen) {
   item_.setTitle("42%");
   const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
   open({label("Headline"), command(std::string(500, 'w'))});
   EXPECT_EQ(menu().geometry().top(), strip().geometry().bottom() + 1);
   EXPECT_EQ(menu().geometry().right(), screen.right());
   EXPECT_TRUE(screen.contains(menu().geometry()));
-  EXPECT_LE(menu().width(), DropDownMenu::widest);
+  EXPECT_LE(menu().width(), DropDownMenu::maxWidth);
 }
 
-TEST_F(DropDownMenuTest, titlesAreTakenAsTheyAre) {
+TEST_F(DropDownMenuTest, titlesAreKeptAndDrawnSafely) {
   const std::vector<std::string> hard{"R&D && more",
                                       "&File",
                                       "  two  spaces  ",
@@ -176,7 +176,7 @@ TEST_F(DropDownMenuTest, titlesAreTakenAsTheyAre) {
   EXPECT_EQ(action(5).text(), "<b>bold</b> &&amp;");
 }
 
-TEST_F(DropDownMenuTest, whatIsNotDrawnLeavesAPicture) {
+TEST_F(DropDownMenuTest, controlCharactersAreDrawnAsPictures) {
   const QFontMetricsF metrics(QGuiApplication::font());
   const std::string tab = metrics.inFontUcs4(0x2409) ? "␉" : "\uFFFD";
   const std::string newline = metrics.inFontUcs4(0x240A) ? "␊" : "\uFFFD";
@@ -184,13 +184,13 @@ TEST_F(DropDownMenuTest, whatIsNotDrawnLeavesAPicture) {
   EXPECT_EQ(drawn("\u202Etxt.exe"), "\uFFFDtxt.exe");
 }
 
-TEST_F(DropDownMenuTest, rightToLeftNamesAreSetApart) {
+TEST_F(DropDownMenuTest, rightToLeftNamesAreIsolated) {
   EXPECT_EQ(drawn("שלום עולם  —  5 minutes ago"), "\u200E\u2067שלום עולם\u2069  —  5 minutes ago");
   EXPECT_EQ(drawn("a שלום b שָׁלוֹם (2)"), "\u200Ea \u2067שלום\u2069 b \u2067שָׁלוֹם\u2069 (2)");
   EXPECT_EQ(drawn("naïve – “Zürich”"), "naïve – “Zürich”");
 }
 
-TEST_F(DropDownMenuTest, longTitlesAreCutInTheMiddleAndToldInFull) {
+TEST_F(DropDownMenuTest, longTitleIsElidedInMiddleAndCompleteInToolTip) {
   std::string title = "Begin";
   for (int word = 0; word < 40; ++word)
     title += " word";
@@ -202,7 +202,7 @@ TEST_F(DropDownMenuTest, longTitlesAreCutInTheMiddleAndToldInFull) {
   EXPECT_THAT(text, testing::StartsWith("Begin"));
   EXPECT_THAT(text, testing::HasSubstr("…"));
   EXPECT_THAT(text, testing::EndsWith("end"));
-  EXPECT_LE(menu().width(), DropDownMenu::widest);
+  EXPECT_LE(menu().width(), DropDownMenu::maxWidth);
   std::string shown = toolTipOver(0);
   EXPECT_THAT(shown, testing::EndsWith("\n/Users/ada/file"));
   std::erase(shown, '\n');
@@ -210,12 +210,12 @@ TEST_F(DropDownMenuTest, longTitlesAreCutInTheMiddleAndToldInFull) {
   EXPECT_EQ(titles().front(), title);
 }
 
-TEST_F(DropDownMenuTest, titleOfAMillionCharactersCostsLittle) {
+TEST_F(DropDownMenuTest, titleOfMillionCharactersIsFast) {
   const auto start = std::chrono::steady_clock::now();
   MenuItem item = command(std::string(1'000'000, 'w'));
   item.toolTip = item.title;
   open({item});
-  EXPECT_LE(menu().width(), DropDownMenu::widest);
+  EXPECT_LE(menu().width(), DropDownMenu::maxWidth);
   EXPECT_LT(toolTipOver(0).size(), 10'000U);
   EXPECT_FALSE(menu().grab().isNull());
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
@@ -231,11 +231,11 @@ TEST_F(DropDownMenuTest, toolTipsAreNeverMarkup) {
     EXPECT_EQ(QString::fromStdString(shown).remove(QChar(0x2060)), path);
     menu().close();
   }
-  const QString shown = display_text::toolTip({QStringLiteral("line\nbreak")});
+  const QString shown = plainToolTip({QStringLiteral("line\nbreak")});
   EXPECT_FALSE(shown.contains(u'\n'));
 }
 
-TEST_F(DropDownMenuTest, menuHigherThanTheScreenScrolls) {
+TEST_F(DropDownMenuTest, menuHigherThanScreenScrolls) {
   Menu items;
   for (int row = 0; row < 100; ++row)
     items.push_back(command("Row " + std::to_string(row), [] {}));
@@ -256,7 +256,7 @@ TEST_F(DropDownMenuTest, menuHigherThanTheScreenScrolls) {
   }
 }
 
-TEST_F(DropDownMenuTest, retitlesTheOpenMenu) {
+TEST_F(DropDownMenuTest, openMenuIsRetitled) {
   open({label("Headline"), label("Checking iCloud storage…", storage), command("Last")});
   const QRect before = menu().geometry();
   item_.retitle(storage, "1234567.89 TB available in iCloud");
@@ -267,7 +267,7 @@ TEST_F(DropDownMenuTest, retitlesTheOpenMenu) {
   EXPECT_EQ(menu().height(), before.height());
 }
 
-TEST_F(DropDownMenuTest, retitlingInVainChangesNothing) {
+TEST_F(DropDownMenuTest, retitlingWithoutEffectChangesNothing) {
   item_.retitle(storage, "nothing was built");
   open({label("Headline"), label("Storage", storage)});
   int changes = 0;
@@ -281,7 +281,7 @@ TEST_F(DropDownMenuTest, retitlingInVainChangesNothing) {
   EXPECT_GT(changes, 0);
 }
 
-TEST_F(DropDownMenuTest, retitlingKeepsAScrolledMenuOnTheScreen) {
+TEST_F(DropDownMenuTest, retitledScrollingMenuStaysOnScreen) {
   Menu items{label("Storage", storage)};
   for (int row = 0; row < 100; ++row)
     items.push_back(command("Row " + std::to_string(row)));
@@ -292,7 +292,7 @@ TEST_F(DropDownMenuTest, retitlingKeepsAScrolledMenuOnTheScreen) {
   EXPECT_TRUE(QGuiApplication::primaryScreen()->availableGeometry().contains(menu().geometry()));
 }
 
-TEST_F(DropDownMenuTest, actionsRunFromTheEventLoopOnceItHasClosed) {
+TEST_F(DropDownMenuTest, actionRunsFromEventLoopAfterMenuHasClosed) {
   bool ran = false;
   bool wasOpen = true;
   open({label("Headline"), command("Do", [&] {
@@ -306,7 +306,7 @@ TEST_F(DropDownMenuTest, actionsRunFromTheEventLoopOnceItHasClosed) {
   EXPECT_FALSE(wasOpen);
 }
 
-TEST_F(DropDownMenuTest, actionsOfAMenuThatIsGoneDoNotRun) {
+TEST_F(DropDownMenuTest, actionOfDestroyedMenuDoesNotRun) {
   int first = 0;
   int second = 0;
   open({command("Do", [&first] { ++first; })});
@@ -319,7 +319,7 @@ TEST_F(DropDownMenuTest, actionsOfAMenuThatIsGoneDoNotRun) {
   EXPECT_EQ(first, 0);
 }
 
-TEST_F(DropDownMenuTest, actionMayOpenTheMenuAnew) {
+TEST_F(DropDownMenuTest, actionMayOpenMenuAgain) {
   bool ran = false;
   open({command("Do", [&] {
     strip().press();
@@ -337,7 +337,7 @@ TEST_F(DropDownMenuTest, labelsCannotBeChosen) {
   EXPECT_EQ(menu().activeAction(), &action(2));
 }
 
-TEST_F(DropDownMenuTest, shortcutsWorkWhileItIsOpen) {
+TEST_F(DropDownMenuTest, shortcutsWorkOnlyWhileMenuIsOpen) {
   std::string chosen;
   MenuItem drive = command("Open iCloud Drive", [&chosen] { chosen += 'o'; });
   drive.keyEquivalent = "o";
@@ -358,7 +358,7 @@ TEST_F(DropDownMenuTest, shortcutsWorkWhileItIsOpen) {
   EXPECT_EQ(chosen, "o");
 }
 
-TEST_F(DropDownMenuTest, itemMayGoWhileItsMenuIsOpen) {
+TEST_F(DropDownMenuTest, itemMayBeDestroyedWhileMenuIsOpen) {
   auto item = std::make_unique<LinuxStatusItem>();
   bool ran = false;
   item->setMenu([&ran] { return Menu{command("Do", [&ran] { ran = true; })}; }, [] {});

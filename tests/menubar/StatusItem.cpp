@@ -1,4 +1,4 @@
-// What stands in the menu bar.
+// How the status item looks and reacts in the menu bar.
 
 #include "Input.h"
 #include "Items.h"
@@ -19,7 +19,7 @@
 namespace driftmark::test {
 namespace {
 
-/// Gives whatever is to be drawn its turn.
+/// Handles all pending drawing.
 void settle() {
   QCoreApplication::sendPostedEvents();
   QCoreApplication::processEvents();
@@ -30,7 +30,7 @@ protected:
   void SetUp() override {
     item_.setSymbol({"icloud", "iCloud Drive: idle"}, "icloud");
     ASSERT_TRUE(runUntil([this] { return strip().paintCount() > 0; }));
-    strip().clearFocus(); // which this display gives to any window
+    strip().clearFocus(); // this platform gives it to any window
     settle();
   }
 
@@ -41,7 +41,7 @@ protected:
     return strip().width();
   }
 
-  /// How often the strip is drawn because of `change`.
+  /// How often `change` causes the strip to be drawn.
   template <class Change> int paintsFor(const Change& change) {
     const int before = strip().paintCount();
     change();
@@ -52,7 +52,7 @@ protected:
   LinuxStatusItem item_;
 };
 
-TEST_F(StatusItemTest, standsAtTheTopRightWithoutTakingTheFocus) {
+TEST_F(StatusItemTest, stripIsAtTopRightWithoutFocus) {
   const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
   for (const char* const title : {"", "42%", ""}) {
     item_.setTitle(title);
@@ -63,7 +63,7 @@ TEST_F(StatusItemTest, standsAtTheTopRightWithoutTakingTheFocus) {
   EXPECT_TRUE(strip().testAttribute(Qt::WA_ShowWithoutActivating));
 }
 
-TEST_F(StatusItemTest, widthIsThatOfAnyPercentage) {
+TEST_F(StatusItemTest, widthIsSameForAllPercentages) {
   const int narrow = widthWith("");
   const int usual = widthWith("9%");
   EXPECT_GT(usual, narrow);
@@ -72,7 +72,7 @@ TEST_F(StatusItemTest, widthIsThatOfAnyPercentage) {
   EXPECT_EQ(widthWith(""), narrow);
 }
 
-TEST_F(StatusItemTest, settingWhatIsSetDrawsNothing) {
+TEST_F(StatusItemTest, unchangedValuesCauseNoDrawing) {
   item_.setTitle("42%");
   item_.setToolTip("iCloud Drive: uploading 42%");
   settle();
@@ -88,7 +88,7 @@ TEST_F(StatusItemTest, settingWhatIsSetDrawsNothing) {
   EXPECT_GT(paintsFor([this] { item_.setSymbol({"icloud.slash", ""}, "icloud"); }), 0);
 }
 
-TEST_F(StatusItemTest, isDrawnInTheTextColourOfAnyPalette) {
+TEST_F(StatusItemTest, stripIsDrawnInPalettesTextColour) {
   item_.setTitle("42%");
   const QPalette before = QApplication::palette();
   for (const auto& [ink, paper] : {std::pair(QColor(Qt::black), QColor(240, 240, 240)),
@@ -110,12 +110,12 @@ TEST_F(StatusItemTest, isDrawnInTheTextColourOfAnyPalette) {
   QApplication::setPalette(before);
 }
 
-TEST_F(StatusItemTest, nothingReachesItsEdges) {
+TEST_F(StatusItemTest, contentsKeepDistanceFromEdges) {
   for (const char* const title : {"", "100%", "A longer title"}) {
     item_.setTitle(title);
     const QImage image = picture();
     const int unit = static_cast<int>(strip().devicePixelRatioF());
-    // Within the hairlines to the left and below.
+    // Without the hairlines on the left and at the bottom.
     const QRect bar = image.rect().adjusted(unit, 0, 0, -unit);
     const QRect content = bar.adjusted(4 * unit, unit, -4 * unit, -unit);
     const QRgb paper = strip().palette().color(QPalette::Window).rgb();
@@ -127,7 +127,7 @@ TEST_F(StatusItemTest, nothingReachesItsEdges) {
   }
 }
 
-TEST_F(StatusItemTest, unknownSymbolGivesWayToItsFallback) {
+TEST_F(StatusItemTest, unknownSymbolIsReplacedByFallback) {
   const QImage idle = picture();
   item_.setSymbol({"no.such.symbol", "idle"}, "icloud");
   EXPECT_EQ(picture(), idle);
@@ -139,14 +139,14 @@ TEST_F(StatusItemTest, unknownSymbolGivesWayToItsFallback) {
   EXPECT_EQ(picture(), idle);
 }
 
-TEST_F(StatusItemTest, endlessTitleTakesAFairShareOfTheBar) {
+TEST_F(StatusItemTest, veryLongTitleIsShortened) {
   const int width = widthWith(std::string(1'000'000, '7'));
   EXPECT_LE(width, 320);
   EXPECT_FALSE(picture().isNull());
   EXPECT_EQ(widthWith("line\nbreak"), widthWith("line\tbreak"));
 }
 
-TEST_F(StatusItemTest, screenReadersFindAMenuButton) {
+TEST_F(StatusItemTest, screenReaderFindsMenuButton) {
   item_.setToolTip("iCloud Drive: uploading 42%");
   item_.setSymbol({"icloud.and.arrow.up", "iCloud Drive: uploading 42%"}, "icloud");
   item_.setMenu([] { return Menu{label("Headline")}; }, [] {});
@@ -162,13 +162,13 @@ TEST_F(StatusItemTest, screenReadersFindAMenuButton) {
   EXPECT_TRUE(accessible->state().expanded);
 }
 
-TEST_F(StatusItemTest, keysOpenTheMenuWhereItHasTheFocus) {
+TEST_F(StatusItemTest, keysOpenMenuOfFocusedStrip) {
   item_.setMenu([] { return Menu{label("Headline")}; }, [] {});
   const QImage before = picture();
   strip().activateWindow();
   strip().setFocus(Qt::TabFocusReason);
   ASSERT_TRUE(runUntil([this] { return strip().hasFocus(); }));
-  EXPECT_NE(picture(), before) << "nobody sees where the focus is";
+  EXPECT_NE(picture(), before) << "the focus is invisible";
   for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter, Qt::Key_Down}) {
     pressKey(strip(), key);
     ASSERT_NE(item_.menu(), nullptr) << key;
@@ -178,13 +178,13 @@ TEST_F(StatusItemTest, keysOpenTheMenuWhereItHasTheFocus) {
   }
 }
 
-TEST_F(StatusItemTest, aStripThatWasClosedComesBack) {
+TEST_F(StatusItemTest, closedStripIsShownAgain) {
   strip().close();
   EXPECT_FALSE(strip().isVisible());
   EXPECT_TRUE(runUntil([this] { return strip().isVisible(); }));
 }
 
-TEST_F(StatusItemTest, doesNotKeepTheApplicationFromQuitting) {
+TEST_F(StatusItemTest, stripDoesNotPreventQuitting) {
   bool late = false;
   QTimer::singleShot(0, [] { QCoreApplication::quit(); });
   QTimer::singleShot(60'000, &strip(), [&late] {

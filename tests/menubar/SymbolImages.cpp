@@ -19,7 +19,7 @@ INSTANTIATE_TEST_SUITE_P(SymbolImages, EverySymbol,
                                          "arrow.down.circle", "exclamationmark.circle",
                                          "exclamationmark.triangle", "checkmark.circle"));
 
-TEST_P(EverySymbol, isDrawnInTheColourAskedForAndNotClipped) {
+TEST_P(EverySymbol, symbolIsDrawnInGivenColourAndNotClipped) {
   constexpr int size = 16;
   constexpr int ratio = 4;
   SymbolImages images;
@@ -45,7 +45,7 @@ TEST_P(EverySymbol, isDrawnInTheColourAskedForAndNotClipped) {
   EXPECT_GT(inked, size * ratio * 4);
 }
 
-TEST(SymbolImages, unknownNameIsNone) {
+TEST(SymbolImages, unknownNameHasNoImage) {
   SymbolImages images;
   for (const char* const name : {"", "cloud", "../icon", "icloud.svg"}) {
     EXPECT_FALSE(SymbolImages::has(name)) << name;
@@ -53,7 +53,7 @@ TEST(SymbolImages, unknownNameIsNone) {
   }
 }
 
-TEST(SymbolImages, eachIsDrawnOnce) {
+TEST(SymbolImages, imageIsDrawnOnce) {
   SymbolImages images;
   const auto key = [&images](const QColor& colour, int size, qreal ratio) {
     return images.image("icloud", colour, size, ratio).cacheKey();

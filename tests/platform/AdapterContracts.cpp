@@ -1,4 +1,4 @@
-// The real adapters keep the contracts of their ports.
+// The adapters keep the contracts of their ports.
 
 #include "CloudDrive.h"
 #include "ScopedVariable.h"
@@ -61,7 +61,7 @@ private:
   PosixClock clock_;
 };
 
-INSTANTIATE_TEST_SUITE_P(System, ClockContract, Values(subject<ClockSubject, RealClock>("real")),
+INSTANTIATE_TEST_SUITE_P(Posix, ClockContract, Values(subject<ClockSubject, RealClock>("real")),
                          subjectName);
 
 class RealMainQueue final : public MainQueueSubject {
@@ -75,7 +75,7 @@ private:
   std::optional<LinuxMainQueue> queue_{std::in_place};
 };
 
-INSTANTIATE_TEST_SUITE_P(Qt, MainQueueContract,
+INSTANTIATE_TEST_SUITE_P(Linux, MainQueueContract,
                          Values(subject<MainQueueSubject, RealMainQueue>("real")), subjectName);
 
 class RealBackgroundQueue final : public BackgroundQueueSubject {
@@ -141,9 +141,9 @@ public:
 
 private:
   TemporaryFolder folder_;
-  TemporaryFolder surroundings_;
-  ScopedVariable data_{"XDG_DATA_HOME", surroundings_.path("data")};
-  ScopedVariable temporary_{"TMPDIR", surroundings_.path()};
+  TemporaryFolder userFolder_;
+  ScopedVariable data_{"XDG_DATA_HOME", userFolder_.path("data")};
+  ScopedVariable temporary_{"TMPDIR", userFolder_.path()};
   LinuxFileSystem fileSystem_{""};
 };
 
@@ -160,10 +160,10 @@ public:
 
 private:
   PosixEnvironment environment_;
-  std::list<ScopedVariable> variables_; ///< the newest first, since each brings back the one before
+  std::list<ScopedVariable> variables_; ///< the newest first, as each restores the one before
 };
 
-INSTANTIATE_TEST_SUITE_P(Process, EnvironmentContract,
+INSTANTIATE_TEST_SUITE_P(Posix, EnvironmentContract,
                          Values(subject<EnvironmentSubject, RealEnvironment>("real")), subjectName);
 
 class RealText final : public TextSubject {
@@ -226,23 +226,23 @@ public:
 
   Dialogs& dialogs() override { return dialogs_; }
   void willPress(std::size_t button) override {
-    act([button](QWidget& alert) {
+    whenOpen([button](QWidget& alert) {
       if (auto* const found = alert.findChild<QPushButton*>(QString("button%1").arg(button)))
         found->click();
     });
   }
   void willClose() override {
-    act([](QWidget& alert) { alert.close(); });
+    whenOpen([](QWidget& alert) { alert.close(); });
   }
   std::string folder() override { return folder_.path(); }
   std::string folderInside() override { return folder_.path("inside"); }
   void willChoose(const std::string& folder) override {
-    act([folder](QWidget& panel) {
+    whenOpen([folder](QWidget& panel) {
       panel.findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(folder));
       confirm(panel);
     });
   }
-  void willConfirm() override { act(confirm); }
+  void willConfirm() override { whenOpen(confirm); }
   void willCancel() override { willClose(); }
 
 private:
@@ -252,7 +252,7 @@ private:
         button->click();
   }
 
-  void act(const std::function<void(QWidget&)>& action) {
+  void whenOpen(const std::function<void(QWidget&)>& action) {
     QTimer::singleShot(0, &context_, [action] {
       if (QWidget* const alert = QApplication::activeModalWidget())
         action(*alert);
@@ -265,8 +265,8 @@ private:
   LinuxDialogs dialogs_{bundle_};
 };
 
-INSTANTIATE_TEST_SUITE_P(Qt, DialogsContract, Values(subject<DialogsSubject, RealDialogs>("real")),
-                         subjectName);
+INSTANTIATE_TEST_SUITE_P(Linux, DialogsContract,
+                         Values(subject<DialogsSubject, RealDialogs>("real")), subjectName);
 
 class RealCloudFiles final : public CloudFilesSubject {
 public:
@@ -280,7 +280,7 @@ public:
   void refuseToEvict(const std::string& path) override { drive_.refuseToEvict(path); }
 
 private:
-  /// Null for a file that is none of the cloud's.
+  /// Null for a file outside iCloud.
   static const char* stateOf(std::optional<DownloadingStatus> status) {
     if (!status)
       return nullptr;
@@ -327,7 +327,7 @@ private:
   int pages_ = 0;
 };
 
-INSTANTIATE_TEST_SUITE_P(Qt, HttpClientContract,
+INSTANTIATE_TEST_SUITE_P(Linux, HttpClientContract,
                          Values(subject<HttpClientSubject, RealHttpClient>("real")), subjectName);
 
 } // namespace

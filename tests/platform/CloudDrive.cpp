@@ -19,14 +19,14 @@ CloudDrive::CloudDrive() {
            "'; then echo \"brctl: $2: still uploading\" >&2; exit 1; fi");
 }
 
-void CloudDrive::addFile(const std::string& name, const char* state, bool contentsHere) const {
-  drive_.write(name, contentsHere ? std::string(fileSize, 'x') : "");
+void CloudDrive::addFile(const std::string& name, const char* state, bool hasContents) const {
+  drive_.write(name, hasContents ? std::string(fileSize, 'x') : "");
   std::filesystem::resize_file(path(name), fileSize);
   if (state)
-    note(path(name), state);
+    setState(path(name), state);
 }
 
-void CloudDrive::note(const std::string& path, const char* state) {
+void CloudDrive::setState(const std::string& path, const char* state) {
   if (setxattr(path.c_str(), LinuxCloudFiles::stateAttribute, state, std::strlen(state), 0) != 0)
     throw std::system_error(errno, std::generic_category(), path);
 }

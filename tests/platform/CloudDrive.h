@@ -13,15 +13,14 @@
 
 namespace driftmark::test {
 
-/// A drive whose files carry the states that the simulated iCloud keeps, and a system root whose
-/// `brctl` is a script. Throws std::system_error where files take no attributes.
+/// A drive whose files have the states of the simulated iCloud, and a system root whose `brctl` is
+/// a script. Throws std::system_error when the file system has no extended attributes.
 class CloudDrive {
 public:
-  /// How many bytes of contents a file has where they are here.
+  /// The size of every file in bytes.
   static constexpr std::size_t fileSize = 5000;
 
-  /// The `brctl` fails for the files that are named in `failures`, a line each, and notes every
-  /// call in `calls`.
+  /// Installs a `brctl` that records its calls and fails for the files of `refuseToEvict`.
   CloudDrive();
 
   LinuxCloudFiles& files() { return files_; }
@@ -29,18 +28,18 @@ public:
   std::string path() const { return drive_.path(); }
   std::string path(std::string_view name) const { return drive_.path(name); }
 
-  /// Makes a file in this state, or without one when it is null; with its contents or, at its full
-  /// size, without.
-  void addFile(const std::string& name, const char* state, bool contentsHere = true) const;
-  static void note(const std::string& path, const char* state);
+  /// Creates a file of `fileSize` in this state, or without one when it is null. Without contents,
+  /// it uses no blocks.
+  void addFile(const std::string& name, const char* state, bool hasContents = true) const;
+  static void setState(const std::string& path, const char* state);
 
-  /// Replaces the `brctl` by these shell commands; without any there is none.
+  /// Replaces `brctl` by these shell commands.
   void setBrctl(const std::string& commands) const { root_.writeScript("usr/bin/brctl", commands); }
   void removeBrctl() const;
 
   void refuseToEvict(const std::string& path);
 
-  /// What `brctl` was called with, a line each.
+  /// The arguments of each call of `brctl`.
   std::vector<std::string> calls() const;
 
   /// Every entry of a walk, in order.
@@ -50,7 +49,7 @@ public:
   /// The paths of all entries below the drive, sorted and relative to it.
   std::vector<std::string> names() const;
 
-  /// What a walk tells of one item below the drive; nothing where it tells nothing.
+  /// The values that a walk reports for one item below the drive; absent without values or item.
   std::optional<ResourceValues> valuesOf(const std::string& name) const;
 
 private:

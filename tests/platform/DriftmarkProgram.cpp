@@ -1,4 +1,4 @@
-// The program as a process: what it says, how it ends, and what it leaves behind.
+// The program as a process: what it logs, how it ends, and what it leaves behind.
 
 #include "ScopedVariable.h"
 #include "harness/BuiltFiles.h"
@@ -27,14 +27,14 @@ protected:
       Orphans::end(child);
   }
 
-  /// Gives the system root a `brctl` that runs these shell commands.
+  /// Installs a `brctl` in the system root that runs these shell commands.
   void setBrctl(const std::string& commands) { root_.writeScript("usr/bin/brctl", commands); }
 
   void start(const std::string& executable = driftmarkProgram()) {
     const ScopedVariable root("DRIFTMARK_SYSTEM_ROOT", rootVariable_);
     const ScopedVariable home("HOME", root_.path("home"));
     const ScopedVariable configuration("XDG_CONFIG_HOME", std::nullopt);
-    // Nobody is there to answer the offer to move.
+    // Nobody would answer the offer to move.
     root_.write("home/.config/driftmark/settings.json", R"({"skipUserApplicationsInstall": true})");
     program_.emplace(executable);
   }
@@ -52,7 +52,7 @@ protected:
 
 const std::string waitForever = execChildTool("wait");
 
-TEST_F(DriftmarkProgram, logsItsStateAndItsMonitorsFirst) {
+TEST_F(DriftmarkProgram, stateAndMonitorsAreLoggedFirst) {
   setBrctl(waitForever);
   start();
   ASSERT_TRUE(says("brctl monitor -g started"));
@@ -63,7 +63,7 @@ TEST_F(DriftmarkProgram, logsItsStateAndItsMonitorsFirst) {
       << errors();
 }
 
-TEST_F(DriftmarkProgram, endsInOrderOnEitherSignalAndLeavesNoChild) {
+TEST_F(DriftmarkProgram, eitherSignalEndsProgramAndChildren) {
   for (const int signal : {SIGTERM, SIGINT}) {
     setBrctl(waitForever);
     start();
@@ -75,7 +75,7 @@ TEST_F(DriftmarkProgram, endsInOrderOnEitherSignalAndLeavesNoChild) {
   }
 }
 
-TEST_F(DriftmarkProgram, killsToolsThatIgnoreItsEnd) {
+TEST_F(DriftmarkProgram, toolsThatIgnoreSigtermAreKilled) {
   setBrctl(execChildTool("ignore-terminate print ready wait"));
   start();
   ASSERT_TRUE(says("brctl monitor -g started"));
@@ -85,7 +85,7 @@ TEST_F(DriftmarkProgram, killsToolsThatIgnoreItsEnd) {
   EXPECT_TRUE(Orphans::children().empty());
 }
 
-TEST_F(DriftmarkProgram, endsWhileAToolFloodsIt) {
+TEST_F(DriftmarkProgram, programEndsWhileToolFloodsIt) {
   setBrctl(execChildTool("flood-forever"));
   start();
   ASSERT_TRUE(says("brctl monitor -g started"));
@@ -94,7 +94,7 @@ TEST_F(DriftmarkProgram, endsWhileAToolFloodsIt) {
   EXPECT_TRUE(Orphans::children().empty());
 }
 
-TEST_F(DriftmarkProgram, logsChangesOfItsState) {
+TEST_F(DriftmarkProgram, stateChangesAreLogged) {
   setBrctl("case \"$*\" in *CloudDocs) exec " + childToolPath() +
            " print ' o /com~apple~CloudDocs/a.txt \u2191 45%\n' wait;; esac\n" +
            execChildTool("wait"));
@@ -104,7 +104,7 @@ TEST_F(DriftmarkProgram, logsChangesOfItsState) {
   EXPECT_EQ(exitStatus(), 0);
 }
 
-TEST_F(DriftmarkProgram, runsWithoutADisplay) {
+TEST_F(DriftmarkProgram, programRunsWithoutDisplay) {
   const ScopedVariable platform("QT_QPA_PLATFORM", std::nullopt);
   const ScopedVariable display("DISPLAY", std::nullopt);
   const ScopedVariable wayland("WAYLAND_DISPLAY", "");
@@ -115,7 +115,7 @@ TEST_F(DriftmarkProgram, runsWithoutADisplay) {
   EXPECT_EQ(exitStatus(), 0);
 }
 
-TEST_F(DriftmarkProgram, goesOnWithoutABrctl) {
+TEST_F(DriftmarkProgram, programRunsWithoutBrctl) {
   start();
   ASSERT_TRUE(says("Driftmark: failed to launch brctl monitor -i com.apple.CloudDocs: "
                    "No such file or directory\n"));
@@ -124,7 +124,7 @@ TEST_F(DriftmarkProgram, goesOnWithoutABrctl) {
   EXPECT_EQ(exitStatus(), 0);
 }
 
-TEST_F(DriftmarkProgram, fillsTheStandardDescriptorsThatItWasStartedWithout) {
+TEST_F(DriftmarkProgram, missingStandardDescriptorsAreOpened) {
   const std::string started = root_.makeFifo("started");
   setBrctl("echo > '" + started + "'\nexec " + childToolPath() + " wait");
   const std::string wrapper = root_.path("wrapper");
@@ -137,7 +137,7 @@ TEST_F(DriftmarkProgram, fillsTheStandardDescriptorsThatItWasStartedWithout) {
   EXPECT_EQ(exitStatus(), 0);
 }
 
-TEST_F(DriftmarkProgram, refusesAUselessSystemRoot) {
+TEST_F(DriftmarkProgram, unusableSystemRootIsRefused) {
   const std::vector<std::pair<std::string, std::string>> cases{
       {"", "is empty"},
       {"relative", "is not an absolute path: relative"},
@@ -151,7 +151,7 @@ TEST_F(DriftmarkProgram, refusesAUselessSystemRoot) {
   }
 }
 
-TEST_F(DriftmarkProgram, saysNothingOfItsOwnInAPlainLocale) {
+TEST_F(DriftmarkProgram, plainLocaleCausesNoWarnings) {
   const ScopedVariable all("LC_ALL", "C");
   setBrctl(waitForever);
   start();

@@ -1,4 +1,4 @@
-// The panel in which a folder is chosen, as a user sees and uses it.
+// How the folder panel looks, and how a user chooses a folder.
 
 #include "ScopedVariable.h"
 #include "harness/TemporaryFolder.h"
@@ -64,7 +64,7 @@ void type(const std::string& text) {
     pressKey(0, character);
 }
 
-/// The folders that the panel lists, in alphabetical order, once it lists as many.
+/// The listed folders in alphabetical order, once there are at least `count`.
 QStringList listed(int count) {
   const auto& view = part<QTreeView>("treeView");
   runUntil([&] { return view.model()->rowCount(view.rootIndex()) >= count; });
@@ -91,7 +91,7 @@ void select(const QString& name) {
   view.setCurrentIndex(indexOf(name));
 }
 
-/// Writes what the open panel looks like into the folder that DRIFTMARK_SHOTS names.
+/// Saves a picture of the open panel in the folder that DRIFTMARK_SHOTS names, if any.
 void photograph(const char* name) {
   // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing here writes the environment
   if (const char* const folder = std::getenv("DRIFTMARK_SHOTS"))
@@ -114,23 +114,24 @@ protected:
             .directory = directory};
   }
 
-  /// Shows the panel at `directory`; `user` acts once it has the keyboard, and has to answer it.
+  /// Shows the panel at `directory`. `answer` runs once it has the keyboard focus and must close
+  /// it.
   std::optional<std::string> show(const std::string& directory,
-                                  const std::function<void()>& driver) {
+                                  const std::function<void()>& answer) {
     bool wasOpen = false;
     QTimer::singleShot(0, &context_, [&] {
       wasOpen = openPanel() && runUntil([] { return nameField().hasFocus(); });
       if (wasOpen)
-        driver();
+        answer();
       if (QFileDialog* const unanswered = openPanel()) {
         ADD_FAILURE() << "unanswered: " << nameField().text().toStdString();
         unanswered->close();
       }
     });
-    const auto answer = dialogs_.chooseFolder(panel(directory));
+    const auto folder = dialogs_.chooseFolder(panel(directory));
     EXPECT_TRUE(wasOpen);
     EXPECT_EQ(openPanel(), nullptr);
-    return answer;
+    return folder;
   }
 
   static void choose() { buttonTitled("Choose").click(); }
@@ -149,7 +150,7 @@ protected:
   LinuxDialogs dialogs_{bundle_};
 };
 
-TEST_F(FolderPanels, saysWhatItIsToldTo) {
+TEST_F(FolderPanels, panelShowsGivenTexts) {
   show(folder_.path(), [&] {
     EXPECT_EQ(openPanel()->windowTitle(), "Free Up Space");
     const auto& message = part<QLabel>("message");
@@ -160,7 +161,7 @@ TEST_F(FolderPanels, saysWhatItIsToldTo) {
   });
 }
 
-TEST_F(FolderPanels, listsFoldersAlone) {
+TEST_F(FolderPanels, onlyVisibleFoldersAreListed) {
   make("b");
   make("a");
   make(".hidden");
@@ -171,7 +172,7 @@ TEST_F(FolderPanels, listsFoldersAlone) {
   });
 }
 
-TEST_F(FolderPanels, chooseAtOnceMeansTheFolderItOpenedAt) {
+TEST_F(FolderPanels, confirmingAtOnceChoosesOpeningFolder) {
   EXPECT_EQ(show(folder_.path(), choose), folder_.path());
   EXPECT_EQ(show(make("Mobile Documents/com~apple~CloudDocs"), choose),
             in("Mobile Documents/com~apple~CloudDocs"));
@@ -181,11 +182,11 @@ TEST_F(FolderPanels, chooseAtOnceMeansTheFolderItOpenedAt) {
   EXPECT_EQ(show("/", choose), "/");
 }
 
-TEST_F(FolderPanels, slashAtTheEndIsTakenAway) {
+TEST_F(FolderPanels, trailingSlashIsRemoved) {
   EXPECT_EQ(show(folder_.path().string() + "/", choose), folder_.path());
 }
 
-TEST_F(FolderPanels, folderOfTheListCanBeChosen) {
+TEST_F(FolderPanels, listedFolderCanBeChosen) {
   for (const char* const name : {"Photos", "a \"quoted\" one", "50% #1?&; \\ ~", "☁ é", " spaces "})
     make(name);
   for (const char* const name :
@@ -224,7 +225,7 @@ TEST_F(FolderPanels, pathCanBeTyped) {
       << "hidden below the folder that is listed";
 }
 
-TEST_F(FolderPanels, homeCanBeWrittenShort) {
+TEST_F(FolderPanels, tildeStandsForHome) {
   const ScopedVariable home("HOME", make("home"));
   make("home/Documents");
   EXPECT_EQ(show(folder_.path(), typed("~")), in("home"));
@@ -233,7 +234,7 @@ TEST_F(FolderPanels, homeCanBeWrittenShort) {
   EXPECT_EQ(show(folder_.path(), typed("~")), in("~"));
 }
 
-TEST_F(FolderPanels, whatIsWrittenCounts) {
+TEST_F(FolderPanels, nameFieldDecides) {
   make("one");
   make("two");
   EXPECT_EQ(show(folder_.path(),
@@ -259,7 +260,7 @@ TEST_F(FolderPanels, whatIsWrittenCounts) {
             folder_.path());
 }
 
-TEST_F(FolderPanels, folderThatWasEnteredCanBeChosen) {
+TEST_F(FolderPanels, enteredFolderCanBeChosen) {
   make("one/two");
   EXPECT_EQ(show(folder_.path(),
                  [&] {
@@ -274,7 +275,7 @@ TEST_F(FolderPanels, folderThatWasEnteredCanBeChosen) {
             in("one"));
 }
 
-TEST_F(FolderPanels, whatIsNoFolderCannotBeChosen) {
+TEST_F(FolderPanels, onlyFoldersCanBeChosen) {
   folder_.write("file", "");
   EXPECT_EQ(show(folder_.path(),
                  [&] {
@@ -301,28 +302,29 @@ TEST_F(FolderPanels, keysChooseAndCancel) {
             in("inside"));
 }
 
-TEST_F(FolderPanels, closedOrCancelledPanelHasNoFolder) {
+TEST_F(FolderPanels, closedOrCancelledPanelGivesNoFolder) {
   EXPECT_EQ(show(folder_.path(), cancel), std::nullopt);
   EXPECT_EQ(show(folder_.path(), [] { openPanel()->close(); }), std::nullopt);
 }
 
-TEST_F(FolderPanels, missingFolderOpensTheOneAbove) {
+TEST_F(FolderPanels, missingFolderOpensParent) {
   EXPECT_EQ(show(in("missing/below"), choose), folder_.path());
   EXPECT_EQ(show("", choose), "/");
 }
 
-TEST_F(FolderPanels, folderWhoseNameIsNoTextOpensTheOneAbove) {
+TEST_F(FolderPanels, folderWithInvalidNameOpensParent) {
   EXPECT_EQ(show(make("caf\xe9"), choose), folder_.path());
   make("readable");
   EXPECT_EQ(show(make("caf\xe9/below"),
                  [] {
-                   EXPECT_EQ(listed(1), QStringList{"readable"}) << "it cannot be shown";
+                   EXPECT_EQ(listed(1), QStringList{"readable"})
+                       << "the other folder cannot be shown";
                    choose();
                  }),
             folder_.path());
 }
 
-TEST_F(FolderPanels, nothingIsRememberedOrChanged) {
+TEST_F(FolderPanels, panelSavesAndChangesNothing) {
   const std::string home = make("home");
   const ScopedVariable homeVariable("HOME", home);
   const ScopedVariable configuration("XDG_CONFIG_HOME", home + "/.config");
@@ -342,7 +344,7 @@ TEST_F(FolderPanels, nothingIsRememberedOrChanged) {
   EXPECT_TRUE(fs::is_directory(in("drive/folder")));
 }
 
-TEST_F(FolderPanels, partsHaveNamesForThoseWhoCannotSeeThem) {
+TEST_F(FolderPanels, partsHaveAccessibleNames) {
   show(folder_.path(), [] {
     const auto name = [](const char* object) {
       return QAccessible::queryAccessibleInterface(&part<QWidget>(object))
@@ -359,7 +361,7 @@ TEST_F(FolderPanels, partsHaveNamesForThoseWhoCannotSeeThem) {
   });
 }
 
-TEST_F(FolderPanels, everythingIsInsideAndFits) {
+TEST_F(FolderPanels, partsAreInsideWindowAndFit) {
   for (const char* const name : {"Desktop", "Documents", "Letters", "Photos", "Music"})
     make(name);
   show(folder_.path(), [] {
@@ -382,7 +384,7 @@ TEST_F(FolderPanels, everythingIsInsideAndFits) {
   });
 }
 
-TEST_F(FolderPanels, mainQueueRunsWhileThePanelIsOpen) {
+TEST_F(FolderPanels, mainQueueRunsWhilePanelIsOpen) {
   LinuxMainQueue queue;
   std::string order;
   queue.async([&] {
@@ -398,7 +400,7 @@ TEST_F(FolderPanels, mainQueueRunsWhileThePanelIsOpen) {
   EXPECT_EQ(order, "task later chosen");
 }
 
-TEST_F(FolderPanels, endOfTheApplicationClosesIt) {
+TEST_F(FolderPanels, applicationExitClosesPanel) {
   LinuxMainQueue queue;
   std::optional<std::string> answer = "none yet";
   queue.async([&] { answer = dialogs_.chooseFolder(panel(folder_.path())); });
@@ -407,7 +409,7 @@ TEST_F(FolderPanels, endOfTheApplicationClosesIt) {
   EXPECT_EQ(answer, std::nullopt);
 }
 
-TEST_F(FolderPanels, panelAfterTheEndOfTheApplicationIsClosedAtOnce) {
+TEST_F(FolderPanels, panelAfterApplicationQuitGivesNoFolder) {
   LinuxMainQueue queue;
   std::optional<std::string> answer = "none yet";
   queue.async([&] {

@@ -1,4 +1,4 @@
-// Where a walk gets to, and where it does not.
+// Which items a walk visits.
 
 #include "CloudDrive.h"
 #include "Descriptors.h"
@@ -30,11 +30,11 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-/// A chain of folders `levels` deep, each called "d" and with files beside it, too deep for its
-/// whole path to be named. It is taken down again, since no library's removal gets that far.
+/// A chain of folders `levels` deep, each called "d" and with files beside it. Its whole path is
+/// longer than the system accepts. The destructor removes it, as no library function can.
 class DeepChain {
 public:
-  /// Some are made before the folder and some after it: file systems differ in their order.
+  /// Half of them are created before the folder, as file systems differ in their order.
   static constexpr std::size_t filesBeside = 4;
 
   DeepChain(const std::string& top, std::size_t levels) : top_(top) {
@@ -64,10 +64,10 @@ public:
     }
   }
 
-  /// Makes a file at the end of the chain, in sync with iCloud.
-  void addFileAtTheEnd() const {
+  /// Creates a file in the last folder, in sync with iCloud.
+  void addFileAtEnd() const {
     const FileDescriptor file(create(bottom_, "last"));
-    CloudDrive::note("/proc/self/fd/" + std::to_string(file.number()), "current");
+    CloudDrive::setState("/proc/self/fd/" + std::to_string(file.number()), "current");
   }
 
   /// The path of the folder at this level.
@@ -112,7 +112,7 @@ protected:
   CloudDrive drive_;
 };
 
-TEST_F(FolderWalks, folderComesBeforeWhatItHolds) {
+TEST_F(FolderWalks, folderIsVisitedBeforeItsContents) {
   makeFile("a/b/c");
   std::vector<std::string> order;
   for (const WalkEntry& entry : drive_.walk())
@@ -120,7 +120,7 @@ TEST_F(FolderWalks, folderComesBeforeWhatItHolds) {
   EXPECT_THAT(order, ElementsAre(drive_.path("a"), drive_.path("a/b"), drive_.path("a/b/c")));
 }
 
-TEST_F(FolderWalks, folderOfThousandsIsReadToItsEnd) {
+TEST_F(FolderWalks, folderOfThousandsIsReadCompletely) {
   std::set<std::string> made;
   for (int number = 0; number < 3000; ++number) {
     const std::string name = "a name that takes some room in a buffer " + std::to_string(number);
@@ -133,7 +133,7 @@ TEST_F(FolderWalks, folderOfThousandsIsReadToItsEnd) {
   EXPECT_EQ(std::set(names.begin(), names.end()), made);
 }
 
-TEST_F(FolderWalks, whatIsNoFolderHasNoItems) {
+TEST_F(FolderWalks, pathThatIsNoFolderHasNoItems) {
   makeFile("file");
   ASSERT_EQ(mkfifo(drive_.path("pipe").c_str(), S_IRUSR), 0);
   for (const std::string& path : {drive_.path("missing"), drive_.path("file"), drive_.path("pipe"),
@@ -141,14 +141,14 @@ TEST_F(FolderWalks, whatIsNoFolderHasNoItems) {
     EXPECT_THAT(drive_.walk(path), IsEmpty()) << path;
 }
 
-TEST_F(FolderWalks, slashesAtTheEndOfTheFolderDoNotMatter) {
+TEST_F(FolderWalks, trailingSlashesOfFolderAreIgnored) {
   makeFile("folder/file");
   const auto entries = drive_.walk(drive_.path("folder") + "//");
   ASSERT_THAT(entries, SizeIs(1));
   EXPECT_EQ(entries.front().path, drive_.path("folder/file"));
 }
 
-TEST_F(FolderWalks, linksAreItemsAndNotFollowed) {
+TEST_F(FolderWalks, linksAreNotFollowed) {
   makeFile("folder/file");
   fs::create_directory_symlink("folder", drive_.path("to folder"));
   fs::create_directory_symlink(".", drive_.path("folder/loop"));
@@ -158,7 +158,7 @@ TEST_F(FolderWalks, linksAreItemsAndNotFollowed) {
                                           "to folder", "to nothing"));
 }
 
-TEST_F(FolderWalks, folderItselfMayBeALink) {
+TEST_F(FolderWalks, folderThatIsLinkIsFollowed) {
   makeFile("folder/file");
   fs::create_directory_symlink("folder", drive_.path("link"));
   const auto entries = drive_.walk(drive_.path("link"));
@@ -166,7 +166,7 @@ TEST_F(FolderWalks, folderItselfMayBeALink) {
   EXPECT_EQ(entries.front().path, drive_.path("link/file"));
 }
 
-TEST_F(FolderWalks, linkThatLeadsToItselfHasNoItems) {
+TEST_F(FolderWalks, linkToItselfHasNoItems) {
   fs::create_directory_symlink("link", drive_.path("link"));
   EXPECT_THAT(drive_.walk(drive_.path("link")), IsEmpty());
 }
@@ -185,7 +185,7 @@ TEST_F(FolderWalks, namesAreBytes) {
   EXPECT_THAT(drive_.walk(drive_.path("\xff\xfe")), SizeIs(1));
 }
 
-TEST_F(FolderWalks, folderThatMayNotBeReadIsPassedOver) {
+TEST_F(FolderWalks, unreadableFolderIsSkipped) {
   makeFile("closed/file");
   makeFile("open/file");
   const OrdinaryUser user{drive_.path(), drive_.path("closed")};
@@ -195,7 +195,7 @@ TEST_F(FolderWalks, folderThatMayNotBeReadIsPassedOver) {
   fs::permissions(drive_.path("closed"), fs::perms::owner_all);
 }
 
-TEST_F(FolderWalks, itemsThatVanishMeanwhileHaveNoValues) {
+TEST_F(FolderWalks, itemsRemovedDuringWalkHaveNoValues) {
   for (int number = 0; number < 10; ++number)
     makeFile("file " + std::to_string(number));
   int items = 0;
@@ -210,7 +210,7 @@ TEST_F(FolderWalks, itemsThatVanishMeanwhileHaveNoValues) {
   EXPECT_EQ(withValues, 1);
 }
 
-TEST_F(FolderWalks, foldersThatVanishMeanwhileArePassedOver) {
+TEST_F(FolderWalks, foldersRemovedDuringWalkAreSkipped) {
   makeFile("folder/deeper/file");
   makeFile("other/deeper/file");
   int items = 0;
@@ -221,10 +221,10 @@ TEST_F(FolderWalks, foldersThatVanishMeanwhileArePassedOver) {
   EXPECT_EQ(items, 2);
 }
 
-TEST_F(FolderWalks, noDepthIsTooDeep) {
+TEST_F(FolderWalks, folderOfAnyDepthIsWalkedWithFewDescriptors) {
   constexpr std::size_t levels = 2500;
   const DeepChain chain(drive_.path(), levels);
-  chain.addFileAtTheEnd();
+  chain.addFileAtEnd();
   const auto before = openDescriptors();
   std::set<std::size_t> hashes; // the paths are too long to keep
   int currentFiles = 0;
@@ -240,7 +240,7 @@ TEST_F(FolderWalks, noDepthIsTooDeep) {
   EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(FolderWalks, wayBackIsFoundWhenAFolderFarAboveWasMovedAway) {
+TEST_F(FolderWalks, walkContinuesAfterFolderFarAboveWasMoved) {
   constexpr std::size_t levels = 100;
   const TemporaryFolder elsewhere;
   const DeepChain chain(drive_.path(), levels);
@@ -254,7 +254,7 @@ TEST_F(FolderWalks, wayBackIsFoundWhenAFolderFarAboveWasMovedAway) {
   fs::rename(elsewhere.path("moved"), chain.path(20));
 }
 
-TEST_F(FolderWalks, walkEndsAmongFoldersThatHaveAllVanished) {
+TEST_F(FolderWalks, walkEndsAfterAllFoldersWereRemoved) {
   constexpr std::size_t levels = 100;
   auto chain = std::make_unique<DeepChain>(drive_.path(), levels);
   const std::string bottom = chain->path(levels);

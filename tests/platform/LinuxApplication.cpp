@@ -17,62 +17,62 @@
 namespace driftmark::test {
 namespace {
 
-/// Writes down what it hears.
+/// Records the notifications.
 class Delegate final : public ApplicationDelegate {
 public:
   explicit Delegate(std::function<void()> onLaunch) : onLaunch_(std::move(onLaunch)) {}
 
   void applicationDidFinishLaunching() override {
-    heard_ += "launch ";
+    calls_ += "launch ";
     onLaunch_();
   }
-  void applicationWillTerminate() override { heard_ += "end "; }
+  void applicationWillTerminate() override { calls_ += "end "; }
 
-  std::string& heard() { return heard_; }
+  std::string& calls() { return calls_; }
 
 private:
   const std::function<void()> onLaunch_;
-  std::string heard_;
+  std::string calls_;
 };
 
-class QtApplicationTest : public testing::Test {
+class LinuxApplicationTest : public testing::Test {
 protected:
-  /// Runs the application with this launch. What its delegate heard.
+  /// Runs the application with this launch. Returns the calls of its delegate.
   std::string run(const std::function<void()>& onLaunch) {
     Delegate delegate(onLaunch);
     application_.setDelegate(&delegate);
     application_.run();
     application_.setDelegate(nullptr);
-    return delegate.heard();
+    return delegate.calls();
   }
 
   LinuxMainQueue queue_;
   LinuxApplication application_;
 };
 
-TEST_F(QtApplicationTest, delegateHearsOfLaunchAndEnd) {
+TEST_F(LinuxApplicationTest, delegateIsNotifiedOfLaunchAndTermination) {
   EXPECT_EQ(run([&] { application_.terminate(); }), "launch end ");
 }
 
-TEST_F(QtApplicationTest, callerOfTerminateGoesOnAndMayAskAgain) {
-  bool wentOn = false;
+TEST_F(LinuxApplicationTest, terminateReturnsAndMayBeCalledAgain) {
+  bool continued = false;
   EXPECT_EQ(run([&] {
               application_.terminate();
               application_.terminate();
-              queue_.async([&] { wentOn = true; });
+              queue_.async([&] { continued = true; });
               QCoreApplication::processEvents();
-              wentOn = true;
+              continued = true;
             }),
             "launch end ");
-  EXPECT_TRUE(wentOn);
+  EXPECT_TRUE(continued);
 }
 
-TEST_F(QtApplicationTest, endAskedForBeforeTheRunComesWithIt) {
+TEST_F(LinuxApplicationTest, terminateBeforeRunEndsRun) {
   application_.terminate();
   EXPECT_EQ(run([] {}), "launch end ");
 }
 
-TEST_F(QtApplicationTest, closedWindowsDoNotEndTheRun) {
+TEST_F(LinuxApplicationTest, closingWindowsDoesNotEndRun) {
   QLabel window("window");
   EXPECT_EQ(run([&] {
               window.show();
@@ -82,13 +82,13 @@ TEST_F(QtApplicationTest, closedWindowsDoNotEndTheRun) {
             "launch end ");
 }
 
-/// Says no when it is asked to close.
+/// Refuses to close.
 class StubbornWindow final : public QLabel {
 public:
   void closeEvent(QCloseEvent* event) override { event->ignore(); }
 };
 
-TEST_F(QtApplicationTest, windowThatStaysOpenDoesNotKeepTheEndAway) {
+TEST_F(LinuxApplicationTest, windowThatRefusesToCloseDoesNotPreventTermination) {
   StubbornWindow window;
   EXPECT_EQ(run([&] {
               window.show();
@@ -97,7 +97,7 @@ TEST_F(QtApplicationTest, windowThatStaysOpenDoesNotKeepTheEndAway) {
             "launch end ");
 }
 
-TEST_F(QtApplicationTest, activationTakesWhatWindowsThereAre) {
+TEST_F(LinuxApplicationTest, activationActivatesOpenWindow) {
   application_.activateIgnoringOtherApplications();
   QLabel window("window");
   window.show();
@@ -105,7 +105,7 @@ TEST_F(QtApplicationTest, activationTakesWhatWindowsThereAre) {
   EXPECT_TRUE(runUntil([&] { return QApplication::activeWindow() == &window; }));
 }
 
-TEST_F(QtApplicationTest, processHasItsNumber) {
+TEST_F(LinuxApplicationTest, processIdentifierIsThatOfThisProcess) {
   EXPECT_EQ(application_.processIdentifier(), getpid());
 }
 

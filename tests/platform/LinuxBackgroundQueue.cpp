@@ -14,7 +14,7 @@
 namespace driftmark::test {
 namespace {
 
-TEST(LinuxBackgroundQueue, waitingUrgentTasksGoFirst) {
+TEST(LinuxBackgroundQueue, waitingUserInitiatedTasksRunFirst) {
   std::mutex mutex;
   std::condition_variable changed;
   std::string order;
@@ -22,7 +22,7 @@ TEST(LinuxBackgroundQueue, waitingUrgentTasksGoFirst) {
   bool released = false;
   {
     LinuxBackgroundQueue queue;
-    // Keeps every thread busy until all others wait.
+    // Keeps every thread busy until the other tasks wait.
     for (int task = 0; task < 16; ++task)
       queue.async(QualityOfService::utility, [&] {
         std::unique_lock lock(mutex);
@@ -46,11 +46,11 @@ TEST(LinuxBackgroundQueue, waitingUrgentTasksGoFirst) {
     changed.notify_all();
     changed.wait(lock, [&] { return order.size() == 41; });
   }
-  // Sixteen threads start at once, so the urgent one may be overtaken by those beside it.
+  // Sixteen threads start tasks at the same time, so some may finish before the urgent one.
   EXPECT_LT(order.find('U'), 16U);
 }
 
-TEST(LinuxBackgroundQueue, tasksHandedOverDuringDestructionAreDropped) {
+TEST(LinuxBackgroundQueue, tasksAddedDuringDestructionAreDropped) {
   auto queue = std::make_unique<LinuxBackgroundQueue>();
   LinuxBackgroundQueue* const raw = queue.get();
   std::atomic<bool> started = false;

@@ -1,9 +1,8 @@
-// Bundles on the disk.
+// Bundles on disk.
 
 #include "platform/linux/desktop/LinuxBundle.h"
 
 #include "harness/TemporaryFolder.h"
-#include "platform/linux/desktop/PropertyList.h"
 
 #include <filesystem>
 #include <string>
@@ -38,7 +37,7 @@ TEST(PropertyList, textsOfTheOutermostDictionaryAreRead) {
                           Pair("NSHumanReadableCopyright", "Copyright © 2026 A & B")));
 }
 
-TEST(PropertyList, whatIsNoneHasNoTexts) {
+TEST(PropertyList, malformedPropertyListHasNoTexts) {
   const std::string whole = list;
   for (const std::string& text :
        {std::string(), std::string("bplist00"), whole.substr(0, whole.size() / 2),
@@ -49,7 +48,7 @@ TEST(PropertyList, whatIsNoneHasNoTexts) {
     EXPECT_THAT(propertyListTexts(QByteArray::fromStdString(text)), IsEmpty()) << text;
 }
 
-TEST(PropertyList, textWithoutAKeyIsNotTakenForTheLastKeys) {
+TEST(PropertyList, textWithoutKeyIsIgnored) {
   EXPECT_THAT(
       propertyListTexts("<plist><dict><key>a</key><true/><string>x</string></dict></plist>"),
       IsEmpty());
@@ -64,7 +63,7 @@ protected:
   TemporaryFolder folder_;
 };
 
-TEST_F(LinuxBundleTest, bundleLiesAroundItsExecutable) {
+TEST_F(LinuxBundleTest, bundleHoldsItsExecutable) {
   folder_.write("My Apps/A.app/Contents/Info.plist", list);
   const LinuxBundle found = bundle("My Apps/A.app/Contents/MacOS/A");
   EXPECT_EQ(found.path(), folder_.path("My Apps/A.app"));
@@ -72,7 +71,7 @@ TEST_F(LinuxBundleTest, bundleLiesAroundItsExecutable) {
   EXPECT_EQ(found.information("CFBundleName"), std::nullopt);
 }
 
-TEST_F(LinuxBundleTest, bareExecutableLiesInItsFolder) {
+TEST_F(LinuxBundleTest, executableOutsideBundleHasItsFolder) {
   for (const std::string name :
        {"bin/A", "A.app/Contents/MacOS/A", "A.app/Contents/Other/A", "A/Contents/MacOS/A"}) {
     if (name.find("Other") != std::string::npos || name.starts_with("A/"))
@@ -91,7 +90,7 @@ TEST_F(LinuxBundleTest, brokenPropertyListHasNoKeys) {
   EXPECT_EQ(found.identifier(), std::nullopt);
 }
 
-TEST_F(LinuxBundleTest, applicationsOfTheSystemRootAreKnownByTheirUsualNames) {
+TEST_F(LinuxBundleTest, applicationBelowSystemRootHasPathInsideRoot) {
   folder_.write("root/Applications/A.app/Contents/Info.plist", list);
   folder_.write("root/home/A.app/Contents/Info.plist", list);
   std::filesystem::create_directory_symlink(folder_.path("root"), folder_.path("link"));
@@ -103,7 +102,7 @@ TEST_F(LinuxBundleTest, applicationsOfTheSystemRootAreKnownByTheirUsualNames) {
   }
 }
 
-TEST_F(LinuxBundleTest, thisProcessKnowsItsExecutable) {
+TEST_F(LinuxBundleTest, executableOfThisProcessIsFound) {
   const std::string executable = LinuxBundle::executableOfThisProcess();
   EXPECT_TRUE(executable.ends_with("/platform_tests")) << executable;
   EXPECT_EQ(LinuxBundle::ofThisProcess("").path() + "/platform_tests", executable);

@@ -1,4 +1,4 @@
-// What the adapter tells of the files of the drive, and how it has them evicted.
+// Which values the adapter reports for the files of the drive, and how it evicts them.
 
 #include "platform/linux/desktop/LinuxCloudFiles.h"
 
@@ -21,13 +21,13 @@ namespace fs = std::filesystem;
 
 class LinuxCloudFilesTest : public testing::Test {
 protected:
-  /// What a walk tells of a file in this state.
-  ResourceValues told(const char* state, bool contentsHere = true) {
-    drive_.addFile("file", state, contentsHere);
+  /// The values that a walk reports for a file in this state.
+  ResourceValues valuesIn(const char* state, bool hasContents = true) {
+    drive_.addFile("file", state, hasContents);
     return drive_.valuesOf("file").value_or(ResourceValues{});
   }
 
-  /// Why the eviction of a file fails; empty when it does not.
+  /// Why the eviction of a file fails; empty when it succeeds.
   std::string failure(const std::string& path) {
     const auto error = drive_.files().evict(path);
     return error ? error->description : "";
@@ -38,34 +38,34 @@ protected:
 
 // Values
 
-TEST_F(LinuxCloudFilesTest, fileInSyncOrWithChangesToUploadIsCurrent) {
+TEST_F(LinuxCloudFilesTest, syncedOrUploadingFileIsCurrent) {
   for (const char* const state : {"current", "uploading"})
-    EXPECT_EQ(told(state).downloadingStatus, DownloadingStatus::current) << state;
+    EXPECT_EQ(valuesIn(state).downloadingStatus, DownloadingStatus::current) << state;
 }
 
 TEST_F(LinuxCloudFilesTest, evictedFileIsNotDownloaded) {
-  EXPECT_EQ(told("evicted", false).downloadingStatus, DownloadingStatus::notDownloaded);
+  EXPECT_EQ(valuesIn("evicted", false).downloadingStatus, DownloadingStatus::notDownloaded);
 }
 
-TEST_F(LinuxCloudFilesTest, fileOnItsWayHasWhatWasHereBefore) {
-  EXPECT_EQ(told("downloading", false).downloadingStatus, DownloadingStatus::notDownloaded);
-  EXPECT_EQ(told("downloading", true).downloadingStatus, DownloadingStatus::downloaded);
+TEST_F(LinuxCloudFilesTest, downloadingFileIsDownloadedIfItHasContents) {
+  EXPECT_EQ(valuesIn("downloading", false).downloadingStatus, DownloadingStatus::notDownloaded);
+  EXPECT_EQ(valuesIn("downloading", true).downloadingStatus, DownloadingStatus::downloaded);
 }
 
-TEST_F(LinuxCloudFilesTest, fileInTroubleStandsAsItsContentsDo) {
-  EXPECT_EQ(told("other", false).downloadingStatus, DownloadingStatus::notDownloaded);
-  EXPECT_EQ(told("other", true).downloadingStatus, DownloadingStatus::current);
+TEST_F(LinuxCloudFilesTest, fileInOtherStateIsCurrentIfItHasContents) {
+  EXPECT_EQ(valuesIn("other", false).downloadingStatus, DownloadingStatus::notDownloaded);
+  EXPECT_EQ(valuesIn("other", true).downloadingStatus, DownloadingStatus::current);
 }
 
-TEST_F(LinuxCloudFilesTest, unknownStateIsNotTold) {
+TEST_F(LinuxCloudFilesTest, unknownStateHasNoDownloadingStatus) {
   for (const char* const state : {"", "curren", "current ", "elsewhere"}) {
-    const ResourceValues values = told(state);
+    const ResourceValues values = valuesIn(state);
     EXPECT_EQ(values.isUbiquitousItem, true) << state;
     EXPECT_EQ(values.downloadingStatus, std::nullopt) << state;
   }
 }
 
-TEST_F(LinuxCloudFilesTest, sizeIsThatOfTheBlocksInUse) {
+TEST_F(LinuxCloudFilesTest, sizeIsThatOfAllocatedBlocks) {
   drive_.addFile("here", "current");
   drive_.addFile("there", "evicted", false);
   struct stat information {};
@@ -89,7 +89,7 @@ TEST_F(LinuxCloudFilesTest, onlyFilesAreRegular) {
   EXPECT_EQ(drive_.valuesOf("file")->isRegularFile, true);
 }
 
-TEST_F(LinuxCloudFilesTest, fileThatMayNotBeReadLeavesOutHowItStands) {
+TEST_F(LinuxCloudFilesTest, unreadableFileHasNoState) {
   drive_.addFile("private", "current");
   const OrdinaryUser user{drive_.path(), drive_.path("private")};
   fs::permissions(drive_.path("private"), fs::perms::none);
@@ -100,7 +100,7 @@ TEST_F(LinuxCloudFilesTest, fileThatMayNotBeReadLeavesOutHowItStands) {
   EXPECT_GT(values->totalFileAllocatedSize, 0);
 }
 
-TEST_F(LinuxCloudFilesTest, itemsOfAFolderWhoseItemsMayNotBeReachedHaveNoValues) {
+TEST_F(LinuxCloudFilesTest, itemsOfFolderWithoutSearchPermissionHaveNoValues) {
   drive_.addFile("folder/file", "current");
   const OrdinaryUser user{drive_.path(), drive_.path("folder")};
   fs::permissions(drive_.path("folder"), fs::perms::owner_read);
@@ -117,38 +117,38 @@ TEST_F(LinuxCloudFilesTest, itemsOfAFolderWhoseItemsMayNotBeReachedHaveNoValues)
 
 // Eviction
 
-TEST_F(LinuxCloudFilesTest, evictionIsTheToolsWithThePathAsItIs) {
+TEST_F(LinuxCloudFilesTest, brctlReceivesPathUnchanged) {
   EXPECT_EQ(failure("/drive/a  b 'c' \"d\" $e *"), "");
   EXPECT_EQ(drive_.calls(), std::vector<std::string>{"evict /drive/a  b 'c' \"d\" $e *"});
 }
 
-TEST_F(LinuxCloudFilesTest, errorIsWhatTheToolSaid) {
+TEST_F(LinuxCloudFilesTest, errorIsErrorOutputOfTool) {
   drive_.refuseToEvict("/drive/busy");
   EXPECT_EQ(failure("/drive/busy"), "brctl: /drive/busy: still uploading");
   drive_.setBrctl("echo said; printf 'one\\ntwo\\r\\n\\n' >&2; exit 3");
   EXPECT_EQ(failure("/drive/file"), "one\ntwo");
 }
 
-TEST_F(LinuxCloudFilesTest, warningsOfAToolThatSucceedsAreNoError) {
+TEST_F(LinuxCloudFilesTest, warningOfSuccessfulToolIsNoError) {
   drive_.setBrctl("echo careful >&2");
   EXPECT_EQ(failure("/drive/file"), "");
 }
 
-TEST_F(LinuxCloudFilesTest, silentFailureIsPutIntoWords) {
+TEST_F(LinuxCloudFilesTest, failureWithoutOutputHasDescription) {
   drive_.setBrctl("exit 3");
   EXPECT_EQ(failure("/drive/file"), "brctl gave no reason and ended with status 3");
   drive_.setBrctl("echo >&2; kill -9 $$");
   EXPECT_EQ(failure("/drive/file"), "brctl gave no reason and ended with status 9");
 }
 
-TEST_F(LinuxCloudFilesTest, missingToolIsAnError) {
+TEST_F(LinuxCloudFilesTest, missingToolIsError) {
   drive_.removeBrctl();
   EXPECT_EQ(failure("/drive/file"), "brctl couldn’t be started: No such file or directory");
 }
 
-// The end of the program
+// Shutdown
 
-TEST_F(LinuxCloudFilesTest, walkEndsWithTheItemAtHand) {
+TEST_F(LinuxCloudFilesTest, shutdownEndsWalkWithCurrentItem) {
   for (int number = 0; number < 10; ++number)
     drive_.addFile("file " + std::to_string(number), "current");
   int items = 0;
@@ -160,14 +160,14 @@ TEST_F(LinuxCloudFilesTest, walkEndsWithTheItemAtHand) {
   EXPECT_TRUE(drive_.walk().empty());
 }
 
-TEST_F(LinuxCloudFilesTest, noEvictionBeginsAndNoneFailsAnyMore) {
+TEST_F(LinuxCloudFilesTest, noEvictionStartsAfterShutdown) {
   drive_.files().shutdown();
   drive_.refuseToEvict("/drive/busy");
   EXPECT_EQ(failure("/drive/busy"), "");
   EXPECT_TRUE(drive_.calls().empty());
 }
 
-TEST_F(LinuxCloudFilesTest, evictionUnderWayEndsWithTheChildrenAndDoesNotFail) {
+TEST_F(LinuxCloudFilesTest, shutdownEndsRunningEvictionWithoutError) {
   const std::string started = drive_.path("started");
   drive_.setBrctl(": > '" + started + "'; exec " + childToolPath() + " wait");
   std::string why = "still running";

@@ -1,10 +1,9 @@
-// The alerts as a user sees and answers them.
+// How alerts look, and how a user answers them.
 
 #include "platform/linux/dialogs/LinuxDialogs.h"
 
 #include "harness/qt/EventLoop.h"
 #include "platform/linux/desktop/LinuxBundle.h"
-#include "platform/linux/dialogs/AlertDialog.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 
 #include <cstdlib>
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include <QApplication>
+#include <QDialog>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
@@ -45,7 +45,7 @@ QLabel* label(const char* name) {
   return openAlert()->findChild<QLabel*>(name);
 }
 
-/// Writes what the open alert looks like into the folder that DRIFTMARK_SHOTS names.
+/// Saves a picture of the open alert in the folder that DRIFTMARK_SHOTS names, if any.
 void photograph(const char* name) {
   // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing here writes the environment
   if (const char* const folder = std::getenv("DRIFTMARK_SHOTS"))
@@ -59,19 +59,19 @@ const Alert offer{.messageText = "Driftmark 1.2 is available",
                                      "• Less memory for very large drives.",
                   .buttons = {"Install and Relaunch", "Later"}};
 
-class QtDialogsTest : public testing::Test {
+class LinuxDialogsTest : public testing::Test {
 protected:
-  /// Shows `alert`; `user` acts once it is open.
-  std::size_t show(const Alert& alert, const std::function<void()>& driver) {
-    QTimer::singleShot(0, &context_, [this, driver] {
+  /// Shows `alert` and runs `answer` once it is open.
+  std::size_t show(const Alert& alert, const std::function<void()>& answer) {
+    QTimer::singleShot(0, &context_, [this, answer] {
       wasOpen_ = openAlert() && openAlert()->isVisible();
       if (wasOpen_)
-        driver();
+        answer();
     });
-    const std::size_t answer = dialogs_.runModal(alert);
+    const std::size_t index = dialogs_.runModal(alert);
     EXPECT_TRUE(wasOpen_);
     EXPECT_EQ(openAlert(), nullptr);
-    return answer;
+    return index;
   }
 
   QObject context_;
@@ -80,13 +80,13 @@ protected:
   LinuxDialogs dialogs_{bundle_};
 };
 
-TEST_F(QtDialogsTest, buttonsAnswerWithTheirIndex) {
+TEST_F(LinuxDialogsTest, clickedButtonGivesItsIndex) {
   const Alert alert{.messageText = "m", .informativeText = "", .buttons = {"A", "B", "C"}};
   for (int index = 0; index < 3; ++index)
     EXPECT_EQ(show(alert, [&] { button(index)->click(); }), static_cast<std::size_t>(index));
 }
 
-TEST_F(QtDialogsTest, textsAndTitlesAreShownAsTheyAre) {
+TEST_F(LinuxDialogsTest, textsAndTitlesAreNeverMarkup) {
   const Alert alert{.messageText = "<b>R&D</b> & \"more\"",
                     .informativeText = "<img src=x>\n&amp; end",
                     .buttons = {"Save & &Quit", "<i>No</i>"}};
@@ -104,7 +104,7 @@ TEST_F(QtDialogsTest, textsAndTitlesAreShownAsTheyAre) {
   });
 }
 
-TEST_F(QtDialogsTest, buttonsStandInTheirOrderFromLeftToRight) {
+TEST_F(LinuxDialogsTest, buttonsAreOrderedFromLeftToRight) {
   const Alert alert{.messageText = "m",
                     .informativeText = "i",
                     .buttons = {"Move to Applications Folder", "Do Not Move", "Help"}};
@@ -118,7 +118,7 @@ TEST_F(QtDialogsTest, buttonsStandInTheirOrderFromLeftToRight) {
   QApplication::setLayoutDirection(Qt::LeftToRight);
 }
 
-TEST_F(QtDialogsTest, returnPressesTheFirstAndEscapeTheLast) {
+TEST_F(LinuxDialogsTest, returnPressesFirstButtonAndEscapeLast) {
   EXPECT_EQ(show(offer, [] { pressKey(Qt::Key_Return); }), 0U);
   EXPECT_EQ(show(offer, [] { pressKey(Qt::Key_Enter); }), 0U);
   EXPECT_EQ(show(offer, [] { pressKey(Qt::Key_Space, " "); }), 0U);
@@ -126,7 +126,7 @@ TEST_F(QtDialogsTest, returnPressesTheFirstAndEscapeTheLast) {
   EXPECT_EQ(show(offer, [] { openAlert()->close(); }), 1U);
 }
 
-TEST_F(QtDialogsTest, alertWithoutButtonsHasOneToAcknowledge) {
+TEST_F(LinuxDialogsTest, alertWithoutButtonsHasOkButton) {
   const Alert alert{.messageText = "Driftmark is up to date", .informativeText = "", .buttons = {}};
   EXPECT_EQ(show(alert,
                  [] {
@@ -139,7 +139,7 @@ TEST_F(QtDialogsTest, alertWithoutButtonsHasOneToAcknowledge) {
             0U);
 }
 
-TEST_F(QtDialogsTest, everythingIsInsideAndNothingOverlaps) {
+TEST_F(LinuxDialogsTest, partsAreInsideWindowAndDoNotOverlap) {
   show(offer, [] {
     const QRect window = openAlert()->rect();
     std::vector<QRect> parts;
@@ -157,7 +157,7 @@ TEST_F(QtDialogsTest, everythingIsInsideAndNothingOverlaps) {
   });
 }
 
-TEST_F(QtDialogsTest, longPathIsBrokenIntoLines) {
+TEST_F(LinuxDialogsTest, longPathIsBrokenIntoLines) {
   Alert alert = offer;
   alert.informativeText = "Driftmark is now in ~/" + std::string(300, 'x') + ". Move it?";
   show(alert, [] {
@@ -168,7 +168,7 @@ TEST_F(QtDialogsTest, longPathIsBrokenIntoLines) {
   });
 }
 
-TEST_F(QtDialogsTest, textThatIsTooTallIsScrolled) {
+TEST_F(LinuxDialogsTest, textThatIsTooTallScrolls) {
   Alert alert = offer;
   for (int line = 1; line < 2000; ++line)
     alert.informativeText += "\nline " + std::to_string(line);
@@ -184,7 +184,7 @@ TEST_F(QtDialogsTest, textThatIsTooTallIsScrolled) {
   });
 }
 
-TEST_F(QtDialogsTest, kindsOfAlerts) {
+TEST_F(LinuxDialogsTest, kindsOfAlerts) {
   show({.messageText = "Move Driftmark to your Applications folder?",
         .informativeText = "Driftmark is running from ~/Downloads. Moving it keeps it in a safe "
                            "place and lets it update itself.",
@@ -207,7 +207,7 @@ TEST_F(QtDialogsTest, kindsOfAlerts) {
   QApplication::setPalette(before);
 }
 
-TEST_F(QtDialogsTest, mainQueueRunsWhileAnAlertIsOpen) {
+TEST_F(LinuxDialogsTest, mainQueueRunsWhileAlertIsOpen) {
   LinuxMainQueue queue;
   std::string order;
   queue.async([&] {
@@ -223,7 +223,7 @@ TEST_F(QtDialogsTest, mainQueueRunsWhileAnAlertIsOpen) {
   EXPECT_EQ(order, "open task later 0");
 }
 
-TEST_F(QtDialogsTest, alertInsideAnAlertIsAnsweredFirst) {
+TEST_F(LinuxDialogsTest, nestedAlertIsAnsweredFirst) {
   LinuxMainQueue queue;
   std::vector<std::size_t> answers;
   queue.async([&] { answers.push_back(dialogs_.runModal(offer)); });
@@ -236,7 +236,7 @@ TEST_F(QtDialogsTest, alertInsideAnAlertIsAnsweredFirst) {
   EXPECT_EQ(answers, (std::vector<std::size_t>{2, 0}));
 }
 
-TEST_F(QtDialogsTest, endOfTheApplicationLeavesAnAlertUnanswered) {
+TEST_F(LinuxDialogsTest, applicationExitLeavesAlertUnanswered) {
   LinuxMainQueue queue;
   std::vector<std::size_t> answers;
   queue.async([&] { answers.push_back(dialogs_.runModal(offer)); });
@@ -245,7 +245,7 @@ TEST_F(QtDialogsTest, endOfTheApplicationLeavesAnAlertUnanswered) {
   EXPECT_EQ(answers, std::vector<std::size_t>{Dialogs::unanswered});
 }
 
-TEST_F(QtDialogsTest, qtsOwnQuitClosesAnAlertAsTheUserDoes) {
+TEST_F(LinuxDialogsTest, qtQuitClosesAlertAsUserDoes) {
   LinuxMainQueue queue;
   std::vector<std::size_t> answers;
   queue.async([&] { answers.push_back(dialogs_.runModal(offer)); });
@@ -254,7 +254,7 @@ TEST_F(QtDialogsTest, qtsOwnQuitClosesAnAlertAsTheUserDoes) {
   EXPECT_EQ(answers, std::vector<std::size_t>{1});
 }
 
-TEST_F(QtDialogsTest, alertAfterTheEndOfTheApplicationIsClosedAtOnce) {
+TEST_F(LinuxDialogsTest, alertAfterApplicationQuitIsUnanswered) {
   LinuxMainQueue queue;
   std::vector<std::size_t> answers;
   queue.async([&] {

@@ -1,4 +1,4 @@
-// The file system on real files.
+// The file system adapter on real files.
 
 #include "platform/linux/desktop/LinuxFileSystem.h"
 
@@ -28,7 +28,7 @@ bool hasNoAccessForOthers(const std::string& path) {
 
 class SystemRootFiles : public FileSystemTest {};
 
-TEST_F(SystemRootFiles, applicationsLieBelowTheSystemRoot) {
+TEST_F(SystemRootFiles, applicationsAreBelowSystemRoot) {
   LinuxFileSystem files(folder_.path());
   EXPECT_EQ(words(files.createDirectory("/Applications/A.app/Contents")), "");
   EXPECT_TRUE(fs::is_directory(in("Applications/A.app/Contents")));
@@ -42,7 +42,7 @@ TEST_F(SystemRootFiles, applicationsLieBelowTheSystemRoot) {
   EXPECT_THAT(namesIn(in("Applications")), IsEmpty());
 }
 
-TEST_F(SystemRootFiles, otherPathsAreReal) {
+TEST_F(SystemRootFiles, otherPathsAreUnchanged) {
   const LinuxFileSystem files(folder_.path().string() + "/");
   fs::create_directories(in("Applications2"));
   fs::create_directories(in("usr"));
@@ -51,7 +51,7 @@ TEST_F(SystemRootFiles, otherPathsAreReal) {
   EXPECT_TRUE(files.fileExists(folder_.path()));
 }
 
-TEST_F(SystemRootFiles, rootItselfIsNoSystemRoot) {
+TEST_F(SystemRootFiles, slashMeansNoSystemRoot) {
   for (const char* const root : {"", "/"})
     EXPECT_EQ(LinuxFileSystem(root).fileExists("/Applications"), fs::exists("/Applications"));
 }
@@ -64,17 +64,17 @@ protected:
   std::string usual_ = in("driftmark-" + std::to_string(geteuid()));
 };
 
-TEST_F(TemporaryFiles, folderIsPrivateAndStays) {
+TEST_F(TemporaryFiles, folderIsPrivateAndKept) {
   const LinuxFileSystem files("");
-  EXPECT_THAT(namesIn(folder_.path()), IsEmpty()) << "nobody has asked for it yet";
+  EXPECT_THAT(namesIn(folder_.path()), IsEmpty()) << "the folder is created on demand";
   const std::string path = files.temporaryDirectory();
   EXPECT_EQ(path, usual_ + "/");
   EXPECT_TRUE(hasNoAccessForOthers(path));
   EXPECT_EQ(files.temporaryDirectory(), path);
-  EXPECT_EQ(LinuxFileSystem("").temporaryDirectory(), path) << "one for all runs";
+  EXPECT_EQ(LinuxFileSystem("").temporaryDirectory(), path) << "all runs share it";
 }
 
-TEST_F(TemporaryFiles, folderComesBackWhenItWasCleanedAway) {
+TEST_F(TemporaryFiles, removedFolderIsCreatedAgain) {
   const LinuxFileSystem files("");
   const std::string path = files.temporaryDirectory();
   fs::remove(usual_);
@@ -108,7 +108,7 @@ TEST_F(TemporaryFiles, relativeFolderIsNotUsed) {
 
 class Items : public FileSystemTest {};
 
-TEST_F(Items, errorsNameTheItemAndTheReason) {
+TEST_F(Items, errorNamesItemAndReason) {
   folder_.write("file", "");
   EXPECT_EQ(words(files_.createDirectory(in("file/below"))),
             "“below” couldn’t be made: Not a directory");
@@ -121,7 +121,7 @@ TEST_F(Items, errorsNameTheItemAndTheReason) {
   EXPECT_EQ(files_.unknownWriteError().description, "The file couldn’t be saved.");
 }
 
-TEST_F(Items, linkToAFolderCountsAsOne) {
+TEST_F(Items, linkToFolderCountsAsFolder) {
   fs::create_directory(in("target"));
   fs::create_symlink(in("target"), in("link"));
   EXPECT_EQ(words(files_.createDirectory(in("link"))), "");
@@ -141,7 +141,7 @@ TEST_F(Items, removalDoesNotGoThroughLinks) {
   EXPECT_EQ(contentsOf(in("kept/file")), "kept");
 }
 
-/// Makes folders inside each other, deeper than any path reaches.
+/// Creates nested folders, deeper than the longest path.
 void makeDeepFolders(const std::string& top, int depth) {
   fs::create_directory(top);
   const fs::path before = fs::current_path();
@@ -154,13 +154,13 @@ void makeDeepFolders(const std::string& top, int depth) {
   fs::current_path(before);
 }
 
-TEST_F(Items, removalManagesEveryDepth) {
+TEST_F(Items, folderOfAnyDepthIsRemoved) {
   makeDeepFolders(in("top"), 1200);
   EXPECT_EQ(words(files_.removeItem(in("top"))), "");
   EXPECT_THAT(namesIn(folder_.path()), IsEmpty());
 }
 
-TEST_F(Items, removalKeepsNamesThatLookLikeItsOwnApart) {
+TEST_F(Items, namesLikeThoseOfRemovalAreHandled) {
   for (const char* const name :
        {"top/lifted-0/lifted-0/lifted-1", "top/lifted-1/lifted-0/x", "top/a/b/lifted-2/lifted-0"})
     fs::create_directories(in(name));
@@ -169,7 +169,7 @@ TEST_F(Items, removalKeepsNamesThatLookLikeItsOwnApart) {
   EXPECT_THAT(namesIn(folder_.path()), IsEmpty());
 }
 
-TEST_F(Items, readOnlyFoldersAreNoObstacleToTheirOwner) {
+TEST_F(Items, ownersReadOnlyFoldersAreRemoved) {
   const OrdinaryUser user({folder_.path()});
   folder_.write("top/a/b/file", "x");
   folder_.write("top/closed/file", "x");
@@ -181,7 +181,7 @@ TEST_F(Items, readOnlyFoldersAreNoObstacleToTheirOwner) {
   EXPECT_THAT(namesIn(folder_.path()), IsEmpty());
 }
 
-TEST_F(Items, itemInAFolderThatMayNotBeChangedStaysWhole) {
+TEST_F(Items, itemInReadOnlyFolderStaysComplete) {
   const OrdinaryUser user({folder_.path()});
   folder_.write("closed/top/file", "x");
   fs::permissions(in("closed"), fs::perms::owner_read | fs::perms::owner_exec);

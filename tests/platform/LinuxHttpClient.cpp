@@ -1,4 +1,4 @@
-// What the HTTPS client makes of a real server.
+// How the HTTPS client handles the replies of a real server.
 
 #include "platform/linux/network/LinuxHttpClient.h"
 
@@ -47,29 +47,29 @@ std::size_t residentMemory() {
   return resident * static_cast<std::size_t>(getpagesize());
 }
 
-class QtHttpClientTest : public testing::Test {
+class LinuxHttpClientTest : public testing::Test {
 protected:
   using DataReply = HttpClient::DataReply;
   using DownloadReply = HttpClient::DownloadReply;
 
-  DataReply fetch(const HttpClient::Request& request, std::size_t largestBody = unlimited) {
+  DataReply fetch(const HttpClient::Request& request, std::size_t maxBody = unlimited) {
     std::optional<DataReply> reply;
-    client_->fetch(request, largestBody, [&](DataReply got) { reply = std::move(got); });
+    client_->fetch(request, maxBody, [&](DataReply got) { reply = std::move(got); });
     EXPECT_TRUE(runUntil([&] { return reply.has_value(); }));
     return reply.value_or(DataReply{});
   }
-  DataReply fetch(const std::string& url, std::size_t largestBody = unlimited) {
-    return fetch(HttpClient::Request{.url = url}, largestBody);
+  DataReply fetch(const std::string& url, std::size_t maxBody = unlimited) {
+    return fetch(HttpClient::Request{.url = url}, maxBody);
   }
 
-  /// Fetches what fails. Why it did.
-  std::string failure(const std::string& url, std::size_t largestBody = unlimited) {
-    const DataReply reply = fetch(url, largestBody);
+  /// Fetches a URL and returns why that failed.
+  std::string failure(const std::string& url, std::size_t maxBody = unlimited) {
+    const DataReply reply = fetch(url, maxBody);
     EXPECT_FALSE(reply.data.has_value());
     return reply.error ? reply.error->description : "no error";
   }
 
-  /// Downloads. What the file held while the handler ran, or why there is none.
+  /// Downloads a URL. Returns what the file held while the handler ran, or why there is none.
   std::string download(const std::string& url) {
     std::optional<std::string> outcome;
     client_->download(url, [&](const DownloadReply& reply) {
@@ -95,7 +95,7 @@ protected:
   std::unique_ptr<LinuxHttpClient> client_ = std::make_unique<LinuxHttpClient>(fileSystem_);
 };
 
-TEST_F(QtHttpClientTest, bodyComesAsItIs) {
+TEST_F(LinuxHttpClientTest, bodyIsUnchanged) {
   using namespace std::string_literals;
   const std::string body = "{\"a\": \"\xc3\xa9\"}\0\r\n\xff"s;
   server_.serve("/a?b=c", {.body = body});
@@ -107,26 +107,26 @@ TEST_F(QtHttpClientTest, bodyComesAsItIs) {
   EXPECT_EQ(server_.requests()[0].header("accept-encoding"), "identity");
 }
 
-TEST_F(QtHttpClientTest, emptyBodyIsABody) {
+TEST_F(LinuxHttpClientTest, emptyBodyIsNoError) {
   server_.serve("/", {});
   EXPECT_EQ(fetch(server_.url("/")).data, "");
   EXPECT_EQ(download(server_.url("/")), "");
 }
 
-TEST_F(QtHttpClientTest, largeBodyComesWhole) {
+TEST_F(LinuxHttpClientTest, largeBodyIsComplete) {
   const std::string body(5'000'000, 'x');
   server_.serve("/", {.body = body});
   EXPECT_EQ(fetch(server_.url("/"), body.size()).data, body);
   EXPECT_EQ(download(server_.url("/")), body);
 }
 
-TEST_F(QtHttpClientTest, chunkedBodyComesWhole) {
+TEST_F(LinuxHttpClientTest, chunkedBodyIsComplete) {
   const std::string body(300'000, 'x');
   server_.serve("/", {.body = body, .isChunked = true});
   EXPECT_EQ(fetch(server_.url("/")).data, body);
 }
 
-TEST_F(QtHttpClientTest, errorPageIsAReply) {
+TEST_F(LinuxHttpClientTest, errorPageIsReturnedAsReply) {
   for (const int status : {400, 401, 403, 404, 405, 409, 410, 418, 500, 501, 503, 599}) {
     server_.serve("/", {.status = status, .body = "<html>sorry"});
     const DataReply reply = fetch(server_.url("/"));
@@ -135,7 +135,7 @@ TEST_F(QtHttpClientTest, errorPageIsAReply) {
   }
 }
 
-TEST_F(QtHttpClientTest, bodyCutShortIsAnError) {
+TEST_F(LinuxHttpClientTest, truncatedBodyIsError) {
   for (const int status : {200, 404})
     for (const std::uint64_t cut : {std::uint64_t(0), std::uint64_t(5), std::uint64_t(299'999)})
       for (const bool isChunked : {false, true}) {
@@ -149,14 +149,14 @@ TEST_F(QtHttpClientTest, bodyCutShortIsAnError) {
   EXPECT_TRUE(temporaryFiles().empty());
 }
 
-TEST_F(QtHttpClientTest, redirectIsFollowedToSecureAddresses) {
+TEST_F(LinuxHttpClientTest, redirectToSecureUrlIsFollowed) {
   server_.serve("/a", HttpsReply::redirect(server_.url("/b"), 301));
   server_.serve("/b", HttpsReply::redirect("/c"));
   server_.serve("/c", {.body = "there"});
   EXPECT_EQ(fetch(server_.url("/a")).data, "there");
 }
 
-TEST_F(QtHttpClientTest, redirectToAnInsecureAddressIsAnError) {
+TEST_F(LinuxHttpClientTest, redirectToInsecureUrlIsError) {
   QTcpServer plain;
   ASSERT_TRUE(plain.listen(QHostAddress::LocalHost));
   server_.serve("/a",
@@ -168,12 +168,12 @@ TEST_F(QtHttpClientTest, redirectToAnInsecureAddressIsAnError) {
   EXPECT_NE(failure(server_.url("/b")), "");
 }
 
-TEST_F(QtHttpClientTest, endlessRedirectsAreAnError) {
+TEST_F(LinuxHttpClientTest, endlessRedirectsAreError) {
   server_.serve("/a", HttpsReply::redirect(server_.url("/a")));
   EXPECT_NE(failure(server_.url("/a")), "");
 }
 
-TEST_F(QtHttpClientTest, addressesThatAreNotSecureAreNotAsked) {
+TEST_F(LinuxHttpClientTest, insecureUrlIsNotRequested) {
   QTcpServer plain;
   ASSERT_TRUE(plain.listen(QHostAddress::LocalHost));
   const std::string secureOnly = "Only secure (https) addresses are supported.";
@@ -186,40 +186,39 @@ TEST_F(QtHttpClientTest, addressesThatAreNotSecureAreNotAsked) {
   EXPECT_FALSE(plain.hasPendingConnections());
 }
 
-TEST_F(QtHttpClientTest, upperCaseSchemeIsTheSame) {
+TEST_F(LinuxHttpClientTest, upperCaseSchemeIsAccepted) {
   server_.serve("/", {.body = "x"});
   EXPECT_EQ(fetch("HTTPS://localhost:" + std::to_string(server_.port()) + "/").data, "x");
 }
 
-TEST_F(QtHttpClientTest, unknownAuthorityIsAnErrorThatNamesTheTrouble) {
+TEST_F(LinuxHttpClientTest, unknownCaCertificateIsErrorThatNamesCertificate) {
   caCertificates_.emplace("DRIFTMARK_EXTRA_CA_CERTIFICATES", std::nullopt);
   EXPECT_THAT(failure(server_.url("/")), HasSubstr("certificate"));
   EXPECT_TRUE(server_.requests().empty());
 }
 
-TEST_F(QtHttpClientTest, certificateOfAnotherHostIsAnError) {
+TEST_F(LinuxHttpClientTest, certificateOfOtherHostIsError) {
   const HttpsServer other({.folder = {}, .hostName = "elsewhere.invalid"});
   caCertificates_.emplace("DRIFTMARK_EXTRA_CA_CERTIFICATES", other.certificateFile());
   EXPECT_THAT(failure(other.url("/")), HasSubstr("certificate"));
   EXPECT_TRUE(other.requests().empty());
 }
 
-TEST_F(QtHttpClientTest, fileWithoutAuthoritiesIsAnError) {
+TEST_F(LinuxHttpClientTest, fileWithoutCaCertificatesIsError) {
   folder_.write("none.pem", "nothing");
   caCertificates_.emplace("DRIFTMARK_EXTRA_CA_CERTIFICATES", folder_.path("none.pem"));
   EXPECT_EQ(failure(server_.url("/")),
             "There is no certificate in " + folder_.path("none.pem") + ".");
 }
 
-TEST_F(QtHttpClientTest, extraAuthoritiesStandBesideTheSystems) {
-  // Nothing of them is left behind for the next request.
+TEST_F(LinuxHttpClientTest, extraCaCertificatesApplyToOneRequest) {
   server_.serve("/", {.body = "x"});
   EXPECT_EQ(fetch(server_.url("/")).data, "x");
   caCertificates_.emplace("DRIFTMARK_EXTRA_CA_CERTIFICATES", std::nullopt);
   EXPECT_NE(failure(server_.url("/")), "");
 }
 
-TEST_F(QtHttpClientTest, unreachableServerIsAnErrorInTheSystemsWords) {
+TEST_F(LinuxHttpClientTest, unreachableServerIsSystemsError) {
   std::string url;
   {
     const HttpsServer gone;
@@ -230,22 +229,22 @@ TEST_F(QtHttpClientTest, unreachableServerIsAnErrorInTheSystemsWords) {
   EXPECT_THAT(failure("https://name.invalid/"), HasSubstr("name.invalid"));
 }
 
-TEST_F(QtHttpClientTest, bodyOfTheLargestSizeIsTakenAndOneByteMoreIsNot) {
+TEST_F(LinuxHttpClientTest, bodyLargerThanLimitIsError) {
   server_.serve("/", {.body = "12345"});
   EXPECT_EQ(fetch(server_.url("/"), 5).data, "12345");
   EXPECT_EQ(failure(server_.url("/"), 4), "The server sent more than was expected.");
   EXPECT_EQ(failure(server_.url("/"), 0), "The server sent more than was expected.");
 }
 
-TEST_F(QtHttpClientTest, endlessBodyIsDroppedAtTheLimit) {
+TEST_F(LinuxHttpClientTest, endlessBodyIsDroppedAtLimit) {
   server_.serve("/", {.isEndless = true});
   EXPECT_EQ(failure(server_.url("/"), 1'000'000), "The server sent more than was expected.");
   EXPECT_TRUE(server_.awaitNoConnections());
-  // What was under way in the buffers of both sides.
+  // The buffers of both sides may have been full.
   EXPECT_LT(server_.sent("/"), 30'000'000U);
 }
 
-TEST_F(QtHttpClientTest, silentServerTimesOut) {
+TEST_F(LinuxHttpClientTest, silentServerTimesOut) {
   server_.hold("/");
   const DataReply reply = fetch({.url = server_.url("/"), .timeoutInterval = Seconds(0.1)});
   ASSERT_TRUE(reply.error.has_value());
@@ -253,7 +252,7 @@ TEST_F(QtHttpClientTest, silentServerTimesOut) {
   EXPECT_TRUE(server_.awaitNoConnections());
 }
 
-TEST_F(QtHttpClientTest, serverThatDoesNotShakeHandsTimesOut) {
+TEST_F(LinuxHttpClientTest, serverWithoutTlsHandshakeTimesOut) {
   QTcpServer plain;
   ASSERT_TRUE(plain.listen(QHostAddress::LocalHost));
   const DataReply reply = fetch({.url = "https://localhost:" + std::to_string(plain.serverPort()),
@@ -262,7 +261,7 @@ TEST_F(QtHttpClientTest, serverThatDoesNotShakeHandsTimesOut) {
   EXPECT_EQ(reply.error->description, "The request timed out.");
 }
 
-TEST_F(QtHttpClientTest, slowBodyDoesNotTimeOutWhileItComes) {
+TEST_F(LinuxHttpClientTest, slowBodyDoesNotTimeOut) {
   server_.serve("/", {.isEndless = true});
   const auto start = std::chrono::steady_clock::now();
   std::optional<DataReply> reply;
@@ -273,7 +272,7 @@ TEST_F(QtHttpClientTest, slowBodyDoesNotTimeOutWhileItComes) {
   EXPECT_FALSE(reply.has_value()) << reply->error.value_or(PlatformError{}).description;
 }
 
-TEST_F(QtHttpClientTest, reloadAsksEverybodyOnTheWayForTheLatest) {
+TEST_F(LinuxHttpClientTest, reloadAsksCachesForLatestVersion) {
   server_.serve("/", {.body = "x"});
   fetch(server_.url("/"));
   fetch({.url = server_.url("/"),
@@ -284,7 +283,7 @@ TEST_F(QtHttpClientTest, reloadAsksEverybodyOnTheWayForTheLatest) {
   EXPECT_EQ(requests[1].header("cache-control"), "no-cache");
 }
 
-TEST_F(QtHttpClientTest, downloadIsAPrivateFileThatGoesAfterTheHandler) {
+TEST_F(LinuxHttpClientTest, downloadIsPrivateFileRemovedAfterHandler) {
   server_.serve("/", {.body = "archive"});
   std::string file;
   client_->download(server_.url("/"), [&](const DownloadReply& reply) {
@@ -298,7 +297,7 @@ TEST_F(QtHttpClientTest, downloadIsAPrivateFileThatGoesAfterTheHandler) {
   EXPECT_TRUE(runUntil([&] { return temporaryFiles().empty(); }));
 }
 
-TEST_F(QtHttpClientTest, movedDownloadStays) {
+TEST_F(LinuxHttpClientTest, movedDownloadIsKept) {
   server_.serve("/", {.body = "archive"});
   const std::string kept = folder_.path("kept");
   bool over = false;
@@ -311,7 +310,7 @@ TEST_F(QtHttpClientTest, movedDownloadStays) {
   EXPECT_TRUE(temporaryFiles().empty());
 }
 
-TEST_F(QtHttpClientTest, downloadIsWrittenAsItComesAndGoesWithTheClient) {
+TEST_F(LinuxHttpClientTest, downloadIsWrittenAsItArrivesAndRemovedWithClient) {
   server_.serve("/", {.isEndless = true});
   client_->download(server_.url("/"), [](const DownloadReply&) { FAIL(); });
   [[maybe_unused]] const std::size_t before = residentMemory();
@@ -324,7 +323,7 @@ TEST_F(QtHttpClientTest, downloadIsWrittenAsItComesAndGoesWithTheClient) {
   EXPECT_TRUE(temporaryFiles().empty());
 }
 
-TEST_F(QtHttpClientTest, downloadThatCannotBeWrittenIsAnError) {
+TEST_F(LinuxHttpClientTest, downloadThatCannotBeWrittenIsError) {
   server_.serve("/", {.body = "archive"});
   const ScopedVariable full("TMPDIR", "/proc");
   LinuxFileSystem fileSystem("");
@@ -337,7 +336,7 @@ TEST_F(QtHttpClientTest, downloadThatCannotBeWrittenIsAnError) {
   EXPECT_FALSE(reply->file.has_value());
 }
 
-TEST_F(QtHttpClientTest, clientMayGoInItsHandler) {
+TEST_F(LinuxHttpClientTest, handlerMayDestroyClient) {
   server_.serve("/", {.body = "x"});
   bool over = false;
   client_->fetch({.url = server_.url("/")}, unlimited, [&](const DataReply&) {
@@ -347,7 +346,7 @@ TEST_F(QtHttpClientTest, clientMayGoInItsHandler) {
   EXPECT_TRUE(runUntil([&] { return over; }));
 }
 
-TEST_F(QtHttpClientTest, requestsGoOnBesideEachOther) {
+TEST_F(LinuxHttpClientTest, requestsRunInParallel) {
   for (const char* const path : {"/1", "/2", "/3"})
     server_.serve(path, {.body = path});
   server_.hold("/1");

@@ -26,7 +26,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// A process of a bundle; killed when it goes.
+/// A process of a bundle. Killed by the destructor.
 class Copy {
 public:
   explicit Copy(const std::string& executable) {
@@ -38,7 +38,7 @@ public:
     process_ = std::get<pid_t>(launched);
     char byte = 0;
     if (read(pipe.readEnd.number(), &byte, 1) != 1)
-      throw std::runtime_error("the copy did not come up");
+      throw std::runtime_error("the copy did not start");
   }
   Copy(const Copy&) = delete;
   Copy& operator=(const Copy&) = delete;
@@ -48,7 +48,7 @@ public:
     end();
   }
 
-  /// Waits for the end. The signal that brought it.
+  /// Waits for the process to end. Returns the signal that ended it.
   int end() {
     if (!ended_)
       waitpid(process_, &status_, 0);
@@ -64,8 +64,8 @@ private:
   bool ended_ = false;
 };
 
-/// Whether `test` holds in a process that comes up now.
-bool inAYoungerProcess(const std::function<bool()>& test) {
+/// Whether `test` holds in a process that is started now.
+bool inNewerProcess(const std::function<bool()>& test) {
   const pid_t child = fork();
   if (child == 0)
     _exit(test() ? 0 : 1);
@@ -76,7 +76,7 @@ bool inAYoungerProcess(const std::function<bool()>& test) {
 
 class LinuxRunningApplicationsTest : public testing::Test {
 protected:
-  /// Makes a bundle of that identifier. The path of its executable.
+  /// Creates a bundle with that identifier. Returns the path of its executable.
   std::string bundle(const std::string& name, const std::string& bundleIdentifier) {
     const std::string contents = name + "/Contents/";
     folder.write(contents + "Info.plist", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -95,38 +95,38 @@ protected:
   }
 
   TemporaryFolder folder;
-  /// Nobody else's, since other tests may run beside this one.
+  /// Unique, as other tests may run at the same time.
   const std::string identifier = "com.example.copies" + std::to_string(getpid());
   LinuxRunningApplications applications{root()};
 };
 
-TEST_F(LinuxRunningApplicationsTest, nobodyRunsAnApplicationThatIsNotThere) {
+TEST_F(LinuxRunningApplicationsTest, unknownIdentifierHasNoProcesses) {
   EXPECT_THAT(applications.withBundleIdentifier(identifier), IsEmpty());
 }
 
-TEST_F(LinuxRunningApplicationsTest, olderCopiesAreFoundWhereverTheyLie) {
+TEST_F(LinuxRunningApplicationsTest, olderCopiesAreFoundInAnyFolder) {
   const Copy older(bundle("here/Driftmark.app", identifier));
   const Copy younger(bundle("elsewhere/Other Name.app", identifier));
   const Copy stranger(bundle("here/Stranger.app", identifier + ".stranger"));
   const std::vector<std::int32_t> expected{older.process(), younger.process()};
   EXPECT_TRUE(
-      inAYoungerProcess([&] { return applications.withBundleIdentifier(identifier) == expected; }));
+      inNewerProcess([&] { return applications.withBundleIdentifier(identifier) == expected; }));
 }
 
-TEST_F(LinuxRunningApplicationsTest, copiesOfAnotherSystemAreNotFound) {
+TEST_F(LinuxRunningApplicationsTest, copiesWithOtherSystemRootAreLeftOut) {
   TestEnvironment environment;
   environment.set(SystemRoot::variableName, folder.path());
   const LinuxRunningApplications others(std::get<SystemRoot>(SystemRoot::of(environment)));
   const Copy copy(bundle("Driftmark.app", identifier));
-  EXPECT_TRUE(inAYoungerProcess([&] { return others.withBundleIdentifier(identifier).empty(); }));
+  EXPECT_TRUE(inNewerProcess([&] { return others.withBundleIdentifier(identifier).empty(); }));
 }
 
-TEST_F(LinuxRunningApplicationsTest, copiesThatCameUpLaterAreNotTakenOver) {
+TEST_F(LinuxRunningApplicationsTest, copiesThatStartedLaterAreLeftOut) {
   const Copy copy(bundle("Driftmark.app", identifier));
   EXPECT_THAT(applications.withBundleIdentifier(identifier), IsEmpty());
 }
 
-TEST_F(LinuxRunningApplicationsTest, processesLiveUntilTheyEnd) {
+TEST_F(LinuxRunningApplicationsTest, killedProcessIsNotRunning) {
   Copy copy(bundle("Driftmark.app", identifier));
   const std::int32_t process = copy.process();
   EXPECT_TRUE(applications.isRunning(process));
@@ -135,12 +135,12 @@ TEST_F(LinuxRunningApplicationsTest, processesLiveUntilTheyEnd) {
   EXPECT_FALSE(applications.isRunning(process));
 }
 
-TEST_F(LinuxRunningApplicationsTest, numbersThatMeanSeveralProcessesAreNone) {
+TEST_F(LinuxRunningApplicationsTest, identifiersOfSeveralProcessesAreRefused) {
   for (const std::int32_t process : {0, -1, -getpgrp()})
     EXPECT_FALSE(applications.isRunning(process)) << process;
 }
 
-TEST_F(LinuxRunningApplicationsTest, terminationIsASignalThatCanBeHandled) {
+TEST_F(LinuxRunningApplicationsTest, terminateSendsSigterm) {
   Copy copy(bundle("Driftmark.app", identifier));
   applications.sendTerminate(copy.process());
   EXPECT_EQ(copy.end(), SIGTERM);

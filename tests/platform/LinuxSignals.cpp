@@ -44,7 +44,7 @@ protected:
   LinuxSignals signals{queue};
 };
 
-TEST_F(LinuxSignalsTest, handlerRunsOnTheMainThread) {
+TEST_F(LinuxSignalsTest, handlerRunsOnMainThread) {
   std::thread::id where;
   const auto source =
       signals.makeSource(QuitSignal::terminate, [&] { where = std::this_thread::get_id(); });
@@ -53,7 +53,7 @@ TEST_F(LinuxSignalsTest, handlerRunsOnTheMainThread) {
   EXPECT_EQ(where, std::this_thread::get_id());
 }
 
-TEST_F(LinuxSignalsTest, signalsThatComeTogetherAreOneCall) {
+TEST_F(LinuxSignalsTest, signalsInBurstGiveOneCall) {
   int calls = 0;
   const auto source = signals.makeSource(QuitSignal::terminate, [&] { ++calls; });
   for (int time = 0; time < 100'000; ++time)
@@ -63,7 +63,7 @@ TEST_F(LinuxSignalsTest, signalsThatComeTogetherAreOneCall) {
   EXPECT_EQ(calls, 1);
 }
 
-TEST_F(LinuxSignalsTest, signalIsIgnoredAgainAfterItsSource) {
+TEST_F(LinuxSignalsTest, signalIsIgnoredAgainWithoutSource) {
   const auto before = std::signal(SIGINT, SIG_DFL);
   signals.ignore(QuitSignal::interrupt);
   signals.makeSource(QuitSignal::interrupt, [] {}).reset();

@@ -14,13 +14,13 @@ namespace {
 
 using namespace std::string_literals;
 
-TEST(LinuxSystemLog, nothingStandsBeforeOrAfterTheLine) {
+TEST(LinuxSystemLog, lineHasNoPrefix) {
   const StandardErrorCapture capture;
   LinuxSystemLog().log("Driftmark: one");
   EXPECT_EQ(capture.text(), "Driftmark: one\n");
 }
 
-TEST(LinuxSystemLog, lineAndItsEndAreWrittenInOneGo) {
+TEST(LinuxSystemLog, lineAndLineEndAreWrittenInOneCall) {
   std::array<int, 2> ends{};
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()), 0);
   const FileDescriptor reader(ends[0]);
@@ -37,25 +37,25 @@ TEST(LinuxSystemLog, lineAndItsEndAreWrittenInOneGo) {
   }
 }
 
-TEST(LinuxSystemLog, controlCharactersCannotBreakTheLine) {
+TEST(LinuxSystemLog, controlCharactersAreEscaped) {
   const StandardErrorCapture capture;
   LinuxSystemLog().log("a\nb\r\tc\x1b[31m\0\x7f \\n end"s);
   EXPECT_EQ(capture.text(), "a\\nb\\r\tc\\x1b[31m\\x00\\x7f \\n end\n");
 }
 
-TEST(LinuxSystemLog, bytesThatAreNoTextPassUnchanged) {
+TEST(LinuxSystemLog, invalidBytesAreUnchanged) {
   const StandardErrorCapture capture;
   LinuxSystemLog().log("caf\xe9 \xff\xc3\xa9");
   EXPECT_EQ(capture.text(), "caf\xe9 \xff\xc3\xa9\n");
 }
 
-TEST(LinuxSystemLog, emptyLineIsALineEnd) {
+TEST(LinuxSystemLog, emptyLineIsLineEnd) {
   const StandardErrorCapture capture;
   LinuxSystemLog().log("");
   EXPECT_EQ(capture.text(), "\n");
 }
 
-TEST(LinuxSystemLog, readerThatIsGoneEndsNothing) {
+TEST(LinuxSystemLog, closedReaderDoesNotEndProcess) {
   std::array<int, 2> ends{};
   ASSERT_EQ(pipe(ends.data()), 0);
   close(ends[0]);
@@ -65,7 +65,7 @@ TEST(LinuxSystemLog, readerThatIsGoneEndsNothing) {
   dup2(before.number(), STDERR_FILENO);
 }
 
-TEST(LinuxSystemLog, closedStandardErrorIsNoFailure) {
+TEST(LinuxSystemLog, closedStandardErrorIsIgnored) {
   const FileDescriptor before = replaceStandardError(STDERR_FILENO);
   close(STDERR_FILENO);
   LinuxSystemLog().log("Driftmark: nowhere to go");

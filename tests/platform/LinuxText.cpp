@@ -1,5 +1,6 @@
 #include "platform/linux/desktop/LinuxText.h"
 
+#include <chrono>
 #include <clocale>
 #include <cstdint>
 #include <limits>
@@ -11,6 +12,8 @@
 
 namespace driftmark::test {
 namespace {
+
+using namespace std::chrono_literals;
 
 using Cases = std::vector<std::pair<std::int64_t, std::string>>;
 
@@ -55,7 +58,7 @@ TEST(LinuxText, gigabytesAndMoreHaveAtMostTwoDecimals) {
                {7'030'000'000'000'000, "7.03 PB"}});
 }
 
-TEST(LinuxText, whatRoundsToAThousandIsOneOfTheNextUnit) {
+TEST(LinuxText, roundingUpToThousandGivesNextUnit) {
   expectTexts({{999'500, "1 MB"},
                {999'950'000, "1 GB"},
                {999'995'000'000, "1 TB"},
@@ -63,7 +66,7 @@ TEST(LinuxText, whatRoundsToAThousandIsOneOfTheNextUnit) {
                {999'995'000'000'000'000, "1 EB"}});
 }
 
-TEST(LinuxText, negativeCountsAreMirrored) {
+TEST(LinuxText, negativeCountsHaveMinusSign) {
   expectTexts({{-1, "-1 byte"},
                {-999, "-999 bytes"},
                {-1'500, "-2 KB"},
@@ -76,7 +79,7 @@ TEST(LinuxText, extremesAreInExabytes) {
                {std::numeric_limits<std::int64_t>::min(), "-9.22 EB"}});
 }
 
-TEST(LinuxText, localeDoesNotMatter) {
+TEST(LinuxText, localeHasNoEffect) {
   const std::string before = std::setlocale(LC_ALL, nullptr); // NOLINT(concurrency-mt-unsafe)
   for (const char* const locale : {"de_DE.UTF-8", "fr_FR.UTF-8", "C"}) {
     std::setlocale(LC_ALL, locale); // NOLINT(concurrency-mt-unsafe)
@@ -85,11 +88,93 @@ TEST(LinuxText, localeDoesNotMatter) {
   std::setlocale(LC_ALL, before.c_str()); // NOLINT(concurrency-mt-unsafe)
 }
 
-TEST(LinuxText, addressWithBrokenPartsIsNone) {
+TEST(LinuxText, malformedUrlIsRefused) {
   for (const char* const other :
        {"https://example.com:port/", "https://example.com:99999/", "https://[::1/", "a%2", "a%zz",
         "https://example.com/<x>", "https://a\nb/", "1http://example.com/x y"})
     EXPECT_FALSE(LinuxText().isUrl(other)) << other;
+}
+
+/// In January: no clock changes to or from summer time within a month before.
+const Date now{std::chrono::sys_days(std::chrono::year(2026) / 1 / 15) + 12h};
+
+std::string ago(Date::duration duration) {
+  return LinuxText().relativeTime(now - duration, now);
+}
+std::string ahead(Date::duration duration) {
+  return LinuxText().relativeTime(now + duration, now);
+}
+
+TEST(LinuxText, relativeTimeIsWholeNumberOfLargestUnit) {
+  const std::vector<std::pair<Date::duration, std::string>> cases{
+      {1s, "1 second"},   {1999ms, "1 second"},  {59s, "59 seconds"},   {60s, "1 minute"},
+      {119s, "1 minute"}, {120s, "2 minutes"},   {3599s, "59 minutes"}, {1h, "1 hour"},
+      {3h, "3 hours"},    {24h - 1s, "23 hours"}};
+  for (const auto& [duration, text] : cases) {
+    EXPECT_EQ(ago(duration), text + " ago");
+    EXPECT_EQ(ahead(duration), "in " + text);
+  }
+}
+
+TEST(LinuxText, lessThanOneSecondIsZeroSeconds) {
+  for (const auto duration : {0ms, 1ms, 999ms}) {
+    EXPECT_EQ(ago(duration), "in 0 seconds");
+    EXPECT_EQ(ahead(duration), "in 0 seconds");
+  }
+}
+
+TEST(LinuxText, daysAndLongerUnitsFollowCalendar) {
+  const auto at = [](int year, unsigned month, unsigned day) {
+    const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(month),
+                                           std::chrono::day(day)};
+    return LinuxText().relativeTime(std::chrono::sys_days(date) + 12h, now);
+  };
+  EXPECT_EQ(at(2026, 1, 14), "1 day ago");
+  EXPECT_EQ(at(2026, 1, 9), "6 days ago");
+  EXPECT_EQ(at(2026, 1, 8), "1 week ago");
+  EXPECT_EQ(at(2025, 12, 16), "4 weeks ago");
+  EXPECT_EQ(at(2025, 12, 15), "1 month ago");
+  EXPECT_EQ(at(2025, 1, 16), "11 months ago");
+  EXPECT_EQ(at(2025, 1, 15), "1 year ago");
+  EXPECT_EQ(at(2000, 1, 15), "26 years ago");
+  EXPECT_EQ(at(2026, 1, 16), "in 1 day");
+  EXPECT_EQ(at(2026, 2, 14), "in 4 weeks");
+  EXPECT_EQ(at(2026, 2, 15), "in 1 month");
+  EXPECT_EQ(at(2028, 1, 15), "in 2 years");
+}
+
+TEST(LinuxText, extremeDatesHaveRelativeTime) {
+  EXPECT_FALSE(LinuxText().relativeTime(Date::min(), now).empty());
+  EXPECT_FALSE(LinuxText().relativeTime(Date::max(), now).empty());
+  EXPECT_EQ(LinuxText().relativeTime(distantPast, Date::min()), "in 0 seconds");
+}
+
+TEST(LinuxText, graphemeClustersStayWhole) {
+  for (const char* const one :
+       {"a", "e\u0301", "g\u0308\u0301", "👍🏽", "👩🏽‍🚀", "👨‍👩‍👧‍👦",
+        "🏳️‍🌈", "❤️‍🔥", "👩‍❤️‍💋‍👨", "🇩🇪",
+        "🏴󠁧󠁢󠁥󠁮󠁧󠁿", "1️⃣", "각", "กำ", "\r\n"}) {
+    const std::string text = std::string(one) + one + "b" + one;
+    EXPECT_EQ(LinuxText().firstCharacters(text, 0), "") << one;
+    EXPECT_EQ(LinuxText().firstCharacters(text, 1), one) << one;
+    EXPECT_EQ(LinuxText().firstCharacters(text, 2), std::string(one) + one) << one;
+    EXPECT_EQ(LinuxText().firstCharacters(text, 3), std::string(one) + one + "b") << one;
+    EXPECT_EQ(LinuxText().firstCharacters(text, 4), text) << one;
+    EXPECT_EQ(LinuxText().firstCharacters(text, 60), text) << one;
+  }
+}
+
+TEST(LinuxText, shortTextIsUnchanged) {
+  for (const std::string& text :
+       {std::string(), std::string("abc"), std::string("\xFF\xFE"), std::string("a\0b", 3)})
+    EXPECT_EQ(LinuxText().firstCharacters(text, 5), text);
+}
+
+TEST(LinuxText, invalidBytesAreReplacedInShortenedText) {
+  EXPECT_EQ(LinuxText().firstCharacters("a\xFF"
+                                        "bcd",
+                                        3),
+            "a\uFFFDb");
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// The settings file as a user finds and leaves it.
+// How the settings file is read, written and kept.
 
 #include "platform/linux/desktop/LinuxUserDefaults.h"
 
@@ -42,7 +42,7 @@ protected:
   LinuxUserDefaults settings_{log_, QString::fromStdString(path_)};
 };
 
-TEST_F(LinuxUserDefaultsTest, fileLiesInTheUsersFolderForSettings) {
+TEST_F(LinuxUserDefaultsTest, fileIsInUsersConfigurationFolder) {
   const ScopedVariable home("HOME", "/home/ada");
   const ScopedVariable unset("XDG_CONFIG_HOME", std::nullopt);
   EXPECT_EQ(LinuxUserDefaults::defaultPath(), "/home/ada/.config/driftmark/settings.json");
@@ -50,19 +50,19 @@ TEST_F(LinuxUserDefaultsTest, fileLiesInTheUsersFolderForSettings) {
   EXPECT_EQ(LinuxUserDefaults::defaultPath(), "/etc/ada/driftmark/settings.json");
 }
 
-TEST_F(LinuxUserDefaultsTest, noFileIsNoTrouble) {
+TEST_F(LinuxUserDefaultsTest, missingFileIsNoError) {
   EXPECT_FALSE(settings_.boolean("Key"));
   EXPECT_THAT(log_.lines(), IsEmpty());
   EXPECT_FALSE(fs::exists(path_)) << "reading makes nothing";
 }
 
-TEST_F(LinuxUserDefaultsTest, settingIsWrittenForPeopleToRead) {
+TEST_F(LinuxUserDefaultsTest, settingIsWrittenReadably) {
   settings_.setBoolean("DeclinedMove", true);
   EXPECT_EQ(contents(), "{\n    \"DeclinedMove\": true\n}\n");
   EXPECT_THAT(log_.lines(), IsEmpty());
 }
 
-TEST_F(LinuxUserDefaultsTest, whatElseIsInTheFileStays) {
+TEST_F(LinuxUserDefaultsTest, otherContentsOfFileAreKept) {
   write(R"({"Zoo": [1, {"deep": null}], "Big": 9007199254740993, "Text": "caf\u00e9"})");
   settings_.setBoolean("Key", true);
   const std::string text = contents();
@@ -72,7 +72,7 @@ TEST_F(LinuxUserDefaultsTest, whatElseIsInTheFileStays) {
   EXPECT_TRUE(settings_.boolean("Key"));
 }
 
-TEST_F(LinuxUserDefaultsTest, onlyTextsAndBooleansOfJsonCount) {
+TEST_F(LinuxUserDefaultsTest, onlyStringsAndBooleansAreRead) {
   write(R"({"one": 1, "yes": "true", "list": [true], "none": null})");
   for (const char* const key : {"one", "yes", "list", "none"})
     EXPECT_FALSE(settings_.boolean(key)) << key;
@@ -89,7 +89,7 @@ TEST_F(LinuxUserDefaultsTest, brokenFileIsLoggedOnceAndCountsAsEmpty) {
   EXPECT_THAT(log_.lines()[0], HasSubstr("at byte 13; using none"));
 }
 
-TEST_F(LinuxUserDefaultsTest, otherBreaksAreLoggedAnew) {
+TEST_F(LinuxUserDefaultsTest, differentlyBrokenFileIsLoggedAgain) {
   write("[1]");
   settings_.boolean("Key");
   write("[2]");
@@ -103,7 +103,7 @@ TEST_F(LinuxUserDefaultsTest, otherBreaksAreLoggedAnew) {
   EXPECT_THAT(log_.lines(), ElementsAre(line, line, line));
 }
 
-TEST_F(LinuxUserDefaultsTest, brokenFileIsKeptWhenASettingIsWritten) {
+TEST_F(LinuxUserDefaultsTest, brokenFileIsKeptWhenSettingIsWritten) {
   write("[\"mine\"]");
   settings_.setBoolean("Key", true);
   EXPECT_TRUE(settings_.boolean("Key"));
@@ -121,7 +121,7 @@ TEST_F(LinuxUserDefaultsTest, emptyFileIsBroken) {
   EXPECT_EQ(log_.lines().size(), 1U);
 }
 
-TEST_F(LinuxUserDefaultsTest, whatIsNoFileIsNotReadNorLost) {
+TEST_F(LinuxUserDefaultsTest, pipeIsNotReadAndIsKept) {
   write("{}");
   fs::remove(path_);
   folder_.makeFifo("driftmark/settings.json");
@@ -142,8 +142,8 @@ TEST_F(LinuxUserDefaultsTest, linkedFileStaysLinked) {
   EXPECT_TRUE(settings_.boolean("Key"));
 }
 
-TEST_F(LinuxUserDefaultsTest, failureToKeepASettingIsLogged) {
-  folder_.write("driftmark", "a file in the place of the folder");
+TEST_F(LinuxUserDefaultsTest, failureToWriteSettingIsLogged) {
+  folder_.write("driftmark", "not a folder");
   settings_.setBoolean("Key", true);
   ASSERT_EQ(log_.lines().size(), 1U);
   EXPECT_EQ(log_.lines()[0], "Driftmark: the setting Key cannot be kept in " + path_ +

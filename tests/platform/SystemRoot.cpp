@@ -13,7 +13,7 @@
 namespace driftmark::test {
 namespace {
 
-/// The root's path, or the error's message.
+/// The path of the system root, or the error's message.
 std::string root(const std::optional<std::string>& value) {
   TestEnvironment environment;
   if (value)
@@ -24,36 +24,36 @@ std::string root(const std::optional<std::string>& value) {
   return std::get<SystemRoot>(result).path();
 }
 
-TEST(SystemRoot, isSlashWhenNotSet) {
+TEST(SystemRoot, unsetVariableGivesSlash) {
   EXPECT_EQ(root(std::nullopt), "/");
 }
 
-TEST(SystemRoot, isTheNamedFolder) {
+TEST(SystemRoot, namedFolderIsUsed) {
   const TemporaryFolder folder;
   EXPECT_EQ(root(folder.path()), folder.path());
   EXPECT_EQ(root("/"), "/");
 }
 
-TEST(SystemRoot, mayBeALinkToAFolder) {
+TEST(SystemRoot, linkToFolderIsAccepted) {
   const TemporaryFolder folder;
   std::filesystem::create_directory_symlink(folder.path(), folder.path("link"));
   EXPECT_EQ(root(folder.path("link")), folder.path("link"));
 }
 
-TEST(SystemRoot, cannotBeEmpty) {
+TEST(SystemRoot, emptyPathIsRefused) {
   EXPECT_EQ(root(""), "DRIFTMARK_SYSTEM_ROOT is empty");
 }
 
-TEST(SystemRoot, cannotBeRelative) {
+TEST(SystemRoot, relativePathIsRefused) {
   EXPECT_EQ(root("some/folder"), "DRIFTMARK_SYSTEM_ROOT is not an absolute path: some/folder");
 }
 
-TEST(SystemRoot, cannotBeMissing) {
+TEST(SystemRoot, missingFolderIsRefused) {
   EXPECT_EQ(root("/missing/folder"),
             "DRIFTMARK_SYSTEM_ROOT names a folder that does not exist: /missing/folder");
 }
 
-TEST(SystemRoot, cannotBeAFile) {
+TEST(SystemRoot, fileIsRefused) {
   const TemporaryFolder folder;
   folder.write("file", "");
   EXPECT_EQ(root(folder.path("file")),

@@ -1,3 +1,5 @@
+// How items are moved to the trash.
+
 #include "FileSystemTest.h"
 #include "OrdinaryUser.h"
 #include "ScopedVariable.h"
@@ -28,7 +30,7 @@ TEST_F(Trash, trashedItemCanBePutBack) {
               HasSubstr("Path=" + in("Driftmark.app")));
 }
 
-TEST_F(Trash, itemsOfTheSameNameStandBesideEachOther) {
+TEST_F(Trash, itemsOfSameNameAreAllKept) {
   for (int time = 0; time < 3; ++time) {
     folder_.write("Driftmark.app/file", std::to_string(time));
     EXPECT_EQ(words(files_.trashItem(in("Driftmark.app"))), "");
@@ -37,7 +39,7 @@ TEST_F(Trash, itemsOfTheSameNameStandBesideEachOther) {
   EXPECT_EQ(namesIn(trash("info")).size(), 3U);
 }
 
-TEST_F(Trash, applicationsBelowTheSystemRootAreTrashed) {
+TEST_F(Trash, applicationBelowSystemRootIsTrashed) {
   folder_.write("root/Applications/A.app/file", "x");
   EXPECT_EQ(words(LinuxFileSystem(in("root")).trashItem("/Applications/A.app")), "");
   EXPECT_EQ(contentsOf(trash("files/A.app/file")), "x");
@@ -53,12 +55,12 @@ TEST_F(Trash, linkIsTrashedItself) {
   EXPECT_THAT(namesIn(trash("files")), UnorderedElementsAre("link", "dangling"));
 }
 
-TEST_F(Trash, missingItemIsAnError) {
+TEST_F(Trash, missingItemIsError) {
   EXPECT_EQ(words(files_.trashItem(in("Missing.app"))),
             "“Missing.app” couldn’t be moved to the trash: No such file or directory");
 }
 
-TEST_F(Trash, itemThatMayNotBeTakenAwayStays) {
+TEST_F(Trash, itemInReadOnlyFolderStays) {
   const OrdinaryUser user({folder_.path()});
   folder_.write("closed/A.app/file", "x");
   fs::permissions(in("closed"), fs::perms::owner_read | fs::perms::owner_exec);
@@ -69,8 +71,8 @@ TEST_F(Trash, itemThatMayNotBeTakenAwayStays) {
   EXPECT_EQ(contentsOf(in("closed/A.app/file")), "x");
 }
 
-/// The trash in the user's data folder, with the item on a volume where no trash can be made.
-TEST_F(Trash, itemOfAnotherVolumeIsTrashedToo) {
+/// The trash is in the user's data folder; the item is on a volume where no trash can be created.
+TEST_F(Trash, itemOnOtherVolumeIsTrashed) {
   const OtherVolume other;
   if (!other.exists())
     GTEST_SKIP() << "this machine has no second volume";

@@ -1,6 +1,6 @@
-// Writes pictures of the symbols, the status item in each state, menus and the about panel into a
-// folder, in light and in dark colours. Run it with QT_SCALE_FACTOR=2 for high resolution, and with
-// QT_QPA_PLATFORM=offscreen where there is no display.
+// Saves pictures of the symbols, the status item in each state, menus and the about panel in a
+// folder, in light and dark colours. Set QT_SCALE_FACTOR=2 for high resolution and
+// QT_QPA_PLATFORM=offscreen without a display.
 
 #include "SampleMenus.h"
 #include "platform/linux/dialogs/AboutPanel.h"
@@ -80,7 +80,7 @@ QPixmap symbolSheet() {
   return sheet;
 }
 
-QPixmap below(const std::vector<QPixmap>& pictures) {
+QPixmap stacked(const std::vector<QPixmap>& pictures) {
   const qreal ratio = pictures.front().devicePixelRatio();
   QSizeF size;
   for (const QPixmap& picture : pictures)
@@ -99,7 +99,7 @@ QPixmap below(const std::vector<QPixmap>& pictures) {
   return all;
 }
 
-void paintAll(const QDir& folder, const QString& look) {
+void saveAll(const QDir& folder, const QString& look) {
   save(symbolSheet(), folder, QStringLiteral("symbols-") + look);
 
   LinuxStatusItem item;
@@ -113,7 +113,7 @@ void paintAll(const QDir& folder, const QString& look) {
   item.strip().setHighlighted(true);
   strips.push_back(item.strip().grab());
   item.strip().setHighlighted(false);
-  save(below(strips), folder, QStringLiteral("strip-") + look);
+  save(stacked(strips), folder, QStringLiteral("strip-") + look);
 
   for (const gallery::SampleMenu& sample : gallery::sampleMenus()) {
     item.setMenu([&sample] { return sample.menu; }, [] {});
@@ -147,8 +147,8 @@ int main(int argc, char* argv[]) {
     return EXIT_FAILURE;
   }
   QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
-  paintAll(folder, QStringLiteral("light"));
+  saveAll(folder, QStringLiteral("light"));
   QApplication::setPalette(darkPalette());
-  paintAll(folder, QStringLiteral("dark"));
+  saveAll(folder, QStringLiteral("dark"));
   return EXIT_SUCCESS;
 }

@@ -1,3 +1,5 @@
+// Which adapters the Linux frontend uses, and how they are shut down.
+
 #include "platform/linux/LinuxPlatform.h"
 
 #include <cstdlib>
@@ -6,8 +8,8 @@ namespace driftmark {
 
 namespace {
 
-/// The one that lives. The end of a process takes no argument of ours.
-LinuxPlatform* living = nullptr;
+/// The one instance. An exit handler receives no argument.
+LinuxPlatform* instance = nullptr;
 
 } // namespace
 
@@ -15,20 +17,20 @@ LinuxPlatform::LinuxPlatform(const SystemRoot& root)
     : fileSystem_(root.path()), userDefaults_(systemLog_),
       bundle_(LinuxBundle::ofThisProcess(root.path())), runningApplications_(root),
       childProcesses_(mainQueue_, root.path()) {
-  living = this;
+  instance = this;
   std::atexit([] {
-    if (living != nullptr)
-      living->endWithTheProcess();
+    if (instance != nullptr)
+      instance->endWithProcess();
   });
 }
 
-/// The background queue waits for its tasks, and these may wait for children.
+/// The background queue waits for its tasks, and those may wait for children.
 LinuxPlatform::~LinuxPlatform() {
-  living = nullptr;
+  instance = nullptr;
   shutdown();
 }
 
-void LinuxPlatform::endWithTheProcess() {
+void LinuxPlatform::endWithProcess() {
   application_.willTerminate();
   shutdown();
 }

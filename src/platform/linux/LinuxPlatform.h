@@ -23,9 +23,9 @@
 
 namespace driftmark {
 
-/// All adapters of this front. Lives on the main thread, which runs a QApplication. Destroying
-/// it ends all children, waits for background work and drops what waits on the queues; objects of
-/// the core that are still held by such work go then. There is one at a time.
+/// All adapters of the Linux frontend. Lives on the main thread, beside a QApplication. Its
+/// destructor ends all children, waits for background work and drops waiting tasks, with the
+/// objects that these hold. At most one exists at a time.
 class LinuxPlatform {
 public:
   /// Throws std::system_error when the system has no descriptors left.
@@ -34,15 +34,15 @@ public:
   LinuxPlatform& operator=(const LinuxPlatform&) = delete;
   ~LinuxPlatform();
 
-  /// The ports, to be used no longer than this object lives.
+  /// The ports; this object outlives their users.
   Platform ports();
 
 private:
-  /// Where the display is closed, Qt ends the process from within the event loop: no function
-  /// returns any more, and no object goes.
-  void endWithTheProcess();
+  /// Called at exit. When the display is closed, Qt calls exit() inside the event loop: no function
+  /// returns, and no object is destroyed.
+  void endWithProcess();
 
-  /// Lets background work come to its end soon.
+  /// Makes background work end soon.
   void shutdown();
 
   PosixClock clock_;

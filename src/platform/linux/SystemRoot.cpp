@@ -1,3 +1,5 @@
+// Which folders can be a system root.
+
 #include "platform/linux/SystemRoot.h"
 
 #include <filesystem>

@@ -7,19 +7,19 @@
 
 namespace driftmark {
 
-/// The folder that stands for "/" where the system's tools and folders are concerned.
+/// The folder that replaces "/" in the paths of the system's tools and of the applications folder.
 class SystemRoot {
 public:
   static constexpr const char* variableName = "DRIFTMARK_SYSTEM_ROOT";
-  static constexpr const char* none = "/"; ///< what the variable stands for where it is not set
+  static constexpr const char* none = "/"; ///< the path when the variable is not set
 
-  /// Why there is no system root, for people.
+  /// Why the variable names no system root, to show to the user.
   struct Error {
     std::string message;
   };
 
-  /// What the variable names: the root itself when it is not set, an error when it is empty, not an
-  /// absolute path, or not a folder.
+  /// Reads the variable. An error when it is set and is empty, not an absolute path, or not a
+  /// folder.
   static std::variant<SystemRoot, Error> of(const Environment& environment);
 
   const std::string& path() const { return path_; }

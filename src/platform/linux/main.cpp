@@ -1,3 +1,5 @@
+// The entry point of the Linux frontend.
+
 #include "app/Program.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/SystemRoot.h"
@@ -20,7 +22,7 @@ using namespace driftmark;
 
 constexpr int badSystemRoot = 2;
 
-/// Whether the user or the session says where windows are to appear.
+/// Whether the environment names a display or a Qt platform.
 bool hasDisplay() {
   const PosixEnvironment environment;
   constexpr std::array names{"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"};
@@ -28,8 +30,8 @@ bool hasDisplay() {
       names, [&](const char* name) { return !environment.variable(name).value_or("").empty(); });
 }
 
-/// The arguments for Qt. Without a display, windows are to be drawn in memory alone; an argument
-/// of the user's own says otherwise.
+/// The arguments for Qt. Without a display, windows are drawn in memory only, unless an argument of
+/// the user says otherwise.
 std::vector<char*> applicationArguments(int count, char* arguments[]) {
   static std::string option = "-platform";
   static std::string value = "offscreen";
@@ -44,7 +46,7 @@ std::vector<char*> applicationArguments(int count, char* arguments[]) {
 
 int main(int argc, char* argv[]) {
   openMissingStandardDescriptors();
-  // What the library warns of is not the user's to mend; QT_LOGGING_RULES shows it.
+  // Users cannot fix what Qt warns about. QT_LOGGING_RULES shows the warnings.
   QLoggingCategory::setFilterRules(QStringLiteral("*.warning=false"));
   std::vector<char*> arguments = applicationArguments(argc, argv);
   int count = static_cast<int>(arguments.size()) - 1;

@@ -1,16 +1,21 @@
+// How a walk reads folders, and how it returns to one after its subfolders with few descriptors.
+
 #include "platform/linux/desktop/FolderWalk.h"
 
-#include "platform/linux/desktop/FolderListing.h"
+#include "platform/posix/FileDescriptor.h"
 #include "support/Paths.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace driftmark {
 
@@ -18,8 +23,62 @@ namespace {
 
 constexpr int openFolder = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 
-/// So many folders are open at once, besides the one that the walk began in.
-constexpr std::size_t mostOpen = 32;
+/// How many folders are open at once, besides the one that the walk started in.
+constexpr std::size_t maxOpen = 32;
+
+constexpr std::size_t bufferSize = 32768;
+
+/// The entries of a folder, read from its descriptor in blocks. A suspended listing holds neither
+/// descriptor nor buffer and can be resumed at the same place. One thread at a time.
+class FolderListing {
+public:
+  explicit FolderListing(FileDescriptor folder) : folder_(std::move(folder)) {}
+
+  /// The next entry, valid until the next call; null at the end, after a read error, and while the
+  /// listing is suspended.
+  const dirent64* next() {
+    if (position_ == filled_ && !readAhead())
+      return nullptr;
+    const auto* const entry = reinterpret_cast<const dirent64*>(&buffer_[position_]);
+    position_ += entry->d_reclen;
+    offset_ = entry->d_off;
+    return entry;
+  }
+
+  /// The folder's descriptor; -1 while the listing is suspended.
+  int descriptor() const { return folder_.number(); }
+
+  /// Returns the descriptor and drops what was read ahead.
+  FileDescriptor suspend() {
+    buffer_.reset();
+    filled_ = position_ = 0;
+    return std::exchange(folder_, FileDescriptor());
+  }
+
+  /// Continues in `folder`, which is the same folder opened again.
+  void resume(FileDescriptor folder) {
+    if (lseek64(folder.number(), offset_, SEEK_SET) == offset_)
+      folder_ = std::move(folder);
+  }
+
+private:
+  bool readAhead() {
+    if (!folder_.isOpen())
+      return false;
+    if (!buffer_)
+      buffer_ = std::make_unique_for_overwrite<std::byte[]>(bufferSize);
+    const ssize_t count = getdents64(folder_.number(), buffer_.get(), bufferSize);
+    position_ = 0;
+    filled_ = count > 0 ? static_cast<std::size_t>(count) : 0;
+    return filled_ > 0;
+  }
+
+  FileDescriptor folder_;
+  std::unique_ptr<std::byte[]> buffer_; ///< allocated by the first read
+  std::size_t filled_ = 0;
+  std::size_t position_ = 0;
+  off64_t offset_ = 0; ///< of the folder, behind the last entry
+};
 
 struct Identity {
   dev_t device;
@@ -27,7 +86,7 @@ struct Identity {
 
   bool operator==(const Identity&) const = default;
 
-  /// That of nothing where the descriptor tells none.
+  /// All zero when `fstat` fails.
   static Identity of(int descriptor) {
     struct stat information {};
     fstat(descriptor, &information);
@@ -42,7 +101,7 @@ bool isItem(std::string_view name) {
 class FolderWalk {
 public:
   FolderWalk(const std::string& folder, const ItemVisitor& visit)
-      : path_(withoutTrailingSlashes(folder)), visit_(visit) {
+      : path_(withoutTrailingSlashes(folder)), onItem_(visit) {
     FileDescriptor top(open(path_.c_str(), openFolder));
     if (path_ == "/")
       path_.clear();
@@ -54,29 +113,29 @@ public:
       const dirent64* const entry = levels_.back().listing.next();
       if (!entry)
         leave();
-      else if (isItem(entry->d_name) && comeBy(*entry) == Walk::end)
+      else if (isItem(entry->d_name) && visit(*entry) == Walk::stop)
         return;
     }
   }
 
 private:
-  /// A folder between the first and the item at hand.
+  /// A folder on the path from the first one to the current item.
   struct Level {
     FolderListing listing;
     Identity identity;
     std::size_t pathLength;
   };
 
-  Walk comeBy(const dirent64& entry) {
+  Walk visit(const dirent64& entry) {
     const Level& level = levels_.back();
     const auto* const name = static_cast<const char*>(entry.d_name);
     path_.resize(level.pathLength);
     path_.append("/").append(name);
-    if (visit_({level.listing.descriptor(), name, path_}) == Walk::end)
-      return Walk::end;
+    if (onItem_({level.listing.descriptor(), name, path_}) == Walk::stop)
+      return Walk::stop;
     if (entry.d_type == DT_DIR || entry.d_type == DT_UNKNOWN)
       enter(FileDescriptor(openat(level.listing.descriptor(), name, openFolder | O_NOFOLLOW)));
-    return Walk::goOn;
+    return Walk::proceed;
   }
 
   void enter(FileDescriptor folder) {
@@ -85,14 +144,14 @@ private:
     const Identity identity = Identity::of(folder.number());
     const auto isSame = [&](const Level& level) { return level.identity == identity; };
     if (std::ranges::any_of(levels_, isSame))
-      return; // a file system that holds itself
+      return; // a file system mounted inside itself
     levels_.push_back({FolderListing(std::move(folder)), identity, path_.size()});
-    if (levels_.size() > mostOpen + 1)
-      levels_[levels_.size() - mostOpen - 1].listing.putAside();
+    if (levels_.size() > maxOpen + 1)
+      levels_[levels_.size() - maxOpen - 1].listing.suspend();
   }
 
   void leave() {
-    const FileDescriptor left = levels_.back().listing.putAside();
+    const FileDescriptor left = levels_.back().listing.suspend();
     levels_.pop_back();
     if (levels_.empty() || levels_.back().listing.descriptor() >= 0)
       return;
@@ -100,7 +159,7 @@ private:
       resumeAt(openedFromTop());
   }
 
-  /// Whether `folder` is the one that the walk is in now.
+  /// Returns false when `folder` is not the folder of the last level.
   bool resumeAt(FileDescriptor folder) {
     Level& level = levels_.back();
     if (!folder.isOpen() || Identity::of(folder.number()) != level.identity)
@@ -109,7 +168,7 @@ private:
     return true;
   }
 
-  /// For a folder that was left behind when the one below was moved elsewhere.
+  /// The folder of the last level, opened by its path: its subfolder was moved elsewhere.
   FileDescriptor openedFromTop() const {
     FileDescriptor folder;
     int parent = levels_.front().listing.descriptor();
@@ -122,8 +181,8 @@ private:
     return folder;
   }
 
-  std::string path_; ///< of the item at hand
-  const ItemVisitor& visit_;
+  std::string path_; ///< of the current item
+  const ItemVisitor& onItem_;
   std::vector<Level> levels_;
 };
 

@@ -5,22 +5,22 @@
 
 namespace driftmark {
 
-/// An item that a walk has come to.
+/// An item below the folder of a walk.
 struct FoundItem {
   int folder;              ///< the descriptor of the folder that holds it
-  const char* name;        ///< its name in there
+  const char* name;        ///< its name in that folder
   const std::string& path; ///< its whole path
 };
 
-/// What becomes of a walk after an item.
-enum class Walk { goOn, end };
+/// What a walk does after an item.
+enum class Walk { proceed, stop };
 
 using ItemVisitor = std::function<Walk(const FoundItem& item)>;
 
-/// Comes by every item below `folder` in the file system's order, a folder before what it holds.
-/// Links are items, and only `folder` itself is followed when it is one. What cannot be entered is
-/// passed over. However deep it gets, it takes a bounded number of descriptors and, for each folder
-/// above the item, a few words of memory. Any thread.
+/// Calls `visit` for every item below `folder` in the file system's order, a folder before its
+/// contents. A symbolic link is an item; only `folder` itself is followed when it is a link. A
+/// folder that cannot be opened is skipped. At any depth the walk holds a bounded number of
+/// descriptors and a few words of memory for each folder above the item. Any thread.
 void walkFolder(const std::string& folder, const ItemVisitor& visit);
 
 } // namespace driftmark

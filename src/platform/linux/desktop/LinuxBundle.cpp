@@ -1,20 +1,24 @@
+// Which bundle an executable belongs to, and which texts its property list holds.
+
 #include "platform/linux/desktop/LinuxBundle.h"
 
-#include "platform/linux/desktop/PropertyList.h"
 #include "platform/posix/files/SystemRootPath.h"
 
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include <QFile>
+#include <QXmlStreamReader>
 
 namespace driftmark {
 
 namespace {
 
 using std::filesystem::path;
+using Texts = std::map<std::string, std::string>;
 
-/// The bundle around an executable; empty when it lies in none.
+/// The bundle that holds an executable; empty outside a bundle.
 path bundleAround(const path& executable) {
   const path folder = executable.parent_path();
   const path contents = folder.parent_path();
@@ -31,14 +35,44 @@ QByteArray contentsOf(const path& file) {
   return reader.open(QIODevice::ReadOnly) ? reader.readAll() : QByteArray();
 }
 
-/// The path without links, where there is such a thing.
+/// The path with links resolved; unchanged when it cannot be resolved.
 std::string resolved(const std::string& name) {
   std::error_code error;
   const path real = std::filesystem::canonical(name, error);
   return error ? name : real.string();
 }
 
+/// Reads the elements of a dictionary.
+Texts readDictionary(QXmlStreamReader& reader) {
+  Texts texts;
+  std::string key;
+  while (reader.readNextStartElement()) {
+    const auto element = reader.name();
+    if (element == u"key") {
+      key = reader.readElementText().toStdString();
+      continue;
+    }
+    if (element != u"string")
+      reader.skipCurrentElement();
+    else if (std::string text = reader.readElementText().toStdString(); !key.empty())
+      texts.insert_or_assign(key, std::move(text));
+    key.clear();
+  }
+  return texts;
+}
+
 } // namespace
+
+std::map<std::string, std::string> propertyListTexts(const QByteArray& xml) {
+  QXmlStreamReader reader(xml);
+  Texts texts;
+  if (reader.readNextStartElement() && reader.name() == u"plist" && reader.readNextStartElement() &&
+      reader.name() == u"dict")
+    texts = readDictionary(reader);
+  while (!reader.atEnd())
+    reader.readNext();
+  return reader.hasError() ? Texts() : texts;
+}
 
 LinuxBundle LinuxBundle::ofThisProcess(const std::string& systemRoot) {
   return {executableOfThisProcess(), systemRoot};
@@ -55,7 +89,7 @@ LinuxBundle::LinuxBundle(const std::string& executable, const std::string& syste
     folder = std::filesystem::path(executable).parent_path();
   else
     information_ = propertyListTexts(contentsOf(folder / "Contents" / "Info.plist"));
-  // The system names executables by paths without links.
+  // The system reports the paths of executables with links resolved.
   path_ = withoutSystemRoot(resolved(systemRoot), folder.string());
 }
 

@@ -5,20 +5,26 @@
 #include <map>
 #include <string>
 
+#include <QByteArray>
+
 namespace driftmark {
 
-/// The bundle whose executable lies at `NAME.app/Contents/MacOS/` below its top, with the property
-/// list, in XML, beside that folder. A property list that cannot be read counts as having no keys.
+/// The texts of a property list in XML: the keys of its outermost dictionary whose values are
+/// strings. Empty when the XML is not well-formed or not a dictionary. Any thread.
+std::map<std::string, std::string> propertyListTexts(const QByteArray& xml);
+
+/// The bundle NAME.app whose executable is in `NAME.app/Contents/MacOS/`. Its property list, in
+/// XML, is `NAME.app/Contents/Info.plist`; one that cannot be read counts as having no keys.
 class LinuxBundle final : public Bundle {
 public:
-  /// The bundle of this process. A bundle in the application folder of the system root is known by
-  /// the name that it has there.
+  /// The bundle of this process. The path of a bundle in the applications folder of the system root
+  /// is the one inside that root.
   static LinuxBundle ofThisProcess(const std::string& systemRoot);
 
-  /// The absolute path of the program that this process runs.
+  /// The absolute path of this process's executable.
   static std::string executableOfThisProcess();
 
-  /// The bundle of the program at the absolute path `executable`.
+  /// The bundle of the executable at this absolute path.
   LinuxBundle(const std::string& executable, const std::string& systemRoot);
 
   std::string path() const override { return path_; }

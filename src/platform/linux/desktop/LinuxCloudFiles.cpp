@@ -1,3 +1,5 @@
+// What a file's attribute says about its state, and how a file is evicted.
+
 #include "platform/linux/desktop/LinuxCloudFiles.h"
 
 #include "platform/linux/desktop/FolderWalk.h"
@@ -22,7 +24,7 @@ std::int64_t allocatedSize(const struct stat& information) {
   return static_cast<std::int64_t>(information.st_blocks) * blockSize;
 }
 
-/// Contents that are not here take no blocks, those that are on their way take some.
+/// Contents that are only in iCloud use no blocks; contents being downloaded use some.
 bool hasContents(const struct stat& information) {
   return allocatedSize(information) >= static_cast<std::int64_t>(information.st_size);
 }
@@ -33,11 +35,11 @@ std::optional<DownloadingStatus> downloadingStatus(std::string_view state,
     return DownloadingStatus::current;
   if (state == "evicted")
     return DownloadingStatus::notDownloaded;
-  // A newer version may be on its way to a file whose contents are here.
+  // A file with contents may be receiving a newer version.
   if (state == "downloading")
     return hasContents(information) ? DownloadingStatus::downloaded
                                     : DownloadingStatus::notDownloaded;
-  // In trouble, of whatever kind.
+  // Any kind of trouble.
   if (state == "other")
     return hasContents(information) ? DownloadingStatus::current : DownloadingStatus::notDownloaded;
   return std::nullopt;
@@ -45,7 +47,7 @@ std::optional<DownloadingStatus> downloadingStatus(std::string_view state,
 
 using State = std::array<char, 32>;
 
-/// The length of the state; -1 with its reason in `errno`.
+/// Returns the length of the state; -1 with the reason in `errno`.
 ssize_t readState(const FoundItem& item, State& state) {
   const auto read = [&](const std::string& path) {
     return lgetxattr(path.c_str(), LinuxCloudFiles::stateAttribute, state.data(), state.size());
@@ -56,7 +58,7 @@ ssize_t readState(const FoundItem& item, State& state) {
   return read("/proc/self/fd/" + std::to_string(item.folder) + "/" + item.name);
 }
 
-void takeState(const FoundItem& item, const struct stat& information, ResourceValues& values) {
+void setState(const FoundItem& item, const struct stat& information, ResourceValues& values) {
   State state{};
   const ssize_t size = readState(item, state);
   if (size >= 0) {
@@ -68,7 +70,7 @@ void takeState(const FoundItem& item, const struct stat& information, ResourceVa
   }
 }
 
-/// Only files carry a state: whether another item belongs to the drive is not known.
+/// Only files have a state: whether another item belongs to the drive is unknown.
 std::optional<ResourceValues> valuesOf(const FoundItem& item) {
   struct stat information {};
   if (fstatat(item.folder, item.name, &information, AT_SYMLINK_NOFOLLOW) != 0)
@@ -78,12 +80,12 @@ std::optional<ResourceValues> valuesOf(const FoundItem& item) {
                         .downloadingStatus = std::nullopt,
                         .totalFileAllocatedSize = allocatedSize(information)};
   if (S_ISREG(information.st_mode))
-    takeState(item, information, values);
+    setState(item, information, values);
   return values;
 }
 
-/// What a tool said, without the end of its last line.
-std::string words(const ToolResult& result) {
+/// The error output of a tool, without line ends at its end.
+std::string errorText(const ToolResult& result) {
   const std::size_t last = result.output.find_last_not_of("\r\n");
   if (last == std::string::npos)
     return "brctl gave no reason and ended with status " + std::to_string(result.exitStatus);
@@ -96,11 +98,11 @@ void LinuxCloudFiles::walk(const std::string& folder, const PluginConnection& vi
   WalkEntry entry;
   walkFolder(folder, [&](const FoundItem& item) {
     if (closing_)
-      return Walk::end;
+      return Walk::stop;
     entry.path = item.path;
     entry.values = valuesOf(item);
     visit(entry);
-    return Walk::goOn;
+    return Walk::proceed;
   });
 }
 
@@ -114,7 +116,7 @@ std::optional<PlatformError> LinuxCloudFiles::evict(const std::string& path) {
   if (const auto* const error = std::get_if<LaunchError>(&outcome))
     return PlatformError{"brctl couldn’t be started: " + error->description};
   const auto& result = std::get<ToolResult>(outcome);
-  return result.exitStatus == 0 ? std::nullopt : std::optional(PlatformError{words(result)});
+  return result.exitStatus == 0 ? std::nullopt : std::optional(PlatformError{errorText(result)});
 }
 
 } // namespace driftmark

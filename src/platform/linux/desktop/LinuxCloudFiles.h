@@ -7,11 +7,11 @@
 
 namespace driftmark {
 
-/// The files of the simulated iCloud Drive: how a file stands is noted in an attribute of its own,
-/// and `brctl` evicts it.
+/// The files of the simulated iCloud Drive: an extended attribute of each file holds its state, and
+/// `brctl` evicts it.
 class LinuxCloudFiles final : public CloudFiles {
 public:
-  /// Keeps the state of a file of the drive. A file without it is none of iCloud's.
+  /// The attribute with the state of a file. A file without it does not belong to iCloud.
   static constexpr const char* stateAttribute = "user.icloud.state";
 
   /// The children outlive this object.
@@ -19,11 +19,11 @@ public:
 
   void walk(const std::string& folder, const PluginConnection& visit) const override;
 
-  /// The error is what the tool said.
+  /// The error is the tool's error output.
   std::optional<PlatformError> evict(const std::string& path) override;
 
-  /// Lets a walk end with the item at hand. No eviction is begun from now on and none fails, as
-  /// nobody is there to be told.
+  /// Ends a walk with its current item. From now on no eviction is started, and none reports an
+  /// error: nobody would read it.
   void shutdown() { closing_ = true; }
 
 private:

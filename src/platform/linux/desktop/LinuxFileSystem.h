@@ -9,7 +9,8 @@ class LinuxFileSystem : public PosixFileSystem {
 public:
   using PosixFileSystem::PosixFileSystem;
 
-  /// The trash is the one in the user's data folder (`XDG_DATA_HOME`), also for other volumes.
+  /// Moves the item to the trash in the user's data folder (`XDG_DATA_HOME`), from other volumes
+  /// too. The desktops share its layout; the note beside the item lets them put it back.
   std::optional<PlatformError> trashItem(const std::string& path) override;
 };
 

@@ -1,3 +1,5 @@
+// How the autostart entry is written, and when it counts as enabled.
+
 #include "platform/linux/desktop/LinuxLoginItem.h"
 
 #include <QByteArray>
@@ -15,8 +17,9 @@ PlatformError errorOf(const QFileDevice& file) {
   return {file.errorString().toStdString()};
 }
 
-/// A word of an Exec line: quoted, with the quoting's own characters escaped, and each escape
-/// escaped once more as in every text of an entry. "%" would begin a field code.
+/// One argument of an Exec line: quoted, with the characters that are special inside quotes
+/// escaped, and each backslash escaped once more, as in every string of an entry. A plain "%" would
+/// start a field code.
 QByteArray quoted(const std::string& word) {
   QByteArray text = "\"";
   for (const char c : word) {
@@ -34,8 +37,8 @@ QByteArray quoted(const std::string& word) {
   return text + '"';
 }
 
-/// Whether the group that the desktops read says `key=value`.
-bool says(const QByteArray& entry, const QByteArray& key, const QByteArray& value) {
+/// Whether the group that the desktops read has the line `key=value`.
+bool hasLine(const QByteArray& entry, const QByteArray& key, const QByteArray& value) {
   bool inGroup = false;
   for (const QByteArray& each : entry.split('\n')) {
     const QByteArray line = each.trimmed();
@@ -62,7 +65,7 @@ LoginItem::Status LinuxLoginItem::status() const {
     return Status::notRegistered;
   const QByteArray entry = file.readAll();
   const bool isOff =
-      says(entry, "Hidden", "true") || says(entry, "X-GNOME-Autostart-enabled", "false");
+      hasLine(entry, "Hidden", "true") || hasLine(entry, "X-GNOME-Autostart-enabled", "false");
   return isOff ? Status::notRegistered : Status::enabled;
 }
 

@@ -9,23 +9,23 @@
 
 namespace driftmark {
 
-/// An entry in the user's autostart folder, as the desktops read it. Its state is the file's own:
-/// whoever changes or removes the file changes the state.
+/// An entry in the user's autostart folder, as the desktops read it. The file is the only state:
+/// other programs may change or remove it.
 class LinuxLoginItem final : public LoginItem {
 public:
   /// `executable` is the absolute path of the program to start.
   explicit LinuxLoginItem(std::string executable) : executable_(std::move(executable)) {}
 
-  /// Enabled when there is an entry that is neither hidden nor switched off.
+  /// Enabled when the entry exists and is neither hidden nor switched off.
   Status status() const override;
 
   /// Writes the entry, with the path of this program.
   std::optional<PlatformError> registerItem() override;
 
-  /// Removes the entry. One that is gone already is no failure.
+  /// Removes the entry. A missing entry is no failure.
   std::optional<PlatformError> unregisterItem() override;
 
-  /// Where the entry lies.
+  /// The path of the entry.
   static QString entryPath();
 
 private:

@@ -1,3 +1,5 @@
+// Which processes are older copies of an application, and in which order.
+
 #include "platform/linux/desktop/LinuxRunningApplications.h"
 
 #include "platform/linux/SystemRoot.h"
@@ -22,13 +24,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// A process and when it came up, in the kernel's ticks since the start of the system. The kernel
-/// hands identifiers out in ascending order, which tells those of one tick apart.
+/// A process and its start time, in the kernel's ticks since the system started. The kernel assigns
+/// identifiers in ascending order, which orders processes of the same tick.
 struct Process {
   std::uint64_t startTime;
   std::int32_t identifier;
 
-  // NOLINTNEXTLINE(modernize-use-nullptr): what the comparison is made of has a plain 0 in it
+  // NOLINTNEXTLINE(modernize-use-nullptr): the generated comparison has a plain 0 in it
   auto operator<=>(const Process&) const = default;
 };
 
@@ -39,9 +41,9 @@ template <class Number> std::optional<Number> numberIn(std::string_view text) {
                                                                   : std::nullopt;
 }
 
-/// When the process with that folder in /proc came up; absent when it is gone.
+/// When the process with that folder in /proc started; absent when it has ended.
 std::optional<std::uint64_t> startTime(const fs::path& folder) {
-  constexpr int fieldsBetween = 19; // the name is the 2nd field, the time of the start the 22nd
+  constexpr int fieldsBetween = 19; // the name is the 2nd field, the start time the 22nd
   std::ifstream file(folder / "stat");
   std::string line;
   std::getline(file, line);
@@ -63,8 +65,8 @@ std::string systemRootOf(const fs::path& folder) {
   return SystemRoot::none;
 }
 
-/// The process with that folder in /proc if it runs from a bundle of that identifier in that
-/// system.
+/// The process with that folder in /proc, if its bundle has that identifier and it was started with
+/// that system root.
 std::optional<Process> copyAt(const fs::path& folder, const std::string& identifier,
                               const std::string& systemRoot) {
   const auto process = numberIn<std::int32_t>(folder.filename().string());

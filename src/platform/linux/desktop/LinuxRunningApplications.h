@@ -7,15 +7,15 @@
 
 namespace driftmark {
 
-/// The processes of this system, told apart by the bundles that their executables lie in. One with
-/// another system root runs on another system. Nothing is kept, so nothing goes stale.
+/// The processes of this machine, identified by the bundles of their executables. A process with
+/// another system root belongs to another system. Every call reads /proc anew.
 class LinuxRunningApplications final : public PosixRunningApplications {
 public:
   explicit LinuxRunningApplications(const SystemRoot& root) : systemRoot_(root.path()) {}
 
-  /// The oldest first. Copies that came up after this process are left out: they take over from it,
-  /// not it from them, so that of several copies started at once the newest remains. A process
-  /// whose executable this user may not see is left out too.
+  /// The oldest first. Leaves out copies that started after this process: those take over from this
+  /// one, so that the newest of several copies started together remains. Also leaves out processes
+  /// whose executable this user may not see.
   std::vector<std::int32_t> withBundleIdentifier(const std::string& identifier) const override;
 
 private:

@@ -1,3 +1,5 @@
+// How a log line is written to standard error and to syslog.
+
 #include "platform/linux/desktop/LinuxSystemLog.h"
 
 #include "support/Strings.h"
@@ -14,9 +16,9 @@ namespace driftmark {
 
 namespace {
 
-constexpr std::size_t longestSyslogLine = 8000;
+constexpr std::size_t maxSyslogLine = 8000;
 
-/// Writes all of `text`, in one call unless the system takes it in parts.
+/// Writes all of `text`, in one call unless the system accepts only a part.
 void writeToStandardError(std::string_view text) {
   while (!text.empty()) {
     const ssize_t count = write(STDERR_FILENO, text.data(), text.size());
@@ -40,8 +42,7 @@ LinuxSystemLog::~LinuxSystemLog() {
 
 void LinuxSystemLog::log(std::string_view line) {
   std::string text = oneLine(line);
-  syslog(LOG_NOTICE, "%.*s", static_cast<int>(std::min(text.size(), longestSyslogLine)),
-         text.data());
+  syslog(LOG_NOTICE, "%.*s", static_cast<int>(std::min(text.size(), maxSyslogLine)), text.data());
   text += '\n';
   writeToStandardError(text);
 }

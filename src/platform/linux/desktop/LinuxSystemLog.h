@@ -4,11 +4,11 @@
 
 namespace driftmark {
 
-/// Writes each line to standard error, with nothing before it and in one go, and to syslog under
-/// the name "driftmark". A line stays a line: control characters other than the tab are written as
-/// "\n", "\r" or, in hexadecimal, like "\x1b". Syslog gets no more than the first 8000 bytes. What
-/// cannot be written is lost; making this object keeps a vanished reader of standard error from
-/// ending the process.
+/// Writes each line to standard error, without a prefix and in one call, and to syslog under the
+/// name "driftmark". Control characters other than the tab are written as "\n", "\r" or, in
+/// hexadecimal, like "\x1b", so that a line stays one line. Syslog receives at most the first 8000
+/// bytes. What cannot be written is lost. The constructor ignores SIGPIPE: a closed standard error
+/// does not end the process.
 class LinuxSystemLog final : public SystemLog {
 public:
   LinuxSystemLog();

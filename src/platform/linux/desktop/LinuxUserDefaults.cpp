@@ -1,3 +1,5 @@
+// How the settings file is read and written, and what happens to a broken one.
+
 #include "platform/linux/desktop/LinuxUserDefaults.h"
 
 #include "support/Log.h"
@@ -37,7 +39,7 @@ void LinuxUserDefaults::setBoolean(const std::string& key, bool value) {
   QString fault;
   if (!contents.fault.isEmpty()) {
     report(contents);
-    fault = setAside();
+    fault = keepBroken();
   }
   contents.settings.insert(QString::fromStdString(key), value);
   if (fault.isEmpty())
@@ -60,7 +62,7 @@ LinuxUserDefaults::Contents LinuxUserDefaults::read() const {
   const QFileInfo information(path_);
   if (!information.exists())
     return {};
-  // Reading anything else might never end.
+  // Reading a pipe or a device might never end.
   if (!information.isFile())
     return {{}, "it is not a file", {}};
   QFile file(path_);
@@ -85,8 +87,8 @@ void LinuxUserDefaults::report(const Contents& contents) const {
                    " cannot be read: ", contents.fault.toStdString(), "; using none"});
 }
 
-/// Keeps a broken file under another name. Returns why that failed.
-QString LinuxUserDefaults::setAside() const {
+/// Renames a broken file. Returns why that failed; empty when it did not.
+QString LinuxUserDefaults::keepBroken() const {
   QString name = path_ + ".broken";
   for (int number = 2; QFileInfo::exists(name); ++number)
     name = path_ + QString(".broken-%1").arg(number);
@@ -94,7 +96,7 @@ QString LinuxUserDefaults::setAside() const {
   return file.rename(name) ? QString() : file.errorString();
 }
 
-/// Returns why the settings cannot be written.
+/// Returns why the settings cannot be written; empty when they were.
 QString LinuxUserDefaults::write(const QJsonObject& settings) const {
   if (!QDir().mkpath(QFileInfo(path_).path()))
     return "the folder cannot be made";

@@ -9,12 +9,12 @@
 
 namespace driftmark {
 
-/// Settings in a file that people can read and edit: one JSON object, read at each access. A file
-/// that cannot be read as one is logged, once as long as it stays as it is, and counts as empty; it
-/// is kept beside the new one, as "settings.json.broken", when a setting has to be written.
+/// Settings in a file that users can read and edit: one JSON object, read at each access. A file
+/// that cannot be read counts as empty; this is logged once for the same contents. When a setting
+/// is written, a broken file is kept beside the new one as "settings.json.broken".
 class LinuxUserDefaults final : public UserDefaults {
 public:
-  /// `driftmark/settings.json` in the user's folder for settings (`XDG_CONFIG_HOME`).
+  /// `driftmark/settings.json` in the user's configuration folder (`XDG_CONFIG_HOME`).
   static QString defaultPath();
 
   /// The log outlives this object.
@@ -27,14 +27,14 @@ public:
 private:
   struct Contents {
     QJsonObject settings;
-    QString fault; ///< why the file cannot be read as settings; empty when it can
+    QString fault; ///< why the file cannot be read; empty when it can
     QByteArray bytes;
   };
 
   Contents read() const;
   QJsonObject settings() const;
   QString write(const QJsonObject& settings) const;
-  QString setAside() const;
+  QString keepBroken() const;
   void report(const Contents& contents) const;
 
   SystemLog& systemLog_;

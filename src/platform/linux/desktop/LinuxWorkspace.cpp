@@ -1,3 +1,5 @@
+// How the desktop is asked to show or open a file.
+
 #include "platform/linux/desktop/LinuxWorkspace.h"
 
 #include "support/Paths.h"
@@ -17,7 +19,7 @@ namespace driftmark {
 
 namespace {
 
-/// Names are bytes here, so they are encoded one by one.
+/// Paths are byte strings, so each byte is encoded.
 QString fileUri(const std::string& path) {
   return QStringLiteral("file://") +
          QString::fromLatin1(QByteArray::fromStdString(path).toPercentEncoding("/"));
@@ -44,7 +46,7 @@ void LinuxWorkspace::activateFileViewerSelecting(const std::string& path) {
     return;
   }
   auto watcher = std::make_unique<QDBusPendingCallWatcher>(bus.asyncCall(showItems(path)));
-  QDBusPendingCallWatcher* const waiting = watcher.release(); // goes when the reply has come
+  QDBusPendingCallWatcher* const waiting = watcher.release(); // deletes itself after the reply
   QObject::connect(waiting, &QDBusPendingCallWatcher::finished, waiting, [waiting, openFolder] {
     if (waiting->isError())
       openFolder();

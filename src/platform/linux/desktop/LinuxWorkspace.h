@@ -5,14 +5,14 @@
 
 namespace driftmark {
 
-/// The desktop as its standards describe it: the file manager is asked over the session bus, and
-/// `xdg-open` opens what else there is to open.
+/// The desktop by its standards: the file manager shows items, asked over the session bus, and
+/// `xdg-open` opens them.
 class LinuxWorkspace final : public Workspace {
 public:
   /// The children outlive this object.
   explicit LinuxWorkspace(ChildProcesses& childProcesses) : childProcesses_(childProcesses) {}
 
-  /// Where no file manager answers, the folder that holds the item is opened.
+  /// Opens the folder that holds the item when no file manager answers.
   void activateFileViewerSelecting(const std::string& path) override;
 
   void open(const std::string& path) override;

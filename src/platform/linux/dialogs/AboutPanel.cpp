@@ -1,4 +1,8 @@
+// How the about panel looks, and which texts of the bundle it shows.
+
 #include "platform/linux/dialogs/AboutPanel.h"
+
+#include "platform/linux/dialogs/LinuxDialogs.h"
 
 #include <QDialog>
 #include <QFontInfo>
@@ -106,6 +110,12 @@ void AboutPanel::showAboutPanel(const std::string& name, const std::string& vers
   window_->show();
   window_->raise();
   window_->activateWindow();
+}
+
+void LinuxDialogs::orderFrontAboutPanel(const std::string& credits) {
+  aboutPanel_.showAboutPanel(bundle_.information("CFBundleName").value_or("Driftmark"),
+                             bundle_.information("CFBundleShortVersionString").value_or(""),
+                             bundle_.information("NSHumanReadableCopyright").value_or(""), credits);
 }
 
 } // namespace driftmark

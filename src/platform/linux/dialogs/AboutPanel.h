@@ -7,7 +7,8 @@ namespace driftmark {
 
 class AboutWindow;
 
-/// The window that says what this application is. Needs a QApplication. Main thread only.
+/// The window with the name, the version and the credits of the application. Needs a QApplication.
+/// Main thread only.
 class AboutPanel {
 public:
   AboutPanel();
@@ -15,8 +16,8 @@ public:
   AboutPanel& operator=(const AboutPanel&) = delete;
   ~AboutPanel();
 
-  /// Shows the panel and returns at once; one that is open comes to the front with these texts.
-  /// They are plain text; an empty one takes no room.
+  /// Shows the panel and returns at once. An open panel is brought to the front with these texts.
+  /// They are plain text; an empty one takes no space.
   void showAboutPanel(const std::string& name, const std::string& version,
                       const std::string& copyright, const std::string& credits);
 

@@ -1,10 +1,15 @@
-#include "platform/linux/dialogs/AlertDialog.h"
+// How an alert looks, and how it is answered.
 
-#include "platform/linux/menubar/WrappedText.h"
+#include "platform/linux/dialogs/LinuxDialogs.h"
+#include "platform/linux/dialogs/WrappingLabel.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <memory>
+#include <string>
+#include <vector>
 
+#include <QDialog>
 #include <QHBoxLayout>
 #include <QPushButton>
 #include <QScreen>
@@ -19,12 +24,12 @@ constexpr int margin = 20;
 constexpr int gapBetweenTexts = 8;
 constexpr int gapAboveButtons = 20;
 constexpr int gapBetweenButtons = 8;
-constexpr int narrowestButton = 80;
-constexpr int lowestButton = 28;
-constexpr int paddingInButton = 8;
-constexpr int charactersInLine = 62;
+constexpr int minButtonWidth = 80;
+constexpr int minButtonHeight = 28;
+constexpr int buttonPadding = 8;
+constexpr int charactersPerLine = 62;
 
-/// The title as it is, without a letter of it becoming a short cut.
+/// Escapes the character that would make the next one a shortcut.
 QString label(const std::string& title) {
   return QString::fromStdString(title).replace('&', "&&");
 }
@@ -40,7 +45,26 @@ std::unique_ptr<QScrollArea> scrollable(std::unique_ptr<QWidget> text) {
   return area;
 }
 
-} // namespace
+/// The window of an alert: the message in bold, the informative text below it, and the buttons in
+/// order from left to right. A text that is too tall for the screen scrolls. Object names:
+/// `messageText`, `informativeText`, `button0`, `button1` and so on.
+class AlertDialog final : public QDialog {
+public:
+  explicit AlertDialog(const Alert& alert);
+
+  /// Shows the alert until it is answered or closed. Returns the index of the chosen button, or
+  /// `Dialogs::unanswered` when the application ended first.
+  std::size_t run();
+
+protected:
+  void showEvent(QShowEvent* event) override;
+
+private:
+  int addButtons(QVBoxLayout& column, const Alert& alert);
+  void addTexts(QVBoxLayout& column, const Alert& alert, int width);
+
+  std::size_t chosen_ = Dialogs::unanswered;
+};
 
 AlertDialog::AlertDialog(const Alert& alert) {
   setObjectName("alert");
@@ -54,14 +78,14 @@ AlertDialog::AlertDialog(const Alert& alert) {
   column->setSpacing(0);
   column->setSizeConstraint(QLayout::SetFixedSize);
   auto buttons = std::make_unique<QVBoxLayout>();
-  const int widestLine = screen()->availableSize().width() - 2 * margin;
-  const int width = std::min(fontMetrics().averageCharWidth() * charactersInLine, widestLine);
+  const int maxLineWidth = screen()->availableSize().width() - 2 * margin;
+  const int width = std::min(fontMetrics().averageCharWidth() * charactersPerLine, maxLineWidth);
   addTexts(*column, alert, std::max(width, addButtons(*buttons, alert)));
   column->addSpacing(gapAboveButtons);
   column->addLayout(buttons.release());
 }
 
-/// Returns how wide the row of buttons is.
+/// Returns the width of the row of buttons.
 int AlertDialog::addButtons(QVBoxLayout& column, const Alert& alert) {
   std::vector<std::string> titles = alert.buttons;
   if (titles.empty())
@@ -76,8 +100,8 @@ int AlertDialog::addButtons(QVBoxLayout& column, const Alert& alert) {
     auto* const button = new QPushButton(label(titles[index]), this);
     button->setObjectName(QString("button%1").arg(index));
     const QSize needed = button->sizeHint();
-    button->setMinimumSize(std::max(narrowestButton, needed.width() + 2 * paddingInButton),
-                           std::max(lowestButton, needed.height()));
+    button->setMinimumSize(std::max(minButtonWidth, needed.width() + 2 * buttonPadding),
+                           std::max(minButtonHeight, needed.height()));
     button->setDefault(index == 0);
     connect(button, &QPushButton::clicked, this, [this, index] {
       chosen_ = index;
@@ -91,7 +115,7 @@ int AlertDialog::addButtons(QVBoxLayout& column, const Alert& alert) {
 }
 
 void AlertDialog::addTexts(QVBoxLayout& column, const Alert& alert, int width) {
-  auto* const message = new WrappedText(QString::fromStdString(alert.messageText));
+  auto* const message = new WrappingLabel(QString::fromStdString(alert.messageText));
   message->setObjectName("messageText");
   QFont bold = message->font();
   bold.setBold(true);
@@ -102,16 +126,16 @@ void AlertDialog::addTexts(QVBoxLayout& column, const Alert& alert, int width) {
     return;
 
   column.addSpacing(gapBetweenTexts);
-  auto text = std::make_unique<WrappedText>(QString::fromStdString(alert.informativeText));
+  auto text = std::make_unique<WrappingLabel>(QString::fromStdString(alert.informativeText));
   text->setObjectName("informativeText");
   const int height = text->heightForWidth(width);
-  const int tallest = screen()->availableSize().height() / 2;
-  if (height <= tallest) {
+  const int maxHeight = screen()->availableSize().height() / 2;
+  if (height <= maxHeight) {
     text->setFixedSize(width, height);
     column.addWidget(text.release());
   } else {
     auto* const area = scrollable(std::move(text)).release();
-    area->setFixedSize(width, tallest);
+    area->setFixedSize(width, maxHeight);
     column.addWidget(area);
   }
 }
@@ -121,11 +145,17 @@ std::size_t AlertDialog::run() {
   return chosen_;
 }
 
-/// A program without other windows is not in front by itself.
+/// Without other windows the program is not in front, so the alert would not be either.
 void AlertDialog::showEvent(QShowEvent* event) {
   QDialog::showEvent(event);
   raise();
   activateWindow();
+}
+
+} // namespace
+
+std::size_t LinuxDialogs::runModal(const Alert& alert) {
+  return AlertDialog(alert).run();
 }
 
 } // namespace driftmark

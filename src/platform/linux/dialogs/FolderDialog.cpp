@@ -1,13 +1,17 @@
-#include "platform/linux/dialogs/FolderDialog.h"
+// How the folder panel looks, and which folder is the chosen one.
 
-#include "platform/linux/menubar/WrappedText.h"
+#include "platform/linux/dialogs/LinuxDialogs.h"
+#include "platform/linux/dialogs/WrappingLabel.h"
 #include "support/Paths.h"
 
 #include <algorithm>
+#include <optional>
+#include <string>
 
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QHeaderView>
@@ -26,11 +30,11 @@ namespace driftmark {
 namespace {
 
 constexpr int margin = 20;
-constexpr QSize usualSize(680, 480);
+constexpr QSize defaultSize(680, 480);
 constexpr int gapBelowMessage = 12;
-constexpr int widestSidebar = 190;
+constexpr int maxSidebarWidth = 190;
 
-QString shown(const std::string& path) {
+QString displayed(const std::string& path) {
   return QFile::decodeName(path.c_str());
 }
 
@@ -41,19 +45,48 @@ std::string bytes(const QString& path) {
 /// The nearest folder, from `path` upwards, that exists and can be shown.
 std::string openingFolder(const std::string& path) {
   std::string folder = path.starts_with('/') ? std::string(withoutTrailingSlashes(path)) : "/";
-  while (folder != "/" && (bytes(shown(folder)) != folder || !QFileInfo(shown(folder)).isDir()))
+  while (folder != "/" &&
+         (bytes(displayed(folder)) != folder || !QFileInfo(displayed(folder)).isDir()))
     folder = deletingLastPathComponent(folder);
   return folder;
 }
 
-/// Qt keeps what its own file dialogs remember in the user's settings, and reads them as soon as a
-/// dialog is made. Nothing lies below this path. Returns the dialog's parent, which is none.
+/// Qt saves the state of its file dialogs in the user's settings, and reads it when a dialog is
+/// constructed. This redirects the settings to a path that cannot exist. Returns the dialog's
+/// parent, which is none.
 QWidget* withoutSettings() {
   QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
   return nullptr;
 }
 
-} // namespace
+/// The window in which a folder is chosen, with the message above the folders. Hidden folders are
+/// chosen by typing their path. A folder whose name is not UTF-8 cannot be shown: the panel opens
+/// at the next folder above it instead. The panel changes no folders and saves neither settings nor
+/// a history. Object name of the message: `message`.
+class FolderDialog final : public QFileDialog {
+public:
+  explicit FolderDialog(const FolderPanel& panel);
+
+  /// Shows the panel until it is answered or closed, or the application ends. Returns the chosen
+  /// folder; the one that the panel opened at is returned by the path that was given.
+  std::optional<std::string> run();
+
+protected:
+  void showEvent(QShowEvent* event) override;
+  void accept() override;
+
+private:
+  void addMessage(const std::string& text);
+  void arrange();
+  void followNameField();
+  QString folder() const;
+  bool hasFolder() const;
+
+  /// A widget of Qt's dialog.
+  template <class Widget> Widget& part(const char* name) const;
+
+  const std::string directory_; ///< the one that it opens at
+};
 
 template <class Widget> Widget& FolderDialog::part(const char* name) const {
   auto* const widget = findChild<Widget*>(QLatin1String(name));
@@ -70,21 +103,22 @@ FolderDialog::FolderDialog(const FolderPanel& panel)
   setWindowTitle(QString::fromStdString(panel.title));
   setLabelText(Accept, QString::fromStdString(panel.prompt));
   setLabelText(FileName, QStringLiteral("Folder:"));
-  setDirectory(shown(directory_));
-  setSidebarUrls({QUrl::fromLocalFile(QDir::homePath()), QUrl::fromLocalFile(shown(directory_))});
+  setDirectory(displayed(directory_));
+  setSidebarUrls(
+      {QUrl::fromLocalFile(QDir::homePath()), QUrl::fromLocalFile(displayed(directory_))});
   addMessage(panel.message);
   arrange();
-  followTheName();
+  followNameField();
 }
 
 void FolderDialog::addMessage(const std::string& text) {
   auto* const frame = new QWidget(this);
   auto* const column = new QVBoxLayout(frame);
   column->setContentsMargins(margin, margin, margin, 0);
-  auto* const message = new WrappedText(QString::fromStdString(text));
+  auto* const message = new WrappingLabel(QString::fromStdString(text));
   message->setObjectName("message");
   column->addWidget(message);
-  // The layout is Qt's own, and this is the place above it.
+  // The layout belongs to Qt's dialog; a menu bar is the one widget that it shows above itself.
   layout()->setMenuBar(frame);
 }
 
@@ -108,19 +142,19 @@ void FolderDialog::arrange() {
     buttons.setOrientation(Qt::Horizontal);
     grid->addWidget(&buttons, grid->rowCount(), 0, 1, -1);
   }
-  resize(usualSize.boundedTo(screen()->availableSize() - QSize(2 * margin, 2 * margin)));
-  const int sidebar = std::min(widestSidebar, width() / 3);
+  resize(defaultSize.boundedTo(screen()->availableSize() - QSize(2 * margin, 2 * margin)));
+  const int sidebar = std::min(maxSidebarWidth, width() / 3);
   part<QSplitter>("splitter").setSizes({sidebar, width() - sidebar});
 }
 
-void FolderDialog::followTheName() {
+void FolderDialog::followNameField() {
   connect(&part<QLineEdit>("fileNameEdit"), &QLineEdit::textChanged, this, [this] {
     part<QDialogButtonBox>("buttonBox").button(QDialogButtonBox::Open)->setEnabled(hasFolder());
   });
 }
 
-/// What is written says which folder it is, as Qt writes the name of one that is selected. Qt
-/// itself would not take a hidden one, since its list does not show it.
+/// The name field decides; Qt writes the name of a selected folder into it. Qt itself would refuse
+/// a hidden folder, as its list does not show it.
 QString FolderDialog::folder() const {
   const QString written = part<QLineEdit>("fileNameEdit").text();
   if (written.isEmpty())
@@ -143,14 +177,20 @@ void FolderDialog::accept() {
 std::optional<std::string> FolderDialog::run() {
   if (exec() != Accepted)
     return std::nullopt;
-  return folder() == QDir::cleanPath(shown(directory_)) ? directory_ : bytes(folder());
+  return folder() == QDir::cleanPath(displayed(directory_)) ? directory_ : bytes(folder());
 }
 
-/// A program without other windows is not in front by itself.
+/// Without other windows the program is not in front, so the panel would not be either.
 void FolderDialog::showEvent(QShowEvent* event) {
   QFileDialog::showEvent(event);
   raise();
   activateWindow();
+}
+
+} // namespace
+
+std::optional<std::string> LinuxDialogs::chooseFolder(const FolderPanel& panel) {
+  return FolderDialog(panel).run();
 }
 
 } // namespace driftmark

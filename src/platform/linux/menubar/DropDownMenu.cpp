@@ -1,11 +1,14 @@
+// How the menu is laid out and opened, and how its rows are chosen.
+
 #include "platform/linux/menubar/DropDownMenu.h"
 
-#include "platform/linux/menubar/DisplayText.h"
-#include "platform/linux/menubar/EntryAccessible.h"
+#include "platform/linux/menubar/ElidedText.h"
+#include "platform/linux/menubar/MenuBarAccessibility.h"
 #include "support/Weakly.h"
 
 #include <algorithm>
 
+#include <QAccessible>
 #include <QApplication>
 #include <QHelpEvent>
 #include <QKeyEvent>
@@ -26,7 +29,7 @@ QKeySequence shortcut(const std::string& keyEquivalent) {
   return {QStringLiteral("Ctrl+") + QString::fromStdString(keyEquivalent).toUpper()};
 }
 
-/// What the style reads as `text` without a mnemonic in it.
+/// Escapes the character that would start a mnemonic.
 QString withoutMnemonic(QString text) {
   return text.replace(u'&', QStringLiteral("&&"));
 }
@@ -37,7 +40,7 @@ QColor between(const QColor& one, const QColor& other, float part) {
                           mixed(one.blueF(), other.blueF()));
 }
 
-/// A check mark as the symbols are drawn.
+/// Draws a check mark in the manner of the symbols.
 void drawCheckMark(const QStyleOption& option, QPainter& painter) {
   const bool isSelected = (option.state & QStyle::State_Selected) != 0;
   const QPointF centre = QRectF(option.rect).center();
@@ -51,7 +54,8 @@ void drawCheckMark(const QStyleOption& option, QPainter& painter) {
   painter.restore();
 }
 
-/// The application's style, in which a menu that is too high scrolls and a check mark has no box.
+/// The application's style, except that a menu that is too high scrolls and a check mark has no
+/// box.
 class MenuStyle final : public QProxyStyle {
 public:
   explicit MenuStyle(QObject* parent) : QProxyStyle(QApplication::style()->name()) {
@@ -73,7 +77,7 @@ public:
   }
 };
 
-/// `palette` with labels, which are disabled items, in a grey that can be read, without a relief.
+/// `palette` with a readable grey, without relief, for labels. These are disabled items.
 QPalette withReadableLabels(QPalette palette) {
   const QColor paper = palette.color(QPalette::Active, QPalette::Base);
   const QColor grey = between(paper, palette.color(QPalette::Active, QPalette::Text), 0.58F);
@@ -83,17 +87,11 @@ QPalette withReadableLabels(QPalette palette) {
   return palette;
 }
 
-QAccessibleInterface* accessibleFor(const QString& /*className*/, QObject* object) {
-  auto* const action = dynamic_cast<QAction*>(object);
-  auto* const menu = dynamic_cast<DropDownMenu*>(action != nullptr ? action->parent() : nullptr);
-  return menu != nullptr ? new EntryAccessible(*action, *menu) : nullptr;
-}
-
 } // namespace
 
 DropDownMenu::DropDownMenu(Menu items, SymbolImages& images, QWidget& owner)
     : QMenu(&owner), owner_(owner), items_(std::make_shared<const Menu>(std::move(items))) {
-  QAccessible::installFactory(accessibleFor);
+  installMenuBarAccessibility();
   setObjectName(QStringLiteral("DropDownMenu"));
   setStyle(new MenuStyle(this));
   setPalette(withReadableLabels(palette()));
@@ -108,9 +106,9 @@ DropDownMenu::DropDownMenu(Menu items, SymbolImages& images, QWidget& owner)
   }
   if (rows_.empty())
     return;
-  // What the style puts around the titles is known once there are some.
+  // The width that the style adds to a title can only be measured with titles.
   const qreal around = sizeHint().width() - std::ranges::max(rows_, {}, &Row::width).width;
-  widestTitle_ = std::min(widest, owner_.screen()->availableGeometry().width()) - around;
+  maxTitleWidth_ = std::min(maxWidth, owner_.screen()->availableGeometry().width()) - around;
   std::ranges::for_each(rows_, [this](Row& row) { draw(row); });
 }
 
@@ -146,15 +144,14 @@ QIcon DropDownMenu::icon(const std::string& symbol, SymbolImages& images) const 
   return icon;
 }
 
-/// Gives the row the text that stands for its title.
+/// Sets the text that is drawn for the row's title.
 void DropDownMenu::draw(Row& row) {
   if (row.action->isSeparator())
     return;
   const QFontMetricsF metrics(font(), this);
-  const display_text::Line line =
-      display_text::line(row.action->data().toString(), metrics, widestTitle_);
-  row.action->setText(withoutMnemonic(display_text::inOrder(line.text)));
-  row.isCut = line.isCut;
+  const ElidedLine line = elidedLine(row.action->data().toString(), metrics, maxTitleWidth_);
+  row.action->setText(withoutMnemonic(withIsolatedRightToLeft(line.text)));
+  row.isElided = line.isElided;
   row.width = metrics.horizontalAdvance(line.text);
 }
 
@@ -171,7 +168,7 @@ void DropDownMenu::retitle(MenuItem::Tag tag, const std::string& title) {
   draw(row);
   QAccessibleEvent renamed(row.action, QAccessible::NameChanged);
   QAccessible::updateAccessibility(&renamed);
-  if (isVisible()) // the style has given it another width, and its full height
+  if (isVisible()) // the style has changed its width, and its height to that of all rows
     setGeometry(before.right() + 1 - width(), before.top(), width(), before.height());
 }
 
@@ -180,7 +177,7 @@ void DropDownMenu::open() {
   popup(QPoint(area.right() + 1 - sizeHint().width(), area.bottom() + 1));
 }
 
-/// A menu that is too high has been moved over its owner; it shows less instead.
+/// Qt moves a menu that is too high over its owner. Shortens it instead.
 void DropDownMenu::showEvent(QShowEvent* event) {
   const int top = ownerArea().bottom() + 1;
   if (geometry().top() < top)
@@ -188,7 +185,7 @@ void DropDownMenu::showEvent(QShowEvent* event) {
   QMenu::showEvent(event);
 }
 
-/// While the menu is open, only it gets the keys: what would be shortcuts elsewhere comes here.
+/// The open menu receives all keys, so it handles shortcuts itself.
 void DropDownMenu::keyPressEvent(QKeyEvent* event) {
   const QKeySequence pressed(event->keyCombination());
   const auto row = std::ranges::find_if(rows_, [&pressed](const Row& candidate) {
@@ -203,7 +200,7 @@ void DropDownMenu::keyPressEvent(QKeyEvent* event) {
   row->action->trigger();
 }
 
-/// Scrolls to the row that a key has gone to; the style does not always.
+/// Scrolls to the row that a key selected. The style does not always do so.
 void DropDownMenu::showActiveRow() {
   QAction* const active = activeAction();
   if (active != nullptr && !rect().contains(actionGeometry(active)))
@@ -226,12 +223,12 @@ bool DropDownMenu::showToolTip(const QHelpEvent& event) {
   QStringList paragraphs;
   if (row != rows_.end()) {
     const MenuItem& item = (*items_)[static_cast<std::size_t>(row - rows_.begin())];
-    if (row->isCut)
+    if (row->isElided)
       paragraphs += row->action->data().toString();
     if (!item.toolTip.empty())
       paragraphs += QString::fromStdString(item.toolTip);
   }
-  display_text::showToolTip(event.globalPos(), paragraphs, this);
+  showPlainToolTip(event.globalPos(), paragraphs, this);
   return true;
 }
 

@@ -14,24 +14,23 @@ class QHelpEvent;
 
 namespace driftmark {
 
-/// A menu drawn by the desktop's style. Its shortcuts work while it is open; what was chosen runs
-/// from the event loop once it has closed, and not at all when the menu is gone by then. Each
-/// action's data() is its item's title as it is, its text() what is drawn of that. Main thread
-/// only.
+/// A menu drawn by the desktop's style. Its shortcuts work while it is open. The action of a chosen
+/// row runs from the event loop after the menu has closed, unless the menu was destroyed by then.
+/// The data() of a QAction is the item's title, its text() what is drawn. Main thread only.
 class DropDownMenu final : public QMenu {
 public:
-  /// Drops down from `owner`, which outlives it, in the latter's colours and resolution.
+  /// Uses the colours and the resolution of `owner`, which outlives it.
   DropDownMenu(Menu items, SymbolImages& images, QWidget& owner);
 
-  /// Gives the first item of that tag another title, in its place.
+  /// Changes the title of the first item with that tag.
   void retitle(MenuItem::Tag tag, const std::string& title);
 
-  /// Opens the menu under its owner, ending where that ends. A menu that is higher than the screen
-  /// scrolls. While it is open, a click on the owner only closes it.
+  /// Opens the menu under its owner, aligned with the owner's right end. A menu that is higher than
+  /// the screen scrolls. While it is open, a click on the owner only closes it.
   void open();
 
-  /// No menu is wider than this, nor than its screen.
-  static constexpr int widest = 600;
+  /// In device-independent pixels. No menu is wider than its screen either.
+  static constexpr int maxWidth = 600;
 
 protected:
   bool event(QEvent* event) override;
@@ -42,8 +41,8 @@ protected:
 private:
   struct Row {
     QAction* action;
-    bool isCut = false; ///< whether not all of its title is drawn
-    qreal width = 0;    ///< of what is drawn of the title
+    bool isElided = false; ///< whether a part of its title is left out
+    qreal width = 0;       ///< of the drawn title
   };
 
   QAction* makeAction(const MenuItem& item, SymbolImages& images);
@@ -57,7 +56,7 @@ private:
   QWidget& owner_;
   const std::shared_ptr<const Menu> items_;
   std::vector<Row> rows_; ///< one for each item
-  qreal widestTitle_ = widest;
+  qreal maxTitleWidth_ = maxWidth;
 };
 
 } // namespace driftmark

@@ -1,3 +1,5 @@
+// How the status item opens and closes its menu.
+
 #include "platform/linux/menubar/LinuxStatusItem.h"
 
 #include <utility>

@@ -9,7 +9,7 @@
 
 namespace driftmark {
 
-/// A status item in a menu-bar strip of its own. Needs a QApplication.
+/// A status item as a menu-bar strip. Needs a QApplication.
 class LinuxStatusItem final : public StatusItem {
 public:
   LinuxStatusItem();
@@ -25,7 +25,7 @@ public:
 
   MenuBarStrip& strip() { return strip_; }
 
-  /// The menu built last, null before the first.
+  /// The menu that was built last; null before the first.
   DropDownMenu* menu() { return menu_.get(); }
 
 private:
@@ -38,7 +38,7 @@ private:
   std::unique_ptr<DropDownMenu> menu_;
 };
 
-/// The menu bar of this front: each item is a strip.
+/// The menu bar of the Linux frontend: each item is a strip.
 class LinuxStatusBar final : public StatusBar {
 public:
   std::unique_ptr<StatusItem> makeStatusItem() override {

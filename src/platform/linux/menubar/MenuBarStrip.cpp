@@ -1,18 +1,18 @@
+// How the strip is placed and drawn, and what presses it.
+
 #include "platform/linux/menubar/MenuBarStrip.h"
 
-#include "platform/linux/menubar/DisplayText.h"
-#include "platform/linux/menubar/TabularText.h"
+#include "platform/linux/menubar/ElidedText.h"
+#include "platform/linux/menubar/MenuBarAccessibility.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include <QAccessibleWidget>
 #include <QCloseEvent>
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QHelpEvent>
 #include <QKeyEvent>
-#include <QMenu>
 #include <QPainter>
 #include <QScreen>
 
@@ -20,60 +20,63 @@ namespace driftmark {
 
 namespace {
 
-// Points are those of a Mac: one device-independent pixel each.
+// A point is one device-independent pixel, as on a Mac.
 constexpr int barHeight = 24;
 constexpr int symbolSize = 16;
 constexpr int titlePoints = 11;
 constexpr int margin = 10;
 constexpr int titleGap = 5;
-constexpr qreal widestTitle = 240;
+constexpr qreal maxTitleWidth = 240;
 
-/// Any title has the room of this one, so that a percentage can grow without moving the strip.
+/// A title takes at least the width of this one, so that the strip does not move as a percentage
+/// grows.
 const QString& usualTitle() {
   static const QString title = QStringLiteral("100%");
   return title;
 }
 
-/// A menu button for screen readers.
-class StripAccessible final : public QAccessibleWidget {
-public:
-  explicit StripAccessible(MenuBarStrip* strip)
-      : QAccessibleWidget(strip, QAccessible::ButtonMenu), strip_(strip) {}
+bool isDigit(QChar character) {
+  return character >= u'0' && character <= u'9';
+}
 
-  QStringList actionNames() const override { return {showMenuAction(), pressAction()}; }
-  void doAction(const QString& name) override {
-    if (name == showMenuAction() || name == pressAction())
-      strip_->press();
-  }
-  QAccessible::State state() const override {
-    QAccessible::State state = QAccessibleWidget::state();
-    state.hasPopup = true;
-    state.expanded = strip_->isHighlighted();
-    return state;
-  }
+qreal digitWidth(const QFontMetricsF& metrics) {
+  qreal widest = 0;
+  for (char16_t digit = u'0'; digit <= u'9'; ++digit)
+    widest = std::max(widest, metrics.horizontalAdvance(QChar(digit)));
+  return widest;
+}
 
-  int childCount() const override { return openMenu() != nullptr ? 1 : 0; }
-  QAccessibleInterface* child(int index) const override {
-    return index == 0 ? QAccessible::queryAccessibleInterface(openMenu()) : nullptr;
+/// Lays a title out with all digits as wide as the widest one, so that a percentage does not jump.
+/// Calls `place` for each digit and each text between digits, with its position and its width.
+/// Returns the total width.
+template <class Place>
+qreal layOut(const QString& text, const QFontMetricsF& metrics, const Place& place) {
+  const qreal digit = digitWidth(metrics);
+  qreal x = 0;
+  for (qsizetype at = 0; at < text.size();) {
+    const QChar* const begin = text.cbegin() + at;
+    const qsizetype length =
+        isDigit(*begin) ? 1 : std::find_if(begin, text.cend(), isDigit) - begin;
+    const QString part = text.sliced(at, length);
+    const qreal width = isDigit(*begin) ? digit : metrics.horizontalAdvance(part);
+    place(part, x, width);
+    x += width;
+    at += length;
   }
-  int indexOfChild(const QAccessibleInterface* child) const override {
-    return child != nullptr && child->object() != nullptr && child->object() == openMenu() ? 0 : -1;
-  }
+  return x;
+}
 
-private:
-  /// Qt lists no menu among the children of a widget, nor among the application's windows.
-  QMenu* openMenu() const {
-    const auto menus = strip_->findChildren<QMenu*>(QString(), Qt::FindDirectChildrenOnly);
-    const auto open = std::ranges::find_if(menus, &QMenu::isVisible);
-    return open != menus.end() ? *open : nullptr;
-  }
+qreal titleWidth(const QString& text, const QFontMetricsF& metrics) {
+  return layOut(text, metrics, [](const QString&, qreal, qreal) {});
+}
 
-  MenuBarStrip* const strip_;
-};
-
-QAccessibleInterface* accessibleFor(const QString& /*className*/, QObject* object) {
-  auto* const strip = dynamic_cast<MenuBarStrip*>(object);
-  return strip != nullptr ? new StripAccessible(strip) : nullptr;
+/// Draws with the painter's font, from a point on the base line.
+void drawTitle(QPainter& painter, const QPointF& position, const QString& text) {
+  const QFontMetricsF metrics(painter.font(), painter.device());
+  layOut(text, metrics, [&](const QString& part, qreal x, qreal width) {
+    const qreal offset = (width - metrics.horizontalAdvance(part)) / 2;
+    painter.drawText(position + QPointF(x + offset, 0), part);
+  });
 }
 
 QColor translucent(QColor colour, qreal opacity) {
@@ -86,7 +89,7 @@ QColor translucent(QColor colour, qreal opacity) {
 MenuBarStrip::MenuBarStrip(SymbolImages& images, std::function<void()> onPress)
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
       images_(images), onPress_(std::move(onPress)) {
-  QAccessible::installFactory(accessibleFor);
+  installMenuBarAccessibility();
   setObjectName(QStringLiteral("MenuBarStrip"));
   setWindowTitle(QStringLiteral("Driftmark"));
   setAttribute(Qt::WA_ShowWithoutActivating);
@@ -126,7 +129,7 @@ void MenuBarStrip::setHighlighted(bool highlighted) {
 bool MenuBarStrip::event(QEvent* event) {
   switch (event->type()) {
   case QEvent::ToolTip:
-    display_text::showToolTip(static_cast<QHelpEvent*>(event)->globalPos(), {toolTip()}, this);
+    showPlainToolTip(static_cast<QHelpEvent*>(event)->globalPos(), {toolTip()}, this);
     return true;
   case QEvent::ApplicationFontChange:
     useSystemFont();
@@ -160,13 +163,13 @@ void MenuBarStrip::paintEvent(QPaintEvent* /*event*/) {
 
   painter.drawPixmap(QPoint(margin, (barHeight - symbolSize) / 2),
                      images_.image(symbol_, ink, symbolSize, devicePixelRatioF()));
-  if (shownTitle_.isEmpty())
+  if (elidedTitle_.isEmpty())
     return;
   painter.setFont(font());
   painter.setPen(ink);
   const QFontMetricsF metrics(font(), this);
   const qreal baseLine = std::round((barHeight + metrics.capHeight()) / 2);
-  tabular_text::draw(painter, {margin + symbolSize + titleGap, baseLine}, shownTitle_);
+  drawTitle(painter, {margin + symbolSize + titleGap, baseLine}, elidedTitle_);
 }
 
 void MenuBarStrip::mousePressEvent(QMouseEvent* event) {
@@ -194,7 +197,7 @@ void MenuBarStrip::focusInEvent(QFocusEvent* event) {
   QWidget::focusInEvent(event);
 }
 
-/// Closed by a user, the strip comes back; while the application ends, no event loop brings it.
+/// A strip that the user closes is shown again by the event loop, unless the application ends.
 void MenuBarStrip::closeEvent(QCloseEvent* event) {
   QMetaObject::invokeMethod(this, &QWidget::show, Qt::QueuedConnection);
   QWidget::closeEvent(event);
@@ -215,14 +218,14 @@ void MenuBarStrip::followScreen() {
   place();
 }
 
-/// Gives the strip the width that its contents need.
+/// Sets the width that the contents need.
 void MenuBarStrip::fit() {
   const QFontMetricsF metrics(font(), this);
-  shownTitle_ = display_text::line(QString::fromStdString(title_), metrics, widestTitle).text;
+  elidedTitle_ = elidedLine(QString::fromStdString(title_), metrics, maxTitleWidth).text;
   qreal needed = 2 * margin + symbolSize;
-  if (!shownTitle_.isEmpty())
-    needed += titleGap + std::max(tabular_text::width(shownTitle_, metrics),
-                                  tabular_text::width(usualTitle(), metrics));
+  if (!elidedTitle_.isEmpty())
+    needed +=
+        titleGap + std::max(titleWidth(elidedTitle_, metrics), titleWidth(usualTitle(), metrics));
   setFixedSize(static_cast<int>(std::ceil(needed)), barHeight);
   place();
 }

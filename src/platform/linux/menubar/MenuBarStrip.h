@@ -9,21 +9,20 @@
 
 namespace driftmark {
 
-/// The strip at the top right of the first screen that stands for the system's menu bar: a symbol
-/// and, where there is one, a title behind it. It stays above other windows, is in no task bar and
-/// does not take the keyboard focus by itself. Clicked, or with the focus and the space bar, Enter
-/// or the down key, it asks for its menu. Screen readers read the symbol's description. Main
-/// thread.
+/// The strip at the top right of the primary screen that replaces the system's menu bar: a symbol
+/// and an optional title behind it. It stays above other windows, is in no task bar and never takes
+/// the keyboard focus by itself. A click presses it; so do the space bar, Enter and the down key
+/// when it has the focus. Screen readers read the symbol's description. Main thread only.
 class MenuBarStrip final : public QWidget {
 public:
   /// `images` outlives the strip.
   MenuBarStrip(SymbolImages& images, std::function<void()> onPress);
 
-  /// The symbol of that name; none where there is no such symbol.
+  /// Shows the symbol of that name, or none for an unknown name.
   void setSymbol(const std::string& name, const QString& description);
   void setTitle(const std::string& title);
 
-  /// Whether the strip is drawn as its menu's owner.
+  /// Draws the strip as the owner of an open menu, or not.
   void setHighlighted(bool highlighted);
 
   /// Presses the strip, as a click does.
@@ -33,7 +32,7 @@ public:
   const std::string& title() const { return title_; }
   bool isHighlighted() const { return isHighlighted_; }
 
-  /// How often the strip was drawn; it is not drawn again without a change.
+  /// How often the strip was drawn. It is drawn again only after a change.
   int paintCount() const { return paintCount_; }
 
 protected:
@@ -54,7 +53,7 @@ private:
   const std::function<void()> onPress_;
   std::string symbol_;
   std::string title_;
-  QString shownTitle_;
+  QString elidedTitle_;
   bool isHighlighted_ = false;
   bool showsFocus_ = false;
   int paintCount_ = 0;

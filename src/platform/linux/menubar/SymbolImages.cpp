@@ -1,3 +1,5 @@
+// How symbols are drawn.
+
 #include "platform/linux/menubar/SymbolImages.h"
 
 #include <cmath>

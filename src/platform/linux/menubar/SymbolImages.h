@@ -9,16 +9,16 @@
 
 namespace driftmark {
 
-/// The symbols that this front brings along, as template images: shapes that take the colour asked
-/// for. Each is a file in symbols/ that bears its name, drawn on a grid of 16 by 16 in strokes 1.4
-/// wide. Every image is drawn once and kept. Main thread only.
+/// The symbols of the Linux frontend as template images: shapes drawn in any colour. Each is a file
+/// of its name in symbols/, on a grid of 16 by 16 with strokes 1.4 wide. Images are cached. Main
+/// thread only.
 class SymbolImages {
 public:
   /// Whether there is a symbol of that name.
   static bool has(const std::string& name);
 
-  /// The symbol in that colour, `size` device-independent pixels wide and high, sharp at `ratio`
-  /// device pixels for one of them. A null image for an unknown name.
+  /// The symbol in that colour, `size` device-independent pixels wide and high, drawn for `ratio`
+  /// device pixels per device-independent one. A null image for an unknown name.
   QPixmap image(const std::string& name, const QColor& colour, int size, qreal ratio);
 
 private:

@@ -1,25 +1,210 @@
+// How a request is sent and checked, and where the body of its reply goes.
+
 #include "platform/linux/network/LinuxHttpClient.h"
 
-#include "platform/linux/network/HttpTransfer.h"
+#include "platform/posix/PosixAdapters.h"
 
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <limits>
 #include <memory>
+#include <string>
 #include <utility>
 
+#include <QByteArray>
 #include <QFile>
+#include <QMetaObject>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslError>
+#include <QString>
 #include <QTemporaryFile>
+#include <QUrl>
 
 namespace driftmark {
 
 namespace {
 
-/// A body that is kept in memory, up to a limit.
+/// How many bytes of a body are buffered when it arrives faster than it is processed.
+constexpr qint64 bufferSize = qint64{256} * 1024;
+
+int milliseconds(Seconds duration) {
+  constexpr auto max = static_cast<double>(std::numeric_limits<int>::max());
+  return static_cast<int>(
+      std::clamp(std::chrono::duration<double, std::milli>(duration).count(), 1.0, max));
+}
+
+QNetworkRequest requestFor(const HttpClient::Request& request, const QUrl& url) {
+  QNetworkRequest result(url);
+  result.setTransferTimeout(milliseconds(request.timeoutInterval));
+  result.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                      QNetworkRequest::NoLessSafeRedirectPolicy);
+  result.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+  result.setRawHeader("Accept-Encoding", "identity");
+  if (request.cachePolicy == HttpClient::CachePolicy::reloadIgnoringLocalCacheData) {
+    result.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
+    result.setRawHeader("Cache-Control", "no-cache");
+    result.setRawHeader("Pragma", "no-cache");
+  }
+  return result;
+}
+
+/// Trusts the CA certificates in the file that the environment names. Returns the reason when it
+/// cannot; otherwise an empty text.
+QString trustExtraCaCertificates(QNetworkRequest& request) {
+  const auto name = PosixEnvironment().variable(LinuxHttpClient::extraCaCertificatesVariable);
+  if (!name || name->empty())
+    return {};
+  const auto certificates = QSslCertificate::fromPath(QString::fromStdString(*name), QSsl::Pem);
+  if (certificates.isEmpty())
+    return QString("There is no certificate in %1.").arg(QString::fromStdString(*name));
+  QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+  configuration.setCaCertificates(QSslConfiguration::systemCaCertificates() + certificates);
+  request.setSslConfiguration(configuration);
+  return {};
+}
+
+/// Whether the error only stands for the HTTP status of a complete reply.
+bool isStatus(QNetworkReply::NetworkError error) {
+  switch (error) {
+  case QNetworkReply::ContentAccessDenied:
+  case QNetworkReply::ContentOperationNotPermittedError:
+  case QNetworkReply::ContentNotFoundError:
+  case QNetworkReply::AuthenticationRequiredError:
+  case QNetworkReply::ContentConflictError:
+  case QNetworkReply::ContentGoneError:
+  case QNetworkReply::UnknownContentError:
+  case QNetworkReply::ProtocolInvalidOperationError:
+  case QNetworkReply::InternalServerError:
+  case QNetworkReply::OperationNotImplementedError:
+  case QNetworkReply::ServiceUnavailableError:
+  case QNetworkReply::UnknownServerError:
+    return true;
+  default:
+    return false;
+  }
+}
+
+/// One running request. Deletes itself at its end. Deleting it earlier drops the request without a
+/// callback. Main thread only.
+class HttpTransfer final : public QObject {
+public:
+  /// The receiver of the reply's body.
+  class Body {
+  public:
+    virtual ~Body() = default;
+
+    /// Receives the next bytes. Returns the reason when it cannot; otherwise an empty text.
+    virtual QString receive(const QByteArray& bytes) = 0;
+
+    /// Called once, from the event loop, when the body is complete or has failed. `error` is empty
+    /// for a complete body.
+    virtual void finish(const QString& error) = 0;
+  };
+
+  /// Sends `request`. `owner` becomes the parent of the transfer.
+  static void start(const HttpClient::Request& request, std::unique_ptr<Body> body, QObject& owner);
+
+private:
+  HttpTransfer(std::unique_ptr<Body> body, QObject& owner);
+
+  void send(const HttpClient::Request& request);
+  void end(const QString& fault);
+  void receiveWaiting();
+  void finish();
+  QString fault() const;
+
+  std::unique_ptr<Body> body_; ///< null once the transfer has ended
+  QNetworkAccessManager network_;
+  QNetworkReply* reply_ = nullptr; ///< a child of `network_`
+  qint64 received_ = 0;
+  QString certificateFault_;
+};
+
+void HttpTransfer::start(const HttpClient::Request& request, std::unique_ptr<Body> body,
+                         QObject& owner) {
+  // Deleted by its parent, or by itself at its end.
+  (new HttpTransfer(std::move(body), owner))->send(request);
+}
+
+HttpTransfer::HttpTransfer(std::unique_ptr<Body> body, QObject& owner)
+    : QObject(&owner), body_(std::move(body)) {}
+
+void HttpTransfer::send(const HttpClient::Request& request) {
+  const QUrl url(QString::fromStdString(request.url), QUrl::StrictMode);
+  if (!url.isValid() || url.host().isEmpty())
+    return end("This is not the address of a server.");
+  if (url.scheme() != "https")
+    return end("Only secure (https) addresses are supported.");
+  QNetworkRequest networkRequest = requestFor(request, url);
+  if (const QString fault = trustExtraCaCertificates(networkRequest); !fault.isEmpty())
+    return end(fault);
+
+  reply_ = network_.get(networkRequest);
+  reply_->setReadBufferSize(bufferSize);
+  connect(reply_, &QNetworkReply::readyRead, this, &HttpTransfer::receiveWaiting);
+  connect(reply_, &QNetworkReply::sslErrors, this, [this](const QList<QSslError>& errors) {
+    certificateFault_ = errors.isEmpty() ? QString() : errors.first().errorString();
+  });
+  connect(reply_, &QNetworkReply::finished, this, &HttpTransfer::finish);
+}
+
+/// Ends the transfer. The body is notified from the event loop; that may delete this object.
+void HttpTransfer::end(const QString& fault) {
+  QMetaObject::invokeMethod(
+      this,
+      [this, fault, body = std::shared_ptr(std::move(body_))] {
+        deleteLater();
+        body->finish(fault);
+      },
+      Qt::QueuedConnection);
+}
+
+void HttpTransfer::receiveWaiting() {
+  while (body_ && reply_->bytesAvailable() > 0) {
+    const QByteArray bytes = reply_->read(bufferSize);
+    if (bytes.isEmpty())
+      return;
+    received_ += bytes.size();
+    if (const QString fault = body_->receive(bytes); !fault.isEmpty()) {
+      end(fault);
+      return reply_->abort();
+    }
+  }
+}
+
+void HttpTransfer::finish() {
+  receiveWaiting();
+  if (body_)
+    end(fault());
+}
+
+/// Why the reply is incomplete; empty when it is complete.
+QString HttpTransfer::fault() const {
+  if (!certificateFault_.isEmpty())
+    return certificateFault_;
+  const auto error = reply_->error();
+  if (error == QNetworkReply::OperationCanceledError)
+    return "The request timed out.";
+  if (error != QNetworkReply::NoError && !isStatus(error))
+    return reply_->errorString();
+  const QVariant length = reply_->header(QNetworkRequest::ContentLengthHeader);
+  return length.isValid() && length.toLongLong() > received_ ? "The network connection was lost."
+                                                             : QString();
+}
+
+/// A body in memory, up to a limit.
 class BodyInMemory final : public HttpTransfer::Body {
 public:
-  BodyInMemory(std::size_t largest, HttpClient::DataHandler onReply)
-      : largest_(largest), onReply_(std::move(onReply)) {}
+  BodyInMemory(std::size_t maxSize, HttpClient::DataHandler onReply)
+      : maxSize_(maxSize), onReply_(std::move(onReply)) {}
 
-  QString take(const QByteArray& bytes) override {
-    if (static_cast<std::size_t>(bytes.size()) > largest_ - data_.size())
+  QString receive(const QByteArray& bytes) override {
+    if (static_cast<std::size_t>(bytes.size()) > maxSize_ - data_.size())
       return "The server sent more than was expected.";
     data_.append(bytes.constData(), static_cast<std::size_t>(bytes.size()));
     return {};
@@ -33,21 +218,21 @@ public:
   }
 
 private:
-  const std::size_t largest_;
+  const std::size_t maxSize_;
   const HttpClient::DataHandler onReply_;
   std::string data_;
 };
 
-/// A body that goes to a file, which is removed with this object unless it was moved elsewhere. The
-/// file gets its name when it is whole, where the file system can do that, so that not even an
-/// abrupt end of this process leaves a part of it behind.
+/// A body in a file, which is removed with this object unless it was moved elsewhere. Where the
+/// file system supports it, the file has no name until it is complete, so that even an abrupt end
+/// of this process leaves no part of it behind.
 class BodyInFile final : public HttpTransfer::Body {
 public:
   BodyInFile(const std::string& folder, HttpClient::DownloadHandler onReply)
       : onReply_(std::move(onReply)),
         file_(QFile::decodeName((folder + "download-XXXXXX").c_str())) {}
 
-  QString take(const QByteArray& bytes) override {
+  QString receive(const QByteArray& bytes) override {
     const bool written = isOpen() && file_.write(bytes) == bytes.size() && file_.flush();
     return written ? QString() : file_.errorString();
   }
@@ -74,8 +259,8 @@ private:
 
 } // namespace
 
-void LinuxHttpClient::fetch(const Request& request, std::size_t largestBody, DataHandler onReply) {
-  HttpTransfer::start(request, std::make_unique<BodyInMemory>(largestBody, std::move(onReply)),
+void LinuxHttpClient::fetch(const Request& request, std::size_t maxBody, DataHandler onReply) {
+  HttpTransfer::start(request, std::make_unique<BodyInMemory>(maxBody, std::move(onReply)),
                       transfers_);
 }
 

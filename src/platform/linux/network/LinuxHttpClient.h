@@ -7,24 +7,25 @@
 
 namespace driftmark {
 
-/// HTTPS by Qt's network module. Each request has connections of its own, and nothing of them is
-/// left between requests. Bodies come as they are, never compressed, through a buffer of bounded
-/// size. Handlers are called on the main thread, from the event loop.
+/// HTTPS by Qt's network module. Each request has connections of its own and leaves no state
+/// behind. Bodies are transferred uncompressed, through a buffer of bounded size. Handlers are
+/// called on the main thread, from the event loop.
 class LinuxHttpClient final : public HttpClient {
 public:
-  /// The environment variable that may name a PEM file with authorities that are trusted beside the
-  /// system's. It is looked at for each request; a file without any makes the request fail.
+  /// The environment variable that may name a PEM file with CA certificates to trust beside those
+  /// of the system. It is read for each request. A file without certificates makes the request
+  /// fail.
   static constexpr const char* extraCaCertificatesVariable = "DRIFTMARK_EXTRA_CA_CERTIFICATES";
 
   /// Downloads go to the temporary folder of `fileSystem`, readable by this user alone.
   explicit LinuxHttpClient(FileSystem& fileSystem) : fileSystem_(fileSystem) {}
 
-  void fetch(const Request& request, std::size_t largestBody, DataHandler onReply) override;
+  void fetch(const Request& request, std::size_t maxBody, DataHandler onReply) override;
   void download(const std::string& url, DownloadHandler onReply) override;
 
 private:
   FileSystem& fileSystem_;
-  QObject transfers_; ///< the parent of those under way
+  QObject transfers_; ///< the parent of the running ones
 };
 
 } // namespace driftmark

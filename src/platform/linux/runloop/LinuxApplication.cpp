@@ -1,3 +1,5 @@
+// How the event loop is run and ended.
+
 #include "platform/linux/runloop/LinuxApplication.h"
 
 #include <utility>

@@ -4,30 +4,31 @@
 
 namespace driftmark {
 
-/// This process as a Qt application, beside its QApplication. Neither do closed windows
-/// end it, nor can an open one keep it from ending.
+/// This process as a Qt application, beside its QApplication. Closing windows does not end it, and
+/// open windows do not keep it from ending.
 class LinuxApplication final : public Application {
 public:
-  /// Nothing to do: a program without ordinary windows is in no task bar.
+  /// Does nothing: a program without ordinary windows is in no task bar.
   void becomeAccessory() override {}
 
   void setDelegate(ApplicationDelegate* delegate) override { delegate_ = delegate; }
 
-  /// The delegate hears of the launch from the event loop, and of the end when that has ended.
+  /// The delegate is notified of the launch from the event loop, and of termination after the loop
+  /// has ended.
   void run() override;
 
-  /// Raises the open windows of this program, as far as the desktop lets it; without any, there is
-  /// nothing to bring to the front.
+  /// Raises the open windows of this program, as far as the desktop allows. Does nothing without
+  /// windows.
   void activateIgnoringOtherApplications() override;
 
-  /// Ends the event loop from within, so that what waits before it still runs; asked before the
-  /// loop has begun, it ends as soon as it does.
+  /// Ends the event loop by an event, so that earlier events are still handled. Called before the
+  /// loop starts, it ends the loop as soon as that starts.
   void terminate() override;
 
   std::int32_t processIdentifier() const override;
 
-  /// Tells the delegate of the end, unless it was told. For a process that ends without leaving the
-  /// event loop.
+  /// Notifies the delegate of termination, unless that was done before. For a process that ends
+  /// without leaving the event loop.
   void willTerminate();
 
 private:

@@ -1,3 +1,5 @@
+// Which thread runs which task, and when a thread is started.
+
 #include "platform/linux/runloop/LinuxBackgroundQueue.h"
 
 #include "platform/posix/Threads.h"
@@ -9,8 +11,8 @@ namespace driftmark {
 
 namespace {
 
-/// Tasks mostly wait for a tool to end, so their number does not follow the processors'.
-constexpr std::size_t mostThreads = 16;
+/// Independent of the number of processors, as tasks mostly wait for tools to end.
+constexpr std::size_t maxThreads = 16;
 
 } // namespace
 
@@ -38,9 +40,9 @@ void LinuxBackgroundQueue::async(QualityOfService quality, Task task) {
   changed_.notify_one();
 }
 
-/// Starts a thread when there are not enough for the tasks that wait.
+/// Starts a thread when more tasks wait than threads are idle.
 void LinuxBackgroundQueue::ensureThreads() {
-  if (waiting() <= idleThreads_ || threads_.size() == mostThreads)
+  if (waiting() <= idleThreads_ || threads_.size() == maxThreads)
     return;
   const SignalsBlocked guard;
   try {

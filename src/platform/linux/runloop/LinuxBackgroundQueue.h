@@ -11,9 +11,9 @@
 
 namespace driftmark {
 
-/// Background work on at most sixteen threads, started as they are needed and kept. Waiting
-/// user-initiated tasks go before waiting utility tasks. Tasks handed over while the queue is being
-/// destroyed are dropped.
+/// Background work on at most 16 threads, which are started when needed and kept. Waiting
+/// user-initiated tasks run before waiting utility tasks. Tasks that are added while the queue is
+/// being destroyed are dropped.
 class LinuxBackgroundQueue final : public BackgroundQueue {
 public:
   LinuxBackgroundQueue() = default;
@@ -21,7 +21,7 @@ public:
   LinuxBackgroundQueue& operator=(const LinuxBackgroundQueue&) = delete;
   ~LinuxBackgroundQueue() override;
 
-  /// Throws std::system_error when the system has not even one thread left.
+  /// Throws std::system_error when not even one thread can be started.
   void async(QualityOfService quality, Task task) override;
 
 private:

@@ -6,38 +6,98 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
+#include <functional>
+#include <limits>
 #include <utility>
+
+#include <QBasicTimer>
+#include <QObject>
 
 namespace driftmark {
 
 namespace {
 
-using SteadyClock = DeadlineTimer::Clock;
+using SteadyClock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
 
-/// Some thirty years: longer than this program runs, and safe to add to any moment.
-constexpr Seconds longestDelay{1e9};
+/// About thirty years: longer than this program runs, and safe to add to any moment.
+constexpr Seconds maxDelay{1e9};
 
-/// The duration in the clock's ticks, rounded up. What is negative, or no number, is none.
+/// The duration in the clock's ticks, rounded up. Zero for a negative number and for NaN.
 SteadyClock::duration ticks(Seconds duration) {
   if (!(duration > Seconds::zero()))
     return {};
-  return std::chrono::ceil<SteadyClock::duration>(std::min(duration, longestDelay));
+  return std::chrono::ceil<SteadyClock::duration>(std::min(duration, maxDelay));
+}
+
+constexpr milliseconds maxWait{std::numeric_limits<int>::max()};
+
+/// How far a coarse timer may be off, in either direction.
+milliseconds coarseness(milliseconds wait) {
+  return std::min(wait / 20 + milliseconds(1), milliseconds(1000));
 }
 
 } // namespace
 
-/// The state of a repeating timer, kept alive by its timer and while its task runs.
+/// Calls back at a moment of the steady clock or soon after it, never before it.
+class LinuxMainQueue::DeadlineTimer final : public QObject {
+public:
+  explicit DeadlineTimer(std::function<void()> onDue) : onDue_(std::move(onDue)) {}
+
+  /// Waits for `due`. If `tolerance` is large enough, the system may delay this wake-up to group it
+  /// with others.
+  void arm(SteadyClock::time_point due, SteadyClock::duration tolerance = {});
+
+protected:
+  void timerEvent(QTimerEvent* event) override;
+
+private:
+  void wait();
+
+  const std::function<void()> onDue_;
+  SteadyClock::time_point due_;
+  SteadyClock::duration tolerance_{};
+  QBasicTimer timer_;
+};
+
+void LinuxMainQueue::DeadlineTimer::arm(SteadyClock::time_point due,
+                                        SteadyClock::duration tolerance) {
+  due_ = due;
+  tolerance_ = tolerance;
+  wait();
+}
+
+void LinuxMainQueue::DeadlineTimer::wait() {
+  const auto remaining = std::chrono::ceil<milliseconds>(due_ - SteadyClock::now());
+  const milliseconds wait = std::max(remaining, milliseconds(0));
+  const milliseconds slack = coarseness(wait);
+  const bool coarse = wait > milliseconds(0) && tolerance_ >= 2 * slack;
+  const milliseconds span = std::min(coarse ? wait + slack : wait, maxWait);
+  timer_.start(static_cast<int>(span.count()), coarse ? Qt::CoarseTimer : Qt::PreciseTimer, this);
+}
+
+void LinuxMainQueue::DeadlineTimer::timerEvent(QTimerEvent* /*event*/) {
+  if (SteadyClock::now() < due_) {
+    wait();
+    return;
+  }
+  timer_.stop();
+  onDue_();
+}
+
+/// The state of a repeating timer, kept alive by its Timer and while its task runs.
 class LinuxMainQueue::Repetition : public std::enable_shared_from_this<Repetition> {
 public:
   Repetition(MainQueue& queue, Seconds interval, Seconds tolerance, Task task)
-      : queue_(queue), interval_(std::max<SteadyClock::duration>(ticks(interval), shortest)),
+      : queue_(queue), interval_(std::max<SteadyClock::duration>(ticks(interval), minInterval)),
         tolerance_(ticks(tolerance)), task_(std::move(task)), due_(SteadyClock::now() + interval_),
         timer_([this] { appendTurn(); }) {
     timer_.arm(due_, tolerance_);
   }
 
 private:
-  static constexpr std::chrono::milliseconds shortest{1};
+  static constexpr milliseconds minInterval{1};
 
   void appendTurn() {
     queue_.async(weakly(shared_from_this(), [](Repetition& self) { self.runTurn(); }));

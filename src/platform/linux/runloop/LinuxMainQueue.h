@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/linux/runloop/DeadlineTimer.h"
 #include "platform/posix/Threads.h"
 #include "ports/MainQueue.h"
 #include "support/WaitingTasks.h"
@@ -12,9 +11,9 @@
 
 namespace driftmark {
 
-/// The main queue on the Qt event loop of the thread that made it. Delays run on the monotonic
-/// clock, at the precision of a millisecond; every task, delayed or repeated ones too, waits for
-/// its turn in the one queue. A repetition whose task is late skips the turns that it missed.
+/// The main queue on the Qt event loop of the thread that constructs it. Delays use the monotonic
+/// clock, with a precision of a millisecond. Delayed and repeated tasks join the other waiting
+/// tasks when they are due. A repetition whose task is late skips the turns that it missed.
 class LinuxMainQueue final : public MainQueue {
 public:
   /// Throws std::system_error when the system has no descriptors left.
@@ -28,10 +27,11 @@ public:
   std::unique_ptr<Timer> repeat(Seconds interval, Seconds tolerance, Task task) override;
 
 private:
+  class DeadlineTimer;
   class Repetition;
   class RepeatingTimer;
 
-  /// A task that waits for its delay to pass.
+  /// A task whose delay has not passed yet.
   struct DelayedTask {
     Task task;
     std::unique_ptr<DeadlineTimer> timer;

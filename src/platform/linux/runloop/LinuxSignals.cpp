@@ -1,3 +1,5 @@
+// How a signal reaches its handler on the main queue.
+
 #include "platform/linux/runloop/LinuxSignals.h"
 
 #include "platform/posix/SystemCalls.h"
@@ -22,7 +24,7 @@ int number(QuitSignal signal) {
   return signal == QuitSignal::terminate ? SIGTERM : SIGINT;
 }
 
-/// Where the signal handlers write to. Handlers take no argument of ours.
+/// The pipes that the signal handlers write to. A signal handler receives no pointer.
 std::atomic<int> terminatePipe = -1;
 std::atomic<int> interruptPipe = -1;
 static_assert(std::atomic<int>::is_always_lock_free, "the signal handlers read it");
@@ -34,7 +36,7 @@ std::atomic<int>& pipeOf(int signal) {
 void handleSignal(int signal) {
   const int error = errno;
   const char byte = 0;
-  // A full pipe already holds the news.
+  // A full pipe wakes the reader up anyway.
   [[maybe_unused]] const ssize_t count = write(pipeOf(signal), &byte, 1);
   errno = error;
 }

@@ -5,7 +5,7 @@
 
 namespace driftmark {
 
-/// Signals caught by handlers that only wake the event loop up. At most one source for a signal
+/// Signals caught by handlers that only wake the event loop up. For each signal at most one source
 /// exists at a time.
 class LinuxSignals final : public Signals {
 public:

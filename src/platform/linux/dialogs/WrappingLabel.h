@@ -6,11 +6,11 @@ class QTextDocument;
 
 namespace driftmark {
 
-/// A plain text in lines no wider than the label: broken between words, and within a word that is
-/// wider than a line, such as a path.
-class WrappedText final : public QLabel {
+/// A label that breaks a plain text into lines of its width: between words, and inside a word that
+/// is wider than a line, such as a path. Nothing is left out.
+class WrappingLabel final : public QLabel {
 public:
-  explicit WrappedText(const QString& text);
+  explicit WrappingLabel(const QString& text);
 
   bool hasHeightForWidth() const override { return true; }
   int heightForWidth(int width) const override;
@@ -21,7 +21,7 @@ protected:
   void paintEvent(QPaintEvent* event) override;
 
 private:
-  void lay(QTextDocument& document, int width) const;
+  void layOut(QTextDocument& document, int width) const;
 };
 
 } // namespace driftmark

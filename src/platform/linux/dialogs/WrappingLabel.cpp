@@ -1,4 +1,6 @@
-#include "platform/linux/menubar/WrappedText.h"
+// How a label breaks its text into lines.
+
+#include "platform/linux/dialogs/WrappingLabel.h"
 
 #include <cmath>
 
@@ -17,7 +19,7 @@ constexpr qreal lineHeight = 115; ///< in percent
 
 } // namespace
 
-WrappedText::WrappedText(const QString& text) {
+WrappingLabel::WrappingLabel(const QString& text) {
   setTextFormat(Qt::PlainText);
   setText(text);
   QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
@@ -25,30 +27,30 @@ WrappedText::WrappedText(const QString& text) {
   setSizePolicy(policy);
 }
 
-int WrappedText::heightForWidth(int width) const {
+int WrappingLabel::heightForWidth(int width) const {
   QTextDocument document;
-  lay(document, width);
+  layOut(document, width);
   return static_cast<int>(std::ceil(document.size().height()));
 }
 
-QSize WrappedText::sizeHint() const {
+QSize WrappingLabel::sizeHint() const {
   return {width(), heightForWidth(width())};
 }
 
-QSize WrappedText::minimumSizeHint() const {
+QSize WrappingLabel::minimumSizeHint() const {
   return {fontMetrics().averageCharWidth(), fontMetrics().height()};
 }
 
-void WrappedText::paintEvent(QPaintEvent* /*event*/) {
+void WrappingLabel::paintEvent(QPaintEvent* /*event*/) {
   QTextDocument document;
-  lay(document, width());
+  layOut(document, width());
   QAbstractTextDocumentLayout::PaintContext context;
   context.palette.setColor(QPalette::Text, palette().color(foregroundRole()));
   QPainter painter(this);
   document.documentLayout()->draw(&painter, context);
 }
 
-void WrappedText::lay(QTextDocument& document, int width) const {
+void WrappingLabel::layOut(QTextDocument& document, int width) const {
   QTextOption option;
   option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
   document.setDocumentMargin(0);
