@@ -100,8 +100,8 @@ bool isItem(std::string_view name) {
 
 class FolderWalk {
 public:
-  FolderWalk(const std::string& folder, const ItemVisitor& visit)
-      : path_(withoutTrailingSlashes(folder)), onItem_(visit) {
+  FolderWalk(const std::string& folder, const OnItem& onItem)
+      : path_(withoutTrailingSlashes(folder)), onItem_(onItem) {
     FileDescriptor top(open(path_.c_str(), openFolder));
     if (path_ == "/")
       path_.clear();
@@ -182,14 +182,14 @@ private:
   }
 
   std::string path_; ///< of the current item
-  const ItemVisitor& onItem_;
+  const OnItem& onItem_;
   std::vector<Level> levels_;
 };
 
 } // namespace
 
-void walkFolder(const std::string& folder, const ItemVisitor& visit) {
-  FolderWalk(folder, visit).run();
+void walkFolder(const std::string& folder, const OnItem& onItem) {
+  FolderWalk(folder, onItem).run();
 }
 
 } // namespace driftmark

@@ -15,12 +15,12 @@ struct FoundItem {
 /// What a walk does after an item.
 enum class Walk { proceed, stop };
 
-using ItemVisitor = std::function<Walk(const FoundItem& item)>;
+using OnItem = std::function<Walk(const FoundItem& item)>;
 
-/// Calls `visit` for every item below `folder` in the file system's order, a folder before its
+/// Calls `onItem` for every item below `folder` in the file system's order, a folder before its
 /// contents. A symbolic link is an item; only `folder` itself is followed when it is a link. A
 /// folder that cannot be opened is skipped. At any depth the walk holds a bounded number of
 /// descriptors and a few words of memory for each folder above the item. Any thread.
-void walkFolder(const std::string& folder, const ItemVisitor& visit);
+void walkFolder(const std::string& folder, const OnItem& onItem);
 
 } // namespace driftmark

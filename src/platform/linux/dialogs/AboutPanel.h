@@ -16,7 +16,7 @@ public:
   AboutPanel& operator=(const AboutPanel&) = delete;
   ~AboutPanel();
 
-  /// Shows the panel and returns at once. An open panel is brought to the front with these texts.
+  /// Shows the panel and returns at once. An open panel is raised and shows these texts.
   /// They are plain text; an empty one takes no space.
   void showAboutPanel(const std::string& name, const std::string& version,
                       const std::string& copyright, const std::string& credits);

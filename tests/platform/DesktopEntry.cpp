@@ -1,4 +1,4 @@
-#include "desktop/DesktopEntry.h"
+#include "DesktopEntry.h"
 
 #include <algorithm>
 #include <fstream>
@@ -9,7 +9,7 @@ namespace driftmark::test {
 namespace {
 
 constexpr const char* group = "[Desktop Entry]";
-// Outside quotes, these may not stand in a command.
+// Not allowed in a command outside quotes.
 constexpr const char* reserved = "\t\n\"'\\><~|&;$*?#()`";
 
 [[noreturn]] void fail(const std::string& what, const std::string& where) {
@@ -33,7 +33,7 @@ std::string resolved(const std::string& value) {
   return text;
 }
 
-/// Takes a quoted word, of which `at` is the first character.
+/// Reads a quoted word that starts at `at`, and moves `at` behind it.
 std::string quotedWord(const std::string& line, std::size_t& at) {
   std::string word;
   for (++at; at < line.size() && line[at] != '"'; ++at) {

@@ -7,13 +7,13 @@
 
 namespace driftmark::test {
 
-/// The "[Desktop Entry]" group of a file, as the desktops read it. Throws std::runtime_error where
-/// the file keeps to the rules of such files nowhere near.
+/// The "[Desktop Entry]" group of a file, as the desktops read it. Throws std::runtime_error for a
+/// file that breaks the rules of desktop entries.
 class DesktopEntry {
 public:
   explicit DesktopEntry(const std::filesystem::path& file);
 
-  /// The value of a key as it stands in the file. Throws std::runtime_error when it is missing.
+  /// The value of a key, without resolving escapes. Throws std::runtime_error when it is missing.
   const std::string& raw(const std::string& key) const;
 
   /// The value of a key that holds a string, its escapes resolved.
