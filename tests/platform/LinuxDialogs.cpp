@@ -184,29 +184,6 @@ TEST_F(LinuxDialogsTest, textThatIsTooTallScrolls) {
   });
 }
 
-TEST_F(LinuxDialogsTest, kindsOfAlerts) {
-  show({.messageText = "Move Driftmark to your Applications folder?",
-        .informativeText = "Driftmark is running from ~/Downloads. Moving it keeps it in a safe "
-                           "place and lets it update itself.",
-        .buttons = {"Move to Applications", "Not Now"}},
-       [] {
-         photograph("move");
-         openAlert()->close();
-       });
-  QPalette dark;
-  dark.setColor(QPalette::Window, QColor(45, 45, 48));
-  dark.setColor(QPalette::WindowText, Qt::white);
-  dark.setColor(QPalette::Button, QColor(70, 70, 74));
-  dark.setColor(QPalette::ButtonText, Qt::white);
-  const QPalette before = QApplication::palette();
-  QApplication::setPalette(dark);
-  show(offer, [] {
-    photograph("dark");
-    openAlert()->close();
-  });
-  QApplication::setPalette(before);
-}
-
 TEST_F(LinuxDialogsTest, mainQueueRunsWhileAlertIsOpen) {
   LinuxMainQueue queue;
   std::string order;
