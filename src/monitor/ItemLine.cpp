@@ -1,3 +1,5 @@
+// Where a line about an item is split into path and remainder.
+
 #include "monitor/ItemLine.h"
 
 #include "support/Utf8.h"
@@ -11,8 +13,8 @@ namespace {
 constexpr std::string_view upArrow = "\u2191";
 constexpr std::string_view downArrow = "\u2193";
 
-/// Takes note of the character at `at` if it is one of those that cut lines.
-void note(std::string_view line, std::size_t at, LineScan& scan) {
+/// Records the character at `at` when it is a cloud or an arrow.
+void record(std::string_view line, std::size_t at, LineScan& scan) {
   const std::string_view here = line.substr(at);
   const bool afterSpace = at > 0 && line[at - 1] == ' ';
   if (here.starts_with(cloud)) {
@@ -47,21 +49,21 @@ LineScan scanLine(std::string_view line) {
       return scan;
     }
     if (length == cloud.size())
-      note(line, at, scan);
+      record(line, at, scan);
     at += length;
   }
   return scan;
 }
 
-/// The upload separator goes first, even where the other one stands before it.
+/// The upload separator takes precedence, even when the cloud comes before it.
 ItemLine cutItemLine(std::string_view line, const LineScan& scan) {
-  const auto isThere = [&](std::size_t position) { return position < line.size(); };
-  std::size_t split = isThere(scan.uploadSeparator) ? scan.uploadSeparator : scan.cloudSeparator;
+  const auto exists = [&](std::size_t position) { return position < line.size(); };
+  std::size_t split = exists(scan.uploadSeparator) ? scan.uploadSeparator : scan.cloudSeparator;
   split = std::min(split, line.size());
   const std::size_t pathAt = itemPrefix.size() - 1;
   return {line.substr(pathAt, split - pathAt), line.substr(split),
-          isThere(scan.lastUpArrow) && scan.lastUpArrow >= split,
-          isThere(scan.lastDownArrow) && scan.lastDownArrow >= split};
+          exists(scan.lastUpArrow) && scan.lastUpArrow >= split,
+          exists(scan.lastDownArrow) && scan.lastDownArrow >= split};
 }
 
 } // namespace driftmark

@@ -5,13 +5,13 @@
 
 namespace driftmark {
 
-/// Cuts a stream of bytes into lines. The bytes behind the last newline wait for the next chunk;
-/// how many may wait is not limited, and each byte is looked at once however small the chunks are.
+/// Splits a stream of bytes into lines. The bytes after the last newline wait for the next chunk;
+/// their number is not limited. Each byte is examined once, however small the chunks are.
 class LineBuffer {
 public:
   /// Takes the next bytes of the stream and calls `handle(line)` for every line that they complete,
-  /// in order, without its newline. The line is valid during the call, which must not come back
-  /// here.
+  /// in order, without its newline. The line is valid during the call, which must not call
+  /// `append`.
   template <class Handler> void append(std::string_view chunk, Handler&& handle) {
     if (!pending_.empty()) {
       const std::size_t end = chunk.find('\n');
@@ -31,10 +31,10 @@ public:
   }
 
 private:
-  /// Empties the buffer; the room that an exceptional line took is given back.
+  /// Empties the buffer and frees the memory that an unusually long line took.
   void clearPending() {
-    constexpr std::size_t ordinaryRoom = 4096;
-    if (pending_.capacity() > ordinaryRoom)
+    constexpr std::size_t maxKeptCapacity = 4096;
+    if (pending_.capacity() > maxKeptCapacity)
       std::string().swap(pending_);
     pending_.clear();
   }

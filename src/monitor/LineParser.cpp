@@ -1,4 +1,4 @@
-// Turns one line of the per-item monitor into changes of the model.
+// What a line of the per-item monitor changes in the model.
 
 #include "monitor/ItemLine.h"
 #include "monitor/Patterns.h"
@@ -16,11 +16,11 @@ namespace driftmark {
 namespace {
 
 constexpr std::string_view evictedMarker = "not downloaded";
-constexpr std::string_view plainEvictedState = " not downloaded"; // behind the cloud
+constexpr std::string_view plainEvictedState = " not downloaded"; // after the cloud
 constexpr std::string_view trashName = ".Trash";
 
-// Beside its known state a path may carry the mark that it is, or was, in `active` or `issues`: all
-// the others need not be searched for there.
+// Beside its known state, a path carries a mark when it is, or was, in `active` or `issues`. A path
+// without the mark need not be searched for there.
 constexpr PathTree::Value knownStateMask = 3;
 constexpr PathTree::Value trackedMark = 4;
 
@@ -32,8 +32,8 @@ std::string_view withoutOuterReturns(std::string_view text) {
   return text;
 }
 
-/// Whether the path is of a hidden item or has a component that begins with ".Trash". Points are
-/// rarer in it than slashes.
+/// Whether the path is of a hidden item or has a component that begins with ".Trash". Searches for
+/// points, which are rarer than slashes.
 bool isIgnored(std::string_view path) {
   if (lastPathComponent(path).starts_with('.'))
     return true;
@@ -78,9 +78,9 @@ bool SyncMonitor::parse(std::string_view line) {
   return parseItem(cutItemLine(text, scan));
 }
 
-/// Reads a line as a listing is full of: another item, in sync or evicted, in the very folder of
-/// the item before, with a plain name. What is true of that folder need not be found out again.
-/// Absent for every line that wants a closer look.
+/// Reads the most frequent kind of line: an item in sync or evicted, in the same folder as the item
+/// before, with a plain name. What is known about that folder is not determined again. Absent for
+/// every other line.
 std::optional<SyncMonitor::SettledName> SyncMonitor::nextInFolder(std::string_view line) const {
   if (folderPrefix_.empty() || !line.starts_with(folderPrefix_))
     return std::nullopt;
@@ -116,13 +116,13 @@ bool SyncMonitor::parseItem(const ItemLine& item) {
     enterFolder(path.substr(0, slash));
     return parseSettled(path, path.substr(slash + 1), !isCurrent);
   }
-  // A state's text is what stands behind the cloud.
+  // The text of a state is what follows the cloud.
   if (state.starts_with(cloud))
     state = trimmed(state.substr(cloud.size()));
   return parseUnrecognized(path, state);
 }
 
-/// A line with an arrow: a transfer starts or goes on.
+/// A line with an arrow: a transfer starts or continues.
 bool SyncMonitor::parseProgress(std::string_view path, std::string_view remainder,
                                 Direction direction) {
   const std::string_view full = fullPath(path);
@@ -151,7 +151,7 @@ bool SyncMonitor::parseProgress(std::string_view path, std::string_view remainde
   return true;
 }
 
-/// A state that is neither in sync nor evicted. It matters only when it names an issue.
+/// A state that is neither in sync nor evicted. It changes the model only when it names an issue.
 bool SyncMonitor::parseUnrecognized(std::string_view path, std::string_view state) {
   const std::string_view name = lastPathComponent(path);
   if (!loggedUnknownStates_.contains(state)) {
@@ -171,9 +171,9 @@ bool SyncMonitor::parseUnrecognized(std::string_view path, std::string_view stat
   return true;
 }
 
-/// The lines that follow tend to be about the folder of a settled item. Where an escape character
-/// is left in its text, the same bytes in another line may have to be cleaned away: such a folder
-/// is read anew each time.
+/// The next lines tend to be about the folder of a settled item. A folder whose text contains an
+/// escape character is read anew each time, because in another line the same bytes may have to be
+/// removed.
 void SyncMonitor::enterFolder(std::string_view folder) {
   folder_ = knownState_.enter(folder);
   if (folder.find('\x1b') != std::string_view::npos) {

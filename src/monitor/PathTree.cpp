@@ -13,7 +13,7 @@ namespace {
 // A reference's lower bits reach this far into a block; its upper bits count this many blocks.
 constexpr unsigned offsetBits = 16;
 constexpr std::size_t blockSize = std::size_t{1} << offsetBits;
-constexpr std::size_t mostBlocks = (std::size_t{1} << (32 - offsetBits)) - 1;
+constexpr std::size_t maxBlocks = (std::size_t{1} << (32 - offsetBits)) - 1;
 
 // An entry is a header byte, a length byte, the length again as a word if the byte cannot hold it,
 // a folder's index if it is a subfolder, and the name. Bytes never written are 0: no entry
@@ -171,7 +171,7 @@ PathTree::Reference PathTree::append(FolderIndex folder, std::string_view name, 
   const bool newBlock =
       blocks_.empty() || blockUsed_ >= blockSize - 1 || blockUsed_ + size > blockCapacity_;
   if (newBlock) {
-    if (blocks_.size() == mostBlocks)
+    if (blocks_.size() == maxBlocks)
       throw std::length_error("PathTree: too many paths");
     blockCapacity_ = std::max(blockSize, size);
     blocks_.push_back(std::make_unique<char[]>(blockCapacity_));

@@ -33,8 +33,8 @@ public:
   /// The same for the path that is `name`, without any "/", in `folder`.
   Value exchange(FolderIndex folder, std::string_view name, Value value, Value kept = 0);
 
-  /// The folder that a path lies in which goes on behind `folder` with "/" and a name. It comes
-  /// into being, without mapping anything.
+  /// The folder with this path, for paths that continue with "/" and a name. It is created when it
+  /// does not exist, without a mapping.
   FolderIndex enter(std::string_view folder) { return enter(folder, true); }
 
   /// What `path` is mapped to, 0 when it is not.

@@ -1,3 +1,5 @@
+// How the three patterns are found in a text, without a regular-expression engine.
+
 #include "monitor/Patterns.h"
 
 #include <cstddef>
@@ -10,7 +12,8 @@ bool isDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-/// Takes the longest run of bytes that `belongs` accepts off the front of `text`.
+/// Removes the longest run of bytes that `belongs` accepts from the start of `text`, and returns
+/// it.
 template <class Belongs> std::string_view takeRun(std::string_view& text, Belongs belongs) {
   std::size_t length = 0;
   while (length < text.size() && belongs(text[length]))
@@ -20,6 +23,7 @@ template <class Belongs> std::string_view takeRun(std::string_view& text, Belong
   return run;
 }
 
+/// Removes `literal` from the start of `text`. False when `text` does not start with it.
 bool takeLiteral(std::string_view& text, std::string_view literal) {
   if (!text.starts_with(literal))
     return false;
@@ -27,13 +31,13 @@ bool takeLiteral(std::string_view& text, std::string_view literal) {
   return true;
 }
 
-/// The length of the colour sequence that begins at the escape character at the front of `text`.
+/// The length of the colour sequence at the start of `text`; 0 when there is none.
 std::size_t ansiLength(std::string_view text) {
-  std::string_view rest = text;
-  if (!takeLiteral(rest, "\x1b["))
+  std::string_view remaining = text;
+  if (!takeLiteral(remaining, "\x1b["))
     return 0;
-  takeRun(rest, [](char c) { return isDigit(c) || c == ';'; });
-  return takeLiteral(rest, "m") ? text.size() - rest.size() : 0;
+  takeRun(remaining, [](char c) { return isDigit(c) || c == ';'; });
+  return takeLiteral(remaining, "m") ? text.size() - remaining.size() : 0;
 }
 
 } // namespace
@@ -70,7 +74,7 @@ std::optional<std::string_view> firstPercent(std::string_view text) {
     std::size_t begin = digitsBefore(sign);
     if (begin == sign)
       continue;
-    // A point with digits on both sides belongs to the number.
+    // A point belongs to the number when there are digits on both sides.
     if (begin > 0 && text[begin - 1] == '.') {
       const std::size_t whole = digitsBefore(begin - 1);
       if (whole < begin - 1)
@@ -85,15 +89,15 @@ std::optional<GlobalMatch> firstGlobal(std::string_view text) {
   constexpr std::string_view opening = "Fraction completed: ";
   for (std::size_t start = text.find(opening); start != std::string_view::npos;
        start = text.find(opening, start + 1)) {
-    std::string_view rest = text.substr(start + opening.size());
+    std::string_view remaining = text.substr(start + opening.size());
     GlobalMatch match;
-    match.fraction = takeRun(rest, [](char c) { return isDigit(c) || c == '.'; });
-    if (match.fraction.empty() || !takeLiteral(rest, " / Completed: "))
+    match.fraction = takeRun(remaining, [](char c) { return isDigit(c) || c == '.'; });
+    if (match.fraction.empty() || !takeLiteral(remaining, " / Completed: "))
       continue;
-    match.completed = takeRun(rest, isDigit);
-    if (match.completed.empty() || !takeLiteral(rest, " of "))
+    match.completed = takeRun(remaining, isDigit);
+    if (match.completed.empty() || !takeLiteral(remaining, " of "))
       continue;
-    match.total = takeRun(rest, isDigit);
+    match.total = takeRun(remaining, isDigit);
     if (!match.total.empty())
       return match;
   }

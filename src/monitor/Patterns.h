@@ -18,11 +18,11 @@ inline constexpr const char* percentPattern = R"(([0-9]+(?:\.[0-9]+)?)%)";
 inline constexpr const char* globalPattern =
     "Fraction completed: ([0-9.]+) / Completed: ([0-9]+) of ([0-9]+)";
 
-// The functions below find exactly what a regular-expression engine finds with these patterns, byte
-// by byte and at a small part of the cost.
+// The functions below find exactly what a regular-expression engine finds with these patterns, at a
+// fraction of the cost.
 
-/// `text` without every match of `ansiPattern`. The result is `text` itself when there is none,
-/// else it lies in `storage`.
+/// `text` with all matches of `ansiPattern` removed. The result is `text` itself when there is no
+/// match; otherwise it refers to `storage`.
 std::string_view withoutAnsi(std::string_view text, std::string& storage);
 
 /// Group 1 of the first match of `percentPattern`.

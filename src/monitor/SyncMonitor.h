@@ -129,7 +129,7 @@ public:
   bool shouldOfferRestart() const;
 
   /// Ends the sync daemon and restarts the stall clock of every transfer. The system relaunches the
-  /// daemon, which then resumes pending transfers. Waits for `killall`.
+  /// daemon, which then resumes pending transfers. Blocks until `killall` has ended.
   void restartSyncDaemon();
 
   // GlobalMonitor.cpp

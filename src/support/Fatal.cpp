@@ -1,3 +1,5 @@
+// What the program writes before it aborts.
+
 #include "support/Fatal.h"
 
 #include <cstdio>

@@ -2,7 +2,7 @@
 
 namespace driftmark {
 
-/// Ends the program because of an error in the program itself, naming it on standard error.
+/// Aborts the program because of an error of its own, after writing `what` to standard error.
 [[noreturn]] void fatalError(const char* what);
 
 } // namespace driftmark

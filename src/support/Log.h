@@ -8,7 +8,7 @@
 
 namespace driftmark {
 
-/// Logs the parts, joined, behind the program's name.
+/// Logs the program's name and the joined parts.
 inline void log(SystemLog& systemLog, std::initializer_list<std::string_view> parts) {
   std::string line = "Driftmark: ";
   for (const std::string_view part : parts)

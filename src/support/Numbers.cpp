@@ -1,3 +1,5 @@
+// How numbers are read and written, independent of the locale.
+
 #include "support/Numbers.h"
 
 #include <array>
@@ -17,12 +19,13 @@ bool isDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-/// A short plain decimal, which two exact doubles and one rounding division give exactly.
+/// Reads a short decimal without sign or exponent. The result is exact, since one division of two
+/// exact doubles is rounded once.
 std::optional<double> shortDecimal(std::string_view text) {
   constexpr double powers[] = {1,   1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-  constexpr std::size_t mostCharacters = 16; // 15 digits stay below 2^53
-  if (text.empty() || text.size() > mostCharacters)
+  constexpr std::size_t maxCharacters = 16; // 15 digits stay below 2^53
+  if (text.empty() || text.size() > maxCharacters)
     return std::nullopt;
   std::int64_t digits = 0;
   std::size_t count = 0;
@@ -30,7 +33,7 @@ std::optional<double> shortDecimal(std::string_view text) {
   for (const char c : text) {
     if (c == '.' && !point)
       point = count;
-    else if (isDigit(c) && ++count < mostCharacters)
+    else if (isDigit(c) && ++count < maxCharacters)
       digits = digits * 10 + (c - '0');
     else
       return std::nullopt;

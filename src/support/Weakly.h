@@ -5,9 +5,8 @@
 
 namespace driftmark {
 
-/// Wraps `action`, which takes its owner by reference first, into a callback that holds the owner
-/// weakly: once the owner is gone the callback does nothing. The one mechanism for callbacks that
-/// may outlive their owner.
+/// Makes a callback that calls `action(owner, arguments...)` and holds the owner weakly: it does
+/// nothing when the owner no longer exists. Every callback that may outlive its owner is made here.
 template <class Owner, class Action>
 auto weakly(const std::shared_ptr<Owner>& owner, Action action) {
   return [weak = std::weak_ptr<Owner>(owner), action = std::move(action)](auto&&... arguments) {

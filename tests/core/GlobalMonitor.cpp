@@ -12,7 +12,7 @@ protected:
 
   std::size_t polls() const { return platform.childProcesses.runs(statusReport).size(); }
 
-  /// How many expiry checks wait.
+  /// How many expiry checks are scheduled.
   std::size_t expiryChecks() const {
     std::size_t count = 0;
     for (const Seconds delay : platform.mainQueue.waiting())
@@ -59,7 +59,7 @@ TEST_F(GlobalMonitorTest, finishedLineSchedulesNothingAndStartsNoPoll) {
   EXPECT_EQ(monitor->globalActivity(), std::nullopt);
 }
 
-TEST_F(GlobalMonitorTest, finishingOneOfTwoIsNoChangeOfPresence) {
+TEST_F(GlobalMonitorTest, finishingOneOfTwoIsNoChange) {
   global(fraction("0.5", "4096"));
   EXPECT_FALSE(global(fraction("0.5", "100")));
   EXPECT_EQ(monitor->globalActivity(), (GlobalActivity{.count = 2, .bytes = 4196}));
@@ -125,13 +125,13 @@ TEST_F(GlobalMonitorTest, transfersOfEqualSizeAreOne) {
   EXPECT_TRUE(global(fraction("1.0", "4096")));
 }
 
-TEST_F(GlobalMonitorTest, colourCodesAroundTheMarkersDoNotMatter) {
+TEST_F(GlobalMonitorTest, colourCodesAroundTheMarkersAreRemoved) {
   EXPECT_TRUE(global("\x1b[32mFraction\x1b[0m completed: \x1b[1m0.25\x1b[0m / \x1b[;mCompleted: 1 "
                      "of 40\x1b[0m96"));
   EXPECT_EQ(monitor->globalActivity().value().bytes, 4096);
 }
 
-TEST_F(GlobalMonitorTest, reportMayStandAnywhereInTheLine) {
+TEST_F(GlobalMonitorTest, reportCountsAnywhereInTheLine) {
   EXPECT_TRUE(global("<NSProgress: 0x600> : Parent: 0x0 / Fraction completed: 0.2500 / Completed: "
                      "25 of 100  (com~apple~CloudDocs)"));
   EXPECT_EQ(monitor->globalActivity().value().bytes, 100);
@@ -221,7 +221,7 @@ TEST_F(GlobalMonitorTest, entryCountsForLessThanSixtySeconds) {
   EXPECT_EQ(monitor->overall(), OverallState::idle);
 }
 
-TEST_F(GlobalMonitorTest, askingForTheActivityRemovesNothing) {
+TEST_F(GlobalMonitorTest, readingTheActivityRemovesNothing) {
   global(fraction("0.5", "4096"));
   platform.clock.jump(Seconds(60));
   EXPECT_EQ(monitor->globalActivity(), std::nullopt);
@@ -238,7 +238,7 @@ TEST_F(GlobalMonitorTest, agedEntriesDoNotCountBesideFreshOnes) {
   EXPECT_EQ(monitor->globalActivity(), (GlobalActivity{.count = 1, .bytes = 100}));
 }
 
-TEST_F(GlobalMonitorTest, expiryCheckNotifiesAndForgets) {
+TEST_F(GlobalMonitorTest, expiryCheckNotifiesAndRemovesOldEntries) {
   global(fraction("0.5", "4096"));
   platform.settle();
   changes = 0;
@@ -300,7 +300,7 @@ TEST_F(GlobalMonitorTest, expiryCheckRunsAfterStopToo) {
   EXPECT_EQ(monitor->globalActivity(), std::nullopt);
 }
 
-TEST_F(GlobalMonitorTest, expiryCheckWithoutACallbackStillForgets) {
+TEST_F(GlobalMonitorTest, expiryCheckWithoutACallbackRemovesOldEntries) {
   global(fraction("0.5", "4096"));
   monitor->onChange = nullptr;
   advance(60.5);
@@ -316,14 +316,14 @@ TEST_F(GlobalMonitorTest, restartOfTheFeedKeepsTheEntries) {
   EXPECT_FALSE(global(fraction("0.6", "4096")));
 }
 
-TEST_F(GlobalMonitorTest, notificationFollowsThePresenceAcrossAChunk) {
+TEST_F(GlobalMonitorTest, chunkThatStartsAndFinishesATransferNotifiesOnce) {
   globals().print(fraction("0.5", "1") + "\n" + fraction("1.0", "1") + "\n");
   platform.mainQueue.runAll();
   EXPECT_EQ(changes, 1);
   EXPECT_EQ(monitor->globalActivity(), std::nullopt);
 }
 
-TEST_F(GlobalMonitorTest, largestSumThatFitsIsGiven) {
+TEST_F(GlobalMonitorTest, largestSumThatFitsIsReported) {
   global(fraction("0.5", "9223372036854775806"));
   global(fraction("0.5", "1"));
   EXPECT_EQ(monitor->globalActivity(), (GlobalActivity{.count = 2, .bytes = 9223372036854775807}));

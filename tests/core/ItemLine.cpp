@@ -7,7 +7,7 @@
 namespace driftmark::test {
 namespace {
 
-/// The path and the remainder with a bar between them, and the arrows in the remainder.
+/// The path and the remainder with a bar between them, then the arrows in the remainder.
 std::string cut(const std::string& line) {
   const LineScan scan = scanLine(line);
   const ItemLine item = cutItemLine(line, scan);
@@ -15,13 +15,13 @@ std::string cut(const std::string& line) {
          (item.hasUpArrow ? " up" : "") + (item.hasDownArrow ? " down" : "");
 }
 
-TEST(ItemLineTest, uploadSeparatorGoesFirst) {
+TEST(ItemLineTest, uploadSeparatorTakesPrecedence) {
   EXPECT_EQ(cut(" o /a \u2191 1%"), "/a| \u2191 1% up");
   EXPECT_EQ(cut(" o /p \u2601 x \u2191 1%"), "/p \u2601 x| \u2191 1% up");
   EXPECT_EQ(cut(" o /p \u2191 x \u2191 1%"), "/p| \u2191 x \u2191 1% up");
 }
 
-TEST(ItemLineTest, firstCloudSeparatorCutsOtherwise) {
+TEST(ItemLineTest, firstCloudSeparatorCutsWithoutAnUploadSeparator) {
   EXPECT_EQ(cut(" o /a \u2601"), "/a| \u2601");
   EXPECT_EQ(cut(" o /a \u2601 \u2193 1%"), "/a| \u2601 \u2193 1% down");
   EXPECT_EQ(cut(" o /a \u2601\u2191"), "/a| \u2601\u2191 up");
@@ -29,7 +29,7 @@ TEST(ItemLineTest, firstCloudSeparatorCutsOtherwise) {
   EXPECT_EQ(cut(" o /a \u2601 \u2191 \u2193"), "/a \u2601| \u2191 \u2193 up down");
 }
 
-TEST(ItemLineTest, withoutSeparatorAllIsPath) {
+TEST(ItemLineTest, lineWithoutSeparatorIsAllPath) {
   EXPECT_EQ(cut(" o /a"), "/a|");
   EXPECT_EQ(cut(" o /a\u2601"), "/a\u2601|");
   EXPECT_EQ(cut(" o /a \u2191"), "/a \u2191|") << "the upload separator ends with a space";
@@ -37,12 +37,12 @@ TEST(ItemLineTest, withoutSeparatorAllIsPath) {
   EXPECT_EQ(cut(" o /a\t\u2601"), "/a\t\u2601|");
 }
 
-TEST(ItemLineTest, arrowsInThePathAreNotThoseOfTheRemainder) {
+TEST(ItemLineTest, arrowsInThePathDoNotCount) {
   EXPECT_EQ(cut(" o /\u2191\u2193 \u2601"), "/\u2191\u2193| \u2601");
   EXPECT_EQ(cut(" o /\u2193 \u2191 1%"), "/\u2193| \u2191 1% up");
 }
 
-TEST(ItemLineTest, scanSeesEscapesAndIllFormedText) {
+TEST(ItemLineTest, scanFindsEscapesAndIllFormedText) {
   EXPECT_FALSE(scanLine(" o /a \u2601").hasEscape);
   EXPECT_TRUE(scanLine(" o /\u00e9 \x1b[1m\u2601").hasEscape);
   EXPECT_TRUE(scanLine("").isUtf8);

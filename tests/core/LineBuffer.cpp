@@ -48,7 +48,7 @@ TEST(LineBufferTest, everyCutOfAStreamGivesTheSameLines) {
   }
 }
 
-TEST(LineBufferTest, endlessLineIsKeptWholeInSmallChunks) {
+TEST(LineBufferTest, hugeLineInSmallChunksIsKeptWhole) {
   LineBuffer buffer;
   const std::string chunk(640, 'x');
   std::size_t size = 0;

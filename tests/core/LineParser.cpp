@@ -20,7 +20,7 @@ protected:
     return lines.size() == 1 ? lines.front() : testing::PrintToString(lines);
   }
 
-  /// Whether the monitor now takes a "not downloaded" line for a real eviction.
+  /// Whether the monitor now reads a "not downloaded" line as an eviction.
   bool isKnownCurrent(const std::string& path) {
     return item(path, notDownloaded) && !monitor->recent().empty() && latest().path == full(path) &&
            latest().kind == RecentKind::evicted;
@@ -56,15 +56,15 @@ TEST_F(LineParserTest, colourSequencesAreRemovedAnywhereInTheLine) {
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading a.txt");
 }
 
-TEST_F(LineParserTest, escapeLeftInAFolderDoesNotSpareTheNextLineItsCleaning) {
-  // Cleaned, the first folder is spelled as the second one is before cleaning.
+TEST_F(LineParserTest, lineIsCleanedEvenAfterAFolderWithAnEscape) {
+  // The first folder after cleaning has the same bytes as the second one before cleaning.
   EXPECT_FALSE(line(" o /A\x1b\x1b[m[1mB/x \u2601"));
   EXPECT_FALSE(line(" o /A\x1b[1mB/y \u2601"));
   EXPECT_TRUE(line(" o /AB/y \u2601 not downloaded"));
   EXPECT_EQ(onlyLogLine(), "Driftmark: evicted y");
 }
 
-TEST_F(LineParserTest, otherEscapeSequencesStay) {
+TEST_F(LineParserTest, otherEscapeSequencesAreKept) {
   EXPECT_FALSE(line("\x1b[2K o /a.txt \u2191 45%"));
   EXPECT_FALSE(line("\x1b[1 o /a.txt \u2191 45%"));
   expectNothingHappened();
@@ -83,7 +83,7 @@ TEST_F(LineParserTest, carriageReturnsAreRemovedFromBothEndsOnly) {
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading a\rb.txt");
 }
 
-TEST_F(LineParserTest, carriageReturnsBehindColoursAreAtTheEnd) {
+TEST_F(LineParserTest, carriageReturnsAfterColoursCountAsTrailing) {
   item("/a.txt", " \u2191 1%");
   EXPECT_EQ(print("\x1b[1m\r\x1b[0m o /a.txt\r\x1b[0m\r\n"), 1);
   EXPECT_FALSE(active("/a.txt"));
@@ -96,7 +96,7 @@ TEST_F(LineParserTest, spacesAtTheEndDoNotHideTheBareCloud) {
   EXPECT_FALSE(active("/a.txt"));
 }
 
-TEST_F(LineParserTest, carriageReturnInFrontOfASpaceAtTheEndBelongsToTheState) {
+TEST_F(LineParserTest, carriageReturnBeforeATrailingSpaceBelongsToTheState) {
   item("/a.txt", " \u2191 1%");
   takeLog();
   EXPECT_FALSE(item("/a.txt", " \u2601\r "));
@@ -155,7 +155,7 @@ TEST_F(LineParserTest, arrowWithoutBothSpacesDoesNotSplit) {
   EXPECT_TRUE(active("/a\u2191b.txt"));
   EXPECT_FALSE(line(" o /c.txt \u2191"));
   EXPECT_FALSE(active("/c.txt"));
-  EXPECT_TRUE(line(" o /c.txt \u2191 \u2601")) << "here the arrow has both";
+  EXPECT_TRUE(line(" o /c.txt \u2191 \u2601")) << "this arrow has both spaces";
   EXPECT_TRUE(active("/c.txt"));
 }
 
@@ -165,7 +165,7 @@ TEST_F(LineParserTest, downArrowAloneDoesNotSplit) {
   EXPECT_TRUE(isKnownCurrent("/a.txt \u2193 5%"));
 }
 
-TEST_F(LineParserTest, separatorRightBehindTheFirstSlashLeavesTheRoot) {
+TEST_F(LineParserTest, separatorAfterTheFirstSlashLeavesTheRootAsPath) {
   EXPECT_TRUE(line(" o / \u2191 5%"));
   EXPECT_TRUE(active("/"));
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading /");
@@ -205,7 +205,7 @@ TEST_F(LineParserTest, pathsAreComparedByteForByte) {
   EXPECT_TRUE(isKnownCurrent(composed));
 }
 
-TEST_F(LineParserTest, namesInAnyScriptAreLoggedAsTheyAre) {
+TEST_F(LineParserTest, namesInAnyScriptAreLoggedUnchanged) {
   item("/\u5199\u771f \U0001f468\u200d\U0001f469\u200d\U0001f467/e\u0301t\u00e9 \U0001f4c4.txt",
        " \u2191 1%");
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading e\u0301t\u00e9 \U0001f4c4.txt");
@@ -252,7 +252,7 @@ TEST_F(LineParserTest, trashMarkerIsCaseSensitiveAndNeedsItsSlash) {
   EXPECT_EQ(monitor->active().size(), 2U);
 }
 
-TEST_F(LineParserTest, trashMarkerBehindThePathDoesNotCount) {
+TEST_F(LineParserTest, trashMarkerAfterThePathDoesNotCount) {
   EXPECT_TRUE(item("/a.txt", " \u2191 1% /.Trash"));
   EXPECT_TRUE(active("/a.txt"));
 }
@@ -294,7 +294,7 @@ TEST_F(LineParserTest, laterLineDecidesTheDirectionWithoutLoggingAgain) {
   EXPECT_EQ(takeLog(), Lines{});
 }
 
-TEST_F(LineParserTest, transferThatComesBackIsLoggedAgain) {
+TEST_F(LineParserTest, transferThatStartsAgainIsLoggedAgain) {
   item("/a.txt", " \u2191 10%");
   item("/a.txt", cloud);
   takeLog();
@@ -352,7 +352,7 @@ TEST_F(LineParserTest, progressLineClearsAnIssue) {
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading a.txt");
 }
 
-TEST_F(LineParserTest, progressLineLeavesOtherIssuesAlone) {
+TEST_F(LineParserTest, progressLineClearsNoOtherIssue) {
   item("/a.txt", " \u2601 Upload Error 28");
   item("/b.txt", " \u2191 1%");
   EXPECT_EQ(issue("/a.txt"), "Upload Error 28");
@@ -384,7 +384,7 @@ TEST_F(LineParserTest, lineWithoutSeparatorCompletesATransfer) {
   EXPECT_EQ(onlyLogLine(), "Driftmark: synced f.txt (upload)");
 }
 
-TEST_F(LineParserTest, stateLineOfAnIdleItemOnlyPrimesItsKnownState) {
+TEST_F(LineParserTest, stateLineOfAnIdleItemOnlySetsItsKnownState) {
   EXPECT_FALSE(item("/a.txt", cloud));
   EXPECT_FALSE(item("/b.txt", ""));
   expectNothingHappened();
@@ -483,7 +483,7 @@ TEST_F(LineParserTest, notDownloadedLineOfAnUploadIsLoggedAsCancelledToo) {
   EXPECT_FALSE(isKnownCurrent("/c.txt"));
 }
 
-TEST_F(LineParserTest, cancelledDownloadClearsNoCurrentStateLater) {
+TEST_F(LineParserTest, itemInSyncAfterACancelledDownloadIsKnownAsCurrent) {
   item("/c.txt", " \u2601 \u2193 5%");
   item("/c.txt", notDownloaded);
   item("/c.txt", cloud);
@@ -520,7 +520,7 @@ TEST_F(LineParserTest, waitingStateIsLoggedTheFirstTimeAnyPathShowsIt) {
   EXPECT_TRUE(monitor->issues().empty());
 }
 
-TEST_F(LineParserTest, stateTextIsWhatStandsBehindTheCloudTrimmed) {
+TEST_F(LineParserTest, stateTextIsTheTrimmedTextAfterTheCloud) {
   item("/a", " \u2601\t \t one");
   item("/b", " \u2601two \t");
   item("/c", " \u2601  three  words  ");
@@ -583,7 +583,7 @@ TEST_F(LineParserTest, sameStateIsAnIssueOfEveryPathThatShowsIt) {
   EXPECT_EQ(monitor->issues().size(), 2U);
 }
 
-TEST_F(LineParserTest, clearedIssueThatComesBackIsLoggedAsIssueOnly) {
+TEST_F(LineParserTest, clearedIssueThatReturnsIsLoggedOnlyAsIssue) {
   item("/a.txt", " \u2601 conflict");
   item("/a.txt", cloud);
   takeLog();
@@ -591,7 +591,7 @@ TEST_F(LineParserTest, clearedIssueThatComesBackIsLoggedAsIssueOnly) {
   EXPECT_EQ(onlyLogLine(), "Driftmark: sync issue on a.txt: conflict");
 }
 
-TEST_F(LineParserTest, unrecognizedStateLeavesAnActiveTransferAsItIs) {
+TEST_F(LineParserTest, unrecognizedStateDoesNotChangeAnActiveTransfer) {
   item("/a.txt", " \u2191 30%");
   const Date updated = now();
   platform.clock.jump(Seconds(5));
@@ -601,7 +601,7 @@ TEST_F(LineParserTest, unrecognizedStateLeavesAnActiveTransferAsItIs) {
   EXPECT_EQ(transfer("/a.txt").lastUpdate, updated);
 }
 
-TEST_F(LineParserTest, issueLeavesAnActiveTransferAsItIs) {
+TEST_F(LineParserTest, issueDoesNotChangeAnActiveTransfer) {
   item("/a.txt", " \u2191 30%");
   const Date updated = now();
   platform.clock.jump(Seconds(5));
@@ -617,7 +617,7 @@ TEST_F(LineParserTest, unrecognizedStateThatIsNoIssueKeepsTheIssue) {
   EXPECT_EQ(issue("/a.txt"), "Upload Error 28");
 }
 
-TEST_F(LineParserTest, unrecognizedStateDoesNotTouchTheKnownState) {
+TEST_F(LineParserTest, unrecognizedStateDoesNotChangeTheKnownState) {
   item("/a.txt", " \u2601 waiting");
   EXPECT_FALSE(isKnownCurrent("/a.txt"));
   item("/b.txt", cloud);
@@ -625,7 +625,7 @@ TEST_F(LineParserTest, unrecognizedStateDoesNotTouchTheKnownState) {
   EXPECT_TRUE(isKnownCurrent("/b.txt"));
 }
 
-TEST_F(LineParserTest, progressLineDoesNotTouchTheKnownState) {
+TEST_F(LineParserTest, progressLineDoesNotChangeTheKnownState) {
   item("/a.txt", cloud);
   item("/a.txt", " \u2191 5%");
   platform.mainQueue.advance(Seconds(30));
@@ -660,7 +660,7 @@ TEST_F(LineParserTest, knownStatesOfManyPathsAreKeptApart) {
 
 // ---- diagnosis ----
 
-TEST_F(LineParserTest, tallyCountsWhatWasReadAndWhatCameOfIt) {
+TEST_F(LineParserTest, tallyCountsLinesAndTheirEffects) {
   print("header\r\n"
         " o /a.txt \u2191 1%\r\n"
         " o /a.txt \u2191 2%\r\n"

@@ -7,7 +7,7 @@ namespace {
 
 using namespace std::string_literals;
 
-class ProcessRunnerTest : public MonitorTest {
+class MonitorProcessesTest : public MonitorTest {
 protected:
   static LaunchError error(LaunchError::Stage stage, std::string description = "no luck") {
     return {.stage = stage, .description = std::move(description)};
@@ -22,7 +22,7 @@ protected:
   }
 };
 
-/// Both monitors, which behave alike.
+/// One of the two monitors, which behave alike.
 struct MonitorCase {
   std::string name;
   std::string title; ///< as the log calls it
@@ -33,7 +33,8 @@ struct MonitorCase {
   }
 };
 
-class EachMonitorTest : public ProcessRunnerTest, public testing::WithParamInterface<MonitorCase> {
+class EachMonitorTest : public MonitorProcessesTest,
+                        public testing::WithParamInterface<MonitorCase> {
 protected:
   static const Arguments& arguments() { return GetParam().arguments; }
   static const Arguments& otherArguments() {
@@ -58,7 +59,7 @@ INSTANTIATE_TEST_SUITE_P(Monitors, EachMonitorTest,
 
 // ---- start ----
 
-TEST_F(ProcessRunnerTest, startLaunchesTheItemMonitorThenTheGlobalThenAsksQuotaThenStatus) {
+TEST_F(MonitorProcessesTest, startLaunchesTheItemMonitorThenTheGlobalThenAsksQuotaThenStatus) {
   make();
   monitor->start();
   const auto attempts = platform.childProcesses.spawnAttempts();
@@ -78,7 +79,7 @@ TEST_F(ProcessRunnerTest, startLaunchesTheItemMonitorThenTheGlobalThenAsksQuotaT
   EXPECT_EQ(changes, 0);
 }
 
-TEST_F(ProcessRunnerTest, startedLineNamesTheChildsIdentifier) {
+TEST_F(MonitorProcessesTest, startedLineNamesTheChildsIdentifier) {
   make();
   monitor->start();
   ASSERT_NE(items().identifier(), globals().identifier());
@@ -88,7 +89,7 @@ TEST_F(ProcessRunnerTest, startedLineNamesTheChildsIdentifier) {
 
 // ---- chunks and lines ----
 
-TEST_F(ProcessRunnerTest, lineThatArrivesInTwoChunksIsOneLine) {
+TEST_F(MonitorProcessesTest, lineThatArrivesInTwoChunksIsOneLine) {
   start();
   EXPECT_EQ(print(" o /a.txt \u2191 "), 0);
   EXPECT_TRUE(monitor->active().empty());
@@ -97,7 +98,7 @@ TEST_F(ProcessRunnerTest, lineThatArrivesInTwoChunksIsOneLine) {
   EXPECT_TRUE(active("/b.txt"));
 }
 
-TEST_F(ProcessRunnerTest, lineMayArriveByteByByte) {
+TEST_F(MonitorProcessesTest, lineInSingleBytesIsOneLine) {
   start();
   const std::string text = " o /caf\u00e9 \u2601.txt \u2191 45%\r\n";
   for (const char byte : text)
@@ -106,13 +107,13 @@ TEST_F(ProcessRunnerTest, lineMayArriveByteByByte) {
   EXPECT_TRUE(active("/caf\u00e9 \u2601.txt"));
 }
 
-TEST_F(ProcessRunnerTest, newlineAloneEndsALineToo) {
+TEST_F(MonitorProcessesTest, newlineAloneEndsALine) {
   start();
   EXPECT_EQ(print(" o /a.txt \u2191 45%\n o /b.txt \u2191 45%\n"), 1);
   EXPECT_EQ(monitor->active().size(), 2U);
 }
 
-TEST_F(ProcessRunnerTest, carriageReturnAloneEndsNoLine) {
+TEST_F(MonitorProcessesTest, carriageReturnAloneEndsNoLine) {
   start();
   EXPECT_EQ(print(" o /a.txt \u2191 45%\r o /b.txt \u2191 46%\r"), 0);
   EXPECT_TRUE(monitor->active().empty());
@@ -153,7 +154,7 @@ TEST_P(EachMonitorTest, modelIsCompleteWhenTheChangeIsNotified) {
   EXPECT_EQ(logged, 2U);
 }
 
-TEST_P(EachMonitorTest, chunksWithoutACallbackAreReadAllTheSame) {
+TEST_P(EachMonitorTest, chunksAreReadWithoutACallback) {
   start();
   monitor->onChange = nullptr;
   child().print(changingLine("1") + "\r\n");
@@ -198,7 +199,7 @@ TEST_P(EachMonitorTest, hugeLineInSmallChunksIsReadAndTheNextLineToo) {
   EXPECT_EQ(takeLog().size(), 1U);
 }
 
-TEST_P(EachMonitorTest, emptyLinesAndNulsAreHarmless) {
+TEST_P(EachMonitorTest, emptyLinesAndNulsChangeNothing) {
   start();
   child().print("\n\r\n\0\n\0\0\r\n\x1b\n\x1b[\n"s);
   platform.mainQueue.runAll();
@@ -208,7 +209,7 @@ TEST_P(EachMonitorTest, emptyLinesAndNulsAreHarmless) {
   EXPECT_EQ(changes, 1);
 }
 
-TEST_F(ProcessRunnerTest, feedsDoNotShareTheirUnfinishedLines) {
+TEST_F(MonitorProcessesTest, feedsDoNotShareTheirUnfinishedLines) {
   start();
   items().print(" o /a.txt");
   globals().print("Fraction completed: 0.5 / Comp");
@@ -219,7 +220,7 @@ TEST_F(ProcessRunnerTest, feedsDoNotShareTheirUnfinishedLines) {
   EXPECT_EQ(monitor->globalActivity().value().bytes, 4096);
 }
 
-TEST_F(ProcessRunnerTest, feedsAreNotReadByTheWrongParser) {
+TEST_F(MonitorProcessesTest, eachFeedIsReadByItsOwnParser) {
   start();
   EXPECT_EQ(print(fraction("0.5", "4096") + "\n"), 0);
   EXPECT_FALSE(global(" o /a.txt \u2191 5%"));
@@ -228,7 +229,7 @@ TEST_F(ProcessRunnerTest, feedsAreNotReadByTheWrongParser) {
   EXPECT_EQ(takeLog(), Lines{});
 }
 
-TEST_F(ProcessRunnerTest, hugeItemPathIsAPathLikeAnother) {
+TEST_F(MonitorProcessesTest, hugeItemPathIsReadLikeAnyOther) {
   start();
   const std::string path = "/folder/" + std::string(2'000'000, 'n');
   EXPECT_TRUE(item(path, " \u2191 5%"));
@@ -307,7 +308,7 @@ TEST_P(EachMonitorTest, unfinishedLineOfADeadMonitorIsJoinedToTheFirstOfItsSucce
   EXPECT_EQ(changes, 1);
 }
 
-TEST_P(EachMonitorTest, unfinishedLineOfADeadMonitorSpoilsAWholeFirstLine) {
+TEST_P(EachMonitorTest, unfinishedLineOfADeadMonitorSpoilsTheNextWholeLine) {
   start();
   child().print("half a li");
   child().exit();
@@ -320,7 +321,7 @@ TEST_P(EachMonitorTest, unfinishedLineOfADeadMonitorSpoilsAWholeFirstLine) {
   EXPECT_NE(lines.back().find('2'), std::string::npos);
 }
 
-TEST_P(EachMonitorTest, lastWordsBeforeTheExitAreRead) {
+TEST_P(EachMonitorTest, outputBeforeTheExitIsRead) {
   start();
   child().print(changingLine("1") + "\r\n");
   child().exit();
@@ -331,14 +332,14 @@ TEST_P(EachMonitorTest, lastWordsBeforeTheExitAreRead) {
   EXPECT_EQ(changes, 1);
 }
 
-TEST_F(ProcessRunnerTest, restartLeavesTheModelAlone) {
+TEST_F(MonitorProcessesTest, restartDoesNotChangeTheModel) {
   start();
-  exists("/a.txt");
+  addFile("/a.txt");
   item("/a.txt", " \u2191 5%");
   item("/b.txt", " \u2601 conflict");
   item("/c.txt", " \u2601 \u2193 5%");
   item("/c.txt", " \u2601");
-  exists("/c.txt");
+  addFile("/c.txt");
   global(fraction("0.5", "4096"));
   items().exit();
   globals().exit();
@@ -351,7 +352,7 @@ TEST_F(ProcessRunnerTest, restartLeavesTheModelAlone) {
   EXPECT_EQ(monitor->globalActivity().value().bytes, 4096);
 }
 
-TEST_F(ProcessRunnerTest, bothMonitorsAreRestartedIndependently) {
+TEST_F(MonitorProcessesTest, bothMonitorsAreRestartedIndependently) {
   start();
   items().exit();
   advance(4);
@@ -376,7 +377,7 @@ struct FailureCase {
   }
 };
 
-class LaunchFailureTest : public ProcessRunnerTest,
+class LaunchFailureTest : public MonitorProcessesTest,
                           public testing::WithParamInterface<FailureCase> {
 protected:
   static LaunchError failure() { return error(GetParam().stage, "no such file"); }
@@ -395,7 +396,7 @@ INSTANTIATE_TEST_SUITE_P(
             "Driftmark: failed to launch brctl monitor -g -i: no such file"}),
     caseName);
 
-TEST_P(LaunchFailureTest, isLoggedOncePerMonitorAndNotRetried) {
+TEST_P(LaunchFailureTest, failureIsLoggedOncePerMonitorAndNotRetried) {
   platform.childProcesses.failAllLaunches(failure());
   make();
   monitor->start();
@@ -406,7 +407,7 @@ TEST_P(LaunchFailureTest, isLoggedOncePerMonitorAndNotRetried) {
   EXPECT_EQ(platform.childProcesses.spawnAttempts().size(), 2U);
 }
 
-TEST_P(LaunchFailureTest, ofOneMonitorLeavesTheOtherAndTheReportsAlone) {
+TEST_P(LaunchFailureTest, itemMonitorFailureDoesNotAffectTheOthers) {
   platform.childProcesses.failLaunches(itemMonitor, failure());
   platform.childProcesses.script(quotaReport, "1000 bytes");
   platform.childProcesses.script(statusReport, "> downloader{ downloading:");
@@ -419,7 +420,7 @@ TEST_P(LaunchFailureTest, ofOneMonitorLeavesTheOtherAndTheReportsAlone) {
   EXPECT_TRUE(global(fraction("0.5", "4096")));
 }
 
-TEST_P(LaunchFailureTest, ofTheGlobalMonitorLeavesTheItemMonitorAlone) {
+TEST_P(LaunchFailureTest, globalMonitorFailureDoesNotAffectTheItemMonitor) {
   platform.childProcesses.failLaunches(globalMonitor, failure());
   make();
   monitor->start();
@@ -428,7 +429,7 @@ TEST_P(LaunchFailureTest, ofTheGlobalMonitorLeavesTheItemMonitorAlone) {
   EXPECT_TRUE(item("/a.txt", " \u2191 1%"));
 }
 
-TEST_P(LaunchFailureTest, atARelaunchEndsTheRestarts) {
+TEST_P(LaunchFailureTest, failureAtARelaunchEndsTheRestarts) {
   start();
   platform.childProcesses.failAllLaunches(failure());
   items().exit();
@@ -441,7 +442,7 @@ TEST_P(LaunchFailureTest, atARelaunchEndsTheRestarts) {
   EXPECT_EQ(takeLog(), Lines{});
 }
 
-TEST_F(ProcessRunnerTest, missingBrctlIsLoggedOncePerUse) {
+TEST_F(MonitorProcessesTest, missingBrctlIsLoggedOncePerUse) {
   platform.childProcesses.failAllLaunches(error(LaunchError::Stage::launch, "no such file"));
   start();
   advance(3600);
@@ -460,7 +461,7 @@ TEST_F(ProcessRunnerTest, missingBrctlIsLoggedOncePerUse) {
 
 // ---- stop ----
 
-TEST_F(ProcessRunnerTest, stopEndsBothMonitorsAndNothingIsLoggedOrRelaunched) {
+TEST_F(MonitorProcessesTest, stopEndsBothMonitorsAndNothingIsLoggedOrRelaunched) {
   start();
   monitor->stop();
   EXPECT_EQ(items().terminateRequests(), 1);
@@ -476,7 +477,7 @@ TEST_F(ProcessRunnerTest, stopEndsBothMonitorsAndNothingIsLoggedOrRelaunched) {
   EXPECT_EQ(takeLog(), Lines{});
 }
 
-TEST_F(ProcessRunnerTest, stopKeepsReadingUntilTheChildrenEnd) {
+TEST_F(MonitorProcessesTest, stopKeepsReadingUntilTheChildrenEnd) {
   start();
   items().ignoreTerminate();
   monitor->stop();
@@ -487,9 +488,9 @@ TEST_F(ProcessRunnerTest, stopKeepsReadingUntilTheChildrenEnd) {
   EXPECT_TRUE(active("/a.txt"));
 }
 
-TEST_F(ProcessRunnerTest, stopLeavesModelAndUnfinishedLineAlone) {
+TEST_F(MonitorProcessesTest, stopKeepsTheModelAndTheUnfinishedLine) {
   start();
-  exists("/a.txt");
+  addFile("/a.txt");
   item("/a.txt", " \u2191 1%");
   item("/b.txt", " \u2601 conflict");
   print(" o /c.txt \u2191");
@@ -502,7 +503,7 @@ TEST_F(ProcessRunnerTest, stopLeavesModelAndUnfinishedLineAlone) {
   EXPECT_TRUE(active("/c.txt"));
 }
 
-TEST_F(ProcessRunnerTest, childThatIgnoresTheRequestKeepsRunning) {
+TEST_F(MonitorProcessesTest, childThatIgnoresTheRequestKeepsRunning) {
   start();
   items().ignoreTerminate();
   monitor->stop();
@@ -512,7 +513,7 @@ TEST_F(ProcessRunnerTest, childThatIgnoresTheRequestKeepsRunning) {
   EXPECT_EQ(items().terminateRequests(), 1);
 }
 
-TEST_F(ProcessRunnerTest, stopEndsTheReportsThatRun) {
+TEST_F(MonitorProcessesTest, stopEndsTheReportsThatRun) {
   platform.backgroundQueue.setMode(TestBackgroundQueue::Mode::thread);
   platform.childProcesses.hang(quotaReport);
   platform.childProcesses.hang(statusReport);
@@ -531,7 +532,7 @@ TEST_F(ProcessRunnerTest, stopEndsTheReportsThatRun) {
   EXPECT_EQ(monitor->statusActivity(), std::nullopt);
 }
 
-TEST_F(ProcessRunnerTest, stopWhenNothingRunsIsHarmless) {
+TEST_F(MonitorProcessesTest, stopWithoutChildrenDoesNothing) {
   make();
   monitor->stop();
   monitor->stop();
@@ -539,7 +540,7 @@ TEST_F(ProcessRunnerTest, stopWhenNothingRunsIsHarmless) {
   EXPECT_EQ(takeLog(), Lines{});
 }
 
-TEST_F(ProcessRunnerTest, stopAfterAChildsDeathDoesNotReachForIt) {
+TEST_F(MonitorProcessesTest, stopDoesNotTerminateADeadChild) {
   start();
   const auto first = platform.childProcesses.children(itemMonitor).front();
   first->exit();
@@ -577,7 +578,7 @@ TEST_P(EachMonitorTest, exitThatIsHandledAfterTheStopSchedulesNothing) {
   EXPECT_EQ(spawned(arguments()), 1U);
 }
 
-TEST_F(ProcessRunnerTest, stopFromInsideTheChangeCallbackEndsTheChildren) {
+TEST_F(MonitorProcessesTest, stopFromInsideTheChangeCallbackEndsTheChildren) {
   start();
   monitor->onChange = [this] { monitor->stop(); };
   items().print(" o /a.txt \u2191 1%\r\n");

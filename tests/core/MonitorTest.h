@@ -24,8 +24,8 @@ using Lines = std::vector<std::string>;
 /// Names the instances of a test after the name of their parameter.
 inline constexpr auto caseName = [](const auto& info) { return info.param.name; };
 
-/// A monitor on the test platform. What `brctl status` and `brctl quota` are not told to print is
-/// nothing, so that a started monitor soon only waits for the two feeds.
+/// A monitor on the test platform. Unless a test scripts them, `brctl status` and `brctl quota`
+/// print nothing, so that a started monitor soon only waits for its two feeds.
 class MonitorTest : public testing::Test {
 protected:
   SyncMonitor::Ports ports() {
@@ -45,7 +45,7 @@ protected:
     monitor->onChange = [this] { ++changes; };
   }
 
-  /// Makes and starts the monitor; forgets what starting logged and notified.
+  /// Makes and starts the monitor, and discards what the start logged and notified.
   void start() {
     make();
     monitor->start();
@@ -57,7 +57,7 @@ protected:
   TestChild& items() const { return platform.childProcesses.child(itemMonitor); }
   TestChild& globals() const { return platform.childProcesses.child(globalMonitor); }
 
-  /// Lets the per-item monitor print `bytes`. Returns how often the change was notified.
+  /// Lets the per-item monitor print `bytes`. Returns how many changes were notified.
   int print(std::string_view bytes) {
     const int before = changes;
     items().print(bytes);
@@ -65,15 +65,37 @@ protected:
     return changes - before;
   }
 
-  /// Lets the per-item monitor print one line as a terminal gives it. Whether it was notified.
+  /// Lets the per-item monitor print one line as through a terminal. Whether a change was notified.
   bool line(const std::string& text) { return print(text + "\r\n") == 1; }
 
-  /// Lets the per-item monitor print that the item at `path` is in this state.
+  /// Lets the per-item monitor print a line about the item at `path`. Whether a change was
+  /// notified.
   bool item(const std::string& path, const std::string& remainder) {
     return line(" o " + path + remainder);
   }
 
-  /// Lets the global monitor print one line. Whether it was notified.
+  /// Starts a transfer.
+  void startUpload(const std::string& path, const std::string& percent = "") {
+    item(path, " \u2191 " + percent);
+  }
+  void startDownload(const std::string& path, const std::string& percent = "") {
+    item(path, " \u2601 \u2193 " + percent);
+  }
+
+  /// Starts a transfer and completes it.
+  void completeUpload(const std::string& path) {
+    startUpload(path);
+    item(path, " \u2601");
+  }
+  void completeDownload(const std::string& path) {
+    startDownload(path);
+    item(path, " \u2601");
+  }
+
+  /// Lets time pass on the wall clock alone: nothing that waits runs.
+  void jump(double seconds) { platform.clock.jump(Seconds(seconds)); }
+
+  /// Lets the global monitor print one line. Whether a change was notified.
   bool global(const std::string& text) {
     const int before = changes;
     globals().print(text + "\r\n");
@@ -111,8 +133,8 @@ protected:
     return found == monitor->issues().end() ? std::string() : found->second;
   }
 
-  /// Lets the file of a printed path exist.
-  void exists(const std::string& path) { platform.fileSystem.add(full(path)); }
+  /// Adds the file of a printed path.
+  void addFile(const std::string& path) { platform.fileSystem.add(full(path)); }
 
   Date now() const { return platform.clock.now(); }
   void advance(double seconds) { platform.mainQueue.advance(Seconds(seconds)); }

@@ -10,7 +10,7 @@
 namespace driftmark::test {
 namespace {
 
-TEST(NumbersTest, wholeTextIsANumber) {
+TEST(NumbersTest, wholeTextIsReadAsANumber) {
   EXPECT_EQ(toDouble("0"), 0.0);
   EXPECT_EQ(toDouble("12.5"), 12.5);
   EXPECT_EQ(toDouble(".5"), 0.5);
@@ -21,14 +21,14 @@ TEST(NumbersTest, wholeTextIsANumber) {
   EXPECT_EQ(toDouble("0.1"), 0.1);
 }
 
-TEST(NumbersTest, anythingElseIsNone) {
+TEST(NumbersTest, otherTextIsNoNumber) {
   for (const char* text :
        {"",     ".",   "-",   "+",  "1.2.3", "1,5", " 1",  "1 ", "1\n", "x",   "1x",
         "0x10", "nan", "inf", "1e", "1e+",   "--1", "1-2", "e5", "..",  "1..2"})
     EXPECT_EQ(toDouble(text), std::nullopt) << text;
 }
 
-TEST(NumbersTest, decimalsAreRoundedAsTheLibraryRoundsThem) {
+TEST(NumbersTest, decimalsAreRoundedLikeStrtod) {
   std::mt19937_64 random(11);
   for (int i = 0; i < 200000; ++i) {
     std::string text = std::to_string(random() >> (random() % 64));
@@ -46,7 +46,7 @@ TEST(NumbersTest, integersReachTheEndsOfTheirRange) {
   EXPECT_EQ(toInt64("007"), 7);
 }
 
-TEST(NumbersTest, anythingElseIsNoInteger) {
+TEST(NumbersTest, otherTextIsNoInteger) {
   for (const char* text :
        {"", "+", "-", "+-5", "++5", " 5", "5 ", "5\n", "5.0", "5e1", "1,000", "0x5"})
     EXPECT_EQ(toInt64(text), std::nullopt) << text;
@@ -63,7 +63,7 @@ TEST(NumbersTest, sumBeyondTheRangeIsAbsent) {
   EXPECT_EQ(sum(Limits::min(), -1), std::nullopt);
 }
 
-TEST(NumbersTest, wholeNumberIsRoundedHalvesToEven) {
+TEST(NumbersTest, wholeNumberRoundsHalvesToEven) {
   EXPECT_EQ(wholeNumber(42.4), "42");
   EXPECT_EQ(wholeNumber(99.6), "100");
   EXPECT_EQ(wholeNumber(0.5), "0");

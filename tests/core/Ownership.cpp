@@ -6,45 +6,45 @@
 namespace driftmark::test {
 namespace {
 
-/// What happens to waiting callbacks when the monitor is let go.
+/// What happens to waiting callbacks when the monitor is released.
 class OwnershipTest : public MonitorTest {
 protected:
-  std::weak_ptr<SyncMonitor> letGo() {
+  std::weak_ptr<SyncMonitor> release() {
     std::weak_ptr<SyncMonitor> weak = monitor;
     monitor.reset();
     return weak;
   }
 };
 
-TEST_F(OwnershipTest, idleMonitorIsGoneAtOnce) {
+TEST_F(OwnershipTest, idleMonitorIsDestroyedAtOnce) {
   start();
-  EXPECT_TRUE(letGo().expired());
+  EXPECT_TRUE(release().expired());
 }
 
-TEST_F(OwnershipTest, releasedMonitorLetsGoOfItsChildrenWithoutEndingThem) {
+TEST_F(OwnershipTest, releasedMonitorReleasesItsChildrenWithoutEndingThem) {
   start();
   const auto child = platform.childProcesses.children(itemMonitor).front();
-  letGo();
+  release();
   EXPECT_FALSE(child->isHeld());
   EXPECT_FALSE(child->isRead());
   EXPECT_EQ(child->terminateRequests(), 0);
   EXPECT_TRUE(child->isRunning());
 }
 
-TEST_F(OwnershipTest, outputOnItsWayToAReleasedMonitorIsDropped) {
+TEST_F(OwnershipTest, pendingOutputForAReleasedMonitorIsDropped) {
   start();
   items().print(" o /a.txt \u2191 1%\r\n");
   globals().print(fraction("0.5", "4096") + "\r\n");
-  letGo();
+  release();
   platform.settle();
   EXPECT_EQ(changes, 0);
   EXPECT_EQ(takeLog(), Lines{});
 }
 
-TEST_F(OwnershipTest, exitOnItsWayToAReleasedMonitorIsDropped) {
+TEST_F(OwnershipTest, pendingExitForAReleasedMonitorIsDropped) {
   start();
   items().exit();
-  letGo();
+  release();
   advance(60);
   EXPECT_EQ(takeLog(), Lines{});
   EXPECT_EQ(platform.childProcesses.spawnAttempts().size(), 2U);
@@ -55,7 +55,7 @@ TEST_F(OwnershipTest, scheduledRelaunchOfAReleasedMonitorDoesNothing) {
   items().exit();
   platform.mainQueue.runAll();
   takeLog();
-  EXPECT_TRUE(letGo().expired());
+  EXPECT_TRUE(release().expired());
   advance(60);
   EXPECT_EQ(takeLog(), Lines{});
   EXPECT_EQ(platform.childProcesses.spawnAttempts().size(), 2U);
@@ -66,7 +66,7 @@ TEST_F(OwnershipTest, redrawAfterTheHoldOfAReleasedMonitorDoesNothing) {
   item("/a.txt", " \u2191 1%");
   item("/a.txt", " \u2601");
   changes = 0;
-  EXPECT_TRUE(letGo().expired());
+  EXPECT_TRUE(release().expired());
   advance(60);
   EXPECT_EQ(changes, 0);
 }
@@ -76,7 +76,7 @@ TEST_F(OwnershipTest, sweepTimerEndsWithTheMonitor) {
   item("/a.txt", " \u2191 1%");
   ASSERT_EQ(platform.mainQueue.timers().size(), 1U);
   changes = 0;
-  EXPECT_TRUE(letGo().expired());
+  EXPECT_TRUE(release().expired());
   EXPECT_TRUE(platform.mainQueue.timers().empty());
   advance(60);
   EXPECT_EQ(changes, 0);
@@ -87,18 +87,18 @@ TEST_F(OwnershipTest, expiryCheckOfAReleasedMonitorDoesNothing) {
   global(fraction("0.5", "4096"));
   platform.backgroundQueue.clear();
   changes = 0;
-  EXPECT_TRUE(letGo().expired());
+  EXPECT_TRUE(release().expired());
   advance(120);
   EXPECT_EQ(changes, 0);
 }
 
-TEST_F(OwnershipTest, reportsInFlightDoNotKeepTheMonitor) {
+TEST_F(OwnershipTest, runningReportsDoNotKeepTheMonitorAlive) {
   platform.childProcesses.script(quotaReport, "1000 bytes");
   platform.childProcesses.script(statusReport, "> upload{9} active\n");
   make();
   monitor->start();
   takeLog();
-  EXPECT_TRUE(letGo().expired());
+  EXPECT_TRUE(release().expired());
   platform.settle();
   EXPECT_EQ(takeLog(), Lines{});
   EXPECT_EQ(changes, 0);
@@ -106,33 +106,33 @@ TEST_F(OwnershipTest, reportsInFlightDoNotKeepTheMonitor) {
   EXPECT_EQ(platform.childProcesses.runs().size(), 2U);
 }
 
-TEST_F(OwnershipTest, resultsOnTheirWayToAReleasedMonitorAreDropped) {
+TEST_F(OwnershipTest, pendingResultsForAReleasedMonitorAreDropped) {
   platform.childProcesses.script(quotaReport, "1000 bytes");
   platform.childProcesses.script(statusReport, "> upload{9} active\n");
   make();
   monitor->start();
   platform.backgroundQueue.runAll();
   takeLog();
-  EXPECT_TRUE(letGo().expired());
+  EXPECT_TRUE(release().expired());
   platform.mainQueue.runAll();
   EXPECT_EQ(takeLog(), Lines{});
   EXPECT_EQ(changes, 0);
 }
 
-TEST_F(OwnershipTest, launchFailureOfAReportIsLoggedThoughTheMonitorIsGone) {
+TEST_F(OwnershipTest, launchFailureOfAReportIsLoggedAfterTheMonitorIsReleased) {
   make();
   monitor->refreshQuota();
   platform.childProcesses.failAllLaunches(
       {.stage = LaunchError::Stage::launch, .description = "no such file"});
-  letGo();
+  release();
   platform.settle();
   EXPECT_EQ(takeLog(), Lines{"Driftmark: brctl quota failed: no such file"});
 }
 
-TEST_F(OwnershipTest, delayedPollKeepsTheMonitorUntilItRuns) {
+TEST_F(OwnershipTest, delayedPollKeepsTheMonitorAliveUntilItRuns) {
   platform.childProcesses.script(statusReport, "> upload{9} active\n");
   start();
-  const auto weak = letGo();
+  const auto weak = release();
   EXPECT_FALSE(weak.expired());
   advance(19.999);
   EXPECT_FALSE(weak.expired());
@@ -145,12 +145,12 @@ TEST_F(OwnershipTest, delayedPollKeepsTheMonitorUntilItRuns) {
   EXPECT_EQ(platform.childProcesses.runs(statusReport).size(), 2U);
 }
 
-TEST_F(OwnershipTest, delayedPollOfAStoppedMonitorLetsItGoWithoutRunning) {
+TEST_F(OwnershipTest, delayedPollOfAStoppedMonitorReleasesItWithoutPolling) {
   platform.childProcesses.script(statusReport, "> upload{9} active\n");
   start();
   monitor->stop();
   platform.settle();
-  const auto weak = letGo();
+  const auto weak = release();
   EXPECT_FALSE(weak.expired());
   advance(20);
   EXPECT_TRUE(weak.expired());
@@ -162,7 +162,7 @@ TEST_F(OwnershipTest, callbackIsReleasedWithTheMonitor) {
   const auto token = std::make_shared<int>(0);
   monitor->onChange = [token] { ++*token; };
   EXPECT_EQ(token.use_count(), 2);
-  letGo();
+  release();
   EXPECT_EQ(token.use_count(), 1);
 }
 
@@ -181,7 +181,7 @@ TEST_F(OwnershipTest, monitorMayBeReleasedFromItsOwnNotification) {
 
 TEST_F(OwnershipTest, monitorMayBeReleasedFromTheNotificationOfASweep) {
   start();
-  exists("/a.txt");
+  addFile("/a.txt");
   item("/a.txt", " \u2191 1%");
   const std::weak_ptr<SyncMonitor> weak = monitor;
   monitor->onChange = [this] { monitor.reset(); };
@@ -200,7 +200,7 @@ TEST_F(OwnershipTest, monitorMayBeReleasedFromTheNotificationOfAResult) {
   EXPECT_TRUE(weak.expired());
 }
 
-TEST_F(OwnershipTest, twoMonitorsDoNotMeet) {
+TEST_F(OwnershipTest, twoMonitorsKeepTheirModelsApart) {
   start();
   const auto first = monitor;
   item("/a.txt", " \u2191 1%");
@@ -213,12 +213,12 @@ TEST_F(OwnershipTest, twoMonitorsDoNotMeet) {
   EXPECT_TRUE(active("/b.txt"));
 }
 
-TEST_F(OwnershipTest, platformMayDropEverythingThatWaitsWhileAPollKeepsTheMonitor) {
+TEST_F(OwnershipTest, droppedPollReleasesTheMonitor) {
   platform.childProcesses.script(statusReport, "> upload{9} active\n");
   platform.fileSystem.pretendEverythingExists();
   start();
   item("/a.txt", " \u2191 1%");
-  const auto weak = letGo();
+  const auto weak = release();
   EXPECT_FALSE(weak.expired());
   platform.mainQueue.clear();
   EXPECT_TRUE(weak.expired());

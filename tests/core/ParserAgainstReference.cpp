@@ -117,7 +117,7 @@ private:
   }
 
   std::mt19937 random_;
-  std::string folder_; ///< lines tend to stay in one
+  std::string folder_; ///< of the next lines, mostly
 };
 
 /// The reference monitor, and the moments at which the real one sweeps and redraws.
@@ -175,7 +175,7 @@ private:
 class ParserAgainstReferenceTest : public MonitorTest,
                                    public testing::WithParamInterface<unsigned> {
 protected:
-  /// The log without the lines about the children themselves.
+  /// The log without the lines about the child processes.
   Lines takeModelLog() {
     Lines lines = takeLog();
     std::erase_if(lines, [](const std::string& line) {
@@ -220,7 +220,7 @@ TEST_P(ParserAgainstReferenceTest, modelsAgreeAfterEveryChunk) {
   Reference reference(now());
   for (int number = 0; number < 150; ++number) {
     const std::string path = generator.path();
-    exists(path);
+    addFile(path);
     reference.addFile(full(path));
   }
 

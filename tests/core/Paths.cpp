@@ -49,12 +49,12 @@ TEST(PathsTest, folderAndNameAreJoinedByOneSlash) {
   EXPECT_EQ(appendingPathComponent("", "Applications"), "/Applications");
 }
 
-TEST(PathsTest, homeInFrontBecomesATilde) {
+TEST(PathsTest, homeAtTheStartBecomesATilde) {
   EXPECT_EQ(abbreviatingWithTilde("/Users/ada/Downloads", "/Users/ada"), "~/Downloads");
   EXPECT_EQ(abbreviatingWithTilde("/Users/ada", "/Users/ada"), "~");
 }
 
-TEST(PathsTest, foldersOutsideTheHomeStay) {
+TEST(PathsTest, foldersOutsideTheHomeAreUnchanged) {
   EXPECT_EQ(abbreviatingWithTilde("/Users/adam/Downloads", "/Users/ada"), "/Users/adam/Downloads");
   EXPECT_EQ(abbreviatingWithTilde("/opt", "/Users/ada"), "/opt");
   EXPECT_EQ(abbreviatingWithTilde("/opt", ""), "/opt");

@@ -18,8 +18,7 @@ constexpr int linesEach = 40000;
 constexpr int linesEach = 1500000;
 #endif
 
-/// Strings put together from pieces that a pattern is made of, some with one byte changed, so that
-/// many nearly match.
+/// Strings made of pieces of a pattern, some with one byte changed, so that many nearly match.
 class NearMisses {
 public:
   NearMisses(unsigned seed, std::vector<std::string> pieces)
@@ -37,7 +36,7 @@ public:
 private:
   void mutate(std::string& line) {
     const auto at = random_() % line.size();
-    // Bytes that stand near those of the patterns, and any others.
+    // Bytes next to those of the patterns, and any others.
     static const std::string near = "/:;l[m%.09";
     const char byte =
         random_() % 2 == 0 ? near[random_() % near.size()] : static_cast<char>(random_() % 256);
@@ -63,9 +62,10 @@ std::string stripped(std::string_view text) {
   return std::string(withoutAnsi(text, storage));
 }
 
-TEST(PatternsTest, colourSequencesGo) {
+TEST(PatternsTest, colourSequencesAreRemoved) {
   EXPECT_EQ(stripped("\x1b[1ma\x1b[0mb\x1b[mc\x1b[31;42md"), "abcd");
-  EXPECT_EQ(stripped("\x1b[1\x1b[1mm"), "\x1b[1m") << "what meets only then stays";
+  EXPECT_EQ(stripped("\x1b[1\x1b[1mm"), "\x1b[1m")
+      << "a sequence that only the removal completes is kept";
   EXPECT_EQ(stripped("\x1b[1"), "\x1b[1");
   EXPECT_EQ(stripped("\x1b[2K"), "\x1b[2K");
   EXPECT_EQ(stripped("\x1b\x1b[m"), "\x1b");
@@ -89,7 +89,7 @@ TEST(PatternsTest, firstNumberBeforeAPercentSignIsThePercentage) {
   EXPECT_EQ(firstPercent(""), std::nullopt);
 }
 
-TEST(PatternsTest, colourSequencesAreFoundAsTheEngineFindsThem) {
+TEST(PatternsTest, colourSequencesAreFoundAsByTheRegexEngine) {
   const std::regex pattern(ansiPattern);
   NearMisses lines(1, {"\x1b", "[", "m", "0", ";", "31", "\x1b[", "\x1b[1m", "\x1b[0;3", "K", "a",
                        "\u2601", " ", "\r", std::string(1, '\0')});
@@ -100,7 +100,7 @@ TEST(PatternsTest, colourSequencesAreFoundAsTheEngineFindsThem) {
   }
 }
 
-TEST(PatternsTest, percentagesAreFoundAsTheEngineFindsThem) {
+TEST(PatternsTest, percentagesAreFoundAsByTheRegexEngine) {
   const std::regex pattern(percentPattern);
   NearMisses lines(2, {"%", ".", "0", "7", "42", "100", "3.5", "%%", " ", "..", "\u2191", "x", "9%",
                        ".5%", "1."});
@@ -117,7 +117,7 @@ TEST(PatternsTest, percentagesAreFoundAsTheEngineFindsThem) {
   }
 }
 
-TEST(PatternsTest, globalReportsAreFoundAsTheEngineFindsThem) {
+TEST(PatternsTest, globalReportsAreFoundAsByTheRegexEngine) {
   const std::regex pattern(globalPattern);
   NearMisses lines(3,
                    {"Fraction completed: ", "Fraction", " / Completed: ", " of ", "0.25", "1.0.2",
@@ -139,7 +139,7 @@ TEST(PatternsTest, globalReportsAreFoundAsTheEngineFindsThem) {
     ASSERT_EQ(global->completed, match.str(2)) << line;
     ASSERT_EQ(global->total, match.str(3)) << line;
   }
-  EXPECT_GT(matches, linesEach / 100) << "the lines are to match now and then";
+  EXPECT_GT(matches, linesEach / 100) << "too few lines match";
 }
 
 } // namespace

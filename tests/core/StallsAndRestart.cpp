@@ -6,6 +6,86 @@
 namespace driftmark::test {
 namespace {
 
+const std::string cloud = " \u2601";
+
+// ---- stalls with the default threshold ----
+
+class StallsTest : public MonitorTest {
+protected:
+  void SetUp() override {
+    platform.fileSystem.pretendEverythingExists();
+    start();
+  }
+};
+
+TEST_F(StallsTest, transferIsStalledOnlyAfterMoreThanTheThreshold) {
+  startUpload("/a");
+  jump(300);
+  EXPECT_FALSE(monitor->isStalled(transfer("/a")));
+  EXPECT_EQ(monitor->overall(), OverallState::uploading);
+  EXPECT_EQ(monitor->longestStall(), std::nullopt);
+  jump(0.000001);
+  EXPECT_TRUE(monitor->isStalled(transfer("/a")));
+  EXPECT_EQ(monitor->overall(), OverallState::attention);
+  EXPECT_TRUE(monitor->longestStall());
+}
+
+TEST_F(StallsTest, longestStallIsThatOfTheOldestUpdate) {
+  startUpload("/a");
+  jump(100);
+  startUpload("/b");
+  jump(250);
+  EXPECT_DOUBLE_EQ(monitor->longestStall().value(), 350);
+  jump(100);
+  EXPECT_DOUBLE_EQ(monitor->longestStall().value(), 450);
+  startUpload("/a");
+  EXPECT_DOUBLE_EQ(monitor->longestStall().value(), 350);
+  startUpload("/b");
+  EXPECT_EQ(monitor->longestStall(), std::nullopt);
+}
+
+TEST_F(StallsTest, restartIsOfferedOnlyAfterMoreThanTwiceTheThreshold) {
+  startUpload("/a");
+  EXPECT_FALSE(monitor->shouldOfferRestart());
+  jump(301);
+  EXPECT_FALSE(monitor->shouldOfferRestart());
+  jump(299);
+  EXPECT_FALSE(monitor->shouldOfferRestart());
+  jump(0.000001);
+  EXPECT_TRUE(monitor->shouldOfferRestart());
+}
+
+TEST_F(StallsTest, restartIsOfferedForOneLongStallBesideLiveTransfers) {
+  startUpload("/a");
+  jump(601);
+  startUpload("/b");
+  EXPECT_TRUE(monitor->shouldOfferRestart());
+  EXPECT_EQ(monitor->overall(), OverallState::uploading);
+  item("/a", cloud);
+  EXPECT_FALSE(monitor->shouldOfferRestart());
+}
+
+TEST_F(StallsTest, itemThatIsNotActiveCanBeStalled) {
+  const ActiveItem item{.path = "/elsewhere",
+                        .direction = Direction::upload,
+                        .percent = std::nullopt,
+                        .lastUpdate = earlier(now(), Seconds(301))};
+  EXPECT_TRUE(monitor->isStalled(item));
+  ActiveItem fresh = item;
+  fresh.lastUpdate = now();
+  EXPECT_FALSE(monitor->isStalled(fresh));
+}
+
+TEST_F(StallsTest, clockSetBackStallsNothing) {
+  startUpload("/a");
+  jump(-1000);
+  EXPECT_FALSE(monitor->isStalled(transfer("/a")));
+  EXPECT_EQ(monitor->overall(), OverallState::uploading);
+  EXPECT_EQ(monitor->longestStall(), std::nullopt);
+}
+
+// ---- the threshold ----
+
 struct ThresholdCase {
   std::string name;
   std::optional<std::string> value;
@@ -65,51 +145,12 @@ INSTANTIATE_TEST_SUITE_P(
         ThresholdCase{"zeroFraction", "0.0", 300}, ThresholdCase{"negative", "-5", 300},
         ThresholdCase{"word", "soon", 300}, ThresholdCase{"empty", "", 300},
         ThresholdCase{"notANumber", "nan", 300}, ThresholdCase{"numberAndWord", "90s", 300},
-        ThresholdCase{"spaceInFront", " 90", 300}, ThresholdCase{"spaceBehind", "90 ", 300},
-        ThresholdCase{"lineEndBehind", "90\n", 300}, ThresholdCase{"twoNumbers", "90 100", 300},
+        ThresholdCase{"leadingSpace", " 90", 300}, ThresholdCase{"trailingSpace", "90 ", 300},
+        ThresholdCase{"trailingLineEnd", "90\n", 300}, ThresholdCase{"twoNumbers", "90 100", 300},
         ThresholdCase{"comma", "90,5", 300}, ThresholdCase{"twoPoints", "9.0.5", 300},
-        ThresholdCase{"nulBehind", std::string("90\0", 3), 300},
+        ThresholdCase{"trailingNul", std::string("90\0", 3), 300},
         ThresholdCase{"large", "86400", 86400}),
     caseName);
-
-struct SweepCase {
-  std::string threshold;
-  double interval;
-};
-
-class SweepIntervalTest : public MonitorTest, public testing::WithParamInterface<SweepCase> {};
-
-TEST_P(SweepIntervalTest, isAThirdOfTheThresholdBetweenFiveAndThirtySeconds) {
-  platform.environment.set("DRIFTMARK_STALL_SECS", GetParam().threshold);
-  platform.fileSystem.pretendEverythingExists();
-  start();
-  ASSERT_TRUE(platform.mainQueue.timers().empty());
-  item("/a.txt", " \u2191 1%");
-  const auto timers = platform.mainQueue.timers();
-  ASSERT_EQ(timers.size(), 1U);
-  EXPECT_DOUBLE_EQ(timers.front().interval.count(), GetParam().interval);
-  EXPECT_LT(timers.front().tolerance, timers.front().interval);
-
-  changes = 0;
-  advance(GetParam().interval - 0.001);
-  EXPECT_EQ(changes, 0);
-  advance(0.002);
-  EXPECT_EQ(changes, 1);
-}
-
-INSTANTIATE_TEST_SUITE_P(Values, SweepIntervalTest,
-                         testing::Values(SweepCase{"300", 30}, SweepCase{"600", 30},
-                                         SweepCase{"90", 30}, SweepCase{"90.3", 30},
-                                         SweepCase{"60", 20}, SweepCase{"45", 15},
-                                         SweepCase{"15.3", 5.1}, SweepCase{"15", 5},
-                                         SweepCase{"12", 5}, SweepCase{"6", 5}, SweepCase{"0.5", 5},
-                                         SweepCase{"0", 30}),
-                         [](const auto& each) {
-                           std::string name = "secs" + each.param.threshold;
-                           for (char& c : name)
-                             c = c == '.' ? '_' : c;
-                           return name;
-                         });
 
 } // namespace
 } // namespace driftmark::test

@@ -7,18 +7,11 @@ namespace {
 
 const std::string cloud = " \u2601";
 
-class OverallTest : public MonitorTest {
+class StateAndProgressTest : public MonitorTest {
 protected:
   void SetUp() override {
     platform.fileSystem.pretendEverythingExists();
     start();
-  }
-
-  void upload(const std::string& path, const std::string& percent = "") {
-    item(path, " \u2191 " + percent);
-  }
-  void download(const std::string& path, const std::string& percent = "") {
-    item(path, " \u2601 \u2193 " + percent);
   }
 
   /// Lets `brctl status` confirm these counts from now on.
@@ -34,91 +27,85 @@ protected:
     global(fraction("1.0", "1"));
   }
 
-  void holdUpload() {
-    upload("/held.txt");
-    item("/held.txt", cloud);
-  }
+  void holdUpload() { completeUpload("/held.txt"); }
 
   void raiseIssue() { item("/broken.txt", " \u2601 Upload Error 28"); }
-
-  /// Lets time pass on the wall clock alone, so that nothing but the clock changes.
-  void wait(double seconds) { platform.clock.jump(Seconds(seconds)); }
 };
 
 // ---- precedence ----
 
-TEST_F(OverallTest, nothingAtAllIsIdle) {
+TEST_F(StateAndProgressTest, monitorWithoutActivityIsIdle) {
   EXPECT_EQ(monitor->overall(), OverallState::idle);
   EXPECT_EQ(monitor->progress(), std::nullopt);
   EXPECT_EQ(monitor->longestStall(), std::nullopt);
   EXPECT_FALSE(monitor->shouldOfferRestart());
 }
 
-TEST_F(OverallTest, liveTransfersShowTheirDirections) {
-  upload("/a");
+TEST_F(StateAndProgressTest, liveTransfersShowTheirDirections) {
+  startUpload("/a");
   EXPECT_EQ(monitor->overall(), OverallState::uploading);
-  upload("/b");
+  startUpload("/b");
   EXPECT_EQ(monitor->overall(), OverallState::uploading);
-  download("/c");
+  startDownload("/c");
   EXPECT_EQ(monitor->overall(), OverallState::both);
   item("/a", cloud);
   item("/b", cloud);
   EXPECT_EQ(monitor->overall(), OverallState::downloading);
 }
 
-TEST_F(OverallTest, stalledUploadBesideALiveDownloadIsDownloading) {
-  upload("/a");
-  wait(301);
-  download("/b");
+TEST_F(StateAndProgressTest, stalledUploadBesideALiveDownloadIsDownloading) {
+  startUpload("/a");
+  jump(301);
+  startDownload("/b");
   EXPECT_EQ(monitor->overall(), OverallState::downloading);
 }
 
-TEST_F(OverallTest, stalledDownloadBesideALiveUploadIsUploading) {
-  download("/a");
-  wait(301);
-  upload("/b");
+TEST_F(StateAndProgressTest, stalledDownloadBesideALiveUploadIsUploading) {
+  startDownload("/a");
+  jump(301);
+  startUpload("/b");
   EXPECT_EQ(monitor->overall(), OverallState::uploading);
 }
 
-TEST_F(OverallTest, onlyStalledTransfersAreAttentionWhateverStatusConfirms) {
+TEST_F(StateAndProgressTest, stalledTransfersAloneAreAttentionWhateverStatusConfirms) {
   confirm(0, 2);
-  upload("/a");
+  startUpload("/a");
   EXPECT_EQ(monitor->overall(), OverallState::uploading);
-  wait(301);
+  jump(301);
   ASSERT_TRUE(monitor->issues().empty());
   ASSERT_EQ(monitor->statusActivity().value().uploads, 2);
   EXPECT_EQ(monitor->overall(), OverallState::attention);
 }
 
-TEST_F(OverallTest, stalledTransferOutranksAHold) {
-  upload("/a");
-  wait(301);
+TEST_F(StateAndProgressTest, stalledTransferOutranksAHold) {
+  startUpload("/a");
+  jump(301);
   holdUpload();
   EXPECT_EQ(monitor->overall(), OverallState::attention);
 }
 
-TEST_F(OverallTest, newsOfAStalledTransferMakeItLiveAgain) {
-  upload("/a");
-  wait(301);
+TEST_F(StateAndProgressTest, updateMakesAStalledTransferLiveAgain) {
+  startUpload("/a");
+  jump(301);
   ASSERT_EQ(monitor->overall(), OverallState::attention);
-  upload("/a");
+  startUpload("/a");
   EXPECT_EQ(monitor->overall(), OverallState::uploading);
 }
 
-TEST_F(OverallTest, liveTransferOutranksAnIssue) {
+TEST_F(StateAndProgressTest, liveTransferOutranksAnIssue) {
   raiseIssue();
-  upload("/a");
+  startUpload("/a");
   EXPECT_EQ(monitor->overall(), OverallState::uploading);
 }
 
-TEST_F(OverallTest, issueIsAttentionWhenNothingIsLive) {
+TEST_F(StateAndProgressTest, issueIsAttentionWhenNothingIsLive) {
   raiseIssue();
   EXPECT_EQ(monitor->overall(), OverallState::attention);
   item("/broken.txt", cloud);
   EXPECT_EQ(monitor->overall(), OverallState::idle);
 }
 
-TEST_F(OverallTest, issueOutranksHoldStatusAndGlobalFeed) {
+TEST_F(StateAndProgressTest, issueOutranksHoldStatusAndGlobalFeed) {
   confirm(1, 1);
   holdUpload();
   global(fraction("0.5", "4096"));
@@ -126,168 +113,102 @@ TEST_F(OverallTest, issueOutranksHoldStatusAndGlobalFeed) {
   EXPECT_EQ(monitor->overall(), OverallState::attention);
 }
 
-TEST_F(OverallTest, holdOutranksTheStatusConfirmation) {
+TEST_F(StateAndProgressTest, holdOutranksTheStatusConfirmation) {
   confirm(1, 0);
   ASSERT_EQ(monitor->overall(), OverallState::downloading);
   holdUpload();
   EXPECT_EQ(monitor->overall(), OverallState::uploading);
-  wait(2.999);
+  jump(2.999);
   EXPECT_EQ(monitor->overall(), OverallState::uploading);
-  wait(0.001);
+  jump(0.001);
   EXPECT_EQ(monitor->overall(), OverallState::downloading);
 }
 
-TEST_F(OverallTest, heldDownloadShowsAsDownloading) {
-  download("/a");
+TEST_F(StateAndProgressTest, heldDownloadShowsAsDownloading) {
+  startDownload("/a");
   item("/a", cloud);
   EXPECT_EQ(monitor->overall(), OverallState::downloading);
-  wait(3);
+  jump(3);
   EXPECT_EQ(monitor->overall(), OverallState::idle);
 }
 
-TEST_F(OverallTest, statusConfirmationShowsItsDirections) {
+TEST_F(StateAndProgressTest, statusConfirmationOfDownloadsIsDownloading) {
   confirm(1, 0);
   EXPECT_EQ(monitor->overall(), OverallState::downloading);
 }
 
-TEST_F(OverallTest, statusConfirmationOfUploadsIsUploading) {
+TEST_F(StateAndProgressTest, statusConfirmationOfUploadsIsUploading) {
   confirm(0, 1);
   EXPECT_EQ(monitor->overall(), OverallState::uploading);
 }
 
-TEST_F(OverallTest, statusConfirmationOfBothIsBoth) {
+TEST_F(StateAndProgressTest, statusConfirmationOfBothIsBoth) {
   confirm(2, 3);
   EXPECT_EQ(monitor->overall(), OverallState::both);
 }
 
-TEST_F(OverallTest, statusConfirmationOutranksTheGlobalFeed) {
+TEST_F(StateAndProgressTest, statusConfirmationOutranksTheGlobalFeed) {
   confirm(1, 0);
   global(fraction("0.5", "4096"));
   EXPECT_EQ(monitor->overall(), OverallState::downloading);
 }
 
-TEST_F(OverallTest, globalFeedAloneIsSyncing) {
+TEST_F(StateAndProgressTest, globalFeedAloneIsSyncing) {
   global(fraction("0.5", "4096"));
   EXPECT_EQ(monitor->overall(), OverallState::syncing);
-  wait(60);
+  jump(60);
   EXPECT_EQ(monitor->overall(), OverallState::idle);
 }
 
 // ---- progress ----
 
-TEST_F(OverallTest, progressIsTheMeanOfLivePercentages) {
-  upload("/a", "10%");
+TEST_F(StateAndProgressTest, progressIsTheMeanOfLivePercentages) {
+  startUpload("/a", "10%");
   EXPECT_EQ(monitor->progress(), 10.0);
-  download("/b", "20.5%");
+  startDownload("/b", "20.5%");
   EXPECT_DOUBLE_EQ(monitor->progress().value(), 15.25);
-  upload("/c", "90%");
+  startUpload("/c", "90%");
   EXPECT_DOUBLE_EQ(monitor->progress().value(), 120.5 / 3);
 }
 
-TEST_F(OverallTest, liveTransferWithoutPercentageDoesNotLowerTheProgress) {
-  upload("/a", "50%");
-  upload("/b");
+TEST_F(StateAndProgressTest, liveTransferWithoutPercentageDoesNotLowerTheProgress) {
+  startUpload("/a", "50%");
+  startUpload("/b");
   EXPECT_EQ(monitor->progress(), 50.0);
 }
 
-TEST_F(OverallTest, progressIsAbsentWhenNoLiveTransferHasAPercentage) {
-  upload("/a");
-  download("/b");
+TEST_F(StateAndProgressTest, progressIsAbsentWhenNoLiveTransferHasAPercentage) {
+  startUpload("/a");
+  startDownload("/b");
   EXPECT_EQ(monitor->overall(), OverallState::both);
   EXPECT_EQ(monitor->progress(), std::nullopt);
 }
 
-TEST_F(OverallTest, stalledTransfersDoNotCountForTheProgress) {
-  upload("/a", "10%");
-  wait(300);
-  upload("/b", "70%");
+TEST_F(StateAndProgressTest, stalledTransfersDoNotCountForTheProgress) {
+  startUpload("/a", "10%");
+  jump(300);
+  startUpload("/b", "70%");
   EXPECT_EQ(monitor->progress(), 40.0);
-  wait(0.001);
+  jump(0.001);
   EXPECT_EQ(monitor->progress(), 70.0);
-  wait(300);
+  jump(300);
   EXPECT_EQ(monitor->progress(), std::nullopt);
 }
 
-TEST_F(OverallTest, progressOfZeroIsPresent) {
-  upload("/a", "0%");
+TEST_F(StateAndProgressTest, progressOfZeroIsPresent) {
+  startUpload("/a", "0%");
   EXPECT_EQ(monitor->progress(), 0.0);
 }
 
-TEST_F(OverallTest, progressIsNotClamped) {
-  upload("/a", "250%");
+TEST_F(StateAndProgressTest, progressIsNotClamped) {
+  startUpload("/a", "250%");
   EXPECT_EQ(monitor->progress(), 250.0);
 }
 
-// ---- stalls ----
+// ---- all answers ----
 
-TEST_F(OverallTest, transferIsStalledOnlyAfterMoreThanTheThreshold) {
-  upload("/a");
-  wait(300);
-  EXPECT_FALSE(monitor->isStalled(transfer("/a")));
-  EXPECT_EQ(monitor->overall(), OverallState::uploading);
-  EXPECT_EQ(monitor->longestStall(), std::nullopt);
-  wait(0.000001);
-  EXPECT_TRUE(monitor->isStalled(transfer("/a")));
-  EXPECT_EQ(monitor->overall(), OverallState::attention);
-  EXPECT_TRUE(monitor->longestStall());
-}
-
-TEST_F(OverallTest, longestStallIsThatOfTheOldestNews) {
-  upload("/a");
-  wait(100);
-  upload("/b");
-  wait(250);
-  EXPECT_DOUBLE_EQ(monitor->longestStall().value(), 350);
-  wait(100);
-  EXPECT_DOUBLE_EQ(monitor->longestStall().value(), 450);
-  upload("/a");
-  EXPECT_DOUBLE_EQ(monitor->longestStall().value(), 350);
-  upload("/b");
-  EXPECT_EQ(monitor->longestStall(), std::nullopt);
-}
-
-TEST_F(OverallTest, restartIsOfferedOnlyAfterMoreThanTwiceTheThreshold) {
-  upload("/a");
-  EXPECT_FALSE(monitor->shouldOfferRestart());
-  wait(301);
-  EXPECT_FALSE(monitor->shouldOfferRestart());
-  wait(299);
-  EXPECT_FALSE(monitor->shouldOfferRestart());
-  wait(0.000001);
-  EXPECT_TRUE(monitor->shouldOfferRestart());
-}
-
-TEST_F(OverallTest, restartIsOfferedForOneLongStallBesideLiveTransfers) {
-  upload("/a");
-  wait(601);
-  upload("/b");
-  EXPECT_TRUE(monitor->shouldOfferRestart());
-  EXPECT_EQ(monitor->overall(), OverallState::uploading);
-  item("/a", cloud);
-  EXPECT_FALSE(monitor->shouldOfferRestart());
-}
-
-TEST_F(OverallTest, stallOfAnyItemCanBeAskedFor) {
-  const ActiveItem item{.path = "/elsewhere",
-                        .direction = Direction::upload,
-                        .percent = std::nullopt,
-                        .lastUpdate = earlier(now(), Seconds(301))};
-  EXPECT_TRUE(monitor->isStalled(item));
-  ActiveItem fresh = item;
-  fresh.lastUpdate = now();
-  EXPECT_FALSE(monitor->isStalled(fresh));
-}
-
-TEST_F(OverallTest, clockSetBackStallsNothing) {
-  upload("/a");
-  wait(-1000);
-  EXPECT_FALSE(monitor->isStalled(transfer("/a")));
-  EXPECT_EQ(monitor->overall(), OverallState::uploading);
-  EXPECT_EQ(monitor->longestStall(), std::nullopt);
-}
-
-TEST_F(OverallTest, answersHaveNoSideEffects) {
-  upload("/a", "10%");
+TEST_F(StateAndProgressTest, answersHaveNoSideEffects) {
+  startUpload("/a", "10%");
   raiseIssue();
   global(fraction("0.5", "4096"));
   platform.settle();

@@ -6,111 +6,15 @@
 namespace driftmark::test {
 namespace {
 
-const std::string download = "> downloader{7 b.mov} downloading: 40%\n";
-const std::string upload = "> upload{9 c.txt} active\n";
+// The jobs of a report.
+const std::string downloadJob = "> downloader{7 b.mov} downloading: 40%\n";
+const std::string uploadJob = "> upload{9 c.txt} active\n";
 
 std::optional<StatusActivity> activity(int downloads, int uploads,
                                        std::vector<std::string> directories) {
   return StatusActivity{
       .downloads = downloads, .uploads = uploads, .directories = std::move(directories)};
 }
-
-// ---- the report ----
-
-TEST(StatusReportTest, jobsAreCountedAndTheirDirectoriesListedInOrder) {
-  EXPECT_EQ(parseStatus("Under /A\n" + download + download + "Under /B\n" + upload),
-            activity(2, 1, {"/A", "/B"}));
-}
-
-TEST(StatusReportTest, directoryIsListedOnceInFirstSeenOrder) {
-  EXPECT_EQ(
-      parseStatus("Under /B\n" + upload + "Under /A\n" + upload + "Under /B\n" + download + upload),
-      activity(1, 3, {"/B", "/A"}));
-}
-
-TEST(StatusReportTest, directoryWithoutJobsIsNotListed) {
-  EXPECT_EQ(parseStatus("Under /A\nUnder /B\n" + upload + "Under /C\n"), activity(0, 1, {"/B"}));
-}
-
-TEST(StatusReportTest, jobBeforeAnyDirectoryIsCountedWithoutOne) {
-  EXPECT_EQ(parseStatus(download), activity(1, 0, {}));
-  EXPECT_EQ(parseStatus(download + "Under /A\n" + upload), activity(1, 1, {"/A"}));
-}
-
-TEST(StatusReportTest, directoryIsTheTextFromTheSlashToTheTrimmedEnd) {
-  EXPECT_EQ(
-      parseStatus(" \tUnder /Users/ada/Library/Mobile Documents/com~apple~CloudDocs \t\n" + upload),
-      activity(0, 1, {"/Users/ada/Library/Mobile Documents/com~apple~CloudDocs"}));
-  EXPECT_EQ(parseStatus("Under /\n" + upload), activity(0, 1, {"/"}));
-  EXPECT_EQ(parseStatus("Under /A, B\n" + upload), activity(0, 1, {"/A, B"}));
-}
-
-TEST(StatusReportTest, otherLinesAreNoHeaders) {
-  for (const std::string line : {"Under A", "under /A", "Under  /A", "xUnder /A", "Under\t/A",
-                                 "Under", "Under ", "> Under /A"}) {
-    const std::string report = "Under /old\n" + line + "\n";
-    EXPECT_EQ(parseStatus(report + upload), activity(0, 1, {"/old"})) << line;
-  }
-}
-
-TEST(StatusReportTest, indentedJobLinesAreRecognised) {
-  EXPECT_EQ(parseStatus("Under /A\n  " + download + "\t \t" + upload), activity(1, 1, {"/A"}));
-}
-
-TEST(StatusReportTest, jobLineNeedsItsMarkAndASpace) {
-  for (const std::string mark : {"", ">", ">>", ">\t", "- ", "x> ", "\r> "})
-    EXPECT_EQ(parseStatus("Under /A\n" + mark + "upload{9} active\n"), std::nullopt) << mark;
-}
-
-TEST(StatusReportTest, jobsNotAtWorkDoNotCount) {
-  for (const std::string line :
-       {"> downloader{7} waiting", "> downloading: 7", "> upload{9} waiting", "> upload{9}active",
-        "> active", "> uploader{9} inactive", "> Upload{9} active", "> upload {9} active",
-        "> Downloader{7} downloading:", "> downloader{7} Downloading:",
-        "> downloader {downloading:"})
-    EXPECT_EQ(parseStatus("Under /A\n" + line + "\n"), std::nullopt) << line;
-}
-
-TEST(StatusReportTest, downloaderThatDoesNotDownloadIsTestedAsUpload) {
-  EXPECT_EQ(parseStatus("> downloader{7} waits for upload{9} active\n"), activity(0, 1, {}));
-}
-
-TEST(StatusReportTest, lineThatFitsBothIsADownload) {
-  EXPECT_EQ(parseStatus("> downloader{7} downloading: upload{9} active\n"), activity(1, 0, {}));
-}
-
-TEST(StatusReportTest, markersMayStandInAnyOrder) {
-  EXPECT_EQ(parseStatus("> downloading: downloader{7}\n>  active upload{9}\n"), activity(1, 1, {}));
-}
-
-TEST(StatusReportTest, colourCodesAroundTheMarkersDoNotMatter) {
-  EXPECT_EQ(parseStatus("\x1b[1mUnder \x1b[34m/A\x1b[0m\n"
-                        " \x1b[32m>\x1b[0m down\x1b[1mloader{7}\x1b[m downloading\x1b[0m: 4%\n"
-                        "\x1b[0m> upload\x1b[31m{9} \x1b[0mactive\n"),
-            activity(1, 1, {"/A"}));
-}
-
-TEST(StatusReportTest, carriageReturnsAreNotTrimmed) {
-  EXPECT_EQ(parseStatus("Under /A\r\n> upload{9} active\r\n"), activity(0, 1, {"/A\r"}));
-}
-
-TEST(StatusReportTest, lastLineNeedsNoLineEnd) {
-  EXPECT_EQ(parseStatus("Under /A\n> upload{9} active"), activity(0, 1, {"/A"}));
-}
-
-TEST(StatusReportTest, reportWithoutJobsIsAbsent) {
-  EXPECT_EQ(parseStatus(""), std::nullopt);
-  EXPECT_EQ(parseStatus("\n\n \n"), std::nullopt);
-  EXPECT_EQ(parseStatus("Under /A\nnothing to do\n"), std::nullopt);
-}
-
-TEST(StatusReportTest, directoriesAreComparedByteForByte) {
-  EXPECT_EQ(parseStatus("Under /caf\u00e9\n" + upload + "Under /cafe\u0301\n" + upload +
-                        "Under /caf\u00e9/\n" + upload),
-            activity(0, 3, {"/caf\u00e9", "/cafe\u0301", "/caf\u00e9/"}));
-}
-
-// ---- the chain of polls ----
 
 class StatusPollerTest : public MonitorTest {
 protected:
@@ -124,9 +28,9 @@ protected:
     platform.settle();
   }
 
-  /// Starts with a first poll that finds one download under "/A".
+  /// Starts with a first poll that finds one downloadJob under "/A".
   void startBusy() {
-    report("Under /A\n" + download);
+    report("Under /A\n" + downloadJob);
     start();
     ASSERT_EQ(polls(), 1U);
     ASSERT_TRUE(monitor->statusActivity());
@@ -148,7 +52,7 @@ TEST_F(StatusPollerTest, pollRunsBrctlStatusWithItsOutputCapturedInTheBackground
 }
 
 TEST_F(StatusPollerTest, resultArrivesThroughTheMainQueue) {
-  report("Under /A\n" + download);
+  report("Under /A\n" + downloadJob);
   make();
   monitor->start();
   platform.backgroundQueue.runAll();
@@ -158,7 +62,7 @@ TEST_F(StatusPollerTest, resultArrivesThroughTheMainQueue) {
 }
 
 TEST_F(StatusPollerTest, resultIsLoggedWithItsDirectoriesAndNotified) {
-  report("Under /A\n" + download + download + "Under /B c\n" + upload);
+  report("Under /A\n" + downloadJob + downloadJob + "Under /B c\n" + uploadJob);
   make();
   monitor->start();
   takeLog();
@@ -168,7 +72,7 @@ TEST_F(StatusPollerTest, resultIsLoggedWithItsDirectoriesAndNotified) {
 }
 
 TEST_F(StatusPollerTest, resultWithoutDirectoriesIsLoggedWithNone) {
-  report(upload);
+  report(uploadJob);
   make();
   monitor->start();
   takeLog();
@@ -181,8 +85,8 @@ TEST_F(StatusPollerTest, deliveredPollReleasesItsProcess) {
   EXPECT_FALSE(platform.childProcesses.runs(statusReport).front()->isHeld());
 }
 
-TEST_F(StatusPollerTest, nextPollComesTwentySecondsAfterTheResult) {
-  report("Under /A\n" + download);
+TEST_F(StatusPollerTest, nextPollStartsTwentySecondsAfterTheResult) {
+  report("Under /A\n" + downloadJob);
   make();
   monitor->start();
   advance(7);
@@ -194,7 +98,7 @@ TEST_F(StatusPollerTest, nextPollComesTwentySecondsAfterTheResult) {
 }
 
 TEST_F(StatusPollerTest, pollsNeverOverlap) {
-  report("Under /A\n" + download);
+  report("Under /A\n" + downloadJob);
   make();
   monitor->start();
   advance(600);
@@ -204,7 +108,7 @@ TEST_F(StatusPollerTest, pollsNeverOverlap) {
   EXPECT_EQ(polls(), 2U);
 }
 
-TEST_F(StatusPollerTest, sameResultIsNeitherLoggedNorNotifiedButPollingGoesOn) {
+TEST_F(StatusPollerTest, sameResultIsNeitherLoggedNorNotifiedButPollingContinues) {
   startBusy();
   pass(20);
   EXPECT_EQ(polls(), 2U);
@@ -216,11 +120,11 @@ TEST_F(StatusPollerTest, sameResultIsNeitherLoggedNorNotifiedButPollingGoesOn) {
 
 TEST_F(StatusPollerTest, everyDifferenceIsLoggedAndNotified) {
   startBusy();
-  report("Under /A\n" + download + download);
+  report("Under /A\n" + downloadJob + downloadJob);
   pass(20);
-  report("Under /A\n" + download + upload);
+  report("Under /A\n" + downloadJob + uploadJob);
   pass(20);
-  report("Under /B\n" + download + upload);
+  report("Under /B\n" + downloadJob + uploadJob);
   pass(20);
   EXPECT_EQ(takeLog(), (Lines{"Driftmark: status confirms 2 download(s), 0 upload(s) in /A",
                               "Driftmark: status confirms 1 download(s), 1 upload(s) in /A",
@@ -248,7 +152,7 @@ TEST_F(StatusPollerTest, quietStartPollsOnce) {
   EXPECT_EQ(polls(), 1U);
 }
 
-TEST_F(StatusPollerTest, pollThatFindsNothingGoesOnWhileTheGlobalFeedIsBusy) {
+TEST_F(StatusPollerTest, pollingContinuesWhileTheGlobalFeedIsBusy) {
   start();
   global(fraction("0.5", "4096"));
   platform.settle();
@@ -263,7 +167,7 @@ TEST_F(StatusPollerTest, pollThatFindsNothingGoesOnWhileTheGlobalFeedIsBusy) {
   EXPECT_EQ(polls(), 5U);
 }
 
-TEST_F(StatusPollerTest, clearedCountsAreNotifiedOnceThoughPollingGoesOn) {
+TEST_F(StatusPollerTest, clearedCountsAreNotifiedOnceWhilePollingContinues) {
   startBusy();
   global(fraction("0.5", "4096"));
   changes = 0;
@@ -359,15 +263,15 @@ TEST_F(StatusPollerTest, everyFailingPollIsLogged) {
 
 TEST_F(StatusPollerTest, outputThatIsNotUtf8FindsNothing) {
   startBusy();
-  report("Under /A\n" + download + "\xff");
+  report("Under /A\n" + downloadJob + "\xff");
   pass(20);
   EXPECT_EQ(monitor->statusActivity(), std::nullopt);
   EXPECT_EQ(takeLog(), Lines{});
 }
 
 TEST_F(StatusPollerTest, exitStatusDoesNotMatter) {
-  platform.childProcesses.script(statusReport,
-                                 ToolResult{.output = "Under /A\n" + download, .exitStatus = 70});
+  platform.childProcesses.script(
+      statusReport, ToolResult{.output = "Under /A\n" + downloadJob, .exitStatus = 70});
   start();
   EXPECT_EQ(monitor->statusActivity(), activity(1, 0, {"/A"}));
 }
@@ -385,7 +289,7 @@ TEST_F(StatusPollerTest, scheduledPollAfterTheStopRunsNothingAndKeepsTheCounts) 
 }
 
 TEST_F(StatusPollerTest, resultThatArrivesAfterTheStopIsStoredAndEndsTheChain) {
-  report("Under /A\n" + download);
+  report("Under /A\n" + downloadJob);
   make();
   monitor->start();
   platform.backgroundQueue.runAll();
@@ -401,7 +305,7 @@ TEST_F(StatusPollerTest, resultThatArrivesAfterTheStopIsStoredAndEndsTheChain) {
 TEST_F(StatusPollerTest, pollEndedByTheStopDeliversWhatItPrinted) {
   startBusy();
   platform.backgroundQueue.setMode(TestBackgroundQueue::Mode::thread);
-  platform.childProcesses.hang(statusReport, "Under /B\n" + upload);
+  platform.childProcesses.hang(statusReport, "Under /B\n" + uploadJob);
   advance(20);
   ASSERT_TRUE(platform.childProcesses.awaitHanging(statusReport));
   monitor->stop();
@@ -447,7 +351,7 @@ TEST_F(StatusPollerTest, startAfterTheStopPollsNothing) {
 
 TEST_F(StatusPollerTest, stopFromTheNotificationOfAResultEndsTheChain) {
   startBusy();
-  report("Under /B\n" + upload);
+  report("Under /B\n" + uploadJob);
   monitor->onChange = [this] { monitor->stop(); };
   pass(20);
   EXPECT_EQ(polls(), 2U);

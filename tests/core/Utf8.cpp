@@ -11,7 +11,7 @@ namespace {
 
 using namespace std::string_literals;
 
-/// Texts with `middle` at every distance from a word's border, in front of it and behind.
+/// Texts with `middle` at every distance from the start and the end of a word.
 std::vector<std::string> placed(const std::string& middle) {
   std::vector<std::string> texts;
   for (std::size_t before = 0; before < 18; ++before)

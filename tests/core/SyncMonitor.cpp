@@ -5,9 +5,9 @@
 namespace driftmark::test {
 namespace {
 
-class ModelTest : public MonitorTest {};
+class SyncMonitorTest : public MonitorTest {};
 
-TEST_F(ModelTest, freshMonitorKnowsNothing) {
+TEST_F(SyncMonitorTest, freshMonitorKnowsNothing) {
   make();
   EXPECT_TRUE(monitor->active().empty());
   EXPECT_TRUE(monitor->recent().empty());
@@ -17,7 +17,7 @@ TEST_F(ModelTest, freshMonitorKnowsNothing) {
   EXPECT_EQ(monitor->globalActivity(), std::nullopt);
 }
 
-TEST_F(ModelTest, freshMonitorIsIdleSoNoHoldIsInForce) {
+TEST_F(SyncMonitorTest, freshMonitorIsIdleSoNoHoldIsInForce) {
   make();
   EXPECT_EQ(monitor->overall(), OverallState::idle);
   EXPECT_EQ(monitor->progress(), std::nullopt);
@@ -25,7 +25,7 @@ TEST_F(ModelTest, freshMonitorIsIdleSoNoHoldIsInForce) {
   EXPECT_FALSE(monitor->shouldOfferRestart());
 }
 
-TEST_F(ModelTest, makingAMonitorStartsNothing) {
+TEST_F(SyncMonitorTest, makingAMonitorStartsNothing) {
   make();
   platform.settle();
   EXPECT_TRUE(platform.childProcesses.spawnAttempts().empty());
@@ -36,28 +36,33 @@ TEST_F(ModelTest, makingAMonitorStartsNothing) {
   EXPECT_EQ(changes, 0);
 }
 
-TEST_F(ModelTest, freshMonitorHasNoChangeCallback) {
+TEST_F(SyncMonitorTest, freshMonitorHasNoChangeCallback) {
   const auto fresh = SyncMonitor::make(ports());
   EXPECT_FALSE(fresh->onChange);
 }
 
-TEST_F(ModelTest, constantsAreThoseOfTheProduct) {
+TEST_F(SyncMonitorTest, constantsAreThoseOfTheProduct) {
   EXPECT_EQ(SyncMonitor::holdDuration, Seconds(3.0));
+  EXPECT_EQ(SyncMonitor::holdRedrawDelay, Seconds(3.1));
   EXPECT_EQ(SyncMonitor::globalWindow, Seconds(60.0));
+  EXPECT_EQ(SyncMonitor::globalExpiryDelay, Seconds(60.5));
   EXPECT_EQ(SyncMonitor::statusPollInterval, Seconds(20.0));
   EXPECT_EQ(SyncMonitor::restartDelay, Seconds(10.0));
+  EXPECT_EQ(SyncMonitor::defaultStalledAfter, Seconds(300.0));
+  EXPECT_EQ(SyncMonitor::minSweepInterval, Seconds(5.0));
+  EXPECT_EQ(SyncMonitor::maxSweepInterval, Seconds(30.0));
   EXPECT_EQ(SyncMonitor::maxRecent, 10U);
 }
 
-TEST_F(ModelTest, cloudDocsPathLiesInTheHomeFolder) {
+TEST_F(SyncMonitorTest, cloudDocsPathLiesInTheHomeFolder) {
   EXPECT_EQ(SyncMonitor::cloudDocsPath(platform.fileSystem),
             "/Users/ada/Library/Mobile Documents/com~apple~CloudDocs");
-  platform.fileSystem.setHome("/home/grace");
+  platform.fileSystem.setHome("/home/lin");
   EXPECT_EQ(SyncMonitor::cloudDocsPath(platform.fileSystem),
-            "/home/grace/Library/Mobile Documents/com~apple~CloudDocs");
+            "/home/lin/Library/Mobile Documents/com~apple~CloudDocs");
 }
 
-TEST_F(ModelTest, containerPathAppendsItsArgumentAsItIs) {
+TEST_F(SyncMonitorTest, containerPathAppendsItsArgumentAsItIs) {
   const std::string folder = "/Users/ada/Library/Mobile Documents/com~apple~CloudDocs";
   EXPECT_EQ(SyncMonitor::containerPath(platform.fileSystem, "/Documents/a.txt"),
             folder + "/Documents/a.txt");
@@ -65,17 +70,17 @@ TEST_F(ModelTest, containerPathAppendsItsArgumentAsItIs) {
   EXPECT_EQ(SyncMonitor::containerPath(platform.fileSystem, ""), folder);
 }
 
-TEST_F(ModelTest, itemsLieInTheHomeFolderOfTheMomentOfMaking) {
-  platform.fileSystem.setHome("/home/grace");
+TEST_F(SyncMonitorTest, itemsLieInTheHomeFolderAtTheTimeOfMaking) {
+  platform.fileSystem.setHome("/home/lin");
   start();
   platform.fileSystem.setHome("/elsewhere");
   ASSERT_TRUE(item("/com~apple~CloudDocs/a.txt", " \u2191 1%"));
   ASSERT_EQ(monitor->active().size(), 1U);
   EXPECT_EQ(monitor->active().begin()->first,
-            "/home/grace/Library/Mobile Documents/com~apple~CloudDocs/a.txt");
+            "/home/lin/Library/Mobile Documents/com~apple~CloudDocs/a.txt");
 }
 
-TEST_F(ModelTest, activeItemCarriesItsOwnKey) {
+TEST_F(SyncMonitorTest, activeItemCarriesItsOwnKey) {
   start();
   item("/com~apple~CloudDocs/a.txt", " \u2191 1%");
   item("/com~apple~CloudDocs/b.txt", " \u2601 \u2193 2%");
@@ -84,7 +89,7 @@ TEST_F(ModelTest, activeItemCarriesItsOwnKey) {
     EXPECT_EQ(item.path, path);
 }
 
-TEST_F(ModelTest, valuesHandedOutAreCopies) {
+TEST_F(SyncMonitorTest, valuesHandedOutAreCopies) {
   start();
   item("/a.txt", " \u2191 1%");
   ActiveItem copy = transfer("/a.txt");
@@ -92,20 +97,6 @@ TEST_F(ModelTest, valuesHandedOutAreCopies) {
   copy.direction = Direction::download;
   EXPECT_EQ(transfer("/a.txt").percent, 1.0);
   EXPECT_EQ(transfer("/a.txt").direction, Direction::upload);
-}
-
-TEST(StatusActivityTest, equalWhenAllFieldsAreEqualInOrder) {
-  const StatusActivity activity{.downloads = 1, .uploads = 2, .directories = {"/a", "/b"}};
-  StatusActivity other = activity;
-  EXPECT_EQ(activity, other);
-  other.downloads = 2;
-  EXPECT_NE(activity, other);
-  other = activity;
-  other.uploads = 0;
-  EXPECT_NE(activity, other);
-  other = activity;
-  other.directories = {"/b", "/a"};
-  EXPECT_NE(activity, other);
 }
 
 TEST(EnumerationTest, casesStandInTheirOrder) {
