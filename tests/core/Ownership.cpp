@@ -21,7 +21,7 @@ TEST_F(OwnershipTest, idleMonitorIsDestroyedAtOnce) {
   EXPECT_TRUE(release().expired());
 }
 
-TEST_F(OwnershipTest, releasedMonitorReleasesItsChildrenWithoutEndingThem) {
+TEST_F(OwnershipTest, releasedMonitorReleasesItsChildrenAndDoesNotTerminateThem) {
   start();
   const auto child = platform.childProcesses.children(itemMonitor).front();
   release();
