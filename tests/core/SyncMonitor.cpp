@@ -1,7 +1,5 @@
 #include "core/MonitorTest.h"
 
-#include <unordered_set>
-
 namespace driftmark::test {
 namespace {
 
@@ -89,38 +87,7 @@ TEST_F(SyncMonitorTest, activeItemCarriesItsOwnKey) {
     EXPECT_EQ(item.path, path);
 }
 
-TEST_F(SyncMonitorTest, valuesHandedOutAreCopies) {
-  start();
-  item("/a.txt", " \u2191 1%");
-  ActiveItem copy = transfer("/a.txt");
-  copy.percent = 99;
-  copy.direction = Direction::download;
-  EXPECT_EQ(transfer("/a.txt").percent, 1.0);
-  EXPECT_EQ(transfer("/a.txt").direction, Direction::upload);
-}
-
-TEST(EnumerationTest, casesStandInTheirOrder) {
-  EXPECT_LT(Direction::upload, Direction::download);
-  EXPECT_LT(RecentKind::upload, RecentKind::download);
-  EXPECT_LT(RecentKind::download, RecentKind::evicted);
-  EXPECT_LT(OverallState::idle, OverallState::uploading);
-  EXPECT_LT(OverallState::uploading, OverallState::downloading);
-  EXPECT_LT(OverallState::downloading, OverallState::both);
-  EXPECT_LT(OverallState::both, OverallState::syncing);
-  EXPECT_LT(OverallState::syncing, OverallState::attention);
-}
-
-TEST(EnumerationTest, valuesCanKeyASet) {
-  const std::unordered_set<OverallState> states{OverallState::idle, OverallState::both,
-                                                OverallState::idle};
-  EXPECT_EQ(states.size(), 2U);
-  const std::unordered_set<Direction> directions{Direction::upload, Direction::download};
-  EXPECT_EQ(directions.size(), 2U);
-  const std::unordered_set<RecentKind> kinds{RecentKind::evicted, RecentKind::evicted};
-  EXPECT_EQ(kinds.size(), 1U);
-}
-
-TEST(EnumerationTest, statesHaveTheirNames) {
+TEST(OverallStateTest, statesHaveTheirNames) {
   EXPECT_EQ(name(OverallState::idle), "idle");
   EXPECT_EQ(name(OverallState::uploading), "uploading");
   EXPECT_EQ(name(OverallState::downloading), "downloading");
