@@ -92,7 +92,7 @@ const exceptions = [
   { words: /address/i,
     files: /LocalSocket|LocalPort|PlainServer|SessionBus|Session\.cpp|ScreenReader|ProgressLines/,
     reason: 'addresses of sockets, of buses and in memory' },
-  { words: /^(AddressSanitizer|__SANITIZE_ADDRESS__|QHostAddress)$/, reason: 'names of others' },
+  { words: /^(AddressSanitizer|SockAct|__SANITIZE_ADDRESS__|QHostAddress)$/, reason: 'names of others' },
   { words: /^XAUTHORITY$/, reason: "the X server's variable" },
   { words: /^sealed$/i, line: /sealed resource/, reason: "Apple's message of codesign" },
   { words: /^nap$/i, line: /App Nap/, reason: "Apple's name" },
