@@ -34,7 +34,7 @@ struct WalkEntry {
 /// thread; calls may run at the same time.
 class CloudFiles {
 public:
-  using PluginConnection = std::function<void(const WalkEntry& entry)>;
+  using EntryHandler = std::function<void(const WalkEntry& entry)>;
 
   virtual ~CloudFiles() = default;
 
@@ -43,7 +43,7 @@ public:
   /// `folder` itself. What cannot be entered is passed over, and a folder that cannot be walked at
   /// all has no items. The entry lives for the one call. Blocks; holds no more than the path to the
   /// item at hand needs.
-  virtual void walk(const std::string& folder, const PluginConnection& visit) const = 0;
+  virtual void walk(const std::string& folder, const EntryHandler& visit) const = 0;
 
   /// Asks the system to give up the contents of the file at `path` on this machine; name and size
   /// stay, and the contents come back when it is opened. Returns no value when that was done. A

@@ -46,7 +46,7 @@ public:
     return std::exchange(walks_, {});
   }
 
-  void walk(const std::string& folder, const PluginConnection& visit) const override {
+  void walk(const std::string& folder, const EntryHandler& visit) const override {
     std::vector<WalkEntry> entries;
     {
       const std::scoped_lock lock(mutex_);

@@ -29,7 +29,7 @@ public:
 /// path in its entry.
 class MacCloudFiles final : public CloudFiles {
 public:
-  void walk(const std::string& folder, const PluginConnection& visit) const override;
+  void walk(const std::string& folder, const EntryHandler& visit) const override;
 
   /// The description is the technical one, for the log.
   std::optional<PlatformError> evict(const std::string& path) override;
@@ -75,9 +75,8 @@ public:
 };
 
 /// Writes each line to the system's log, which keeps about its first thousand bytes, and to
-/// standard error where that is read. Control characters are escaped by `oneLine`.
-/// The constructor makes this process ignore SIGPIPE, so that it goes on without a reader of
-/// standard error.
+/// standard error where that is read. Control characters are escaped by `oneLine`. The constructor
+/// makes this process ignore SIGPIPE, so that it survives the end of a reader of standard error.
 class MacSystemLog final : public SystemLog {
 public:
   MacSystemLog();

@@ -60,7 +60,7 @@ NSURL* walkable(const std::string& folder) {
 
 } // namespace
 
-void MacCloudFiles::walk(const std::string& folder, const PluginConnection& visit) const {
+void MacCloudFiles::walk(const std::string& folder, const EntryHandler& visit) const {
   NSArray<NSURLResourceKey>* const keys = @[
     NSURLIsRegularFileKey, NSURLIsUbiquitousItemKey, NSURLUbiquitousItemDownloadingStatusKey,
     NSURLTotalFileAllocatedSizeKey

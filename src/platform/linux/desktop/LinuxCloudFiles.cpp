@@ -94,7 +94,7 @@ std::string errorText(const ToolResult& result) {
 
 } // namespace
 
-void LinuxCloudFiles::walk(const std::string& folder, const PluginConnection& visit) const {
+void LinuxCloudFiles::walk(const std::string& folder, const EntryHandler& visit) const {
   WalkEntry entry;
   walkFolder(folder, [&](const FoundItem& item) {
     if (closing_)

@@ -17,7 +17,7 @@ public:
   /// The children outlive this object.
   explicit LinuxCloudFiles(ChildProcesses& childProcesses) : childProcesses_(childProcesses) {}
 
-  void walk(const std::string& folder, const PluginConnection& visit) const override;
+  void walk(const std::string& folder, const EntryHandler& visit) const override;
 
   /// The error is the tool's error output.
   std::optional<PlatformError> evict(const std::string& path) override;
