@@ -55,10 +55,10 @@ ToolResult ChildProcessesTest::run(const Steps& steps, ToolOutput output) {
 
 LaunchError ChildProcessesTest::failedSpawn(const ToolCommand& command) {
   auto result = children_->spawn(
-      command, [](std::string_view) { ADD_FAILURE() << "output came"; },
-      [] { ADD_FAILURE() << "an exit came"; });
+      command, [](std::string_view) { ADD_FAILURE() << "unexpected output"; },
+      [] { ADD_FAILURE() << "unexpected exit"; });
   if (!std::holds_alternative<LaunchError>(result)) {
-    ADD_FAILURE() << "the launch went well";
+    ADD_FAILURE() << "the launch did not fail";
     return {};
   }
   return std::get<LaunchError>(result);

@@ -15,7 +15,7 @@
 
 namespace driftmark::test {
 
-/// A spawned child and what came from it.
+/// A spawned child, its output and its exits.
 struct SpawnedTool {
   TerminalChild child;
   std::string output;
@@ -29,32 +29,32 @@ protected:
   using Steps = std::vector<std::string>;
   using Tool = std::shared_ptr<SpawnedTool>;
 
-  /// The helper tool with these steps.
+  /// The command for the helper tool with these steps.
   static ToolCommand childTool(Steps steps) { return {childToolPath(), std::move(steps)}; }
 
   /// Spawns the helper tool and keeps its output.
   Tool spawn(const Steps& steps);
 
-  /// The same with `onData` in the place of keeping the output.
+  /// Spawns the helper tool and passes its output to `onData` instead of keeping it.
   Tool spawn(const Steps& steps, const std::function<void(std::string_view)>& onData);
 
   /// Spawns the helper tool and waits for its end; returns its output.
   std::string outputOf(const Steps& steps);
 
-  /// Runs the helper tool on this thread.
+  /// Runs the helper tool to its end on this thread.
   ToolResult run(const Steps& steps, ToolOutput output = ToolOutput::capture);
 
-  /// The error of a launch that must fail.
+  /// Makes a launch that must fail. Returns its error.
   LaunchError failedSpawn(const ToolCommand& command);
 
-  /// Waits for a line that holds nothing but a process identifier, the first one of the output.
+  /// Waits for the first line of the output and returns the process identifier in it.
   static int identifierFrom(const Tool& tool);
 
   LinuxMainQueue mainQueue_;
   std::optional<PosixChildProcesses> children_{std::in_place, mainQueue_, ""};
 };
 
-/// Whether this process has a child, be it one that has ended and was not reaped.
+/// Whether this process has a child, running or ended and not reaped.
 bool hasChildren();
 
 } // namespace driftmark::test

@@ -1,5 +1,5 @@
-// A tool that carries out the steps given as its arguments, for the tests of child processes. It
-// has one thread. NOLINTBEGIN(concurrency-mt-unsafe)
+// A tool for the tests of child processes: it runs the steps given as its arguments. It has one
+// thread. NOLINTBEGIN(concurrency-mt-unsafe)
 
 #include "FloodPattern.h"
 
@@ -43,7 +43,7 @@ void print(std::string_view text) {
   write(STDOUT_FILENO, text);
 }
 
-/// The steps that are still to be carried out.
+/// The steps that remain to be run.
 class Arguments {
 public:
   Arguments(char** first, char** end) : next_(first), end_(end) {}
@@ -71,9 +71,9 @@ std::string bytesOf(const std::string& hex) {
 }
 
 void printMany(std::size_t count, const std::string& text) {
-  constexpr std::size_t most = 65536;
+  constexpr std::size_t maxBlock = 65536;
   const std::size_t perBlock =
-      std::max<std::size_t>(1, most / std::max<std::size_t>(1, text.size()));
+      std::max<std::size_t>(1, maxBlock / std::max<std::size_t>(1, text.size()));
   while (count > 0) {
     const std::size_t repetitions = std::min(count, perBlock);
     std::string block;
@@ -96,16 +96,16 @@ void floodForever() {
     flood(pattern, 1024);
 }
 
-/// Writes until the terminal has had no room for a good while, tells the reader of `report` how
-/// many bytes it took, and writes the rest of `records`.
+/// Writes until the terminal has accepted nothing for a while, writes to `report` how many bytes it
+/// accepted, and then writes the remaining `records`.
 void floodUntilBlocked(const std::string& report, std::size_t records) {
-  constexpr int goodWhile = 300;
+  constexpr int blockedMilliseconds = 300;
   const int flags = fcntl(STDOUT_FILENO, F_GETFL);
   fcntl(STDOUT_FILENO, F_SETFL, flags | O_NONBLOCK);
   const std::string text = FloodPattern().next(records);
   std::size_t written = 0;
   pollfd output{STDOUT_FILENO, POLLOUT, 0};
-  while (written < text.size() && poll(&output, 1, goodWhile) > 0) {
+  while (written < text.size() && poll(&output, 1, blockedMilliseconds) > 0) {
     const ssize_t count = ::write(STDOUT_FILENO, text.data() + written, text.size() - written);
     written += count > 0 ? static_cast<std::size_t>(count) : 0;
   }
@@ -182,7 +182,7 @@ void blockTerminate() {
   sigprocmask(SIG_BLOCK, &set, nullptr);
 }
 
-/// Leaves a process of its own behind that does `work`; prints its identifier and a line end.
+/// Starts another process that does `work` and outlives this one. Prints its identifier on a line.
 void fork(const std::function<void()>& work) {
   const pid_t pid = ::fork();
   if (pid == 0) {
@@ -235,7 +235,7 @@ const std::map<std::string_view, Step>& outputSteps() {
   return steps;
 }
 
-const std::map<std::string_view, Step>& surroundingsSteps() {
+const std::map<std::string_view, Step>& environmentSteps() {
   static const std::map<std::string_view, Step> steps{
       {"print-input-size", [](Arguments&) { print(std::to_string(inputSize())); }},
       {"print-variable", [](Arguments& from) { print(variable(from.take())); }},
@@ -273,8 +273,8 @@ const std::map<std::string_view, Step>& processSteps() {
   return steps;
 }
 
-void carryOut(const std::string& name, Arguments& from) {
-  for (const auto* const steps : {&outputSteps(), &surroundingsSteps(), &processSteps()}) {
+void runStep(const std::string& name, Arguments& from) {
+  for (const auto* const steps : {&outputSteps(), &environmentSteps(), &processSteps()}) {
     if (const auto step = steps->find(name); step != steps->end()) {
       step->second(from);
       return;
@@ -290,7 +290,7 @@ int main(int argc, char* argv[]) {
   if (arguments.has("print-when-terminated"))
     blockTerminate();
   while (!arguments.isEmpty())
-    carryOut(arguments.take(), arguments);
+    runStep(arguments.take(), arguments);
   return 0;
 }
 

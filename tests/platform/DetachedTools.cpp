@@ -1,4 +1,4 @@
-// Tools that are started and let go of.
+// How detached tools start, outlive this process and are reaped.
 
 #include "ChildProcessesTest.h"
 #include "harness/Orphans.h"
@@ -17,17 +17,17 @@
 namespace driftmark::test {
 namespace {
 
-/// What came out of the shell commands of a detached tool.
+/// Runs detached tools and reads the output of their shell commands.
 class DetachedTools : public ChildProcessesTest {
 protected:
-  /// Nobody else waits for tools that end after the shutdown.
+  /// Ends and reaps the tools that outlived the shutdown.
   void TearDown() override {
     children_.reset();
     for (const int child : Orphans::children())
       Orphans::end(child);
   }
 
-  /// Runs `commands`, whose output goes to a file, then waits for that. Its words.
+  /// Runs `commands` with their output in a file. Waits for the file and returns its words.
   std::vector<std::string> wordsOf(const std::string& commands) {
     EXPECT_FALSE(children_
                      ->launchDetached(shell("(" + commands + ") >" + file_ + ".new && mv " + file_ +
@@ -43,7 +43,7 @@ protected:
 
   static ToolCommand shell(const std::string& commands) { return {"/bin/sh", {"-c", commands}}; }
 
-  /// Starts a tool that waits for a signal. Its identifier.
+  /// Starts a tool that waits for a signal. Returns its identifier.
   int startWaiting() {
     EXPECT_FALSE(children_->launchDetached(childTool({"wait"})).has_value());
     const std::vector<int> children = Orphans::children();
@@ -71,7 +71,7 @@ TEST_F(DetachedTools, toolLeadsASessionOfItsOwn) {
   EXPECT_NE(words[1], std::to_string(getsid(0)));
 }
 
-TEST_F(DetachedTools, toolLivesOnAfterTheShutdown) {
+TEST_F(DetachedTools, toolRunsOnAfterTheShutdown) {
   const int tool = startWaiting();
   children_.reset();
   EXPECT_EQ(kill(tool, 0), 0);

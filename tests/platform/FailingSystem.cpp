@@ -1,4 +1,4 @@
-// Launches in a process that has no descriptors left, or whose terminals fail.
+// What a launch reports when descriptors run out or a terminal fails.
 
 #include "ChildProcessesTest.h"
 #include "Descriptors.h"
@@ -20,7 +20,7 @@ bool unlockFails = false;
 
 } // namespace
 
-/// Stands before the system's function of this name.
+/// Replaces the system's function of this name, so that it can fail.
 extern "C" int unlockpt(int fd) noexcept {
   using Function = int(int);
   static auto* const real = reinterpret_cast<Function*>(dlsym(RTLD_NEXT, "unlockpt"));
@@ -37,54 +37,54 @@ using Stage = LaunchError::Stage;
 
 class FailingSystem : public ChildProcessesTest {
 protected:
-  /// A first child and a first run bring up all that lasts.
+  /// A first child and a first run open the descriptors that stay open.
   void SetUp() override {
     EXPECT_EQ(outputOf({"print", "x"}), "x");
     EXPECT_EQ(run({"print", "x"}).output, "x");
   }
 
-  LaunchError spawnWithRoomFor(std::size_t descriptors) {
+  LaunchError spawnWithDescriptors(std::size_t descriptors) {
     const DescriptorLimit limit(descriptors);
     return failedSpawn(childTool({"wait"}));
   }
 
-  static std::variant<ToolResult, LaunchError> runWithRoomFor(std::size_t descriptors,
-                                                              ToolRun& toolRun) {
+  static std::variant<ToolResult, LaunchError> runWithDescriptors(std::size_t descriptors,
+                                                                  ToolRun& toolRun) {
     const DescriptorLimit limit(descriptors);
     return toolRun.run();
   }
 };
 
-TEST_F(FailingSystem, noDescriptorForATerminal) {
-  const LaunchError error = spawnWithRoomFor(0);
+TEST_F(FailingSystem, launchFailsWithoutDescriptorForTerminal) {
+  const LaunchError error = spawnWithDescriptors(0);
   EXPECT_EQ(error.stage, Stage::allocateTerminal);
   EXPECT_EQ(error.description, "Too many open files");
 }
 
-TEST_F(FailingSystem, noDescriptorForTheOtherEndOfTheTerminal) {
-  EXPECT_EQ(spawnWithRoomFor(1).stage, Stage::openTerminal);
+TEST_F(FailingSystem, launchFailsWithoutDescriptorForOtherEndOfTerminal) {
+  EXPECT_EQ(spawnWithDescriptors(1).stage, Stage::openTerminal);
 }
 
-TEST_F(FailingSystem, noDescriptorToWatchTheChild) {
-  EXPECT_EQ(spawnWithRoomFor(2).stage, Stage::launch);
+TEST_F(FailingSystem, launchFailsWithoutDescriptorForExitAndLeavesNoChild) {
+  EXPECT_EQ(spawnWithDescriptors(2).stage, Stage::launch);
   EXPECT_FALSE(hasChildren());
 }
 
-TEST_F(FailingSystem, noDescriptorForARun) {
-  for (std::size_t room = 0; room < 3; ++room) {
+TEST_F(FailingSystem, runFailsWithoutDescriptors) {
+  for (std::size_t count = 0; count < 3; ++count) {
     const auto toolRun = children_->prepare(childTool({"wait"}), ToolOutput::capture);
-    const auto result = runWithRoomFor(room, *toolRun);
-    ASSERT_TRUE(std::holds_alternative<LaunchError>(result)) << room;
+    const auto result = runWithDescriptors(count, *toolRun);
+    ASSERT_TRUE(std::holds_alternative<LaunchError>(result)) << count;
     EXPECT_EQ(std::get<LaunchError>(result).stage, Stage::launch);
     EXPECT_EQ(std::get<LaunchError>(result).description, "Too many open files");
   }
   EXPECT_FALSE(hasChildren());
 }
 
-TEST_F(FailingSystem, launchesWorkAgainOnceThereIsRoom) {
+TEST_F(FailingSystem, launchesWorkAgainOnceDescriptorsAreFree) {
   const auto before = openDescriptors();
-  for (std::size_t room = 0; room < 3; ++room)
-    spawnWithRoomFor(room);
+  for (std::size_t count = 0; count < 3; ++count)
+    spawnWithDescriptors(count);
   EXPECT_EQ(openDescriptors(), before);
   EXPECT_EQ(outputOf({"print", "again"}), "again");
 }

@@ -7,8 +7,7 @@
 
 namespace driftmark::test {
 
-/// A long text that is never the same twice: numbered records, the same for who writes it and who
-/// checks it.
+/// A long text without repetitions: numbered records. The writer and the checker make the same one.
 class FloodPattern {
 public:
   static constexpr std::size_t recordSize = 8;
@@ -34,17 +33,17 @@ private:
   std::uint32_t number_ = 0;
 };
 
-/// Checks a `FloodPattern` that comes in pieces.
+/// Checks a `FloodPattern` that arrives in pieces.
 class FloodChecker {
 public:
   /// Whether everything so far is the pattern.
   bool check(std::string_view bytes) {
     received_ += bytes.size();
-    rest_ += bytes;
-    const std::size_t whole = rest_.size() / FloodPattern::recordSize;
-    right_ = right_ && std::string_view(rest_).substr(0, whole * FloodPattern::recordSize) ==
+    remainder_ += bytes;
+    const std::size_t whole = remainder_.size() / FloodPattern::recordSize;
+    right_ = right_ && std::string_view(remainder_).substr(0, whole * FloodPattern::recordSize) ==
                            pattern_.next(whole);
-    rest_.erase(0, whole * FloodPattern::recordSize);
+    remainder_.erase(0, whole * FloodPattern::recordSize);
     return right_;
   }
 
@@ -53,7 +52,7 @@ public:
 
 private:
   FloodPattern pattern_;
-  std::string rest_;
+  std::string remainder_;
   std::size_t received_ = 0;
   bool right_ = true;
 };

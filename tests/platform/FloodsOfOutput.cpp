@@ -1,4 +1,4 @@
-// Children that write more, or faster, than the main thread reads.
+// What happens to output that comes faster than the main thread reads it.
 
 #include "ChildProcessesTest.h"
 #include "FloodPattern.h"
@@ -35,14 +35,14 @@ protected:
     return text;
   }
 
-  /// Waits for a child's end without running the main queue, and leaves it to be reaped.
+  /// Waits for a child's end without running the main queue, and does not reap it.
   static void awaitEnd(int identifier) {
     siginfo_t information{};
     waitid(P_PID, static_cast<id_t>(identifier), &information, WEXITED | WNOWAIT);
   }
 };
 
-TEST_F(FloodsOfOutput, arriveInOrderWhileOtherTasksKeepRunning) {
+TEST_F(FloodsOfOutput, floodArrivesInOrderWhileOtherTasksRun) {
   constexpr std::size_t size = 100'000'000;
   FloodChecker checker;
   std::size_t chunks = 0;
@@ -69,7 +69,7 @@ TEST_F(FloodsOfOutput, arriveInOrderWhileOtherTasksKeepRunning) {
   EXPECT_GE(chunks, size / ChildProcesses::largestChunk);
 }
 
-TEST_F(FloodsOfOutput, areHeldUpByTheTerminalWhileNobodyReads) {
+TEST_F(FloodsOfOutput, floodIsHeldUpByTheTerminalWhileNothingIsRead) {
   constexpr std::size_t size = 8'000'000;
   const TemporaryFolder folder;
   const std::string report = folder.makeFifo("report");
@@ -85,8 +85,8 @@ TEST_F(FloodsOfOutput, areHeldUpByTheTerminalWhileNobodyReads) {
   EXPECT_EQ(checker.received(), size);
 }
 
-TEST_F(FloodsOfOutput, waitForTheReaderEvenAfterTheChildsEnd) {
-  // Once the queue is full, the rest fits into the terminal, so that the child can end.
+TEST_F(FloodsOfOutput, floodWaitsForTheReaderAfterTheChildsEnd) {
+  // What the full queue does not take fits into the terminal, so the child can end.
   constexpr std::size_t size = 4 * ChildProcesses::largestChunk + 2'000;
   FloodChecker checker;
   const Tool tool =
@@ -98,7 +98,7 @@ TEST_F(FloodsOfOutput, waitForTheReaderEvenAfterTheChildsEnd) {
   EXPECT_EQ(checker.received(), size);
 }
 
-TEST_F(FloodsOfOutput, ofTwoChildrenTakeTurns) {
+TEST_F(FloodsOfOutput, floodsOfTwoChildrenTakeTurns) {
   std::size_t first = 0;
   std::size_t second = 0;
   const Tool one = spawn({"flood-forever"}, [&](std::string_view bytes) { first += bytes.size(); });
@@ -107,7 +107,7 @@ TEST_F(FloodsOfOutput, ofTwoChildrenTakeTurns) {
   EXPECT_TRUE(runUntil([&] { return first > 5'000'000 && second > 5'000'000; }));
 }
 
-TEST_F(FloodsOfOutput, inSmallPiecesAreNotLost) {
+TEST_F(FloodsOfOutput, smallPiecesAreNotLost) {
   FloodChecker checker;
   Steps steps;
   FloodPattern pattern;

@@ -1,3 +1,5 @@
+// What a move between volumes moves, and what it leaves when it fails or is killed.
+
 #include "FileSystemTest.h"
 #include "OrdinaryUser.h"
 #include "harness/Orphans.h"
@@ -31,7 +33,7 @@ protected:
       GTEST_SKIP() << "this machine has no second volume";
   }
 
-  /// A tree of everything that a bundle can hold.
+  /// Makes a tree with everything that a bundle can contain.
   static void makeTree(const std::string& top) {
     fs::create_directories(top + "/Contents/MacOS");
     std::ofstream(top + "/Contents/MacOS/tool") << std::string(200'000, 'x');
@@ -69,7 +71,7 @@ protected:
   OtherVolume other_;
 };
 
-TEST_F(MovesBetweenVolumes, everythingComesAlong) {
+TEST_F(MovesBetweenVolumes, contentsAndMetadataAreMoved) {
   makeTree(in("A.app"));
   EXPECT_EQ(words(files_.moveItem(in("A.app"), other_.path("B.app"))), "");
   expectTree(other_.path("B.app"));
@@ -81,14 +83,14 @@ TEST_F(MovesBetweenVolumes, everythingComesAlong) {
   EXPECT_THAT(namesIn(other_.path()), IsEmpty());
 }
 
-TEST_F(MovesBetweenVolumes, volumesOfTwoPlacesAreToldApart) {
+TEST_F(MovesBetweenVolumes, itemsOnTwoVolumesAreRecognized) {
   EXPECT_TRUE(areOnTwoVolumes(in("a"), other_.path("b")));
   EXPECT_FALSE(areOnTwoVolumes(in("a"), in("b")));
   EXPECT_FALSE(areOnTwoVolumes(in("missing/a"), other_.path("b")))
-      << "nothing is known of the first";
+      << "the volume of the first is unknown";
 }
 
-TEST_F(MovesBetweenVolumes, filesAndLinksMoveThemselves) {
+TEST_F(MovesBetweenVolumes, linkIsMovedAndNotItsTarget) {
   folder_.write("file", "x");
   fs::create_symlink(in("file"), in("link"));
   EXPECT_EQ(words(files_.moveItem(in("link"), other_.path("link"))), "");
@@ -98,7 +100,7 @@ TEST_F(MovesBetweenVolumes, filesAndLinksMoveThemselves) {
   EXPECT_THAT(namesIn(folder_.path()), IsEmpty());
 }
 
-TEST_F(MovesBetweenVolumes, extendedAttributesComeAlongWhereTheVolumeTakesThem) {
+TEST_F(MovesBetweenVolumes, extendedAttributesAreMovedWhereTheVolumeSupportsThem) {
   const auto mark = [](const std::string& path) {
     return setxattr(path.c_str(), "user.origin", "web", 3, 0) == 0;
   };
@@ -112,7 +114,7 @@ TEST_F(MovesBetweenVolumes, extendedAttributesComeAlongWhereTheVolumeTakesThem) 
             bothTakeThem ? 3 : -1);
 }
 
-TEST_F(MovesBetweenVolumes, nothingIsReplaced) {
+TEST_F(MovesBetweenVolumes, existingItemIsNotReplaced) {
   makeTree(in("A.app"));
   fs::create_directory(other_.path("B.app"));
   EXPECT_EQ(words(files_.moveItem(in("A.app"), other_.path("B.app"))),
@@ -122,7 +124,7 @@ TEST_F(MovesBetweenVolumes, nothingIsReplaced) {
   EXPECT_THAT(namesIn(other_.path()), ElementsAre("B.app"));
 }
 
-TEST_F(MovesBetweenVolumes, whatCannotBeCopiedStaysAndLeavesNothing) {
+TEST_F(MovesBetweenVolumes, itemThatCannotBeCopiedStaysAndLeavesNoCopy) {
   makeTree(in("A.app"));
   folder_.makeFifo("A.app/Contents/pipe");
   EXPECT_EQ(words(files_.moveItem(in("A.app"), other_.path("B.app"))),
@@ -131,7 +133,7 @@ TEST_F(MovesBetweenVolumes, whatCannotBeCopiedStaysAndLeavesNothing) {
   EXPECT_THAT(namesIn(other_.path()), IsEmpty());
 }
 
-TEST_F(MovesBetweenVolumes, originalThatCannotBeTakenAwayStaysAlone) {
+TEST_F(MovesBetweenVolumes, itemThatCannotBeRemovedStaysAndLeavesNoCopy) {
   const OrdinaryUser owner({folder_.path(), other_.path()});
   folder_.write("closed/A.app/file", "x");
   fs::permissions(in("closed"), fs::perms::owner_read | fs::perms::owner_exec);
@@ -142,14 +144,14 @@ TEST_F(MovesBetweenVolumes, originalThatCannotBeTakenAwayStaysAlone) {
   EXPECT_THAT(namesIn(other_.path()), IsEmpty());
 }
 
-TEST_F(MovesBetweenVolumes, targetThatCannotBeWrittenIsAnError) {
+TEST_F(MovesBetweenVolumes, moveToMissingFolderFails) {
   folder_.write("A.app/file", "x");
   EXPECT_EQ(words(files_.moveItem(in("A.app"), other_.path("missing/B.app"))),
             "“A.app” couldn’t be moved: No such file or directory");
   EXPECT_EQ(contentsOf(in("A.app/file")), "x");
 }
 
-TEST_F(MovesBetweenVolumes, processThatIsKilledLeavesTheWholeItemAtOneOfItsNames) {
+TEST_F(MovesBetweenVolumes, killedMoveLeavesWholeItemAtOneOfItsNames) {
   const std::string bytes(20'000'000, 'x');
   for (int round = 0; round < 8; ++round) {
     const std::string from = in("from" + std::to_string(round));

@@ -1,3 +1,5 @@
+// How a child's output waits: in chunks, bounded, with its exit in order.
+
 #include "platform/posix/children/OutputQueue.h"
 
 #include "ports/ChildProcesses.h"
@@ -17,7 +19,7 @@ TEST(OutputQueue, waitingBytesAreJoined) {
   EXPECT_TRUE(queue.isEmpty());
 }
 
-TEST(OutputQueue, chunksNeverGrowBeyondTheLargest) {
+TEST(OutputQueue, chunksStayWithinTheirMaximum) {
   OutputQueue queue;
   const std::string bytes(largest * 2 + 5, 'x');
   queue.appendBytes(bytes);
@@ -28,7 +30,7 @@ TEST(OutputQueue, chunksNeverGrowBeyondTheLargest) {
   EXPECT_TRUE(queue.isEmpty());
 }
 
-TEST(OutputQueue, noBytesAreNoChunk) {
+TEST(OutputQueue, emptyOutputAddsNoChunk) {
   OutputQueue queue;
   queue.appendBytes("");
   EXPECT_TRUE(queue.isEmpty());
@@ -46,7 +48,7 @@ TEST(OutputQueue, exitKeepsItsPlaceAmongTheBytes) {
   EXPECT_FALSE(last.isExit);
 }
 
-TEST(OutputQueue, fullQueueIsDrainedWhenHalfOfItIsGone) {
+TEST(OutputQueue, fullQueueIsDrainedAtHalfItsSize) {
   OutputQueue queue;
   for (int chunk = 0; chunk < 4; ++chunk) {
     EXPECT_FALSE(queue.isFull());
@@ -61,7 +63,7 @@ TEST(OutputQueue, fullQueueIsDrainedWhenHalfOfItIsGone) {
   EXPECT_TRUE(queue.isDrained());
 }
 
-TEST(OutputQueue, droppedBytesLeaveTheExit) {
+TEST(OutputQueue, exitStaysWhenBytesAreDropped) {
   OutputQueue queue;
   queue.appendBytes(std::string(largest * 4, 'x'));
   queue.appendExit();

@@ -1,3 +1,5 @@
+// Where the home folder is.
+
 #include "ScopedVariable.h"
 #include "platform/linux/desktop/LinuxFileSystem.h"
 
@@ -27,17 +29,17 @@ TEST(PosixFileSystem, homeIsTheVariableWithoutTrailingSlashes) {
   EXPECT_EQ(homeWith("/Users/with space \xc3\xa9//"), "/Users/with space \xc3\xa9");
 }
 
-TEST(PosixFileSystem, homeComesFromTheUserDatabaseWithoutAUsableVariable) {
+TEST(PosixFileSystem, homeComesFromTheUserDatabaseWithoutUsableVariable) {
   EXPECT_EQ(homeWith(std::nullopt), homeInDatabase());
   EXPECT_EQ(homeWith(""), homeInDatabase());
   EXPECT_EQ(homeWith("relative/folder"), homeInDatabase());
 }
 
-TEST(PosixFileSystem, rootAsHomeIsEmptySoThatPathsCanBeAppended) {
+TEST(PosixFileSystem, homeAtTheRootIsEmpty) {
   EXPECT_EQ(homeWith("/"), "");
 }
 
-TEST(PosixFileSystem, devicesExistToo) {
+TEST(PosixFileSystem, deviceExists) {
   EXPECT_TRUE(LinuxFileSystem("").fileExists("/dev/null"));
 }
 

@@ -1,4 +1,4 @@
-// Children that come and go for a long time leave nothing behind.
+// What a thousand children leave behind: nothing.
 
 #include "ChildProcessesTest.h"
 #include "Descriptors.h"
@@ -11,7 +11,7 @@ namespace {
 
 class Restarts : public ChildProcessesTest {
 protected:
-  /// A child that prints and ends, its handle released at its exit as the program does it.
+  /// Runs a child that prints and ends, and releases its handle at its exit, as the program does.
   void restartOnce() {
     const Tool tool = spawn({"print", "one line\n"});
     ASSERT_TRUE(runUntil([&] { return tool->exits > 0; }));
@@ -20,7 +20,7 @@ protected:
   }
 };
 
-TEST_F(Restarts, aThousandLeaveDescriptorsAndChildrenAsTheyWere) {
+TEST_F(Restarts, thousandChildrenLeaveNoDescriptorAndNoChild) {
   restartOnce();
   const auto before = openDescriptors().size();
   for (int time = 0; time < 1000; ++time) {
@@ -28,12 +28,12 @@ TEST_F(Restarts, aThousandLeaveDescriptorsAndChildrenAsTheyWere) {
     if (HasFailure())
       break;
   }
-  // The thread that reads the terminals lets go of the last one in its own time.
+  // The thread that reads the terminals releases the last one a little later.
   EXPECT_TRUE(pollUntil([&] { return openDescriptors().size() <= before; }));
   EXPECT_FALSE(hasChildren());
 }
 
-TEST_F(Restarts, aThousandRunsLeaveDescriptorsAndChildrenAsTheyWere) {
+TEST_F(Restarts, thousandRunsLeaveNoDescriptorAndNoChild) {
   const auto before = openDescriptors();
   for (int time = 0; time < 1000; ++time)
     ASSERT_EQ(run({"print", "x"}).output, "x");
@@ -41,7 +41,7 @@ TEST_F(Restarts, aThousandRunsLeaveDescriptorsAndChildrenAsTheyWere) {
   EXPECT_FALSE(hasChildren());
 }
 
-TEST_F(Restarts, failedLaunchesLeaveDescriptorsAsTheyWere) {
+TEST_F(Restarts, failedLaunchesLeaveNoDescriptor) {
   restartOnce();
   const auto before = openDescriptors();
   for (int time = 0; time < 100; ++time)

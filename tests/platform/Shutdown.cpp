@@ -1,4 +1,4 @@
-// How children, runs and handles fare when the child processes are shut down.
+// How the shutdown of the child processes ends children and runs, and what stays usable.
 
 #include "ChildProcessesTest.h"
 #include "Descriptors.h"
@@ -18,7 +18,7 @@ namespace {
 
 class Shutdown : public ChildProcessesTest {};
 
-TEST_F(Shutdown, endsChildrenOnTerminals) {
+TEST_F(Shutdown, childrenOnTerminalsEnd) {
   const Tool waiting = spawn({"wait"});
   const Tool flooding = spawn({"flood-forever"});
   children_.reset();
@@ -27,14 +27,14 @@ TEST_F(Shutdown, endsChildrenOnTerminals) {
   EXPECT_FALSE(flooding->child.process->isRunning());
 }
 
-TEST_F(Shutdown, killsAChildThatIgnoresTheRequest) {
+TEST_F(Shutdown, childThatIgnoresTheRequestIsKilled) {
   const Tool tool = spawn({"ignore-terminate", "print", "ready", "wait"});
   ASSERT_TRUE(runUntil([&] { return tool->output == "ready"; }));
   children_.reset();
   EXPECT_FALSE(hasChildren());
 }
 
-TEST_F(Shutdown, killsAStoppedChild) {
+TEST_F(Shutdown, stoppedChildIsKilled) {
   const Tool tool = spawn({"print", "ready", "wait"});
   ASSERT_TRUE(runUntil([&] { return tool->output == "ready"; }));
   kill(tool->child.process->identifier(), SIGSTOP);
@@ -42,7 +42,7 @@ TEST_F(Shutdown, killsAStoppedChild) {
   EXPECT_FALSE(hasChildren());
 }
 
-TEST_F(Shutdown, callsNoHandlerAnyMore) {
+TEST_F(Shutdown, noHandlerIsCalledAfterwards) {
   const auto token = std::make_shared<int>(0);
   auto result = children_->spawn(
       childTool({"flood-forever"}), [token](std::string_view) { ++*token; }, [token] { ++*token; });
@@ -50,12 +50,12 @@ TEST_F(Shutdown, callsNoHandlerAnyMore) {
   ASSERT_TRUE(runUntil([&] { return *token > 0; }));
   const int calls = *token;
   children_.reset();
-  EXPECT_EQ(token.use_count(), 1) << "the handlers should be gone";
+  EXPECT_EQ(token.use_count(), 1) << "the handlers should be released";
   runFor(Seconds(0.02));
   EXPECT_EQ(*token, calls);
 }
 
-TEST_F(Shutdown, leavesHandlesAndChildrenSafeToUse) {
+TEST_F(Shutdown, handlesAndChildrenStaySafeToUse) {
   const Tool tool = spawn({"wait"});
   const auto toolRun = children_->prepare(childTool({"print", "x"}), ToolOutput::capture);
   children_.reset();
@@ -68,7 +68,7 @@ TEST_F(Shutdown, leavesHandlesAndChildrenSafeToUse) {
   EXPECT_FALSE(std::get<LaunchError>(result).description.empty());
 }
 
-TEST_F(Shutdown, failsLaterLaunches) {
+TEST_F(Shutdown, laterLaunchesFail) {
   children_->shutdown();
   EXPECT_EQ(failedSpawn(childTool({"print", "x"})).stage, LaunchError::Stage::launch);
   const auto result = children_->prepare(childTool({}), ToolOutput::discard)->run();
@@ -76,7 +76,7 @@ TEST_F(Shutdown, failsLaterLaunches) {
   children_->shutdown();
 }
 
-TEST_F(Shutdown, wakesThreadsThatRunTools) {
+TEST_F(Shutdown, threadsThatRunToolsReturn) {
   std::array<std::shared_ptr<ToolRun>, 3> runs{
       children_->prepare(childTool({"wait"}), ToolOutput::capture),
       children_->prepare(childTool({"ignore-terminate", "wait"}), ToolOutput::discard),
@@ -93,7 +93,7 @@ TEST_F(Shutdown, wakesThreadsThatRunTools) {
   EXPECT_FALSE(hasChildren());
 }
 
-TEST_F(Shutdown, meetsLaunchesOnOtherThreads) {
+TEST_F(Shutdown, launchesOnOtherThreadsFailOrEnd) {
   for (int time = 0; time < 20; ++time) {
     children_.emplace(mainQueue_, "");
     std::vector<std::thread> threads;
@@ -108,7 +108,7 @@ TEST_F(Shutdown, meetsLaunchesOnOtherThreads) {
   }
 }
 
-TEST_F(Shutdown, leavesNoDescriptorOpen) {
+TEST_F(Shutdown, noDescriptorStaysOpen) {
   children_.reset();
   const auto before = openDescriptors();
   children_.emplace(mainQueue_, "");
@@ -120,7 +120,7 @@ TEST_F(Shutdown, leavesNoDescriptorOpen) {
   children_.reset();
   EXPECT_EQ(openTerminals(), 0U) << "handles still held must not keep them";
   tools.clear();
-  runFor(Seconds(0.001)); // so that no delivery waits
+  runFor(Seconds(0.001)); // until no delivery waits
   EXPECT_EQ(openDescriptors(), before);
 }
 

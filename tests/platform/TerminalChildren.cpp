@@ -1,4 +1,4 @@
-// What a child on a terminal finds around it, and how its output and its end arrive.
+// What a child on a terminal inherits, and how its output and its exit arrive.
 
 #include "ChildProcessesTest.h"
 #include "ScopedVariable.h"
@@ -76,7 +76,7 @@ TEST_F(TerminalChildren, noDescriptorIsInheritedBeyondTheStandardOnes) {
   EXPECT_EQ(run({"print-descriptors"}).output.size(), "0 1 2 "s.size());
 }
 
-TEST_F(TerminalChildren, toolsAreLookedForBelowTheSystemRoot) {
+TEST_F(TerminalChildren, toolsAreFoundBelowTheSystemRoot) {
   const TemporaryFolder root;
   std::filesystem::create_directories(root.path("usr/bin"));
   std::filesystem::create_symlink(childToolPath(), root.path("usr/bin/tool"));
@@ -89,7 +89,7 @@ TEST_F(TerminalChildren, toolsAreLookedForBelowTheSystemRoot) {
   }
 }
 
-TEST_F(TerminalChildren, slashAsSystemRootIsNone) {
+TEST_F(TerminalChildren, slashAsSystemRootMeansNone) {
   PosixChildProcesses below(mainQueue_, "/");
   const auto result = below.prepare(childTool({"print", "x"}), ToolOutput::capture)->run();
   EXPECT_TRUE(std::holds_alternative<ToolResult>(result));
@@ -131,7 +131,7 @@ TEST_F(TerminalChildren, bytesThatAreNoTextArriveUnchanged) {
   EXPECT_EQ(outputOf({"print-bytes", "00ff80c30d0d1b5b306d0d41"}), "\0\xff\x80\xc3\r\r\x1b[0m\rA"s);
 }
 
-TEST_F(TerminalChildren, halfALineArrivesThoughTheChildDies) {
+TEST_F(TerminalChildren, partialLineOfKilledChildArrives) {
   const Tool tool = spawn({"print", "whole\nhal", "raise", std::to_string(SIGKILL)});
   ASSERT_TRUE(runUntil([&] { return tool->exits > 0; }));
   EXPECT_EQ(tool->outputAtExit, "whole\r\nhal");
@@ -146,15 +146,15 @@ TEST_F(TerminalChildren, endOfOutputIsNotTheEndOfTheChild) {
   EXPECT_TRUE(runUntil([&] { return tool->exits == 1; }));
 }
 
-TEST_F(TerminalChildren, otherProcessThatKeepsTheTerminalDoesNotHoldUpTheExit) {
+TEST_F(TerminalChildren, otherProcessOnTheTerminalDoesNotDelayTheExit) {
   const Tool tool = spawn({"fork-holder", "print", "last words"});
   const int holder = identifierFrom(tool);
   ASSERT_TRUE(runUntil([&] { return tool->exits > 0; }));
   EXPECT_TRUE(tool->outputAtExit.ends_with("\r\nlast words"));
-  EXPECT_EQ(kill(holder, SIGKILL), 0) << "it had ended too";
+  EXPECT_EQ(kill(holder, SIGKILL), 0) << "the other process should still run";
 }
 
-TEST_F(TerminalChildren, otherProcessThatFloodsTheTerminalDoesNotHoldUpTheExit) {
+TEST_F(TerminalChildren, otherProcessThatFloodsTheTerminalDoesNotDelayTheExit) {
   std::size_t received = 0;
   std::string start;
   const Tool tool = spawn({"fork-flooder"}, [&](std::string_view bytes) {
@@ -163,7 +163,8 @@ TEST_F(TerminalChildren, otherProcessThatFloodsTheTerminalDoesNotHoldUpTheExit) 
   });
   ASSERT_TRUE(runUntil([&] { return tool->exits > 0; }));
   const std::size_t atExit = received;
-  EXPECT_TRUE(runUntil([&] { return received > atExit + 1'000'000; })) << "it is still read";
+  EXPECT_TRUE(runUntil([&] { return received > atExit + 1'000'000; }))
+      << "its output should still be read";
   tool->child.masterHandle.reset();
   const std::size_t atRelease = received;
   runFor(Seconds(0.02));
@@ -188,7 +189,7 @@ TEST_F(TerminalChildren, clearedHandlerClosesTheTerminalToo) {
   EXPECT_EQ(tool->output, "");
 }
 
-TEST_F(TerminalChildren, terminateAfterTheExitSignalsNobody) {
+TEST_F(TerminalChildren, terminateAfterTheExitDoesNothing) {
   const Tool tool = spawn({"print", "x"});
   ASSERT_TRUE(runUntil([&] { return tool->exits > 0; }));
   tool->child.process->terminate();
@@ -196,7 +197,7 @@ TEST_F(TerminalChildren, terminateAfterTheExitSignalsNobody) {
   EXPECT_EQ(tool->exits, 1);
 }
 
-TEST_F(TerminalChildren, exitIsSeenThoughThisProcessIgnoredTheEndOfChildren) {
+TEST_F(TerminalChildren, exitIsReportedThoughThisProcessIgnoredSigchld) {
   children_.reset();
   const auto before = std::signal(SIGCHLD, SIG_IGN);
   children_.emplace(mainQueue_, "");
@@ -204,7 +205,7 @@ TEST_F(TerminalChildren, exitIsSeenThoughThisProcessIgnoredTheEndOfChildren) {
   std::signal(SIGCHLD, before);
 }
 
-TEST_F(TerminalChildren, childrenOfOthersAreLeftToThem) {
+TEST_F(TerminalChildren, childrenOfOtherCodeAreNotReaped) {
   const pid_t other = fork();
   if (other == 0)
     _exit(9);

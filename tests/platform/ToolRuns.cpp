@@ -1,4 +1,4 @@
-// Tools that are run to their end on a thread of the caller's.
+// How a tool runs to its end on the caller's thread: its output, its exit, its early end.
 
 #include "ChildProcessesTest.h"
 #include "harness/Orphans.h"
@@ -22,7 +22,7 @@ TEST_F(ToolRuns, standardDescriptorsAreNoTerminal) {
   EXPECT_EQ(run({"print-terminals"}).output, "other other other ");
 }
 
-TEST_F(ToolRuns, captureMoreThanAPipeHolds) {
+TEST_F(ToolRuns, outputLargerThanPipeIsCapturedWhole) {
   const ToolResult result = run({"print-many", "5000000", "0123456789"});
   EXPECT_EQ(result.output.size(), 50'000'000U);
   EXPECT_EQ(result.output.substr(49'999'980), "01234567890123456789");
@@ -33,14 +33,14 @@ TEST_F(ToolRuns, discardedOutputCannotBlockTheTool) {
       run({"print-many", "5000000", "0123456789", "exit", "3"}, ToolOutput::discard).exitStatus, 3);
 }
 
-TEST_F(ToolRuns, capturedErrorOutputComesAlone) {
+TEST_F(ToolRuns, errorOutputIsCapturedAlone) {
   const ToolResult result = run({"print-error", "Team", "print-error", "Identifier", "exit", "1"},
                                 ToolOutput::captureError);
   EXPECT_EQ(result.output, "TeamIdentifier");
   EXPECT_EQ(result.exitStatus, 1);
 }
 
-TEST_F(ToolRuns, outputBesideCapturedErrorsIsThatOfThisProcess) {
+TEST_F(ToolRuns, outputBesideCapturedErrorsGoesToOutputOfThisProcess) {
   const std::string here = std::filesystem::read_symlink("/proc/self/fd/1");
   const auto toolRun =
       children_->prepare({"/bin/sh", {"-c", "out=$(readlink /proc/$$/fd/1); echo \"$out\" >&2"}},
@@ -50,7 +50,7 @@ TEST_F(ToolRuns, outputBesideCapturedErrorsIsThatOfThisProcess) {
   EXPECT_EQ(std::get<ToolResult>(result).output, here + "\n");
 }
 
-/// Runs a tool that ends and leaves a process behind that keeps its pipe open.
+/// Runs a tool that ends and leaves a process behind, which keeps its pipe open.
 class LeftBehind {
 public:
   explicit LeftBehind(const std::shared_ptr<ToolRun>& toolRun)
@@ -61,7 +61,7 @@ public:
 
   static int identifier() { return Orphans::children().at(0); }
 
-  /// What `run` returned, once it has.
+  /// Waits for `run` and returns its result.
   Result result() {
     thread_.join();
     return result_;
@@ -73,7 +73,7 @@ private:
   std::thread thread_;
 };
 
-TEST_F(ToolRuns, outputEndsWithTheLastThatHoldsThePipe) {
+TEST_F(ToolRuns, outputEndsWhenLastHolderClosesThePipe) {
   LeftBehind left(children_->prepare(childTool({"fork-holder", "exit", "4"}), ToolOutput::capture));
   const int holder = LeftBehind::identifier();
   EXPECT_TRUE(Orphans::end(holder));
@@ -83,14 +83,14 @@ TEST_F(ToolRuns, outputEndsWithTheLastThatHoldsThePipe) {
   EXPECT_EQ(std::get<ToolResult>(result).exitStatus, 4);
 }
 
-TEST_F(ToolRuns, shutdownDoesNotWaitForOthersThatHoldThePipe) {
+TEST_F(ToolRuns, shutdownDoesNotWaitForOtherHoldersOfThePipe) {
   LeftBehind left(children_->prepare(childTool({"fork-holder", "exit", "4"}), ToolOutput::capture));
   const int holder = LeftBehind::identifier();
   children_->shutdown();
   const Result result = left.result();
   ASSERT_TRUE(std::holds_alternative<ToolResult>(result));
   EXPECT_EQ(std::get<ToolResult>(result).exitStatus, 4);
-  EXPECT_TRUE(Orphans::end(holder)) << "it was none of ours to end";
+  EXPECT_TRUE(Orphans::end(holder)) << "the other process should still run";
 }
 
 TEST_F(ToolRuns, hangingToolEndsWhenAnotherThreadTerminatesIt) {
@@ -124,7 +124,7 @@ TEST_F(ToolRuns, manyThreadsTerminateWhileToolsEnd) {
   EXPECT_FALSE(hasChildren());
 }
 
-TEST_F(ToolRuns, wordsOfTheSystemDescribeAFailedLaunch) {
+TEST_F(ToolRuns, failedLaunchIsDescribedInTheSystemsWords) {
   const Result result = children_->prepare({"/missing/tool", {}}, ToolOutput::capture)->run();
   ASSERT_TRUE(std::holds_alternative<LaunchError>(result));
   EXPECT_EQ(std::get<LaunchError>(result).stage, LaunchError::Stage::launch);
