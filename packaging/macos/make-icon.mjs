@@ -4,8 +4,9 @@ import { execFileSync } from 'node:child_process';
 import { writeFileSync } from 'node:fs';
 import { decodePng } from './png.mjs';
 
-/// The pictures of an icon file by their types. Two points of size per pixel where a type is for
-/// fine displays. The system shows pictures below 64 pixels right only as packed channels.
+/// The images in an icon file by type, with their sizes in pixels. Several types have the same size
+/// because some are for high-resolution displays. The system draws images below 64 pixels correctly
+/// only as packed channels.
 const packedPictures = [['ic04', 16], ['ic05', 32]];
 const pngPictures = [
   ['ic11', 32], ['ic12', 64], ['ic07', 128], ['ic13', 256],
@@ -17,15 +18,15 @@ function drawn(drawing, size) {
     { maxBuffer: 1 << 26 });
 }
 
-/// The number of equal bytes from `start` on, at most `most`.
-function runLength(bytes, start, most) {
+/// The number of equal bytes from `start` on, at most `max`.
+function runLength(bytes, start, max) {
   let end = start + 1;
-  while (end < bytes.length && end - start < most && bytes[end] === bytes[start]) ++end;
+  while (end < bytes.length && end - start < max && bytes[end] === bytes[start]) ++end;
   return end - start;
 }
 
-/// A byte below 128 is followed by one byte more than it says; any other says how often, less 125,
-/// the byte after it is repeated.
+/// Run-length encoding. A byte N below 128 is followed by N + 1 literal bytes. A byte N from 128 on is
+/// followed by one byte that is repeated N - 125 times.
 function packed(bytes) {
   const result = [];
   let plain = [];
@@ -48,7 +49,7 @@ function packed(bytes) {
   return Buffer.from(result);
 }
 
-/// The channels one after the other, opacity first.
+/// The channels in sequence, opacity first.
 function packedChannels(png) {
   const { pixels } = decodePng(png);
   const channel = (offset) => packed(pixels.filter((_, index) => index % 4 === offset));

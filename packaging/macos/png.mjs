@@ -1,3 +1,4 @@
+// Decodes the PNG files that make-icon.mjs draws.
 import { inflateSync } from 'node:zlib';
 
 const signature = Buffer.from([0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a]);
@@ -12,7 +13,7 @@ function* chunks(png) {
   }
 }
 
-/// The neighbour of three that is nearest to their gradient.
+/// The one of three neighbours that is nearest to their gradient (the Paeth predictor).
 function nearest(left, above, corner) {
   const gradient = left + above - corner;
   const [toLeft, toAbove, toCorner] = [left, above, corner].map((n) => Math.abs(gradient - n));

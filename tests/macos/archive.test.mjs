@@ -1,4 +1,4 @@
-// The checker of the packed program sees each kind of slip. Takes the name of a case.
+// Tests that the check of the packed program reports each kind of error. Takes the name of a case.
 
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
@@ -9,7 +9,7 @@ import { check, macosTools, runCase } from './support.mjs';
 const version = '1.2.3';
 const packaging = path.resolve(macosTools, '../../packaging/macos');
 
-/// Makes a sound bundle in `folder` and lets `change` spoil it; returns the packed file.
+/// Makes a valid bundle in `folder`, breaks it with `change`, packs it. Returns the packed file.
 function pack(folder, change = () => {}) {
   const contents = path.join(folder, 'Driftmark.app', 'Contents');
   const file = (name, bytes, mode) => {

@@ -1,5 +1,5 @@
-// The checker of programs sees each kind of slip, in programs that are built here. Takes the name of a
-// case.
+// Tests that the check of programs reports each kind of error, in programs that are built here. Takes
+// the name of a case.
 
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
@@ -8,8 +8,7 @@ import path from 'node:path';
 import { zigLibrary } from '../../tools/macos/check/toolchain.mjs';
 import { check, macosTools, runCase, spoil } from './support.mjs';
 
-/// Builds the program of the fixtures in `folder` for Apple silicon, as the product is built; returns
-/// the file.
+/// Builds the program of the fixtures in `folder` for Apple silicon, like the product. Returns the file.
 function build(folder, { system = '13.0' } = {}) {
   const declared = path.join(folder, 'Frameworks');
   zig(folder, 'aarch64', system, ['-c', 'program.m', '-o', 'program.o']);
@@ -21,8 +20,7 @@ function build(folder, { system = '13.0' } = {}) {
   return path.join(folder, 'program');
 }
 
-/// Builds it for Intel's processors, with zig's own linker: the tables for the loader have their older
-/// form then.
+/// Builds it for Intel processors with zig's linker, which writes the older tables for the loader.
 function buildForIntel(folder) {
   const declared = path.join(folder, 'Frameworks');
   zig(folder, 'x86_64', '13.0', ['program.m', '-s', '-F', declared, ...libraries, '-o', 'program']);
@@ -69,7 +67,7 @@ const inspect = (folder, file, architectures = 'arm64') =>
     architectures,
   );
 
-/// The checker finds `expected`, and nothing else that is wrong.
+/// Expects that the check reports `expected` and nothing else.
 function finds({ status, lines }, expected) {
   const findings = lines.filter(line => !/^(?:arm64|x86_64): /.test(line));
   assert.equal(findings.length, 1, lines.join('\n'));
@@ -198,7 +196,7 @@ await runCase({
   missingSignatureIsReported(folder) {
     const file = build(folder);
     const bytes = readFileSync(file);
-    // The command that leads to the signature becomes one that says nothing here.
+    // Replaces the command for the signature by one that the check ignores.
     bytes.writeUInt32LE(0x26, bytes.indexOf(Buffer.from([0x1d, 0, 0, 0, 0x10, 0, 0, 0])));
     writeFileSync(file, bytes);
     finds(inspect(folder, file), /is not signed/);

@@ -1,4 +1,4 @@
-// The checker of declarations sees each kind of slip. Takes the name of a case.
+// Tests that the check of declarations reports each kind of error. Takes the name of a case.
 
 import assert from 'node:assert/strict';
 import path from 'node:path';
@@ -8,8 +8,8 @@ const foundation = 'Foundation.framework/Headers/Foundation.h';
 const appKit = 'AppKit.framework/Headers/AppKit.h';
 const stub = 'AppKit.framework/AppKit.tbd';
 
-/// name -> what is changed in a true declaration, and where and as what it must be found.
-const slips = {
+/// name -> file, text of a right declaration, its replacement, the message that must be reported.
+const errors = {
   misspeltSelectorIsReported: [
     appKit,
     '- (void)addItem:',
@@ -161,7 +161,7 @@ const cases = {
     assert.equal(status, 0);
   },
 };
-for (const [name, [file, from, to, expected]] of Object.entries(slips)) {
+for (const [name, [file, from, to, expected]] of Object.entries(errors)) {
   cases[name] = folder => {
     spoil(path.join(folder, 'Frameworks'), { file, from, to });
     const { status, lines } = check('declarations.mjs', path.join(folder, 'Frameworks'));

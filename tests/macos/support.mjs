@@ -1,4 +1,4 @@
-// What the tests of the checker share.
+// Helpers for the tests of the checks.
 
 import { spawnSync } from 'node:child_process';
 import { cpSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
@@ -20,7 +20,7 @@ export function check(script, ...args) {
   return { status, lines: (stdout + stderr).trim().split('\n') };
 }
 
-/// Replaces what `edit` ({file, from, to}) says in a copy of the fixtures below `folder`.
+/// Replaces `from` by `to` in `file`, in a copy of the fixtures below `folder`.
 export function spoil(folder, { file, from, to }) {
   const target = path.join(folder, file);
   const text = readFileSync(target, 'utf8');
@@ -31,8 +31,8 @@ export function spoil(folder, { file, from, to }) {
   );
 }
 
-/// Runs the case that the command line names: cases is name -> function of a folder that holds a
-/// copy of the fixtures and goes afterwards.
+/// Runs the case that the command line names. `cases` is name -> function of a folder with a copy of
+/// the fixtures, which is removed afterwards.
 export async function runCase(cases) {
   const test = cases[process.argv[2]];
   if (!test) throw new Error(`no such case; there are ${Object.keys(cases).join(', ')}`);

@@ -1,13 +1,12 @@
-// The seal of an executable: a digest of each of its pages. (Numbers in it are big-endian.)
+// The code signature of an executable: a digest of each of its pages. (Its numbers are big-endian.)
 
 import { createHash } from 'node:crypto';
 import { commands } from './MachO.mjs';
 
 const magics = { blobs: 0xfade0cc0, directory: 0xfade0c02 };
 
-/// The ways in which the image's seal does not hold: none if all is well, undefined if there is no
-/// seal.
-export function brokenSeal(image) {
+/// The faults of the image's signature: none if it is valid, undefined if there is no signature.
+export function signatureFaults(image) {
   const [command] = image.all(commands.signature);
   if (!command) return undefined;
   const start = image.bytes.readUInt32LE(command.offset + 8);

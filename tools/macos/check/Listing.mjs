@@ -1,12 +1,12 @@
-// The typed listing of the SDK's frameworks that npm has: what classes, protocols, functions,
-// constants and enumerations there are. Names in it are joined (names.mjs).
+// The typed listing of the SDK's frameworks from npm: its classes, protocols, functions, constants
+// and enumerations. Names in it are joined (names.mjs).
 
 import { readFileSync } from 'node:fs';
 import path from 'node:path';
 import { StatementReader } from './StatementReader.mjs';
 import { listingPackage } from './toolchain.mjs';
 
-/// What is read: Runtime holds the root class and what no framework claims.
+/// The modules to read. Runtime has the root class and the names that belong to no framework.
 const files = ['Runtime', 'CoreFoundation', 'Foundation', 'AppKit', 'ServiceManagement'];
 
 export class Listing {

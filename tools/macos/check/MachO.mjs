@@ -1,4 +1,4 @@
-// A reader of Mach-O executables: 64-bit, little-endian, alone or joined in a universal file.
+// A reader of Mach-O executables: 64-bit, little-endian, single or in a universal file.
 
 import { readFileSync } from 'node:fs';
 
@@ -17,7 +17,7 @@ export const commands = {
   version: 0x32,
 };
 
-/// The images of a file, one for each architecture. Throws for anything else.
+/// The images of a file, one for each architecture. Throws if it is no Mach-O file.
 export function readImages(file) {
   const bytes = readFileSync(file);
   if (bytes.readUInt32LE(0) === magics.thin) return [new Image(bytes)];
@@ -36,7 +36,7 @@ export class Image {
   /// size, offset}.
   segments = [];
 
-  /// `start` is where the image lies in its file.
+  /// `start` is the offset of the image in its file.
   constructor(bytes, start = 0) {
     this.bytes = bytes;
     this.start = start;
@@ -59,7 +59,7 @@ export class Image {
     return this.commands.filter(command => numbers.includes(command.number));
   }
 
-  /// The install names of the libraries, in the order in which bindings count them.
+  /// The install names of the libraries, in the order of their numbers in bindings.
   get libraries() {
     return this.all(commands.library, commands.weakLibrary, commands.reexport).map(({ offset }) =>
       this.text(offset + this.bytes.readUInt32LE(offset + 8)),
@@ -85,23 +85,23 @@ export class Image {
       .filter(section => section.name === name);
   }
 
-  /// The zero-terminated text at a place of the file.
+  /// The zero-terminated text at an offset in the file.
   text(offset) {
     return this.bytes.toString('utf8', offset, this.bytes.indexOf(0, offset));
   }
 
-  /// Where in the file the byte of an address is.
+  /// The offset in the file of the byte at an address.
   offsetOf(address) {
-    const home = this.segments.find(
-      segment => address >= segment.address && address < segment.address + segment.fileSize,
+    const segment = this.segments.find(
+      each => address >= each.address && address < each.address + each.fileSize,
     );
-    if (!home) throw new Error(`no part of the file is at 0x${address.toString(16)}`);
-    return address - home.address + home.fileOffset;
+    if (!segment) throw new Error(`no part of the file is at 0x${address.toString(16)}`);
+    return address - segment.address + segment.fileOffset;
   }
 
-  /// The address that the pointer at a place of the file holds, 0 for none. Where the loader is to
-  /// fix pointers in chains, a pointer shares its word with its link and may count from the image's
-  /// start.
+  /// The address in the pointer at an offset in the file, 0 for none. In an image with chained
+  /// fixups the word also contains the link to the next pointer, and the address may be relative to
+  /// the start of the image.
   pointer(offset) {
     const word = this.bytes.readBigUInt64LE(offset);
     if (!this.all(commands.fixups).length) return Number(word);

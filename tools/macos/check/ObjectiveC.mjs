@@ -1,6 +1,6 @@
-// What an image tells Objective-C's runtime.
+// What an image declares to the Objective-C runtime.
 
-/// The selectors that the program sends or takes.
+/// The selectors that the program uses.
 export function sentSelectors(image) {
   return pointers(image, '__objc_selrefs').map(address => image.text(image.offsetOf(address)));
 }
@@ -23,8 +23,8 @@ export function ownClasses(image) {
   ];
 }
 
-// A class's description holds its metaclass's address first and its methods' in the data that it
-// shares with the runtime.
+// A class record starts with the address of its metaclass. Its methods are in the data that it shares
+// with the runtime.
 function ownClass(image, address) {
   const at = image.offsetOf(address);
   const instance = data(image, at);
@@ -42,8 +42,7 @@ function data(image, at) {
   };
 }
 
-// Entries are three pointers, or three distances the first of which leads to a selector's
-// reference.
+// An entry is three pointers, or three offsets, the first one to the reference of a selector.
 function methods(image, address) {
   if (!address) return [];
   const at = image.offsetOf(address);

@@ -3,7 +3,7 @@
 import { readFileSync } from 'node:fs';
 
 /// Reads the documents of a stub: [{file, installName, targets, exports}], each of the exports being
-/// {targets, symbols, classes}: symbols as the linker spells them, the classes' own not among them.
+/// {targets, symbols, classes}: symbols in the linker's spelling, without those of the classes.
 export function readStub(file) {
   return readFileSync(file, 'utf8')
     .split(/^---.*$/m)
@@ -24,7 +24,7 @@ export function readStub(file) {
     }));
 }
 
-/// The names that documents of a library's stub offer the linker for `architecture`.
+/// The names that the documents of a library's stub export for `architecture`.
 export function offered(documents, architecture) {
   const fits = target => target === `${architecture}-macos` || target === `${architecture}e-macos`;
   const names = documents

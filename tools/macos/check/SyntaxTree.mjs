@@ -13,7 +13,7 @@ export function frameworksIn(folder) {
 }
 
 /// The tree of all that the headers of the frameworks below `folder` declare and include. Each
-/// declaration has its `place`, {file, line, offset}. Throws with the compiler's message where they
+/// declaration has its `place`, {file, line, offset}. Throws with the compiler's message if they
 /// do not compile.
 export function readSyntaxTree(folder) {
   const library = zigLibrary();
@@ -21,7 +21,7 @@ export function readSyntaxTree(folder) {
     .filter(name => existsSync(path.join(folder, `${name}.framework`, 'Headers', `${name}.h`)))
     .map(name => `#import <${name}/${name}.h>\n`)
     .join('');
-  // The toolchain's own front end: "zig c++" keeps results and would print nothing the second time.
+  // The compiler itself: "zig c++" caches results and would print nothing the second time.
   const { status, stdout, stderr } = zig(
     [
       ['clang', '-target', 'arm64-apple-macos13.0', '-nostdinc'],

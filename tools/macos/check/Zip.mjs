@@ -1,8 +1,8 @@
-// A reader of zip archives, as packages are: no encryption, no parts, below 4 GiB.
+// A reader of the zip archives that packages are: not encrypted, not split, below 4 GiB.
 
 import { inflateRawSync } from 'node:zlib';
 
-/// [{name, mode: the file's mode where the maker was Unix, time: the DOS date and time as a number,
+/// [{name, mode: the file's mode if a Unix tool packed it, time: the DOS date and time as a number,
 /// bytes()}] in the archive's order.
 export function readZip(archive) {
   const end = archive.lastIndexOf(Buffer.from('PK\x05\x06', 'latin1'));

@@ -1,6 +1,6 @@
 #!/usr/bin/env node
-// Holds the packed program against what people are to unpack: the bundle at the top, its files and
-// their modes, its property list. Prints each difference; exits with 1 if there are any.
+// Checks the packed program: the bundle at the top, its files and their modes, its property list.
+// Prints each difference; exits with 1 if there are any.
 //
 //   archive.mjs FILE.zip VERSION
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env node
-// Holds a program built for macOS against what it may be: both architectures, their minimum system,
-// the libraries, and that everything it calls is declared and there. Prints each difference as
+// Checks a program built for macOS: both architectures, their minimum system, the libraries, and that
+// everything it calls is declared and exists. Prints each difference as
 // "file (architecture): what is wrong"; exits with 1 if there are any.
 //
 //   binary.mjs FILE [--frameworks FOLDER] [--architectures arm64,x86_64]

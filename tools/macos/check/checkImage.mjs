@@ -1,8 +1,8 @@
-// The demands on one architecture's image.
+// The requirements on the image of one architecture.
 
 import os from 'node:os';
 import { imports } from './Bindings.mjs';
-import { brokenSeal } from './CodeSignature.mjs';
+import { signatureFaults } from './CodeSignature.mjs';
 import { setterOf } from './names.mjs';
 import { ownClasses, sentSelectors } from './ObjectiveC.mjs';
 
@@ -10,17 +10,17 @@ const macOS = 1;
 const minimumSystem = '13.0';
 const pages = { arm64: 0x4000, x86_64: 0x1000 };
 
-/// Calls report(message) for each demand that `image` does not meet. `libraries` has the names that
-/// each library offers, by install name: the image must be linked to all of them and to no others.
-/// `root` is the source tree, of which no path may be in the image. Returns a line on what it has.
+/// Calls report(message) for each requirement that `image` does not meet. `libraries` has the names in
+/// each library, by install name: the image must be linked to all of them and to no others. The image
+/// must contain no path in the source tree `root`. Returns a line that sums the image up.
 export function checkImage(image, { declarations, libraries, root }, report) {
   checkHeader(image, report);
   checkLibraries(image, libraries, report);
-  const seal = checkSeal(image, report);
+  const signature = checkSignature(image, report);
   checkPaths(image, root, report);
   const symbols = checkImports(image, libraries, report);
   const selectors = checkSelectors(image, declarations, report);
-  return `${symbols} symbols of ${image.libraries.length} libraries, ${selectors} selectors; ${seal}`;
+  return `${symbols} symbols of ${image.libraries.length} libraries, ${selectors} selectors; ${signature}`;
 }
 
 function checkHeader(image, report) {
@@ -44,9 +44,9 @@ function checkLibraries(image, libraries, report) {
   }
 }
 
-// Apple silicon runs nothing unsealed; Intel does.
-function checkSeal(image, report) {
-  const problems = brokenSeal(image);
+// Apple silicon runs only signed programs; Intel also others.
+function checkSignature(image, report) {
+  const problems = signatureFaults(image);
   if (!problems) {
     if (image.architecture === 'arm64') report('is not signed');
     return 'not signed';
@@ -83,8 +83,8 @@ function checkSelectors(image, declarations, report) {
   for (const selector of sent) {
     if (!known.has(selector)) report(`sends ${selector}, which nothing declares`);
   }
-  // A method that answers a delegate's call under a name that nobody calls would go unnoticed. Only
-  // half of a property's pair of methods may be called.
+  // A delegate method with a wrong name is never called, and nothing else would show that. Of a
+  // property's two methods only one may be called.
   const called = new Set([...sent, ...declarations.selectors]);
   for (const { name, selectors } of own) {
     const pairs = new Set(selectors.map(setterOf).filter(setter => selectors.includes(setter)));

@@ -1,19 +1,18 @@
-// Holds the frameworks' linker stubs against the listing and the declarations.
+// Compares the linker stubs of the frameworks with the listing and the declarations.
 
 import { existsSync } from 'node:fs';
 import path from 'node:path';
 import { readStub } from './Stubs.mjs';
 import { frameworksIn } from './SyntaxTree.mjs';
 
-/// Core Foundation's objects behind constant strings: the compiler's, in no header.
+/// Core Foundation's class of constant strings: the compiler refers to it, no header declares it.
 const compilerSymbols = new Set(['___CFConstantStringClassReference']);
 
-/// The version folder of each framework's library, which the listing does not tell.
+/// The version folder of each framework's library, which the listing does not contain.
 const versions = { AppKit: 'C', Foundation: 'C', CoreFoundation: 'A', ServiceManagement: 'A' };
 
-/// Calls report(place, subject, message) for whatever the stubs below `folder` offer that the
-/// framework has not or that the headers do not declare, and for what the headers declare that a
-/// stub lacks.
+/// Calls report(place, subject, message) for each name in the stubs below `folder` that the framework
+/// does not have or the headers do not declare, and for each declared name that a stub lacks.
 export function compareStubs(folder, declarations, listing, report) {
   for (const framework of frameworksIn(folder)) {
     const file = path.join(folder, `${framework}.framework`, `${framework}.tbd`);

@@ -1,9 +1,9 @@
-// Holds declared classes, protocols and categories against the listing.
+// Compares declared classes, protocols and categories with the listing.
 
 import { declaredKind, difference, knownNames } from './kinds.mjs';
 import { argumentCount, joined, setterOf } from './names.mjs';
 
-/// Calls report(place, subject, message) for whatever `declarations` says that `listing` does not.
+/// Calls report(place, subject, message) for each difference between `declarations` and `listing`.
 export function compareTypes(declarations, listing, spellings, report) {
   const context = {
     declarations,
@@ -76,12 +76,12 @@ function compareMembers(context, declared, listed, { isProtocol = false } = {}) 
       member.kind === 'method'
         ? `${member.isStatic ? '+' : '-'}[${declared.name} ${member.name}]`
         : `${declared.name}.${member.name}`;
-    const say = message => context.report(member.place, subject, message);
+    const reportMember = message => context.report(member.place, subject, message);
     const problem = compareMember(context, member, lineage, isProtocol);
-    if (problem) say(problem);
+    if (problem) reportMember(problem);
     for (const selector of selectorsOf(member)) {
       if (!problem && !context.spellings.has(selector))
-        say(`no method of the SDK is spelt ${selector}`);
+        reportMember(`no method of the SDK is spelt ${selector}`);
     }
   }
 }
@@ -91,7 +91,7 @@ function selectorsOf(member) {
   return member.readonly ? [member.getter] : [member.getter, setterOf(member.name)];
 }
 
-// The first way in which a declared member differs from the listed one, or undefined.
+// The first difference between a declared member and the listed one, or undefined.
 function compareMember({ names }, member, lineage, isProtocol) {
   const isMethod = member.kind === 'method';
   const name = isMethod ? joined(member.name) : member.name;
@@ -152,7 +152,7 @@ function compareDetails(member, listed, names, isProtocol) {
 
 const side = member => (member.isStatic ? 'the class' : 'instances');
 
-// What a misspelling may have meant: members whose names begin alike.
+// Members whose names begin alike, since a wrong name may be a misspelling of one.
 function likely(lineage, name) {
   const start = name.slice(0, Math.max(4, Math.ceil(name.length / 2)));
   const names = new Set(

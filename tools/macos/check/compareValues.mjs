@@ -1,10 +1,10 @@
-// Holds declared functions, constants, enumerations and structures against the listing.
+// Compares declared functions, constants, enumerations and structures with the listing.
 
 import { declaredKind, difference, knownNames } from './kinds.mjs';
 import { numbers } from './known.mjs';
 import { enumerationKey } from './names.mjs';
 
-/// Calls report(place, subject, message) for whatever `declarations` says that `listing` does not.
+/// Calls report(place, subject, message) for each difference between `declarations` and `listing`.
 export function compareValues(declarations, listing, report) {
   const names = knownNames(declarations, listing);
   for (const declared of declarations.functions) compareFunction(declared, listing, names, report);

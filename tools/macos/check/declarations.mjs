@@ -1,6 +1,6 @@
 #!/usr/bin/env node
-// Holds our declarations of Apple's frameworks, and the stubs beside them, against the listing of
-// the real ones. Prints "file:line: what is declared: what the SDK has" for each difference; exits
+// Compares our declarations of Apple's frameworks, and the stubs beside them, with the listing of the
+// real ones. Prints "file:line: what is declared: what the SDK has" for each difference; exits
 // with 1 if there are any.
 //
 //   declarations.mjs [FOLDER]     the folder of the frameworks; tools/macos/Frameworks if none
@@ -19,7 +19,7 @@ const folder = path.resolve(process.argv[2] ?? path.join(macosTools, 'Frameworks
 const declarations = readDeclarations();
 const listing = new Listing();
 
-// What does not compile is told by the compiler's own words.
+// A compiler error is printed in the compiler's words.
 function readDeclarations() {
   try {
     return new Declarations(folder);
@@ -44,7 +44,7 @@ compareTypes(declarations, listing, new Spellings(), report);
 compareValues(declarations, listing, report);
 compareStubs(folder, declarations, listing, report);
 
-// What is known of names that no longer need it is a leftover.
+// An exception in known.mjs that no name needs is a leftover.
 if (!process.argv[2]) {
   const values = declarations.enumerations.flatMap(enumeration => enumeration.values);
   const declared = new Set(declarations.constants.concat(values).map(({ name }) => name));

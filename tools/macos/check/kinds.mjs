@@ -1,4 +1,4 @@
-// What kind of value a type is, as far as Objective-C and the listing can be compared.
+// The kind of value that a type has, as far as Objective-C and the listing can be compared.
 //
 // A kind is {is, name?, nullable}: `is` is one of void, number, boolean, string (an NSString, a
 // selector or a C string: the listing has one word for them), enumeration, object (name: its class,
@@ -66,7 +66,7 @@ export function declaredKind(type, names) {
   return kind('structure', { name: full });
 }
 
-/// What declaredKind knows of names.
+/// The names that declaredKind recognizes.
 export function knownNames(declarations, listing) {
   const declared = new Set(declarations.enumerations.map(enumeration => enumeration.name));
   return {
@@ -115,7 +115,7 @@ const shown = kind =>
       ? `a block of (${kind.takes.map(shown).join(', ')})`
       : kind.is;
 
-/// What separates the declared kind from the listed one, or undefined. `place` names the value.
+/// The difference between the declared kind and the listed one, or undefined. `place` names the value.
 export function difference(place, declared, listed, { argument = false, generics = [] } = {}) {
   const wrong = () => `${place} is ${shown(declared)}; the SDK has ${shown(listed)}`;
   if (!same(declared, listed, generics)) return wrong();

@@ -1,5 +1,5 @@
-// What the listing cannot tell about names that the program needs, each with the reason why it is
-// right nevertheless. Kept short: whatever the listing can tell is checked against it.
+// What the listing does not contain about names that the program needs, each with the reason why it
+// is right. Kept short: everything that the listing contains is checked against it.
 
 /// Numbers that the listing has without a value. Those with a value are constants of the header (no
 /// symbol of a library), as Apple documents them; `exported` ones are symbols of the library.
@@ -14,7 +14,7 @@ export const numbers = {
   NSVariableStatusItemLength: { value: -1 },
 };
 
-/// Findings that are none: the declared thing as findings name it -> the reason.
+/// Findings to ignore: the declared thing as findings name it -> the reason.
 export const exceptions = {
   NSMakePoint: 'an inline function of the header; the listing has only those of libraries',
   NSMaxRange: 'an inline function of the header; the listing has only those of libraries',

@@ -2,13 +2,13 @@
 
 /// A selector as the listing joins it: "initWithTitle:action:" is "initWithTitleAction".
 export function joined(selector) {
-  const [first, ...rest] = selector.split(':');
-  return first + rest.map(part => part.charAt(0).toUpperCase() + part.slice(1)).join('');
+  const [first, ...others] = selector.split(':');
+  return first + others.map(part => part.charAt(0).toUpperCase() + part.slice(1)).join('');
 }
 
 export const argumentCount = selector => selector.split(':').length - 1;
 
-/// The selector that sets a property which names no setter of its own.
+/// The selector that sets a property which has no setter name.
 export const setterOf = name => `set${name.charAt(0).toUpperCase()}${name.slice(1)}:`;
 
 /// The key of `keys` that stands for the constant `name` in the listing of `enumeration`, which
