@@ -1,7 +1,9 @@
 #include "ChildProcessesTest.h"
 
+#include "harness/Orphans.h"
 #include "harness/qt/EventLoop.h"
 
+#include <csignal>
 #include <utility>
 #include <variant>
 
@@ -67,6 +69,28 @@ LaunchError ChildProcessesTest::failedSpawn(const ToolCommand& command) {
 int ChildProcessesTest::identifierFrom(const Tool& tool) {
   EXPECT_TRUE(runUntil([&] { return tool->output.find('\n') != std::string::npos; }));
   return std::stoi(tool->output);
+}
+
+ToolThread::ToolThread(std::shared_ptr<ToolRun> toolRun)
+    : toolRun_(std::move(toolRun)), thread_([this] {
+        result_ = toolRun_->run();
+        returned_ = true;
+      }) {}
+
+std::variant<ToolResult, LaunchError> ToolThread::result() {
+  join();
+  return result_;
+}
+
+void ToolThread::join() {
+  if (!thread_.joinable())
+    return;
+  if (!pollUntil([this] { return returned_.load(); })) {
+    ADD_FAILURE() << "the run of a tool did not return";
+    for (const int child : Orphans::children())
+      kill(child, SIGKILL);
+  }
+  thread_.join();
 }
 
 bool hasChildren() {

@@ -4,11 +4,14 @@
 #include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <thread>
+#include <variant>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -52,6 +55,27 @@ protected:
 
   LinuxMainQueue mainQueue_;
   std::optional<PosixChildProcesses> children_{std::in_place, mainQueue_, ""};
+};
+
+/// Runs a tool on a thread. When the run does not return in time, it fails the test and kills all
+/// children of this process.
+class ToolThread {
+public:
+  explicit ToolThread(std::shared_ptr<ToolRun> toolRun);
+  ToolThread(const ToolThread&) = delete;
+  ToolThread& operator=(const ToolThread&) = delete;
+  ~ToolThread() { join(); }
+
+  /// Waits for the run and returns its result.
+  std::variant<ToolResult, LaunchError> result();
+
+private:
+  void join();
+
+  const std::shared_ptr<ToolRun> toolRun_;
+  std::variant<ToolResult, LaunchError> result_;
+  std::atomic<bool> returned_ = false;
+  std::thread thread_;
 };
 
 /// Whether this process has a child, running or ended and not reaped.

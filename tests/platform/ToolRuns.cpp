@@ -53,8 +53,7 @@ TEST_F(ToolRuns, outputBesideCapturedErrorsGoesToOutputOfThisProcess) {
 /// Runs a tool that ends and leaves a process behind, which keeps its pipe open.
 class LeftBehind {
 public:
-  explicit LeftBehind(const std::shared_ptr<ToolRun>& toolRun)
-      : thread_([this, toolRun] { result_ = toolRun->run(); }) {
+  explicit LeftBehind(const std::shared_ptr<ToolRun>& toolRun) : thread_(toolRun) {
     EXPECT_TRUE(pollUntil([&] { return toolRun->identifier() != 0 && !toolRun->isRunning(); }));
     EXPECT_EQ(Orphans::children().size(), 1U);
   }
@@ -62,15 +61,11 @@ public:
   static int identifier() { return Orphans::children().at(0); }
 
   /// Waits for `run` and returns its result.
-  Result result() {
-    thread_.join();
-    return result_;
-  }
+  Result result() { return thread_.result(); }
 
 private:
   Orphans orphans_;
-  Result result_;
-  std::thread thread_;
+  ToolThread thread_;
 };
 
 TEST_F(ToolRuns, outputEndsWhenLastHolderClosesThePipe) {
@@ -96,11 +91,10 @@ TEST_F(ToolRuns, shutdownDoesNotWaitForOtherHoldersOfThePipe) {
 TEST_F(ToolRuns, hangingToolEndsWhenAnotherThreadTerminatesIt) {
   const auto toolRun =
       children_->prepare(childTool({"print", "half", "wait"}), ToolOutput::capture);
-  Result result;
-  std::thread thread([&] { result = toolRun->run(); });
+  ToolThread thread(toolRun);
   EXPECT_TRUE(pollUntil([&] { return toolRun->isRunning(); }));
   toolRun->terminate();
-  thread.join();
+  const Result result = thread.result();
   ASSERT_TRUE(std::holds_alternative<ToolResult>(result));
   EXPECT_EQ(std::get<ToolResult>(result).exitStatus, SIGTERM);
   EXPECT_FALSE(toolRun->isRunning());
