@@ -42,10 +42,10 @@ public:
   /// the file holds other bytes than iCloud or another process has it open.
   void evict(const FileContents& contents) const;
 
-  /// Frees the blocks of a file that is marked as evicted, unless somebody wrote to it since.
+  /// Frees the blocks of a file that is marked as evicted, unless the file was changed since.
   void finishEviction(const FileContents& contents) const;
 
-  /// Throws Refusal when somebody wrote to a file without contents.
+  /// Throws Refusal when a file without contents was written to.
   void checkEmptied() const;
 
   /// Makes the file read-only for everybody.

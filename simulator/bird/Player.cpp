@@ -206,14 +206,14 @@ void Player::apply(const TransferEnd& event) {
     return;
   const ItemId id = itemOf(transfer->path);
   transfers_.erase(id);
-  switch (transfer->ending) {
-  case Transfer::Ending::finish:
+  switch (transfer->outcome) {
+  case Transfer::Outcome::finish:
     cloud_.drive.finishTransfer(id);
     return host_.report("event", named(*transfer) + " is finished");
-  case Transfer::Ending::cancel:
+  case Transfer::Outcome::cancel:
     cloud_.drive.cancelDownload(id);
     return host_.report("event", named(*transfer) + " is cancelled");
-  case Transfer::Ending::vanish:
+  case Transfer::Outcome::vanish:
     cloud_.drive.vanish(id);
     return host_.report("event", "\"" + transfer->path + "\" vanishes from the disk");
   }

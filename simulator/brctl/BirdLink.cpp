@@ -1,3 +1,4 @@
+// How `brctl` reaches the daemon, and how it words failures to.
 #include "brctl/BirdLink.h"
 
 #include "common/LocalSocket.h"
@@ -17,9 +18,9 @@ BirdLink::BirdLink(const SystemRoot& root, std::initializer_list<std::string_vie
     socket_ = connectTo(root.runFolder(), SystemRoot::birdSocket);
   } catch (const std::system_error& error) {
     const auto& code = error.code();
-    const bool isAway =
+    const bool isDown =
         code == std::errc::no_such_file_or_directory || code == std::errc::connection_refused;
-    throw BirdFailure(isAway ? "bird is not running" : "cannot reach bird: " + code.message());
+    throw BirdFailure(isDown ? "bird is not running" : "cannot reach bird: " + code.message());
   }
   if (send(socket_.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) !=
       static_cast<ssize_t>(bytes.size()))

@@ -10,7 +10,7 @@
 
 namespace icloud {
 
-/// The daemon cannot be reached, has gone, or refuses.
+/// The daemon cannot be reached, has ended, or refuses.
 class BirdFailure : public std::runtime_error {
 public:
   using std::runtime_error::runtime_error;
@@ -19,18 +19,18 @@ public:
 /// A connection to the daemon that carries one request and its answers.
 class BirdLink {
 public:
-  /// Connects and asks. Throws BirdFailure.
+  /// Connects and sends the request. Throws BirdFailure.
   BirdLink(const SystemRoot& root, std::initializer_list<std::string_view> request);
 
   int descriptor() const { return socket_.get(); }
 
-  /// The next record when one was received already.
+  /// The next record that has arrived already. Throws BirdFailure when it is a refusal.
   std::optional<Record> received();
 
-  /// Waits for bytes and takes them in. False when the daemon has ended the connection.
+  /// Waits for bytes and reads them. False when the daemon has closed the connection.
   bool receive();
 
-  /// The next record, waiting for it. Throws BirdFailure when none comes any more.
+  /// Waits for the next record. Throws BirdFailure when the connection ends first.
   Record await();
 
 private:

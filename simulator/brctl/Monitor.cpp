@@ -51,13 +51,13 @@ void Monitor::show(const Record& record) {
   }
 }
 
-// A terminal or a pipe without a reader is noticed although nothing is written.
+// Also ends when the reader closes the terminal or pipe while nothing is written.
 void Monitor::waitForBird() {
   std::array<pollfd, 2> waits{{{bird_.descriptor(), POLLIN, 0}, {output_.descriptor(), 0, 0}}};
   while (waits[0].revents == 0) {
     poll(waits.data(), waits.size(), -1);
     if ((waits[1].revents & (POLLHUP | POLLERR | POLLNVAL)) != 0)
-      throw OutputGone{};
+      throw OutputClosed{};
   }
 }
 

@@ -6,15 +6,15 @@
 
 namespace icloud {
 
-/// Prints what the daemon sends until the daemon or the reader of the output is gone.
+/// Prints what the daemon sends, until the daemon ends or the reader closes the output.
 class Monitor {
 public:
   Monitor(BirdLink& bird, TextOutput& output);
 
-  /// Shows the items of a container. Ends by throwing BirdFailure or OutputGone.
+  /// Shows the items of a container. Ends by throwing BirdFailure or OutputClosed.
   [[noreturn]] void showItems(const std::string& container);
 
-  /// Shows the progress of all transfers. Ends in the same way.
+  /// Shows the progress of all transfers. Ends by throwing BirdFailure or OutputClosed.
   [[noreturn]] void showProgress();
 
 private:

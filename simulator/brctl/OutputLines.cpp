@@ -13,16 +13,16 @@ namespace {
 std::string upload(const std::string& percent, const Style& style) {
   if (percent.empty())
     return " ☁ " + style.blue("↑");
-  std::string ending = " ";
-  ending += style.blue("↑ " + percent + "%");
-  return ending;
+  std::string suffix = " ";
+  suffix += style.blue("↑ " + percent + "%");
+  return suffix;
 }
 
 std::string download(const std::string& percent, const Style& style) {
   return " ☁ " + style.green(percent.empty() ? "↓" : "↓ " + percent + "%");
 }
 
-std::string ending(const std::string& kind, const std::string& detail, const Style& style) {
+std::string suffix(const std::string& kind, const std::string& detail, const Style& style) {
   if (kind == "upload")
     return upload(detail, style);
   if (kind == "download")
@@ -38,7 +38,7 @@ std::uint64_t number(const std::string& text) {
   return std::strtoull(text.c_str(), nullptr, 10);
 }
 
-// Only what is complete shows as 1.
+// Only a complete transfer shows as 1.
 double shownFraction(std::uint64_t completed, std::uint64_t total) {
   if (completed >= total)
     return 1;
@@ -67,16 +67,16 @@ std::string itemLine(const Record& record, const Style& style) {
   const std::string& kind = record.at(2);
   const bool moves = kind == "upload" || kind == "download";
   return std::string(style.inColour() && moves ? "\r" : "") + style.bold(" o ") +
-         "/com~apple~CloudDocs/" + record.at(1) + ending(kind, record.at(3), style);
+         "/com~apple~CloudDocs/" + record.at(1) + suffix(kind, record.at(3), style);
 }
 
 std::vector<std::string> progressLines(const Record& record, const Style& style) {
   const std::uint64_t completed = number(record.at(2));
   const std::uint64_t total = number(record.at(3));
-  const std::uint64_t address = 0x600000c04000 + number(record.at(1)) * 0x80;
+  const std::uint64_t object = 0x600000c04000 + number(record.at(1)) * 0x80;
   const std::string fraction = formatted("%.4f", shownFraction(completed, total));
   return {formatted("<NSProgress: 0x%" PRIx64 "> : Parent: 0x0 (portion: 0) / Fraction completed: ",
-                    address) +
+                    object) +
               style.bold(fraction) +
               formatted(" / Completed: %" PRIu64 " of %" PRIu64 "  ", completed, total),
           formatted("  (kind: NSProgressKindFile, cancellable: NO, pausable: NO, finished: %s)",

@@ -1,3 +1,4 @@
+// When output is written.
 #include "brctl/TextOutput.h"
 
 #include <cerrno>
@@ -40,7 +41,7 @@ void TextOutput::flush() {
     else if (errno == EAGAIN)
       waitUntilWritable(descriptor_);
     else if (errno != EINTR)
-      throw OutputGone{};
+      throw OutputClosed{};
   }
   buffer_.clear();
 }

@@ -5,12 +5,11 @@
 
 namespace icloud {
 
-/// Nobody reads the output any more.
-struct OutputGone {};
+/// The reader has closed the output.
+struct OutputClosed {};
 
-/// Standard output of a command-line tool: line by line and in colour on a terminal, in larger
-/// blocks and plain elsewhere. Blocks while the reader is slow; throws OutputGone when there is no
-/// reader any more.
+/// Standard output of a command-line tool: line by line on a terminal, in larger blocks elsewhere.
+/// Blocks while the reader is slow. Throws OutputClosed once the reader has closed it.
 class TextOutput {
 public:
   explicit TextOutput(int descriptor);
@@ -21,7 +20,7 @@ public:
   /// Writes a line and its newline.
   void line(std::string_view text);
 
-  /// Writes bytes as they are, at once.
+  /// Writes bytes unchanged, at once.
   void raw(std::string_view bytes);
 
   void flush();

@@ -15,8 +15,7 @@
 #include <unistd.h>
 
 #ifdef __SANITIZE_ADDRESS__
-/// The search for leaks is a process of its own, which would be left behind where a signal ends
-/// this one in the middle of it.
+/// The leak checker is a process of its own, which a signal to this one would leave behind.
 extern "C" int __lsan_is_turned_off() { // NOLINT(bugprone-reserved-identifier)
   return 1;
 }
@@ -87,7 +86,7 @@ int main(int argc, char** argv) {
   try {
     TextOutput output(STDOUT_FILENO);
     return run(Command::from({argv + 1, argv + argc}), SystemRoot::ofThisProgram(), output);
-  } catch (const OutputGone&) {
+  } catch (const OutputClosed&) {
     return EX_IOERR;
   } catch (const UsageError& error) {
     std::fprintf(stderr, "brctl: %s\n%s", error.what(), Command::usage());

@@ -1,3 +1,4 @@
+// How texts are read from an Info.plist.
 #include "bundle/InfoPlist.h"
 
 #include <stdexcept>
@@ -12,7 +13,7 @@ namespace {
   throw std::runtime_error(file.string() + ": " + reason);
 }
 
-// The reader stands at the beginning of the outermost dictionary.
+// The reader is at the start of the outermost dictionary.
 std::optional<std::string> textFor(QXmlStreamReader& xml, const QString& wanted) {
   QString key;
   while (xml.readNextStartElement()) {

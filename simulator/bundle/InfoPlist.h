@@ -6,11 +6,11 @@
 
 namespace icloud {
 
-/// Where a bundle keeps its Info.plist.
+/// The path of a bundle's Info.plist.
 std::filesystem::path infoPlistOf(const std::filesystem::path& bundle);
 
-/// The text that a bundle's Info.plist has for a key, or nothing when it has none. Throws
-/// std::runtime_error when the file is missing or is no property list.
+/// The text for a key in a bundle's Info.plist, or nothing. Throws std::runtime_error when the file
+/// is missing or not a property list.
 std::optional<std::string> infoText(const std::filesystem::path& bundle, const std::string& key);
 
 } // namespace icloud

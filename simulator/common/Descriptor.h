@@ -6,7 +6,7 @@
 
 namespace icloud {
 
-/// A file descriptor that is closed when it goes.
+/// Owns a file descriptor and closes it.
 class Descriptor {
 public:
   Descriptor() = default;
@@ -26,7 +26,7 @@ public:
   int get() const { return number_; }
   explicit operator bool() const { return number_ >= 0; }
 
-  /// Leaves the descriptor to the caller.
+  /// Passes the ownership to the caller.
   int release() { return std::exchange(number_, -1); }
 
   void reset() {

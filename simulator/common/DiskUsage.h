@@ -5,8 +5,8 @@
 
 namespace icloud {
 
-/// What the files at and below `path` take up on disk, in bytes: their blocks, not their sizes.
-/// Links are not followed. Throws std::system_error.
+/// The space on disk of the files at and below `path`, in bytes: their blocks, not their sizes.
+/// Does not follow links. Throws std::system_error.
 std::uint64_t bytesOnDisk(const std::filesystem::path& path);
 
 } // namespace icloud

@@ -1,3 +1,4 @@
+// How local sockets work in folders with long paths.
 #include "common/LocalSocket.h"
 
 #include "common/SystemFailure.h"
@@ -18,7 +19,7 @@ Descriptor openFolder(const std::filesystem::path& folder) {
   return opened;
 }
 
-// A socket address holds little more than a hundred bytes; the folder is named by its descriptor.
+// A socket address holds about a hundred bytes, so the folder is named by its descriptor.
 sockaddr_un addressIn(const Descriptor& folder, const char* name) {
   const std::string path = "/proc/self/fd/" + std::to_string(folder.get()) + "/" + name;
   sockaddr_un address{};
@@ -32,7 +33,7 @@ sockaddr_un addressIn(const Descriptor& folder, const char* name) {
 Descriptor newSocket(int flags) {
   Descriptor made(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | flags, 0));
   if (!made)
-    throwSystemFailure("cannot make a socket");
+    throwSystemFailure("cannot create a socket");
   return made;
 }
 
@@ -48,7 +49,7 @@ Descriptor listenAt(const std::filesystem::path& folder, const char* name) {
   Descriptor listener = newSocket(SOCK_NONBLOCK);
   unlinkat(opened.get(), name, 0);
   if (bind(listener.get(), generic(address), sizeof address) != 0)
-    throwSystemFailure("cannot make " + (folder / name).string());
+    throwSystemFailure("cannot create " + (folder / name).string());
   if (listen(listener.get(), SOMAXCONN) != 0)
     throwSystemFailure("cannot listen at " + (folder / name).string());
   return listener;

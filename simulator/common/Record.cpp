@@ -1,3 +1,4 @@
+// The wire format between `bird` and its clients.
 #include "common/Record.h"
 
 #include <charconv>
@@ -6,8 +7,8 @@
 namespace icloud {
 namespace {
 
-constexpr std::size_t longestField = std::size_t{64} << 20;
-constexpr std::size_t mostDigits = 10;
+constexpr std::size_t maxFieldLength = std::size_t{64} << 20;
+constexpr std::size_t maxDigits = 10;
 
 } // namespace
 
@@ -31,7 +32,7 @@ void RecordReader::append(std::string_view bytes) {
 std::optional<std::string> RecordReader::nextField(std::size_t& position) const {
   const std::size_t colon = buffer_.find(':', position);
   if (colon == std::string::npos) {
-    if (buffer_.size() - position > mostDigits)
+    if (buffer_.size() - position > maxDigits)
       throw std::runtime_error("a field without a length");
     return std::nullopt;
   }
@@ -39,7 +40,7 @@ std::optional<std::string> RecordReader::nextField(std::size_t& position) const 
   const char* first = buffer_.data() + position;
   const char* last = buffer_.data() + colon;
   const auto parsed = std::from_chars(first, last, length);
-  if (first == last || parsed.ec != std::errc{} || parsed.ptr != last || length > longestField)
+  if (first == last || parsed.ec != std::errc{} || parsed.ptr != last || length > maxFieldLength)
     throw std::runtime_error("a field with a bad length");
   if (buffer_.size() - (colon + 1) < length)
     return std::nullopt;

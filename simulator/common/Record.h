@@ -9,20 +9,20 @@
 
 namespace icloud {
 
-/// What `bird` and its clients send each other: a list of fields, any bytes in each. On the wire a
-/// field is its length in decimal digits, a colon and its bytes; a newline ends the record.
+/// A message between `bird` and its clients: a list of fields with any bytes. On the wire a field
+/// is its length in decimal digits, a colon and its bytes; a newline ends the record.
 using Record = std::vector<std::string>;
 
 /// Appends the wire form of a record to `out`.
 void appendRecord(std::string& out, std::initializer_list<std::string_view> fields);
 
-/// Cuts received bytes into records.
+/// Splits received bytes into records.
 class RecordReader {
 public:
   void append(std::string_view bytes);
 
-  /// The next whole record, or nothing before more bytes come. Throws std::runtime_error when the
-  /// bytes are not records.
+  /// The next complete record, or nothing until more bytes arrive. Throws std::runtime_error when
+  /// the bytes are not records.
   std::optional<Record> next();
 
 private:

@@ -5,7 +5,7 @@
 
 namespace icloud {
 
-/// What a client can ask the daemon for.
+/// The requests of a client, as the first field of its record.
 inline constexpr std::string_view itemsRequest = "items";
 inline constexpr std::string_view globalRequest = "global";
 inline constexpr std::string_view statusRequest = "status";
@@ -14,7 +14,7 @@ inline constexpr std::string_view quotaRequest = "quota";
 inline constexpr std::string_view evictRequest = "evict";       ///< and an absolute path
 inline constexpr std::string_view downloadRequest = "download"; ///< and an absolute path
 
-/// Those that only ask how things stand.
+/// The requests that change nothing.
 inline constexpr std::array requestNames{itemsRequest, globalRequest, statusRequest, quotaRequest};
 
 } // namespace icloud

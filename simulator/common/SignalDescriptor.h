@@ -6,7 +6,7 @@
 
 namespace icloud {
 
-/// Keeps these signals from ending this process. Becomes readable when one has come. Throws
+/// Blocks these signals. The descriptor becomes readable when one arrives. Throws
 /// std::system_error.
 Descriptor signalDescriptor(std::initializer_list<int> numbers);
 

@@ -6,7 +6,7 @@
 
 namespace icloud {
 
-/// Throws what the last failed system call left in errno; `what` says what was being done.
+/// Throws the error of the last system call; `what` names the failed action.
 [[noreturn]] inline void throwSystemFailure(const std::string& what, int number = errno) {
   throw std::system_error(number, std::generic_category(), what);
 }

@@ -1,3 +1,4 @@
+// Which folder stands for "/".
 #include "common/SystemRoot.h"
 
 #include <array>
@@ -17,7 +18,7 @@ SystemRoot SystemRoot::ofThisProgram() {
   for (const std::string place : places)
     if (folder.ends_with("/" + place))
       return SystemRoot(folder.substr(0, folder.size() - place.size() - 1));
-  throw std::runtime_error(program.string() + " does not lie where a system's tools do");
+  throw std::runtime_error(program.string() + " is not in the tools folder of a system");
 }
 
 std::filesystem::path SystemRoot::resolve(const std::string& argument) const {

@@ -10,14 +10,14 @@ class SystemRoot {
 public:
   explicit SystemRoot(std::filesystem::path path) : path_(std::move(path)) {}
 
-  /// The root that the running program lies in, in bin, sbin, usr/bin or usr/libexec. Throws when
-  /// it lies elsewhere.
+  /// The root of the running program, which is in its bin, sbin, usr/bin or usr/libexec. Throws
+  /// when it is elsewhere.
   static SystemRoot ofThisProgram();
 
   const std::filesystem::path& path() const { return path_; }
 
-  /// What a tool that is given `argument` has to touch: "/Applications" and what is below it lie in
-  /// this root, everything else is the machine's own.
+  /// The path that a tool uses for `argument`: "/Applications" and everything in it is inside this
+  /// root, every other path is the machine's own.
   std::filesystem::path resolve(const std::string& argument) const;
 
   std::filesystem::path applications() const { return path_ / "Applications"; }
@@ -31,16 +31,16 @@ public:
   std::filesystem::path launchd() const { return path_ / "sbin/launchd"; }
   std::filesystem::path bird() const { return path_ / "usr/libexec/bird"; }
 
-  /// Where the daemon's socket lies.
+  /// The folder of the daemon's socket.
   std::filesystem::path runFolder() const { return path_ / "var/run"; }
 
-  /// Where the output of opened applications goes, in a file for each.
+  /// The output of opened applications, in one file for each.
   std::filesystem::path logFolder() const { return path_ / "var/log"; }
 
   /// Where the daemon keeps its place in the scenario for a restart.
   std::filesystem::path birdJournal() const { return path_ / "var/db/bird/journal"; }
 
-  /// The daemon's socket, as a name inside `runFolder`.
+  /// The name of the daemon's socket in `runFolder`.
   static constexpr const char* birdSocket = "bird.socket";
 
 private:

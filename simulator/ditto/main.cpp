@@ -1,3 +1,4 @@
+// What `ditto` does with its arguments.
 #include "common/SystemRoot.h"
 #include "common/UsageError.h"
 #include "ditto/Ditto.h"

@@ -1,3 +1,4 @@
+// Which processes `killall` ends.
 #include "common/SystemFailure.h"
 #include "common/SystemRoot.h"
 
@@ -13,19 +14,19 @@ namespace {
 using namespace icloud;
 namespace fs = std::filesystem;
 
-constexpr const char* usage = "usage: killall NAME   asks every process called NAME to end\n";
+constexpr const char* usage = "usage: killall NAME   sends SIGTERM to every process called NAME\n";
 
-bool isNumber(const std::string& text, pid_t& number) {
+bool parseNumber(const std::string& text, pid_t& number) {
   const auto parsed = std::from_chars(text.data(), text.data() + text.size(), number);
   return parsed.ec == std::errc{} && parsed.ptr == text.data() + text.size();
 }
 
-/// The processes that run a program of this name from below the root, and nobody else's.
+/// The processes that run a program of this name from inside the root.
 std::vector<pid_t> processesCalled(const std::string& name, const SystemRoot& root) {
   std::vector<pid_t> found;
   for (const auto& entry : fs::directory_iterator("/proc")) {
     pid_t process = 0;
-    if (!isNumber(entry.path().filename(), process))
+    if (!parseNumber(entry.path().filename(), process))
       continue;
     std::error_code gone;
     const fs::path program = fs::read_symlink(entry.path() / "exe", gone);
@@ -38,17 +39,17 @@ std::vector<pid_t> processesCalled(const std::string& name, const SystemRoot& ro
 
 int run(const std::string& name) {
   int status = EXIT_FAILURE;
-  bool any = false;
+  bool found = false;
   for (const pid_t process : processesCalled(name, SystemRoot::ofThisProgram())) {
     if (kill(process, SIGTERM) == 0) {
       status = EXIT_SUCCESS;
-      any = true;
+      found = true;
     } else if (errno != ESRCH) {
       std::fprintf(stderr, "killall: warning: kill -TERM %d: %s\n", process, std::strerror(errno));
-      any = true;
+      found = true;
     }
   }
-  if (!any)
+  if (!found)
     std::fputs("No matching processes belonging to you were found\n", stderr);
   return status;
 }

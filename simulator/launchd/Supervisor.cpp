@@ -1,3 +1,4 @@
+// When the daemon is restarted, and when launchd ends with it.
 #include "launchd/Supervisor.h"
 
 #include "common/SignalDescriptor.h"
@@ -19,8 +20,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-constexpr milliseconds throttle{500}; // at least so long from one start to the next
-constexpr std::chrono::seconds endingTime{5};
+constexpr milliseconds minStartInterval{500};
+constexpr std::chrono::seconds shutdownTimeout{5};
 
 } // namespace
 
@@ -34,14 +35,14 @@ int Supervisor::run() {
     const auto begin = Clock::now();
     start();
     if (watch()) {
-      bird_->end(endingTime);
+      bird_->end(shutdownTimeout);
       return EXIT_SUCCESS;
     }
     const int status = bird_->wait();
     if (!hasServed() && WIFEXITED(status))
       return WEXITSTATUS(status);
-    const auto left = std::chrono::ceil<milliseconds>(begin + throttle - Clock::now());
-    if (isAskedToEnd(std::max(left, milliseconds(0))))
+    const auto left = std::chrono::ceil<milliseconds>(begin + minStartInterval - Clock::now());
+    if (isSignalledWithin(std::max(left, milliseconds(0))))
       return EXIT_SUCCESS;
   }
 }
@@ -57,11 +58,11 @@ bool Supervisor::hasServed() const {
   return std::filesystem::exists(root_.birdJournal());
 }
 
-bool Supervisor::isAskedToEnd(milliseconds limit) const {
+bool Supervisor::isSignalledWithin(milliseconds limit) const {
   return isReadableWithin(signals_.get(), limit);
 }
 
-// True when this was asked to end, false when the daemon has ended.
+// True after a signal, false when the daemon has ended.
 bool Supervisor::watch() {
   std::array<pollfd, 2> waits{{{signals_.get(), POLLIN, 0}, {bird_->exitDescriptor(), POLLIN, 0}}};
   while (poll(waits.data(), waits.size(), -1) < 0)

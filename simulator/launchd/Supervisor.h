@@ -14,18 +14,18 @@ namespace icloud {
 /// Keeps the daemon running.
 class Supervisor {
 public:
-  /// `arguments` are the daemon's.
+  /// `arguments` are those of the daemon.
   Supervisor(const SystemRoot& root, std::vector<std::string> arguments);
 
-  /// Runs the daemon, and another one that goes on with the story whenever it ends, until SIGTERM
-  /// or SIGINT ends it and this. Returns the exit status: 0, or the daemon's own when the first one
-  /// fails before it serves.
+  /// Runs the daemon, and restarts it with `--resume` whenever it ends, until SIGTERM or SIGINT
+  /// ends both. Returns the exit status: 0, or the daemon's own when the first one fails before it
+  /// serves.
   int run();
 
 private:
   void start();
   bool hasServed() const;
-  bool isAskedToEnd(std::chrono::milliseconds limit) const;
+  bool isSignalledWithin(std::chrono::milliseconds limit) const;
   bool watch();
 
   SystemRoot root_;

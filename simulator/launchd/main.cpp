@@ -1,3 +1,4 @@
+// How launchd starts.
 #include "launchd/Supervisor.h"
 
 #include <cstdio>

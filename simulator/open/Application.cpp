@@ -1,3 +1,4 @@
+// How an application is started, and why it cannot be.
 #include "open/Application.h"
 
 #include "bundle/InfoPlist.h"
@@ -15,10 +16,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// What lies between this process and the application that it becomes the parent of.
-class Preparation {
+/// The files, signals and session of the new process.
+class SpawnSettings {
 public:
-  explicit Preparation(const fs::path& log) {
+  explicit SpawnSettings(const fs::path& log) {
     posix_spawn_file_actions_init(&actions_);
     posix_spawnattr_init(&attributes_);
     posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
@@ -29,9 +30,9 @@ public:
     posix_spawn_file_actions_addchdir_np(&actions_, "/");
     restoreSignals();
   }
-  Preparation(const Preparation&) = delete;
-  Preparation& operator=(const Preparation&) = delete;
-  ~Preparation() {
+  SpawnSettings(const SpawnSettings&) = delete;
+  SpawnSettings& operator=(const SpawnSettings&) = delete;
+  ~SpawnSettings() {
     posix_spawnattr_destroy(&attributes_);
     posix_spawn_file_actions_destroy(&actions_);
   }
@@ -80,7 +81,7 @@ void startApplication(const fs::path& bundle, const std::string& shown, const fs
     throw OpenFailure("The application " + shown +
                       " cannot be opened because its executable cannot be run.");
   fs::create_directories(log.parent_path());
-  if (const int problem = Preparation(log).start(program))
+  if (const int problem = SpawnSettings(log).start(program))
     throw OpenFailure("The application " + shown + " cannot be opened: " + std::strerror(problem) +
                       ".");
 }

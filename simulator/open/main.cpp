@@ -1,3 +1,4 @@
+// What `open` accepts, and how it reports failures.
 #include "common/SystemRoot.h"
 #include "open/Application.h"
 

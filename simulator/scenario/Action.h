@@ -30,7 +30,7 @@ struct MakeFiles {
 
 /// A transfer that the per-item monitor shows.
 struct Transfer {
-  enum class Ending { finish, cancel, vanish };
+  enum class Outcome { finish, cancel, vanish };
   struct Stall {
     double percent = 0;
     Milliseconds duration{};
@@ -43,7 +43,7 @@ struct Transfer {
   Milliseconds every{500};
   bool percentages = true;
   std::optional<Stall> stall;
-  Ending ending = Ending::finish;
+  Outcome outcome = Outcome::finish;
   double endsAt = 100;
 };
 

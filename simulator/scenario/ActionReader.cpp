@@ -62,11 +62,11 @@ void readStall(ScenarioLine& line, Transfer& transfer) {
   transfer.stall = Transfer::Stall{percent, line.duration("a duration")};
 }
 
-void readEnding(ScenarioLine& line, Transfer& transfer, Transfer::Ending ending) {
+void readOutcome(ScenarioLine& line, Transfer& transfer, Transfer::Outcome outcome) {
   line.require("at");
   transfer.endsAt = line.percent();
-  transfer.ending = ending;
-  if (ending == Transfer::Ending::cancel && transfer.direction == Direction::upload)
+  transfer.outcome = outcome;
+  if (outcome == Transfer::Outcome::cancel && transfer.direction == Direction::upload)
     line.fail("only a download can be cancelled");
 }
 
@@ -80,9 +80,9 @@ void readTransferOptions(ScenarioLine& line, Transfer& transfer) {
     } else if (line.accept("stalled")) {
       readStall(line, transfer);
     } else if (line.accept("cancelled")) {
-      readEnding(line, transfer, Transfer::Ending::cancel);
+      readOutcome(line, transfer, Transfer::Outcome::cancel);
     } else if (line.accept("vanishing")) {
-      readEnding(line, transfer, Transfer::Ending::vanish);
+      readOutcome(line, transfer, Transfer::Outcome::vanish);
     } else {
       line.fail("unknown option of a transfer: " + line.remainder());
     }

@@ -112,7 +112,7 @@ std::size_t ScenarioLine::readEscape(std::string_view text, std::size_t at,
     into += static_cast<char>(value);
     return at + 3;
   } else {
-    fail("after a backslash comes one of \" \\ n r e or x and two digits");
+    fail("a backslash is followed by one of \" \\ n r e or x and two digits");
   }
   return at + 1;
 }

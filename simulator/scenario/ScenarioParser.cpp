@@ -24,7 +24,7 @@ void readBounds(ScenarioLine& line, Expectation& into) {
   else if (line.accept("or-more"))
     into.most = Expectation::unlimited;
   if (into.most < into.least)
-    line.fail("the greater number comes last");
+    line.fail("the second number is smaller");
 }
 
 template <typename Kind> bool does(const Step& step) {
@@ -133,7 +133,7 @@ void ScenarioParser::append(Step step, const ScenarioLine& line) {
   if (!steps.empty() && step.at < steps.back().at)
     line.fail("the times must not decrease");
   if (!steps.empty() && does<EndScenario>(steps.back()))
-    line.fail("nothing comes after the end");
+    line.fail("no step may follow the end");
   steps.push_back(std::move(step));
 }
 

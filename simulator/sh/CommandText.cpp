@@ -1,3 +1,4 @@
+// Which words of a shell command are names of commands.
 #include "sh/CommandText.h"
 
 #include <algorithm>
@@ -11,10 +12,10 @@ constexpr std::string_view blanks = " \t";
 constexpr std::string_view separators = ";&|()\n`";
 constexpr std::string_view redirections = "<>";
 
-// After these comes a command.
-constexpr std::array<std::string_view, 14> leadingWords{"if",    "then",    "else", "elif",  "do",
-                                                        "while", "until",   "time", "nohup", "exec",
-                                                        "env",   "command", "!",    "{"};
+// A command follows these words.
+constexpr std::array<std::string_view, 14> wordsBeforeCommands{
+    "if",   "then",  "else", "elif", "do",      "while", "until",
+    "time", "nohup", "exec", "env",  "command", "!",     "{"};
 
 bool isIn(std::string_view set, char character) {
   return set.find(character) != std::string_view::npos;
@@ -27,9 +28,10 @@ bool isAssignment(const std::string& word) {
                      [](unsigned char each) { return std::isalnum(each) != 0 || each == '_'; });
 }
 
-class Rewriting {
+class CommandRewriter {
 public:
-  Rewriting(std::string_view text, const Renaming& renamed) : text_(text), renamed_(renamed) {}
+  CommandRewriter(std::string_view text, const Renaming& renamed)
+      : text_(text), renamed_(renamed) {}
 
   std::string result() {
     while (position_ < text_.size())
@@ -44,10 +46,10 @@ private:
       copy(1);
     } else if (isIn(separators, next)) {
       copy(1);
-      commandComes_ = true;
+      expectsCommand_ = true;
     } else if (isIn(redirections, next)) {
       copy(1);
-      targetComes_ = true;
+      expectsTarget_ = true;
       if (position_ < text_.size() && isIn("&>|", text_[position_]))
         copy(1);
     } else if (next == '#') {
@@ -62,7 +64,7 @@ private:
     position_ += count;
   }
 
-  /// Up to the blank or the separator behind the word; what is quoted belongs to it.
+  /// The length up to the blank or separator after the word, with quoted parts.
   std::size_t wordLength() const {
     std::size_t end = position_;
     while (end < text_.size() && !isIn(blanks, text_[end]) && !isIn(separators, text_[end]) &&
@@ -71,7 +73,7 @@ private:
     return std::min(end, text_.size()) - position_;
   }
 
-  /// Behind one character, an escaped one or a quotation.
+  /// The position after one character, an escaped character or a quotation.
   std::size_t afterUnit(std::size_t at) const {
     if (text_[at] == '\\')
       return at + 2;
@@ -90,34 +92,34 @@ private:
   void takeWord(std::size_t length) {
     const std::string word(text_.substr(position_, length));
     position_ += length;
-    if (targetComes_) {
-      targetComes_ = false;
+    if (expectsTarget_) {
+      expectsTarget_ = false;
       result_ += word;
       return;
     }
-    if (commandComes_ && word.front() == '/' && word.find_first_of("'\"\\$*?[") == word.npos) {
+    if (expectsCommand_ && word.front() == '/' && word.find_first_of("'\"\\$*?[") == word.npos) {
       const std::string name = renamed_(word);
       result_ += name == word ? word : shellQuoted(name);
     } else {
       result_ += word;
     }
-    const bool leads =
-        std::find(leadingWords.begin(), leadingWords.end(), word) != leadingWords.end();
-    commandComes_ = commandComes_ && (leads || isAssignment(word));
+    const bool precedesCommand = std::find(wordsBeforeCommands.begin(), wordsBeforeCommands.end(),
+                                           word) != wordsBeforeCommands.end();
+    expectsCommand_ = expectsCommand_ && (precedesCommand || isAssignment(word));
   }
 
   std::string_view text_;
   const Renaming& renamed_;
   std::size_t position_ = 0;
   std::string result_;
-  bool commandComes_ = true;
-  bool targetComes_ = false; ///< the file of a redirection
+  bool expectsCommand_ = true;
+  bool expectsTarget_ = false; ///< the file of a redirection
 };
 
 } // namespace
 
 std::string withCommandsRenamed(std::string_view text, const Renaming& renamed) {
-  return Rewriting(text, renamed).result();
+  return CommandRewriter(text, renamed).result();
 }
 
 std::string shellQuoted(std::string_view text) {

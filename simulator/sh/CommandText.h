@@ -6,15 +6,14 @@
 
 namespace icloud {
 
-/// What is to be run for a command's absolute name.
+/// Maps the absolute name of a command to what is run instead.
 using Renaming = std::function<std::string(const std::string& name)>;
 
-/// A shell's command text in which every command whose name is written as an absolute path, without
-/// quotes, is renamed. Quoted text, arguments and comments stay as they are. What `renamed` gives
-/// is put in quotes, unless it is the name itself.
+/// Renames every command in a shell text whose name is an absolute path without quotes. Quoted
+/// text, arguments and comments stay unchanged. A new name is put in quotes.
 std::string withCommandsRenamed(std::string_view text, const Renaming& renamed);
 
-/// A word that a shell takes as `text`, whatever is in it.
+/// Quotes `text` as one word of a shell, whatever it contains.
 std::string shellQuoted(std::string_view text);
 
 } // namespace icloud

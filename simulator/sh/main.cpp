@@ -1,3 +1,4 @@
+// How the shell of this system runs commands.
 #include "common/SystemRoot.h"
 #include "sh/CommandText.h"
 
@@ -30,7 +31,6 @@ std::string* commandText(std::vector<std::string>& arguments) {
 
 } // namespace
 
-// The machine's shell, for which the names of this system's tools are those below its root.
 int main(int argc, char** argv) {
   try {
     const SystemRoot root = SystemRoot::ofThisProgram();

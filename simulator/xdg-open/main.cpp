@@ -1,3 +1,4 @@
+// What `xdg-open` logs.
 #include "common/Descriptor.h"
 #include "common/SystemFailure.h"
 #include "common/SystemRoot.h"
@@ -10,9 +11,9 @@
 
 namespace {
 
-constexpr const char* usage = "usage: xdg-open PATH   notes that PATH was to be opened\n";
+constexpr const char* usage = "usage: xdg-open PATH   logs PATH instead of opening it\n";
 
-void note(const std::string& line) {
+void appendToLog(const std::string& line) {
   using namespace icloud;
   const auto folder = SystemRoot::ofThisProgram().logFolder();
   std::filesystem::create_directories(folder);
@@ -30,7 +31,7 @@ int main(int argc, char** argv) {
     return 1;
   }
   try {
-    note("xdg-open " + std::string(argv[1]) + "\n");
+    appendToLog("xdg-open " + std::string(argv[1]) + "\n");
     return EX_OK;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "xdg-open: %s\n", error.what());

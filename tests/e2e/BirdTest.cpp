@@ -63,8 +63,8 @@ TEST(Bird, downloadInFlightAllocatesBlocksGradually) {
 TEST(Bird, failedStepIsReportedAndScenarioContinues) {
   SimulatedSystem system;
   system.play("file \"far\" 1KB remote\nat 0s evict \"far\"\nat 100ms end\n", "");
-  const std::string told = system.bird().output().readUntil(" end\n");
-  EXPECT_THAT(told, HasSubstr(".scenario:2: not in sync, so it cannot be evicted: \"far\"\n"));
+  const std::string reported = system.bird().output().readUntil(" end\n");
+  EXPECT_THAT(reported, HasSubstr(".scenario:2: not in sync, so it cannot be evicted: \"far\"\n"));
 }
 
 TEST(Bird, clockStopsWhileAwaitingMonitors) {
@@ -99,7 +99,7 @@ TEST(Bird, socketOfKilledDaemonIsReplaced) {
   EXPECT_THAT(system.runBrctl({"quota"}).output, HasSubstr("2 bytes"));
 }
 
-TEST(Bird, rootPathMayExceedSocketAddressLength) {
+TEST(Bird, rootPathMayExceedSocketPathLimit) {
   const TemporaryFolder folder;
   const auto longRoot = folder.path() / std::string(150, 'x') / std::string(150, 'y');
   std::filesystem::create_directories(longRoot);

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 using testing::EndsWith;
 using testing::HasSubstr;
 
-const std::string maker = "Developer ID Application: Tallowmere (T4N8RW2KQZ)";
+const std::string vendor = "Developer ID Application: Tallowmere (T4N8RW2KQZ)";
 
 class Codesign : public testing::Test {
 protected:
@@ -26,7 +26,7 @@ protected:
     return codesign({"--verify", "--deep", "--strict", path});
   }
 
-  void sign(const std::string& identity = maker) const {
+  void sign(const std::string& identity = vendor) const {
     const Finished signing = codesign({"-s", identity, bundle_});
     ASSERT_EQ(signing.exitStatus, 0) << signing.error;
     ASSERT_EQ(signing.error, "");
@@ -120,10 +120,11 @@ TEST_F(Codesign, fileBesideContentsIsFound) {
 
 TEST_F(Codesign, tamperedSignatureIsFound) {
   sign();
-  const std::string seal = contentsOf(in("_CodeSignature/CodeResources"));
-  std::string other = seal;
+  const std::string signature = contentsOf(in("_CodeSignature/CodeResources"));
+  std::string other = signature;
   other.replace(other.find("T4N8RW2KQZ"), 10, "AAAAAAAAAA");
-  for (const std::string& text : {other, seal.substr(0, seal.size() / 2), std::string()}) {
+  for (const std::string& text :
+       {other, signature.substr(0, signature.size() / 2), std::string()}) {
     writeFile(in("_CodeSignature/CodeResources"), text);
     expectInvalid("invalid signature (code or signature have been modified)", bundle_);
   }
@@ -154,7 +155,7 @@ TEST_F(Codesign, strictVerificationRefusesLinksLeadingOutside) {
        {"/etc/hosts", "../../../file", "../Resources/../../..", "inside/..", "current"}) {
     fs::remove(in("Resources/current"));
     fs::create_symlink(target, in("Resources/current"));
-    EXPECT_EQ(codesign({"-f", "-s", maker, bundle_}).exitStatus, 0);
+    EXPECT_EQ(codesign({"-f", "-s", vendor, bundle_}).exitStatus, 0);
     expectInvalid("invalid destination for symbolic link in bundle", bundle_);
     EXPECT_EQ(codesign({"--verify", bundle_}).exitStatus, 0) << target;
   }
@@ -169,7 +170,7 @@ TEST_F(Codesign, displayShowsSignature) {
                                                "\nIdentifier=test.greeter\nFormat=app bundle"));
   EXPECT_THAT(shown.error, HasSubstr("\nTeamIdentifier=T4N8RW2KQZ\n"));
   EXPECT_EQ(codesign({"--display", "--verbose", bundle_}).error, shown.error);
-  EXPECT_THAT(codesign({"-dvv", bundle_}).error, HasSubstr("\nAuthority=" + maker + "\n"));
+  EXPECT_THAT(codesign({"-dvv", bundle_}).error, HasSubstr("\nAuthority=" + vendor + "\n"));
 }
 
 TEST_F(Codesign, displayShowsAdHocSignature) {
@@ -207,7 +208,7 @@ TEST_F(Codesign, unknownIdentityIsRefused) {
 
 TEST_F(Codesign, unwritableSignatureIsReported) {
   writeFile(in("_CodeSignature"), "in the way");
-  const Finished signing = codesign({"-s", maker, bundle_});
+  const Finished signing = codesign({"-s", vendor, bundle_});
   EXPECT_EQ(signing.exitStatus, 1);
   EXPECT_THAT(signing.error, testing::StartsWith(bundle_.string() + ": "));
 }

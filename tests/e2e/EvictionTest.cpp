@@ -38,7 +38,7 @@ protected:
     return system_.runBrctl(std::move(paths));
   }
 
-  // With a shell in `folder` that then becomes brctl.
+  // A shell changes to `folder` and then becomes brctl.
   Finished evictFrom(const fs::path& folder, const std::string& path) const {
     return runToEnd({"/bin/sh",
                      {"-c", "cd \"$0\" && exec \"$1\" evict \"$2\"", folder,
@@ -256,8 +256,8 @@ TEST_F(Download, downloadContinuesAfterScenarioEnds) {
                "");
   system_.bird().output().readUntil("quota 1\n");
   expectDone(download({inDrive("a")}));
-  const std::string told = system_.bird().output().readUntil("\"a\" is finished\n");
-  EXPECT_THAT(told, HasSubstr(" end\n"));
+  const std::string reported = system_.bird().output().readUntil("\"a\" is finished\n");
+  EXPECT_THAT(reported, HasSubstr(" end\n"));
   expectContentsHere(inDrive("a"), 4000);
 }
 
@@ -265,8 +265,8 @@ TEST_F(Download, downloadOfDeletedFileFails) {
   system_.play("file \"a\" 90MB remote\nat 10m end\n", "");
   expectDone(download({inDrive("a")}));
   fs::remove(inDrive("a"));
-  const std::string told = system_.bird().output().readUntil(" fails: ");
-  EXPECT_THAT(told, Not(HasSubstr("trouble")));
+  const std::string reported = system_.bird().output().readUntil(" fails: ");
+  EXPECT_THAT(reported, Not(HasSubstr("trouble")));
   expectRefused("download", inDrive("a"), "no such file");
 }
 
@@ -351,7 +351,7 @@ TEST_F(Eviction, thousandFilesAreEvictedQuickly) {
     expectContentsGone(inDrive(numbered(number)), 60'000);
 }
 
-// However far it has come, every file is whole or evicted, and a second run does the rest.
+// Every file is complete or evicted at every moment, and a second run finishes the work.
 TEST_F(Restart, killedBirdLosesNothing) {
   system_.play("files 1000 \"Many/{n}\" 60KB\nat 10m end\n", "");
   std::vector<std::string> paths{"evict"};
@@ -377,7 +377,8 @@ TEST_F(Restart, killedBirdLosesNothing) {
   };
   std::signal(SIGIO, SIG_IGN); // bird waits for the barrier
   for (const int barrier : {300, 600, 900}) {
-    // Who opens this file to write to it waits, so that bird cannot be done before it is killed.
+    // A process that opens this file for writing waits, so that bird cannot finish before it is
+    // killed.
     const Descriptor held(
         open(paths[static_cast<std::size_t>(barrier)].c_str(), O_RDONLY | O_CLOEXEC));
     ASSERT_EQ(fcntl(held.get(), F_SETLEASE, F_RDLCK), 0);

@@ -39,9 +39,9 @@ std::size_t countOf(const std::string& text, const std::string& part) {
   return count;
 }
 
-// A line begins with the story's time.
-double secondsBefore(const std::string& told, std::size_t end) {
-  return std::stod(told.substr(told.rfind('\n', end) + 1));
+// A line begins with the scenario's time.
+double secondsBefore(const std::string& reported, std::size_t end) {
+  return std::stod(reported.substr(reported.rfind('\n', end) + 1));
 }
 
 TEST_F(Launchd, restartEndsStall) {
@@ -51,9 +51,9 @@ TEST_F(Launchd, restartEndsStall) {
                          "");
   launchd().output().readUntil(" stalls\n");
   restartBird();
-  const std::string told = launchd().output().readUntil("\" is finished\n");
-  EXPECT_EQ(countOf(told, " stalls\n"), 1u);
-  EXPECT_THAT(told, Not(HasSubstr("trouble")));
+  const std::string reported = launchd().output().readUntil("\" is finished\n");
+  EXPECT_EQ(countOf(reported, " stalls\n"), 1u);
+  EXPECT_THAT(reported, Not(HasSubstr("trouble")));
   struct stat status {};
   ASSERT_EQ(stat((drive() / "film").c_str(), &status), 0);
   EXPECT_GE(status.st_blocks * 512, 1'000'000);
@@ -87,12 +87,12 @@ TEST_F(Launchd, clockRunsWhileDaemonIsDown) {
   launchd().output().readUntil("quota 1\n");
   restartBird();
   restartBird();
-  const std::string told = launchd().output().readUntil(" end\n");
-  EXPECT_EQ(countOf(told, " event quota 1\n"), 1u);
-  EXPECT_EQ(countOf(told, " event quota 2\n"), 1u);
-  const auto second = told.rfind(" resumed");
-  const auto first = told.rfind(" resumed", second - 1);
-  EXPECT_GT(secondsBefore(told, second), secondsBefore(told, first));
+  const std::string reported = launchd().output().readUntil(" end\n");
+  EXPECT_EQ(countOf(reported, " event quota 1\n"), 1u);
+  EXPECT_EQ(countOf(reported, " event quota 2\n"), 1u);
+  const auto second = reported.rfind(" resumed");
+  const auto first = reported.rfind(" resumed", second - 1);
+  EXPECT_GT(secondsBefore(reported, second), secondsBefore(reported, first));
 }
 
 TEST_F(Launchd, scenarioMayBeginAfterRestart) {
@@ -115,9 +115,9 @@ TEST_F(Launchd, awaitMonitorsSurvivesRestart) {
 
 TEST_F(Launchd, daemonKilledByScenarioIsRestarted) {
   system_.playSupervised("at 0s quota 1\nat 10ms kill bird\nat 20ms quota 2\nat 30ms end\n", "");
-  const std::string told = launchd().output().readUntil(" end\n");
-  EXPECT_EQ(countOf(told, "kill bird\n"), 1u);
-  EXPECT_EQ(countOf(told, " resumed\n"), 1u);
+  const std::string reported = launchd().output().readUntil(" end\n");
+  EXPECT_EQ(countOf(reported, "kill bird\n"), 1u);
+  EXPECT_EQ(countOf(reported, " resumed\n"), 1u);
   EXPECT_THAT(system_.runBrctl({"quota"}).output, HasSubstr("2 bytes"));
 }
 

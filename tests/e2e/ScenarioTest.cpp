@@ -86,7 +86,7 @@ const std::vector<Mistake> mistakes{
     {"at 2m2 end", "not a time such as"},
     {"title Untitled", "expected a title in quotes at Untitled"},
     {R"(title "open)", "no closing quote"},
-    {R"(title "\q")", "after a backslash comes"},
+    {R"(title "\q")", "a backslash is followed by"},
     {R"(title "\xg0")", "two hexadecimal digits"},
     {R"(title "a" "b")", R"(nothing more was expected here: "b")"},
     {R"(evict "here")", R"(this needs a time, as in: at 2s evict "here")"},
@@ -124,7 +124,7 @@ const std::vector<Mistake> mistakes{
     {"at 1s print nothing", R"(expected "items")"},
     {R"(at 1s replay items "no such capture")", "cannot read no such capture"},
     {R"(expect "a")", "expected a number of lines without quotes"},
-    {R"(expect 3 to 2 "a")", "the greater number comes last"},
+    {R"(expect 3 to 2 "a")", "the second number is smaller"},
     {"stall-after 0s", "longer than 0s"},
     {"user", "expected what the user does at the end"},
     {"user dances", R"(unknown verb of the user "dances")"},
@@ -159,7 +159,8 @@ TEST(Scenario, initialStateAfterFirstStepIsRefused) {
 }
 
 TEST(Scenario, stepAfterEndIsRefused) {
-  EXPECT_THAT(problemOf("at 2s end\nat 3s no-jobs\n"), HasSubstr("a.scenario:2: nothing comes"));
+  EXPECT_THAT(problemOf("at 2s end\nat 3s no-jobs\n"),
+              HasSubstr("a.scenario:2: no step may follow"));
 }
 
 TEST(Scenario, scenarioWithoutEndIsRefused) {
