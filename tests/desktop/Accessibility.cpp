@@ -1,9 +1,10 @@
-// What a screen reader is told.
+// What a screen reader receives.
 
 #include "desktop/BrctlScript.h"
 #include "desktop/ScreenReader.h"
 #include "desktop/Session.h"
 #include "harness/BuiltFiles.h"
+#include "harness/Waiting.h"
 
 #include <algorithm>
 #include <fstream>
@@ -43,7 +44,7 @@ protected:
 
   void start() { program_.emplace(session_.start()); }
 
-  /// Waits until the strip has that name.
+  /// Waits until the strip has this name.
   Accessible awaitStrip(const std::string& name) {
     const Accessible shown =
         reader_->awaitProgram(program_->process.identifier(), [&name](const Accessible& program) {
@@ -69,7 +70,7 @@ protected:
   std::optional<Program> program_;
 };
 
-TEST_F(Accessibility, ofTheStrip) {
+TEST_F(Accessibility, stripIsReadWithNameStateAndActions) {
   session_.writeTool("/usr/bin/brctl", execChildTool("wait"));
   start();
   const Accessible item = awaitStrip("iCloud Drive: idle");
@@ -84,7 +85,7 @@ TEST_F(Accessibility, ofTheStrip) {
   EXPECT_EQ(item.place.right(), 1023);
 }
 
-TEST_F(Accessibility, followsTheState) {
+TEST_F(Accessibility, stripFollowsState) {
   const std::string more = session_.folder() / "more";
   ASSERT_EQ(mkfifo(more.c_str(), S_IRUSR | S_IWUSR), 0);
   session_.writeTool(
@@ -94,11 +95,11 @@ TEST_F(Accessibility, followsTheState) {
                          " print ' o /com~apple~CloudDocs/a.txt \u2191 80%\n' wait"));
   start();
   awaitStrip("iCloud Drive: uploading 45%");
-  std::ofstream(more) << "go on\n";
+  std::ofstream(more) << "continue\n";
   awaitStrip("iCloud Drive: uploading 80%");
 }
 
-TEST_F(Accessibility, ofTheMenu) {
+TEST_F(Accessibility, menuIsReadEntryByEntry) {
   const std::filesystem::path autostart = session_.home() / ".config/autostart";
   std::filesystem::create_directory(autostart);
   std::ofstream(autostart / "com.tallowmere.driftmark.desktop") << "[Desktop Entry]\n";
@@ -124,14 +125,14 @@ TEST_F(Accessibility, ofTheMenu) {
     EXPECT_TRUE(opened.place.contains(child.place)) << child.name;
 }
 
-TEST_F(Accessibility, followsTheOpenMenu) {
+TEST_F(Accessibility, changeInOpenMenuIsAnnounced) {
   const std::string answer = session_.folder() / "answer";
   ASSERT_EQ(mkfifo(answer.c_str(), S_IRUSR | S_IWUSR), 0);
   session_.writeTool("/usr/bin/brctl", "[ \"$1\" = quota ] && exec cat '" + answer + "'\nexec " +
                                            childToolPath() + " wait");
   start();
   const Accessible opened = openMenu(awaitStrip("iCloud Drive: idle"));
-  reader_->awaitNews(opened.named("Checking iCloud storage…"), [&answer] {
+  reader_->awaitChange(opened.named("Checking iCloud storage…"), [&answer] {
     std::ofstream(answer) << "5000000 bytes of quota remaining in personal account\n";
   });
   reader_->awaitProgram(program_->process.identifier(), [](const Accessible& program) {
@@ -140,7 +141,7 @@ TEST_F(Accessibility, followsTheOpenMenu) {
   });
 }
 
-TEST_F(Accessibility, readsAWholeNameThatDoesNotFitTheMenu) {
+TEST_F(Accessibility, elidedNameIsReadWhole) {
   const std::string name = "a " + std::string(200, 'x') + " z.txt";
   session_.writeTool("/usr/bin/brctl", brctlUploading(name, "45"));
   start();
@@ -148,7 +149,7 @@ TEST_F(Accessibility, readsAWholeNameThatDoesNotFitTheMenu) {
   EXPECT_TRUE(opened.named(name + "  —  uploading 45%").isEnabled);
 }
 
-TEST_F(Accessibility, ofTheAboutPanel) {
+TEST_F(Accessibility, aboutPanelIsRead) {
   session_.writeTool("/usr/bin/brctl", execChildTool("wait"));
   start();
   reader_->act(openMenu(awaitStrip("iCloud Drive: idle")).named("About Driftmark"), "Press");
@@ -162,12 +163,12 @@ TEST_F(Accessibility, ofTheAboutPanel) {
   EXPECT_EQ(panel.named("Driftmark").role, "label");
 }
 
-TEST_F(Accessibility, choosesFromTheMenu) {
+TEST_F(Accessibility, actionOnEntryChoosesIt) {
   session_.writeTool("/usr/bin/brctl", execChildTool("wait"));
   start();
   const Accessible opened = openMenu(awaitStrip("iCloud Drive: idle"));
-  reader_->act(opened.named("Quit Driftmark"), "Press");
-  EXPECT_EQ(icloud::describeEnd(program_->process.wait()), "status 0");
+  reader_->actWithoutReply(opened.named("Quit Driftmark"), "Press");
+  EXPECT_EQ(awaitEnd(program_->process), "status 0");
 }
 
 } // namespace

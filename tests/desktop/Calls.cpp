@@ -1,43 +1,38 @@
+// How a script reports the arguments of its calls to a test.
+
 #include "desktop/Calls.h"
 
 #include "common/SystemFailure.h"
-#include "process/Pipe.h"
+#include "harness/Waiting.h"
 
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <stdexcept>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
 namespace driftmark::test {
 
-namespace {
-
-constexpr std::chrono::seconds patience{30};
-
-} // namespace
-
 Calls::Calls(std::filesystem::path pipe) : pipe_(std::move(pipe)) {
   if (mkfifo(pipe_.c_str(), S_IRUSR | S_IWUSR) != 0)
     icloud::throwSystemFailure("cannot make " + pipe_.string());
-  // Open for writing too, so that it does not end between two calls.
+  // The test itself is a writer, so that the pipe does not end between two calls.
   reading_ = icloud::Descriptor(open(pipe_.c_str(), O_RDWR | O_CLOEXEC));
   if (!reading_)
     icloud::throwSystemFailure("cannot open " + pipe_.string());
 }
 
 std::string Calls::script() const {
-  // One write, the number of arguments first.
-  return "exec printf '%s\\0' $# \"$@\" > '" + pipe_.string() + "'";
+  // One write by the shell itself: no child that could outlive the script. The number of arguments
+  // comes first.
+  return "printf '%s\\0' $# \"$@\" > '" + pipe_.string() + "'";
 }
 
 std::vector<std::string> Calls::next() {
   const auto take = [this] {
     while (text_.find('\0') == std::string::npos) {
-      if (!icloud::isReadableWithin(reading_.get(), patience))
-        throw std::runtime_error("waited in vain for a call");
+      awaitReadable(reading_.get(), "a call through " + pipe_.filename().string());
       std::array<char, PIPE_BUF> bytes;
       const ssize_t count = read(reading_.get(), bytes.data(), bytes.size());
       text_.append(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));

@@ -1,7 +1,8 @@
-// A user restarts the daemon of a stalled synchronisation.
+// A user restarts the daemon when synchronisation has stalled.
 
 #include "desktop/BrctlScript.h"
 #include "desktop/Session.h"
+#include "harness/Waiting.h"
 
 #include <csignal>
 #include <fstream>
@@ -29,10 +30,10 @@ protected:
     session_.installTools();
   }
 
-  /// Starts the program, and waits until it has noticed that nothing goes on.
+  /// Starts the program and waits until it has noticed the stall.
   void awaitStall() {
     program_.emplace(session_.start());
-    driver_.emplace(session_.attend());
+    driver_.emplace(session_.awaitDriver());
     program_->log.readUntil("state -> attention\n");
   }
 
@@ -41,7 +42,7 @@ protected:
     return driver_->awaitMenu();
   }
 
-  /// Takes the offer, and answers the question whether this is meant.
+  /// Chooses the offer in the menu and answers the question that follows.
   void answer(const std::string& button) {
     openMenu();
     driver_->choose(offer);
@@ -54,7 +55,7 @@ protected:
 
   void expectOrderlyEnd() {
     program_->process.signal(SIGTERM);
-    EXPECT_EQ(icloud::describeEnd(program_->process.wait()), "status 0");
+    EXPECT_EQ(awaitEnd(program_->process), "status 0");
   }
 
   Session session_;
@@ -62,32 +63,33 @@ protected:
   std::optional<icloud::UiDriver> driver_;
 };
 
-TEST_F(DaemonRestart, letsAStalledTransferGoOn) {
-  const fs::path story = session_.folder() / "story";
-  std::ofstream(story) << "file \"Film.mov\" 5MB remote\n"
-                          "at 0s download \"Film.mov\" over 1s stalled at 40% for 10m\n"
-                          "at 20m end\n";
-  Channel told = Channel::pipe();
-  icloud::Launch launch{session_.root() / "sbin/launchd",
-                        {"--home", session_.home(), "--scenario", story, "--begin-after", "items"},
-                        {}};
-  launch.output = launch.error = told.childEnd();
+TEST_F(DaemonRestart, restartResumesStalledTransfer) {
+  const fs::path scenario = session_.folder() / "scenario";
+  std::ofstream(scenario) << "file \"Film.mov\" 5MB remote\n"
+                             "at 0s download \"Film.mov\" over 1s stalled at 40% for 10m\n"
+                             "at 20m end\n";
+  Channel daemonLog = Channel::pipe();
+  icloud::Launch launch{
+      session_.root() / "sbin/launchd",
+      {"--home", session_.home(), "--scenario", scenario, "--begin-after", "items"},
+      {}};
+  launch.output = launch.error = daemonLog.childEnd();
   icloud::ChildProcess supervisor(launch);
-  told.closeChildEnd();
-  told.readUntil(" ready\n");
+  daemonLog.closeChildEnd();
+  daemonLog.readUntil(" ready\n");
 
   awaitStall();
   answer("Restart Sync");
   program_->log.readUntil("Driftmark: restarting iCloud sync daemon (killall bird)\n");
-  told.readUntil(" resumed\n");
-  told.readUntil("\" is finished\n");
+  daemonLog.readUntil(" resumed\n");
+  daemonLog.readUntil("\" is finished\n");
   const std::string& log = program_->log.readUntil("Driftmark: synced Film.mov (download)\n");
   EXPECT_THAT(log, Not(HasSubstr("killall bird failed")));
   EXPECT_THAT(log, Not(HasSubstr("killall bird exited")));
   expectOrderlyEnd();
 }
 
-/// The upload of a file that is there stalls, and no daemon is.
+/// The upload of an existing file stalls, and no daemon runs.
 class DaemonRestartWithoutDaemon : public DaemonRestart {
 protected:
   DaemonRestartWithoutDaemon() {
@@ -97,7 +99,7 @@ protected:
     std::ofstream(drive / "a.txt") << "a";
   }
 
-  void expectAFreshStart() {
+  void expectUploading() {
     const std::string& log = program_->log.readUntil("state -> uploading\n", 2);
     EXPECT_THAT(log, HasSubstr("state -> attention\n"
                                "Driftmark: restarting iCloud sync daemon (killall bird)\n"));
@@ -107,20 +109,20 @@ protected:
   }
 };
 
-TEST_F(DaemonRestartWithoutDaemon, saysSo) {
+TEST_F(DaemonRestartWithoutDaemon, missingDaemonIsLogged) {
   awaitStall();
   answer("Cancel");
   answer("Restart Sync");
   program_->log.readUntil("Driftmark: killall bird exited 1\n");
-  expectAFreshStart();
+  expectUploading();
 }
 
-TEST_F(DaemonRestartWithoutDaemon, saysThatNothingCanEndIt) {
+TEST_F(DaemonRestartWithoutDaemon, missingKillallIsLogged) {
   fs::remove(session_.root() / "usr/bin/killall");
   awaitStall();
   answer("Restart Sync");
   program_->log.readUntil("Driftmark: killall bird failed: No such file or directory\n");
-  expectAFreshStart();
+  expectUploading();
 }
 
 } // namespace

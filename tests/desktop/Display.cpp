@@ -1,14 +1,20 @@
+// How a test gets a display of its own.
+
 #include "desktop/Display.h"
+
+#include "harness/Waiting.h"
 
 namespace driftmark::test {
 
 namespace {
 
-constexpr std::chrono::seconds patience{10};
-
 icloud::Launch server(const Channel& output) {
+  // Without -noreset the server starts over when its last program disconnects, and drops the
+  // programs that connect at that moment.
   icloud::Launch launch{
-      "/usr/bin/Xvfb", {"-displayfd", "1", "-screen", "0", "1024x768x24", "-nolisten", "tcp"}, {}};
+      "/usr/bin/Xvfb",
+      {"-displayfd", "1", "-screen", "0", "1024x768x24", "-nolisten", "tcp", "-noreset"},
+      {}};
   launch.output = output.childEnd();
   return launch;
 }
@@ -27,7 +33,7 @@ Display::~Display() {
 
 void Display::close() {
   if (!server_.hasEnded())
-    server_.end(patience);
+    server_.end(maxWait);
 }
 
 } // namespace driftmark::test

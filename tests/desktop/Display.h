@@ -7,21 +7,21 @@
 
 namespace driftmark::test {
 
-/// A display of its own, drawn in memory alone.
+/// An X display that exists in memory only.
 class Display {
 public:
-  /// Waits until it can be used. Throws std::runtime_error when it does not come up.
+  /// Waits until the display accepts programs. Throws std::runtime_error when it does not start.
   Display();
   Display(const Display&) = delete;
   Display& operator=(const Display&) = delete;
   ~Display();
 
-  /// What DISPLAY says to a program that is to appear here.
+  /// The value of DISPLAY for programs on this display.
   const std::string& name() const { return name_; }
 
   pid_t process() const { return server_.identifier(); }
 
-  /// Closes the display under its programs.
+  /// Ends the display. Its programs lose their connections.
   void close();
 
 private:

@@ -1,4 +1,8 @@
+// How a test plays the file manager of a desktop.
+
 #include "desktop/FileManager.h"
+
+#include "harness/Waiting.h"
 
 #include <stdexcept>
 
@@ -9,28 +13,22 @@
 
 namespace driftmark::test {
 
-namespace {
-
-constexpr std::chrono::seconds patience{30};
-
-} // namespace
-
 FileManager::FileManager(const SessionBus& bus) {
   QDBusConnection connection = bus.connection();
   if (!connection.registerVirtualObject("/org/freedesktop/FileManager1", this) ||
       !connection.registerService("org.freedesktop.FileManager1"))
-    throw std::runtime_error("the bus does not take a file manager");
+    throw std::runtime_error("the bus has a file manager already");
 }
 
 QStringList FileManager::next() {
   QTimer wakeUp;
-  wakeUp.start(patience);
-  const QDeadlineTimer deadline(patience);
+  wakeUp.start(maxWait);
+  const QDeadlineTimer deadline(maxWait);
   QEventLoop loop;
   while (requests_.empty() && !deadline.hasExpired())
     loop.processEvents(QEventLoop::WaitForMoreEvents);
   if (requests_.empty())
-    return {};
+    throw TimedOut("a request to the file manager");
   const QStringList first = requests_.front();
   requests_.erase(requests_.begin());
   return first;

@@ -10,16 +10,16 @@
 
 namespace driftmark::test {
 
-/// A file manager at a session bus, which keeps what it is asked to show.
+/// A file manager on a session bus. It records what it is asked to show.
 class FileManager final : public QDBusVirtualObject {
 public:
   /// Throws std::runtime_error when the bus has one already.
   explicit FileManager(const SessionBus& bus);
 
-  /// From now on it can show nothing.
+  /// Answers all later requests with an error.
   void refuse() { refuses_ = true; }
 
-  /// Waits for the next request. The addresses of the items; none when no request comes.
+  /// Waits for the next request. Returns the URLs of the items. Throws TimedOut.
   QStringList next();
 
   QString introspect(const QString& path) const override;

@@ -1,4 +1,4 @@
-// The panel that asks for a folder, by real mouse and keyboard and through a screen reader.
+// The folder panel with mouse and keyboard events from the display, and with a screen reader.
 
 #include "desktop/ScreenReader.h"
 #include "desktop/Session.h"
@@ -23,7 +23,7 @@ protected:
     fs::create_directories(drive() / "Photos");
     fs::create_directories(drive() / "Letters");
     program_.emplace(session_.start());
-    driver_.emplace(session_.attend());
+    driver_.emplace(session_.awaitDriver());
     chooseInMenu(*driver_, "Free Up Space…");
   }
 
@@ -31,14 +31,14 @@ protected:
     return session_.home() / "Library/Mobile Documents/com~apple~CloudDocs";
   }
 
-  void use(std::vector<std::string> hands) { session_.run("/usr/bin/xdotool", std::move(hands)); }
+  void use(std::vector<std::string> input) { session_.run("/usr/bin/xdotool", std::move(input)); }
 
   void clickOn(const Accessible& item) {
     const QPoint middle = item.place.center();
     use({"mousemove", std::to_string(middle.x()), std::to_string(middle.y()), "click", "1"});
   }
 
-  /// The panel, once it is on the screen and lists its folders.
+  /// Waits until the panel is showing and lists its folders. Returns it.
   Accessible panel() {
     const auto isListed = [](const Accessible& shown) {
       const Accessible* const dialog = shown.first("dialog");
@@ -63,7 +63,7 @@ protected:
   std::optional<icloud::UiDriver> driver_;
 };
 
-TEST_F(FolderPanel, isReadByAScreenReader) {
+TEST_F(FolderPanel, panelIsReadByScreenReader) {
   const Accessible shown = panel();
   EXPECT_EQ(shown.name, "Free Up Space");
   const Accessible& message =
@@ -78,25 +78,25 @@ TEST_F(FolderPanel, isReadByAScreenReader) {
   awaitNoPanel();
 }
 
-TEST_F(FolderPanel, takesTheOpenedFolderByAClick) {
+TEST_F(FolderPanel, clickTakesOpenFolder) {
   clickOn(panel().shown("push button", "Choose"));
   expectNothingToFree("iCloud Drive");
 }
 
-TEST_F(FolderPanel, takesAFolderOfTheListByClicks) {
+TEST_F(FolderPanel, clicksTakeListedFolder) {
   clickOn(panel().shown("tree item", "Photos"));
   clickOn(panel().shown("push button", "Choose"));
   expectNothingToFree("Photos");
 }
 
-TEST_F(FolderPanel, takesATypedPathByReturn) {
+TEST_F(FolderPanel, returnTakesTypedPath) {
   panel();
   use({"type", drive() / "Letters"});
   use({"key", "Return"});
   expectNothingToFree("Letters");
 }
 
-TEST_F(FolderPanel, takesNothingByEscape) {
+TEST_F(FolderPanel, escapeTakesNothing) {
   panel();
   use({"key", "Escape"});
   awaitNoPanel();

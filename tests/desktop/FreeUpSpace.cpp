@@ -1,4 +1,4 @@
-// A user frees up space: every window and every word, and what becomes of the files.
+// A user frees up space: every window with its whole text, and the files on disk.
 
 #include "desktop/FreeUpSpaceTest.h"
 #include "harness/ui/ProgramUi.h"
@@ -18,7 +18,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr const char* stage = "files 3 \"Photos/IMG {n}.heic\" 8192\n"
+constexpr const char* files = "files 3 \"Photos/IMG {n}.heic\" 8192\n"
                               "file \"Photos/Album/Cover.heic\" 4096\n"
                               "file \"Photos/Only there.heic\" 8192 remote\n"
                               "file \"Letters/Letter.pages\" 4096\n"
@@ -26,8 +26,8 @@ constexpr const char* stage = "files 3 \"Photos/IMG {n}.heic\" 8192\n"
 
 class FreeUpSpace : public FreeUpSpaceTest {};
 
-TEST_F(FreeUpSpace, asksForAFolderAndOpensAtTheDrive) {
-  start(stage);
+TEST_F(FreeUpSpace, panelOpensAtDrive) {
+  start(files);
   const Window panel = openPanel();
   EXPECT_EQ(panel.title, "Free Up Space");
   EXPECT_TRUE(panel.isModal);
@@ -42,8 +42,8 @@ TEST_F(FreeUpSpace, asksForAFolderAndOpensAtTheDrive) {
   expectOrderlyEnd();
 }
 
-TEST_F(FreeUpSpace, freesTheWholeDrive) {
-  start(stage);
+TEST_F(FreeUpSpace, wholeDriveIsFreed) {
+  start(files);
   EXPECT_EQ(usage(), 5 * 4096U + 3 * 4096U);
   openPanel();
   driver_->press("Choose");
@@ -63,8 +63,8 @@ TEST_F(FreeUpSpace, freesTheWholeDrive) {
   expectOrderlyEnd();
 }
 
-TEST_F(FreeUpSpace, freesAFolderAndNothingElse) {
-  start(stage);
+TEST_F(FreeUpSpace, onlyChosenFolderIsFreed) {
+  start(files);
   pick("Photos");
   expectQuestion("Photos", 4, "29 KB");
   driver_->press("Remove Downloads");
@@ -77,7 +77,7 @@ TEST_F(FreeUpSpace, freesAFolderAndNothingElse) {
   expectOrderlyEnd();
 }
 
-TEST_F(FreeUpSpace, showsInTheMenuWhatWasRemoved) {
+TEST_F(FreeUpSpace, menuListsRemovedDownload) {
   start("file \"Photos/Cover.heic\" 4096\n");
   pick("Photos");
   expectQuestion("Photos", 1, "4 KB");
@@ -93,7 +93,7 @@ TEST_F(FreeUpSpace, showsInTheMenuWhatWasRemoved) {
   expectOrderlyEnd();
 }
 
-TEST_F(FreeUpSpace, aFileThatWasRemovedComesBackWhenItIsOpened) {
+TEST_F(FreeUpSpace, evictedFileDownloadsAgain) {
   start("file \"Photos/Cover.heic\" 400KB\n");
   const fs::path file = drive() / "Photos/Cover.heic";
   const std::string before = contentsOf(file);
@@ -110,8 +110,8 @@ TEST_F(FreeUpSpace, aFileThatWasRemovedComesBackWhenItIsOpened) {
   expectOrderlyEnd();
 }
 
-TEST_F(FreeUpSpace, saysThatThereIsNothing) {
-  start(stage);
+TEST_F(FreeUpSpace, folderWithoutDownloadsIsReported) {
+  start(files);
   const fs::path elsewhere = session_.folder() / "Elsewhere";
   fs::create_directory(elsewhere);
   std::ofstream(elsewhere / "a file of one's own") << "kept";
@@ -125,18 +125,18 @@ TEST_F(FreeUpSpace, saysThatThereIsNothing) {
   expectOrderlyEnd();
 }
 
-TEST_F(FreeUpSpace, doesNothingWhenThePanelIsCancelled) {
-  start(stage);
+TEST_F(FreeUpSpace, cancelledPanelChangesNothing) {
+  start(files);
   const std::uint64_t before = usage();
-  for (const bool withTheMouse : {true, false}) {
+  for (const bool byMouse : {true, false}) {
     const int panel = openPanel().number;
-    if (withTheMouse)
+    if (byMouse)
       driver_->press("Cancel");
     else
       driver_->key("Escape");
     driver_->awaitAbsence([panel](const Window& window) { return window.number == panel; });
   }
-  // Whatever a survey had found would be asked about before this one.
+  // A survey of an earlier run would ask before this one.
   pick("Letters");
   expectQuestion("Letters", 1, "4 KB");
   answer("Cancel");
@@ -145,14 +145,14 @@ TEST_F(FreeUpSpace, doesNothingWhenThePanelIsCancelled) {
   expectOrderlyEnd();
 }
 
-TEST_F(FreeUpSpace, doesNothingWhenTheQuestionIsCancelled) {
-  start(stage);
+TEST_F(FreeUpSpace, cancelledQuestionChangesNothing) {
+  start(files);
   const std::uint64_t before = usage();
-  for (const bool withTheMouse : {true, false}) {
+  for (const bool byMouse : {true, false}) {
     pick("Photos");
     expectQuestion("Photos", 4, "29 KB");
     const int question = driver_->awaitAlert().number;
-    if (withTheMouse)
+    if (byMouse)
       driver_->press("Cancel");
     else
       driver_->key("Escape");

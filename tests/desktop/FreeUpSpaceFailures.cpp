@@ -1,4 +1,4 @@
-// Files that cannot be evicted, and a daemon that dies meanwhile.
+// Files that cannot be evicted, and a daemon that is killed during the evictions.
 
 #include "common/DiskUsage.h"
 #include "desktop/Calls.h"
@@ -30,14 +30,14 @@ protected:
   }
 };
 
-TEST_F(FreeUpSpaceFailures, areCountedAndLogged) {
-  play("files 10 \"Photos/IMG {n}.heic\" 4096\n"
-       "at 1ms upload \"Photos/IMG 03.heic\" over 10m\n"
-       "at 1ms lock \"Photos/IMG 05.heic\"\n"
-       "at 20m end\n");
+TEST_F(FreeUpSpaceFailures, failedEvictionsAreCountedAndLogged) {
+  startDaemon("files 10 \"Photos/IMG {n}.heic\" 4096\n"
+              "at 1ms upload \"Photos/IMG 03.heic\" over 10m\n"
+              "at 1ms lock \"Photos/IMG 05.heic\"\n"
+              "at 20m end\n");
   startProgram();
   program_->log.readUntil("Driftmark: uploading IMG 03.heic\n");
-  told_->readUntil("lock \"Photos/IMG 05.heic\"\n");
+  daemonLog_->readUntil("lock \"Photos/IMG 05.heic\"\n");
   pick("Photos");
   expectQuestion("Photos", 10, "41 KB");
   fs::remove(drive() / "Photos/IMG 08.heic");
@@ -54,7 +54,7 @@ TEST_F(FreeUpSpaceFailures, areCountedAndLogged) {
   expectOrderlyEnd();
 }
 
-TEST_F(FreeUpSpaceFailures, ofATool) {
+TEST_F(FreeUpSpaceFailures, missingToolFailsEveryEviction) {
   start("files 2 \"Photos/IMG {n}.heic\" 4096\n");
   fs::remove(session_.root() / "usr/bin/brctl");
   pick("Photos");
@@ -67,21 +67,22 @@ TEST_F(FreeUpSpaceFailures, ofATool) {
   expectOrderlyEnd();
 }
 
-/// Many files, whose contents are known.
+/// Many files with known contents.
 class FreeUpSpaceCrash : public FreeUpSpaceFailures {
 protected:
   static constexpr int many = 1000;
   static constexpr int few = 200;
 
   FreeUpSpaceCrash() {
-    play("files 1000 \"Films/f{n}\" 4096\nat 20m end\n");
+    startDaemon("files 1000 \"Films/f{n}\" 4096\nat 20m end\n");
     for (int number = 1; number <= many; ++number)
       contents_[number] = contentsOf(file(number));
-    beforeEviction("( " + evictions_.script() + " )");
+    beforeEviction(evictions_.script());
     startProgram();
   }
 
-  /// Waits until so many evictions have begun. The program can go on writing its log meanwhile.
+  /// Waits until so many evictions have started. Reads the log meanwhile, so that the program does
+  /// not block on it.
   void awaitEvictions(int count) {
     for (int eviction = 0; eviction < count; ++eviction) {
       evictions_.next();
@@ -91,7 +92,7 @@ protected:
 
   fs::path file(int number) const { return drive() / numbered("Films/f", number, 4); }
 
-  /// How many files have no blocks any more. Every other one has its bytes.
+  /// The number of files without blocks. Checks that every other file has its contents.
   int evicted() const {
     int count = 0;
     for (const auto& [number, bytes] : contents_) {
@@ -104,7 +105,7 @@ protected:
     return count;
   }
 
-  /// The daemon that runs now.
+  /// The process of the daemon.
   pid_t bird() const {
     const std::string supervisor = std::to_string(supervisor_->identifier());
     pid_t process = 0;
@@ -116,12 +117,12 @@ protected:
   std::map<int, std::string> contents_;
 };
 
-TEST_F(FreeUpSpaceCrash, losesNothingAndASecondRunDoesTheRest) {
+TEST_F(FreeUpSpaceCrash, nextRunEvictsWhatDaemonCrashLeft) {
   pick("Films");
   expectQuestion("Films", many, "4.1 MB");
   driver_->press("Remove Downloads");
   awaitEvictions(few);
-  // Nobody brings the daemon back before an eviction has failed for the want of it.
+  // The supervisor restarts the daemon only after an eviction has failed without it.
   supervisor_->signal(SIGSTOP);
   ASSERT_EQ(kill(bird(), SIGKILL), 0);
   program_->log.readUntil("bird is not running\n");
@@ -136,7 +137,7 @@ TEST_F(FreeUpSpaceCrash, losesNothingAndASecondRunDoesTheRest) {
                                      " downloads; " + std::to_string(failures) +
                                      " could not be evicted (see the log).");
   const int gone = evicted();
-  // An eviction whose answer was lost may have been done.
+  // An eviction without an answer may have been carried out.
   EXPECT_GE(gone, many - failures);
   EXPECT_LE(gone, many - failures + 1);
   answer("OK");

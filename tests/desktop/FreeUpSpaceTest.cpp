@@ -1,6 +1,9 @@
+// How tests free up space as a user does.
+
 #include "desktop/FreeUpSpaceTest.h"
 
 #include "common/DiskUsage.h"
+#include "harness/Waiting.h"
 #include "harness/ui/ProgramUi.h"
 
 #include <algorithm>
@@ -20,24 +23,24 @@ FreeUpSpaceTest::FreeUpSpaceTest() {
   session_.installTools();
 }
 
-void FreeUpSpaceTest::play(const std::string& scenario) {
-  const fs::path story = session_.folder() / "story";
-  std::ofstream(story) << scenario;
-  told_.emplace(Channel::pipe());
+void FreeUpSpaceTest::startDaemon(const std::string& scenario) {
+  const fs::path file = session_.folder() / "scenario";
+  std::ofstream(file) << scenario;
+  daemonLog_.emplace(Channel::pipe());
   icloud::Launch launch{session_.root() / "sbin/launchd",
-                        {"--home", session_.home(), "--scenario", story, "--begin-after", "items"},
+                        {"--home", session_.home(), "--scenario", file, "--begin-after", "items"},
                         {}};
-  launch.output = launch.error = told_->childEnd();
+  launch.output = launch.error = daemonLog_->childEnd();
   supervisor_.emplace(launch);
-  told_->closeChildEnd();
-  told_->readUntil(" ready\n");
+  daemonLog_->closeChildEnd();
+  daemonLog_->readUntil(" ready\n");
 }
 
 void FreeUpSpaceTest::startProgram() {
   program_.emplace(session_.start());
-  driver_.emplace(session_.attend());
+  driver_.emplace(session_.awaitDriver());
   expectStarted(*driver_);
-  told_->readUntil(" begin ");
+  daemonLog_->readUntil(" begin ");
 }
 
 Window FreeUpSpaceTest::openPanel() {
@@ -80,7 +83,7 @@ void FreeUpSpaceTest::answer(const std::string& button) {
 
 void FreeUpSpaceTest::expectOrderlyEnd() {
   program_->process.signal(SIGTERM);
-  EXPECT_EQ(icloud::describeEnd(program_->process.wait()), "status 0");
+  EXPECT_EQ(awaitEnd(program_->process), "status 0");
 }
 
 std::uint64_t FreeUpSpaceTest::usage(const fs::path& path) const {
@@ -98,12 +101,12 @@ std::vector<std::string> FreeUpSpaceTest::evictionLines() {
 
 void FreeUpSpaceTest::beforeEviction(const std::string& script) const {
   const fs::path brctl = session_.root() / "usr/bin/brctl";
-  const fs::path itself = brctl.string() + ".itself";
-  fs::rename(brctl, itself);
+  const fs::path original = brctl.string() + ".original";
+  fs::rename(brctl, original);
   session_.writeTool("/usr/bin/brctl", "if [ \"$1\" = evict ]; then\n"
                                        "shift\n" +
                                            script + "\nset -- evict \"$@\"\nfi\nexec '" +
-                                           itself.string() + "' \"$@\"");
+                                           original.string() + "' \"$@\"");
 }
 
 } // namespace driftmark::test

@@ -11,35 +11,35 @@
 
 namespace driftmark::test {
 
-/// A session with a drive in it, the program before it, and a user who frees up space.
+/// A session with a drive and its daemon, the program, and a UI driver that frees up space.
 class FreeUpSpaceTest : public testing::Test {
 protected:
   FreeUpSpaceTest();
 
-  /// Lets a daemon keep a drive that is as the scenario says; the story begins with the program.
-  void play(const std::string& scenario);
+  /// Starts a daemon that plays a scenario. The scenario begins when the program starts.
+  void startDaemon(const std::string& scenario);
 
-  /// Starts the program, and waits until it has read what the drive holds.
+  /// Starts the program and waits until it has read the contents of the drive.
   void startProgram();
 
-  /// Both, and nothing happens in the story.
-  void start(const std::string& stage) {
-    play(stage + "at 20m end\n");
+  /// Starts both with a scenario in which nothing happens to these files.
+  void start(const std::string& files) {
+    startDaemon(files + "at 20m end\n");
     startProgram();
   }
 
   icloud::Window openPanel();
 
-  /// Chooses a folder: in the drive where the path is relative.
+  /// Chooses a folder in the panel. A relative path is below the drive.
   void pick(const std::filesystem::path& folder);
 
-  /// Waits for the question about so many files, and checks its every word.
+  /// Waits for the question about so many files and checks its whole text.
   void expectQuestion(const std::string& name, int files, const std::string& size);
 
   void expectNothingToFree(const std::string& name);
   void expectReport(const std::string& informative);
 
-  /// Answers the alert in front, and waits until it has gone.
+  /// Presses a button of the topmost alert and waits until the alert is closed.
   void answer(const std::string& button);
 
   void expectOrderlyEnd();
@@ -48,17 +48,17 @@ protected:
     return session_.home() / "Library/Mobile Documents/com~apple~CloudDocs";
   }
 
-  /// What the files at a path of the drive take up on disk.
+  /// The bytes that the files at a path of the drive use on disk.
   std::uint64_t usage(const std::filesystem::path& path = {}) const;
 
-  /// The lines of the log so far about evictions, which the program asks for.
+  /// The lines about evictions in the log so far.
   std::vector<std::string> evictionLines();
 
-  /// Puts a shell script before `brctl`, for its evictions; `$1` is the path.
+  /// Runs a shell script before each eviction by `brctl`; `$1` is the path.
   void beforeEviction(const std::string& script) const;
 
   Session session_;
-  std::optional<Channel> told_; ///< what the daemon tells
+  std::optional<Channel> daemonLog_;
   std::optional<icloud::ChildProcess> supervisor_;
   std::optional<Program> program_;
   std::optional<icloud::UiDriver> driver_;

@@ -1,13 +1,14 @@
+// How a test stops a program in the middle of a walk through folders.
+
 #include "desktop/HeldFolders.h"
 
 #include "common/SystemFailure.h"
 #include "harness/BuiltFiles.h"
+#include "harness/Waiting.h"
 #include "process/ChildProcess.h"
-#include "process/Pipe.h"
 
 #include <array>
 #include <cstdlib>
-#include <stdexcept>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -18,9 +19,8 @@ namespace driftmark::test {
 
 namespace {
 
-constexpr std::chrono::seconds patience{30};
-
-/// Open for both ways, so that nobody who opens it waits and it does not end between two visitors.
+/// Open for reading and writing, so that opening it does not block and it does not end between two
+/// writers.
 icloud::Descriptor makePipeAt(const std::filesystem::path& path) {
   if (mkfifo(path.c_str(), S_IRUSR | S_IWUSR) != 0)
     icloud::throwSystemFailure("cannot make " + path.string());
@@ -30,7 +30,7 @@ icloud::Descriptor makePipeAt(const std::filesystem::path& path) {
   return pipe;
 }
 
-/// What sanitizers are told already, and that they need not be the first library of the program.
+/// The options of the sanitizer, which need not be the first library of the program.
 std::string sanitizerOptions() {
   const char* const options = std::getenv("ASAN_OPTIONS");
   return (options != nullptr ? std::string(options) + ":" : "") + "verify_asan_link_order=0";
@@ -47,32 +47,31 @@ HeldFolders::HeldFolders(Session& session, const std::string& prefix)
   session.setVariable("HOLD_GO", session.folder() / "go");
 }
 
-void HeldFolders::awaitVisitor() {
-  if (!icloud::isReadableWithin(reached_.get(), patience))
-    throw std::runtime_error("nobody walks into the folder");
-  takeVisitor();
+void HeldFolders::awaitOpening() {
+  awaitReadable(reached_.get(), "a program to open a held folder");
+  takeOpening();
 }
 
-bool HeldFolders::awaitVisitorOrEnd(const icloud::ChildProcess& program) {
+bool HeldFolders::awaitOpeningOrExit(const icloud::ChildProcess& program) {
   std::array<pollfd, 2> waits{{{reached_.get(), POLLIN, 0}, {program.exitDescriptor(), POLLIN, 0}}};
-  const auto limit = std::chrono::milliseconds(patience).count();
+  const auto limit = std::chrono::milliseconds(maxWait).count();
   if (poll(waits.data(), waits.size(), static_cast<int>(limit)) <= 0)
-    throw std::runtime_error("the program neither walks on nor ends");
+    throw TimedOut("a program to open a held folder or to end");
   if ((waits[0].revents & POLLIN) == 0)
     return false;
-  takeVisitor();
+  takeOpening();
   return true;
 }
 
-void HeldFolders::takeVisitor() {
+void HeldFolders::takeOpening() {
   char byte = 0;
   if (read(reached_.get(), &byte, 1) != 1)
-    icloud::throwSystemFailure("cannot read who walks");
+    icloud::throwSystemFailure("cannot read the pipe");
 }
 
-void HeldFolders::letOneIn() {
+void HeldFolders::releaseOne() {
   if (write(go_.get(), "g", 1) != 1)
-    icloud::throwSystemFailure("cannot let anybody in");
+    icloud::throwSystemFailure("cannot write to the pipe");
 }
 
 } // namespace driftmark::test

@@ -7,25 +7,24 @@
 
 namespace driftmark::test {
 
-/// Folders that the programs of a session cannot walk into before the test lets them: those inside
-/// another one whose name begins so.
+/// Folders that the programs of a session cannot open before the test releases them: those inside
+/// another folder whose names begin with a prefix.
 class HeldFolders {
 public:
-  /// To be made before the program is started. Throws std::system_error.
+  /// Affects programs that are started later. Throws std::system_error.
   HeldFolders(Session& session, const std::string& prefix);
 
-  /// Waits until somebody stands before one of the folders. Throws std::runtime_error when nobody
-  /// comes.
-  void awaitVisitor();
+  /// Waits until a program tries to open one of the folders. Throws TimedOut.
+  void awaitOpening();
 
-  /// The same, unless `program` ends before; whether somebody came.
-  bool awaitVisitorOrEnd(const icloud::ChildProcess& program);
+  /// The same. False when `program` ends first.
+  bool awaitOpeningOrExit(const icloud::ChildProcess& program);
 
-  /// Lets one of those who stand there, or the next one, go on.
-  void letOneIn();
+  /// Lets one program that waits, or the next one, open its folder.
+  void releaseOne();
 
 private:
-  void takeVisitor();
+  void takeOpening();
 
   icloud::Descriptor reached_;
   icloud::Descriptor go_;

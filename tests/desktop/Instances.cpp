@@ -1,7 +1,8 @@
-// Several copies of the program: the newest remains.
+// Several instances of the program: the newest one remains.
 
 #include "desktop/Session.h"
 #include "harness/BuiltFiles.h"
+#include "harness/Waiting.h"
 #include "process/Pipe.h"
 
 #include <array>
@@ -24,10 +25,9 @@ using testing::IsEmpty;
 using testing::Not;
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds patience{30};
 constexpr std::chrono::seconds gracePeriod{3};
 
-/// By a link where that can be had, since the program is large.
+/// Makes a hard link where possible, since the program is large.
 void copyProgram(const fs::path& from, const fs::path& to) {
   std::error_code acrossVolumes;
   fs::create_hard_link(from, to, acrossVolumes);
@@ -39,7 +39,7 @@ class Instances : public testing::Test {
 protected:
   Instances() { session_.writeTool("/usr/bin/brctl", execChildTool("wait")); }
 
-  /// Makes a bundle of the test's own identifier. The path of its executable.
+  /// Makes a bundle whose identifier belongs to this test. Returns the path of its executable.
   fs::path bundle(const std::string& name, const fs::path& program = driftmarkProgram()) const {
     const fs::path contents = session_.folder() / name / "Contents";
     const fs::path executable = contents / "MacOS" / program.filename();
@@ -52,28 +52,28 @@ protected:
     return executable;
   }
 
-  /// Starts a copy, and waits until it is up.
-  Program startWhole(const fs::path& executable) {
+  /// Starts an instance and waits until it has started up.
+  Program startAndAwait(const fs::path& executable) {
     Program copy = session_.start(executable);
-    awaitUp(copy);
+    awaitStarted(copy);
     return copy;
   }
 
-  static void awaitUp(Program& copy) { copy.log.readUntil("brctl monitor -g started"); }
+  static void awaitStarted(Program& copy) { copy.log.readUntil("brctl monitor -g started"); }
 
-  /// Starts a stand-in that does not end when it is asked to.
-  Program startStubborn() {
-    const fs::path tool = bundle("Stubborn.app", childToolPath());
-    Program stubborn = session_.start(
+  /// Starts a tool with the same bundle identifier that ignores SIGTERM.
+  Program startUnresponsive() {
+    const fs::path tool = bundle("Unresponsive.app", childToolPath());
+    Program unresponsive = session_.start(
         "/bin/sh", {"-c", "exec '" + tool.string() + "' ignore-terminate print up wait >&2"});
-    stubborn.log.readUntil("up");
-    return stubborn;
+    unresponsive.log.readUntil("up");
+    return unresponsive;
   }
 
-  /// Takes the remains of copies away as they end, until only the last still runs. False when that
-  /// does not come about.
-  static bool awaitTheLast(std::vector<Program>& copies) {
-    const auto deadline = Clock::now() + patience;
+  /// Reaps the instances as they end, until only the last one runs. Returns false when the last one
+  /// ends or `maxWait` is over first.
+  static bool awaitOnlyTheLast(std::vector<Program>& copies) {
+    const auto deadline = Clock::now() + maxWait;
     std::vector<pollfd> exits;
     for (const Program& copy : copies)
       exits.push_back({copy.process.exitDescriptor(), POLLIN, 0});
@@ -86,7 +86,7 @@ protected:
         return false;
       for (std::size_t i = 0; i < copies.size(); ++i)
         if (exits[i].revents != 0) {
-          copies[i].process.wait();
+          awaitExit(copies[i].process);
           exits[i].fd = -1;
           --left;
         }
@@ -94,9 +94,9 @@ protected:
     return true;
   }
 
-  /// A copy that is asked to end before it is up does so at once.
+  /// Before its start-up is complete, SIGTERM ends an instance at once.
   static void expectOrderlyOrEarlyEnd(Program& copy) {
-    const int status = copy.process.wait();
+    const int status = awaitExit(copy.process);
     if (WIFSIGNALED(status))
       EXPECT_EQ(WTERMSIG(status), SIGTERM);
     else
@@ -106,36 +106,36 @@ protected:
 
   void expectOrderlyEnd(Program& copy) {
     copy.process.signal(SIGTERM);
-    EXPECT_EQ(icloud::describeEnd(copy.process.wait()), "status 0");
-    EXPECT_THAT(session_.leftRunning(), IsEmpty());
+    EXPECT_EQ(awaitEnd(copy.process), "status 0");
+    EXPECT_THAT(session_.killLeftovers(), IsEmpty());
   }
 
   Session session_;
 };
 
-TEST_F(Instances, oneAloneAsksNobodyToEnd) {
-  Program only = startWhole(bundle("Only.app"));
+TEST_F(Instances, onlyInstanceQuitsNoOther) {
+  Program only = startAndAwait(bundle("Only.app"));
   expectOrderlyEnd(only);
   EXPECT_TRUE(only.log.readToEnd().starts_with("Driftmark: state -> idle\n"));
 }
 
-TEST_F(Instances, aNewcomerEndsTheCopyThatRuns) {
-  Program older = startWhole(bundle("Older.app"));
+TEST_F(Instances, newInstanceEndsOlderOne) {
+  Program older = startAndAwait(bundle("Older.app"));
   Program newer = session_.start(bundle("elsewhere/Newer.app"));
-  EXPECT_EQ(icloud::describeEnd(older.process.wait()), "status 0");
+  EXPECT_EQ(awaitEnd(older.process), "status 0");
   EXPECT_THAT(older.log.readToEnd(), Not(HasSubstr("instance")));
-  awaitUp(newer);
+  awaitStarted(newer);
   EXPECT_TRUE(newer.log.readSoFar().starts_with(
       "Driftmark: quitting 1 already-running instance(s)\nDriftmark: state -> idle\n"));
   EXPECT_THAT(newer.log.readSoFar(), Not(HasSubstr("ignored")));
-  // Its own children are there; those of the older copy are gone.
-  EXPECT_THAT(session_.leftRunning({newer.process.identifier()}), IsEmpty());
+  // Only the new instance has children now.
+  EXPECT_THAT(session_.killLeftovers({newer.process.identifier()}), IsEmpty());
   expectOrderlyEnd(newer);
 }
 
 class ManyInstances : public Instances, public testing::WithParamInterface<int> {};
 
-TEST_P(ManyInstances, onlyTheNewestOfThoseStartedAtOnceRemains) {
+TEST_P(ManyInstances, newestOfSimultaneousInstancesRemains) {
   std::vector<fs::path> executables;
   for (int i = 0; i < GetParam(); ++i)
     executables.push_back(bundle("Copy " + std::to_string(i) + ".app"));
@@ -143,48 +143,48 @@ TEST_P(ManyInstances, onlyTheNewestOfThoseStartedAtOnceRemains) {
   copies.reserve(executables.size());
   for (const fs::path& executable : executables)
     copies.push_back(session_.start(executable));
-  ASSERT_TRUE(awaitTheLast(copies));
+  ASSERT_TRUE(awaitOnlyTheLast(copies));
   Program& newest = copies.back();
-  awaitUp(newest);
+  awaitStarted(newest);
   for (Program& copy : copies)
     if (&copy != &newest)
       expectOrderlyOrEarlyEnd(copy);
   EXPECT_THAT(newest.log.readSoFar(), HasSubstr(" already-running instance(s)\n"));
   EXPECT_THAT(newest.log.readSoFar(), Not(HasSubstr("ignored")));
-  EXPECT_THAT(session_.leftRunning({newest.process.identifier()}), IsEmpty());
+  EXPECT_THAT(session_.killLeftovers({newest.process.identifier()}), IsEmpty());
   expectOrderlyEnd(newest);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, ManyInstances, testing::Values(2, 3, 10));
 
-TEST_F(Instances, aCopyThatIgnoresTheRequestIsKilled) {
-  Program stubborn = startStubborn();
+TEST_F(Instances, unresponsiveInstanceIsKilled) {
+  Program unresponsive = startUnresponsive();
   Program newer = session_.start(bundle("Newer.app"));
   newer.log.readUntil("quitting 1 already-running instance(s)\n");
   const auto asked = Clock::now();
   const std::string complaint = "Driftmark: instance " +
-                                std::to_string(stubborn.process.identifier()) +
+                                std::to_string(unresponsive.process.identifier()) +
                                 " ignored the quit request; killing it\n";
   newer.log.readUntil(complaint);
-  // Both lines take their time to be read.
+  // The test reads both lines with a delay.
   EXPECT_GT(Clock::now() - asked, gracePeriod - std::chrono::milliseconds(500));
-  EXPECT_EQ(icloud::describeEnd(stubborn.process.wait()), "signal 9 (Killed)");
-  awaitUp(newer);
+  EXPECT_EQ(awaitEnd(unresponsive.process), "signal 9 (Killed)");
+  awaitStarted(newer);
   EXPECT_EQ(newer.log.readSoFar().find(complaint), newer.log.readSoFar().rfind(complaint));
   expectOrderlyEnd(newer);
 }
 
-TEST_F(Instances, somebodyElsesCopyIsSurvived) {
+TEST_F(Instances, otherUsersCopyIsSurvived) {
   if (getuid() != 0)
     GTEST_SKIP() << "only root can start programs of another user";
-  session_.giveTo(somebodyElse);
-  Program older = startStubborn();
-  Program newer = session_.start(bundle("Newer.app"), {}, somebodyElse);
-  awaitUp(newer);
+  session_.giveTo(otherUser);
+  Program older = startUnresponsive();
+  Program newer = session_.start(bundle("Newer.app"), {}, otherUser);
+  awaitStarted(newer);
   EXPECT_FALSE(icloud::isReadableWithin(older.process.exitDescriptor(), {}));
   newer.process.signal(SIGTERM);
-  EXPECT_EQ(icloud::describeEnd(newer.process.wait()), "status 0");
-  EXPECT_THAT(session_.leftRunning({older.process.identifier()}), IsEmpty());
+  EXPECT_EQ(awaitEnd(newer.process), "status 0");
+  EXPECT_THAT(session_.killLeftovers({older.process.identifier()}), IsEmpty());
 }
 
 } // namespace

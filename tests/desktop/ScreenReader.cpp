@@ -1,4 +1,8 @@
+// How a test reads and uses a program as a screen reader does.
+
 #include "desktop/ScreenReader.h"
+
+#include "harness/Waiting.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -14,8 +18,6 @@
 namespace driftmark::test {
 
 namespace {
-
-constexpr std::chrono::seconds patience{30};
 
 constexpr const char* registry = "org.a11y.atspi.Registry";
 constexpr const char* rootPath = "/org/a11y/atspi/accessible/root";
@@ -46,10 +48,10 @@ QVariant property(const QDBusConnection& bus, const QString& service, const QStr
       .variant();
 }
 
-void announce(const QDBusConnection& session, bool isThere) {
+void announce(const QDBusConnection& session, bool isRunning) {
   for (const char* const name : {"IsEnabled", "ScreenReaderEnabled"})
     call(session, "org.a11y.Bus", "/org/a11y/bus", propertiesInterface, "Set",
-         {"org.a11y.Status", name, QVariant::fromValue(QDBusVariant(isThere))});
+         {"org.a11y.Status", name, QVariant::fromValue(QDBusVariant(isRunning))});
 }
 
 QDBusConnection connectTo(const QDBusConnection& session) {
@@ -110,13 +112,13 @@ const Accessible& Accessible::shown(const std::string& ofRole, const std::string
   };
   if (const Accessible* const found = find(*this))
     return *found;
-  throw std::runtime_error("no " + ofRole + " here is called " + text);
+  throw std::runtime_error("no " + ofRole + " is called " + text);
 }
 
 const Accessible& Accessible::named(const std::string& text) const {
   const auto found = std::ranges::find(children, text, &Accessible::name);
   if (found == children.end())
-    throw std::runtime_error("nothing here is called " + text);
+    throw std::runtime_error("no child is called " + text);
   return *found;
 }
 
@@ -136,26 +138,26 @@ Accessible ScreenReader::awaitProgram(pid_t process,
   QEventLoop loop;
   for (const char* const interface : {"org.a11y.atspi.Event.Object", "org.a11y.atspi.Event.Window"})
     if (!bus_.connect({}, {}, interface, {}, &loop, SLOT(quit())))
-      throw std::runtime_error("the accessibility bus tells of no events");
-  QTimer::singleShot(patience, &loop, [&loop] { loop.exit(1); });
+      throw std::runtime_error("the accessibility bus sends no events");
+  QTimer::singleShot(maxWait, &loop, [&loop] { loop.exit(1); });
   while (true) {
     std::optional<Accessible> found = program(process);
     if (found && test(*found))
       return *std::move(found);
     if (loop.exec() != 0)
-      throw std::runtime_error(found ? "what the program shows is not as awaited"
-                                     : "the program does not show itself to screen readers");
+      throw TimedOut(found ? "a change in what the program shows to screen readers"
+                           : "the program to show itself to screen readers");
   }
 }
 
-void ScreenReader::awaitNews(const Accessible& item, const std::function<void()>& cause) {
+void ScreenReader::awaitChange(const Accessible& item, const std::function<void()>& cause) {
   QEventLoop loop;
   bus_.connect(item.service, item.path, "org.a11y.atspi.Event.Object", "PropertyChange", &loop,
                SLOT(quit()));
-  QTimer::singleShot(patience, &loop, [&loop] { loop.exit(1); });
+  QTimer::singleShot(maxWait, &loop, [&loop] { loop.exit(1); });
   cause();
   if (loop.exec() != 0)
-    throw std::runtime_error("nobody was told that " + item.name + " has changed");
+    throw TimedOut("the event that " + item.name + " has changed");
 }
 
 std::optional<Accessible> ScreenReader::program(pid_t process) const {
@@ -212,13 +214,23 @@ std::vector<std::string> ScreenReader::actions(const Accessible& item) const {
   return names;
 }
 
-void ScreenReader::act(const Accessible& item, const std::string& action) const {
+int ScreenReader::indexOf(const Accessible& item, const std::string& action) const {
   const std::vector<std::string> names = actions(item);
   const auto found = std::find(names.begin(), names.end(), action);
   if (found == names.end())
-    throw std::runtime_error("nothing called " + action + " can be done");
-  call(bus_, item.service, item.path, actionInterface, "DoAction",
-       {static_cast<int>(found - names.begin())});
+    throw std::runtime_error(item.name + " has no action called " + action);
+  return static_cast<int>(found - names.begin());
+}
+
+void ScreenReader::act(const Accessible& item, const std::string& action) const {
+  call(bus_, item.service, item.path, actionInterface, "DoAction", {indexOf(item, action)});
+}
+
+void ScreenReader::actWithoutReply(const Accessible& item, const std::string& action) const {
+  QDBusMessage message =
+      QDBusMessage::createMethodCall(item.service, item.path, actionInterface, "DoAction");
+  message.setArguments({indexOf(item, action)});
+  bus_.send(message);
 }
 
 } // namespace driftmark::test

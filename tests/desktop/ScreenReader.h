@@ -15,7 +15,7 @@
 
 namespace driftmark::test {
 
-/// Something on the screen as a screen reader is told of it, and what is in it.
+/// An item on the screen as screen readers receive it, with its children.
 struct Accessible {
   QString service;
   QString path;
@@ -31,19 +31,19 @@ struct Accessible {
   QRect place; ///< on the screen
   std::vector<Accessible> children;
 
-  /// The first thing of that role, itself or in it; null when there is none.
+  /// The first item with that role, itself or below it; null when there is none.
   const Accessible* first(const std::string& ofRole) const;
 
-  /// The first thing of that role and name that is shown in it, however deep. Throws
+  /// The first item with that role and name that is showing, itself or below it. Throws
   /// std::runtime_error when there is none.
   const Accessible& shown(const std::string& ofRole, const std::string& text) const;
 
-  /// The first thing of that name in it. Throws std::runtime_error when there is none.
+  /// The first child with that name. Throws std::runtime_error when there is none.
   const Accessible& named(const std::string& text) const;
 };
 
-/// A screen reader in a session, whose programs are told from now on that there is one. Every wait
-/// ends on an event of the accessibility bus; what cannot be read throws std::runtime_error.
+/// A screen reader in a session; programs learn from the accessibility bus that it runs. Every wait
+/// ends on an event of that bus or throws TimedOut. What cannot be read throws std::runtime_error.
 class ScreenReader {
 public:
   explicit ScreenReader(const SessionBus& session);
@@ -51,21 +51,25 @@ public:
   ScreenReader& operator=(const ScreenReader&) = delete;
   ~ScreenReader();
 
-  /// Waits until what a process shows passes `test`, and reads it.
+  /// Waits until the items of a process pass `test`. Returns them.
   Accessible awaitProgram(pid_t process, const std::function<bool(const Accessible&)>& test);
 
-  /// Waits until a property of something has changed because of `cause`.
-  void awaitNews(const Accessible& item, const std::function<void()>& cause);
+  /// Runs `cause` and waits for the event that a property of `item` has changed.
+  void awaitChange(const Accessible& item, const std::function<void()>& cause);
 
-  /// The names of what can be done with something.
+  /// The names of an item's actions.
   std::vector<std::string> actions(const Accessible& item) const;
 
-  /// Carries out the action of that name.
+  /// Carries out an action of an item.
   void act(const Accessible& item, const std::string& action) const;
+
+  /// The same for an action that ends the program, which may end before it answers.
+  void actWithoutReply(const Accessible& item, const std::string& action) const;
 
 private:
   std::optional<Accessible> program(pid_t process) const;
   Accessible read(const QString& service, const QString& path) const;
+  int indexOf(const Accessible& item, const std::string& action) const;
 
   QDBusConnection bus_;
 };

@@ -1,8 +1,11 @@
+// How a test gets a session of its own and starts programs in it.
+
 #include "desktop/Session.h"
 
 #include "common/SystemFailure.h"
 #include "harness/BuiltFiles.h"
-#include "process/ChildProcess.h"
+#include "harness/Orphans.h"
+#include "harness/Waiting.h"
 
 #include <fstream>
 #include <stdexcept>
@@ -14,8 +17,6 @@ namespace driftmark::test {
 namespace fs = std::filesystem;
 
 namespace {
-
-using std::chrono::milliseconds;
 
 void makePrivateFolder(const fs::path& folder) {
   fs::create_directory(folder);
@@ -33,7 +34,7 @@ Session::Session() : driverListener_(folder_.path()), variables_(driverListener_
   for (const char* const name : {"run", "tmp", "bus"})
     makePrivateFolder(folder() / name);
   fs::create_directory(root());
-  // Nobody is there to answer the offer to move.
+  // Without this the program would ask whether to move to Applications.
   fs::create_directories(home() / ".config/driftmark");
   std::ofstream(home() / ".config/driftmark/settings.json")
       << R"({"skipUserApplicationsInstall": true})";
@@ -41,7 +42,7 @@ Session::Session() : driverListener_(folder_.path()), variables_(driverListener_
   variables_["TMPDIR"] = folder() / "tmp";
   variables_["XDG_RUNTIME_DIR"] = folder() / "run";
   variables_["DRIFTMARK_SYSTEM_ROOT"] = root();
-  // A bus is looked for with the display's help where no variable names it.
+  // Without this variable, Qt finds a bus through the display.
   variables_["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=" + (folder() / "no bus").string();
   for (const char* const name :
        {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "XDG_CONFIG_HOME", "XDG_DATA_HOME",
@@ -52,7 +53,7 @@ Session::Session() : driverListener_(folder_.path()), variables_(driverListener_
 Session::~Session() {
   bus_.reset();
   display_.reset();
-  icloud::collectOrphans({}, milliseconds(0));
+  Orphans::endAll();
 }
 
 Display& Session::openDisplay() {
@@ -105,20 +106,16 @@ Program Session::start(const fs::path& executable, std::vector<std::string> argu
 
 void Session::run(const fs::path& tool, std::vector<std::string> arguments) const {
   icloud::ChildProcess process({tool, std::move(arguments), variables_});
-  if (const int status = process.wait(); status != 0)
+  if (const int status = awaitExit(process); status != 0)
     throw std::runtime_error(tool.string() + " ended with " + icloud::describeEnd(status));
 }
 
-std::vector<std::string> Session::leftRunning(std::vector<pid_t> others) const {
+std::vector<std::string> Session::killLeftovers(std::vector<pid_t> others) const {
   if (display_)
     others.push_back(display_->process());
   if (bus_)
     others.push_back(bus_->process());
-  std::vector<std::string> names;
-  for (const icloud::Orphan& orphan : icloud::collectOrphans(others, milliseconds(0)))
-    if (orphan.wasKilled)
-      names.push_back(orphan.name);
-  return names;
+  return Orphans::endAll(others);
 }
 
 } // namespace driftmark::test

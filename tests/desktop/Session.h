@@ -15,15 +15,14 @@
 
 namespace driftmark::test {
 
-/// A program that runs, and what it writes on standard error.
+/// A running program and its standard error.
 struct Program {
   icloud::ChildProcess process;
   Channel log;
 };
 
-/// A user's session of its own in a temporary folder: a home, a system root, a seat before the
-/// screen; a display and a bus where they are opened, otherwise there are none. Everything that was
-/// started in it ends with this object.
+/// A user's session in a temporary folder: a home, a system root, a listener for UI drivers, and a
+/// display and a bus once they are opened. Everything that was started in it ends with this object.
 class Session {
 public:
   Session();
@@ -40,28 +39,28 @@ public:
 
   void setVariable(const std::string& name, const std::string& value) { variables_[name] = value; }
 
-  /// Gives the system the tools of the simulated one.
+  /// Copies the simulated tools into the system root.
   void installTools() const;
 
-  /// Puts a shell script in the place of a tool, as in "/usr/bin/brctl".
+  /// Replaces a tool, such as "/usr/bin/brctl", by a shell script.
   void writeTool(const std::string& path, const std::string& script) const;
 
-  /// Makes the home another user's. Only for somebody with all rights.
+  /// Makes `user` the owner of the session's folders. Only root can do that.
   void giveTo(uid_t user) const;
 
-  /// Starts a program, as the user of that number where one is given.
+  /// Starts a program, as another user where one is given.
   Program start(const std::filesystem::path& executable = driftmarkProgram(),
                 std::vector<std::string> arguments = {}, std::optional<uid_t> user = std::nullopt);
 
-  /// Waits for the user before the next program.
-  icloud::UiDriver attend() { return driverListener_.awaitProgram(); }
+  /// Waits for the UI driver of the next program.
+  icloud::UiDriver awaitDriver() { return driverListener_.awaitProgram(); }
 
-  /// Runs a tool of this machine to its end, which has to be a success.
+  /// Runs a tool to its end. Throws std::runtime_error when it fails.
   void run(const std::filesystem::path& tool, std::vector<std::string> arguments) const;
 
-  /// The names of the processes that still run below the test, but for the display, the bus and
-  /// `others`. They are killed.
-  std::vector<std::string> leftRunning(std::vector<pid_t> others = {}) const;
+  /// Kills the processes that still run below the test, except the display, the bus and `others`.
+  /// Returns their names.
+  std::vector<std::string> killLeftovers(std::vector<pid_t> others = {}) const;
 
 private:
   TemporaryFolder folder_;
@@ -71,7 +70,7 @@ private:
   std::optional<SessionBus> bus_;
 };
 
-/// The user that stands for anybody else.
-constexpr uid_t somebodyElse = 65534;
+/// A user other than the one who runs the tests.
+constexpr uid_t otherUser = 65534;
 
 } // namespace driftmark::test

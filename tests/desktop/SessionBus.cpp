@@ -1,4 +1,8 @@
+// How a test gets a message bus of its own.
+
 #include "desktop/SessionBus.h"
+
+#include "harness/Waiting.h"
 
 #include <fstream>
 #include <stdexcept>
@@ -11,7 +15,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::chrono::seconds patience{10};
 constexpr const char* accessibilityService = "/usr/share/dbus-1/services/org.a11y.Bus.service";
 
 fs::path writeConfiguration(const fs::path& folder) {
@@ -38,14 +41,14 @@ fs::path writeConfiguration(const fs::path& folder) {
 
 icloud::Launch daemon(const fs::path& folder, SessionBus::Variables variables,
                       const Channel& output, int null) {
-  variables["GSETTINGS_BACKEND"] =
-      "memory"; // what services are told to keep, they keep to themselves
+  // Services do not write the user's settings.
+  variables["GSETTINGS_BACKEND"] = "memory";
   icloud::Launch launch{
       "/usr/bin/dbus-daemon",
       {"--config-file=" + writeConfiguration(folder).string(), "--nofork", "--print-address=1"},
       std::move(variables)};
   launch.output = output.childEnd();
-  launch.error = null; // of what its limits are, and of what its services have to say
+  launch.error = null; // its warnings and those of its services
   return launch;
 }
 
@@ -70,7 +73,7 @@ SessionBus::~SessionBus() {
 
 void SessionBus::close() {
   if (!daemon_.hasEnded())
-    daemon_.end(patience);
+    daemon_.end(maxWait);
 }
 
 } // namespace driftmark::test

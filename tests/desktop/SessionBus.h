@@ -13,13 +13,13 @@
 
 namespace driftmark::test {
 
-/// A session's message bus of its own. It starts no service but that of accessibility.
+/// A message bus for one session. The only service it can start is that of accessibility.
 class SessionBus {
 public:
   using Variables = std::map<std::string, std::optional<std::string>>;
 
   /// Keeps its files in `folder`, which exists. Services get `variables`. Throws std::runtime_error
-  /// when the bus does not come up.
+  /// when the bus does not start.
   SessionBus(const std::filesystem::path& folder, Variables variables);
   SessionBus(const SessionBus&) = delete;
   SessionBus& operator=(const SessionBus&) = delete;
@@ -28,10 +28,10 @@ public:
   const std::string& address() const { return address_; }
   pid_t process() const { return daemon_.identifier(); }
 
-  /// The connection of this process.
+  /// The connection of the test itself.
   QDBusConnection connection() const { return connection_; }
 
-  /// Closes the bus under its programs.
+  /// Ends the bus. Its programs lose their connections.
   void close();
 
 private:

@@ -73,7 +73,7 @@ protected:
 
   void start() {
     program_.emplace(session_.start());
-    driver_.emplace(session_.attend());
+    driver_.emplace(session_.awaitDriver());
     program_->log.readUntil("uploading a b.txt");
   }
 

@@ -30,4 +30,8 @@ int awaitExit(icloud::ChildProcess& child) {
   return child.wait();
 }
 
+std::string awaitEnd(icloud::ChildProcess& child) {
+  return icloud::describeEnd(awaitExit(child));
+}
+
 } // namespace driftmark::test

@@ -25,4 +25,7 @@ void awaitReadable(int descriptor, const std::string& event);
 /// Waits until the child has ended; the status as `waitpid` gives it. Throws TimedOut.
 int awaitExit(icloud::ChildProcess& child);
 
+/// The same; how the child ended, as display text: "status 0".
+std::string awaitEnd(icloud::ChildProcess& child);
+
 } // namespace driftmark::test

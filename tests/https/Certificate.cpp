@@ -1,3 +1,5 @@
+// How the server gets its certificate.
+
 #include "https/Certificate.h"
 
 #include <cerrno>
@@ -14,7 +16,7 @@
 namespace driftmark::test {
 namespace {
 
-/// Runs a program of this machine to its end. Its progress is of no interest.
+/// Runs a program to its end and discards its messages. Throws std::runtime_error when it fails.
 void run(std::vector<std::string> words) {
   std::vector<char*> arguments;
   for (std::string& word : words)

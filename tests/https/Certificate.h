@@ -4,13 +4,13 @@
 
 namespace driftmark::test {
 
-/// A certificate that vouches for itself, and its key, as PEM files.
+/// A self-signed certificate and its key, as PEM files.
 struct Certificate {
   std::string certificateFile;
   std::string keyFile;
 
-  /// Makes both in `folder` with the `openssl` command, for the host of that name and the address
-  /// of this machine. Throws std::runtime_error when that fails.
+  /// Makes both in `folder` with the `openssl` command, for this host name. Throws
+  /// std::runtime_error when that fails.
   static Certificate make(const std::string& folder, const std::string& hostName);
 };
 

@@ -1,3 +1,5 @@
+// How the server reads one request and writes the scripted reply.
+
 #include "https/Connection.h"
 
 #include <algorithm>
@@ -8,8 +10,8 @@ namespace driftmark::test {
 
 namespace {
 
-constexpr qint64 mostWaiting = 256 * 1024;
-constexpr std::uint64_t largestPiece = 64 * 1024;
+constexpr qint64 maxWaiting = 256 * 1024;
+constexpr std::uint64_t maxPiece = 64 * 1024;
 
 HttpsRequest parse(const QByteArray& text) {
   HttpsRequest request;
@@ -78,7 +80,7 @@ std::uint64_t Connection::length() const {
   return reply_.body.size() + reply_.zeros;
 }
 
-/// How much of the body is still to be written.
+/// The bytes of the body that are not written yet.
 std::uint64_t Connection::left() const {
   if (reply_.cutAfter)
     return *reply_.cutAfter - std::min(*reply_.cutAfter, written_);
@@ -88,8 +90,8 @@ std::uint64_t Connection::left() const {
 void Connection::writeMore() {
   if (!isAnswering_ || isComplete_)
     return;
-  while (left() > 0 && socket_->bytesToWrite() + socket_->encryptedBytesToWrite() < mostWaiting)
-    write(piece(std::min(left(), largestPiece)));
+  while (left() > 0 && socket_->bytesToWrite() + socket_->encryptedBytesToWrite() < maxWaiting)
+    write(piece(std::min(left(), maxPiece)));
   if (left() > 0)
     return;
   isComplete_ = true;
@@ -98,11 +100,11 @@ void Connection::writeMore() {
   socket_->disconnectFromHost();
 }
 
-/// The next bytes of the body, one at least.
-QByteArray Connection::piece(std::uint64_t largest) const {
+/// The next bytes of the body, at least one.
+QByteArray Connection::piece(std::uint64_t limit) const {
   if (written_ >= reply_.body.size())
-    return {static_cast<qsizetype>(largest), '\0'};
-  return QByteArray::fromStdString(reply_.body.substr(written_, largest));
+    return {static_cast<qsizetype>(limit), '\0'};
+  return QByteArray::fromStdString(reply_.body.substr(written_, limit));
 }
 
 void Connection::write(const QByteArray& bytes) {

@@ -9,7 +9,7 @@
 namespace driftmark::test {
 
 /// One client of the server, from its request to the end of the reply. Lives on the server's thread
-/// and deletes itself when the client is gone.
+/// and deletes itself when the client disconnects.
 class Connection final : public QObject {
 public:
   /// Takes over the socket, whose parent it shares. The script outlives this object.
@@ -18,7 +18,7 @@ public:
   Connection& operator=(const Connection&) = delete;
   ~Connection() override;
 
-  /// Answers what is not held any more.
+  /// Answers the request unless its path is held.
   void answer();
 
 private:
@@ -27,12 +27,12 @@ private:
   void write(const QByteArray& bytes);
   std::uint64_t left() const;
   std::uint64_t length() const;
-  QByteArray piece(std::uint64_t largest) const;
+  QByteArray piece(std::uint64_t limit) const;
 
   QSslSocket* const socket_;
   Script& script_;
   QByteArray received_;
-  std::string path_; ///< empty until the request has come
+  std::string path_; ///< empty until the request is complete
   HttpsReply reply_;
   bool isAnswering_ = false;
   bool isComplete_ = false;

@@ -1,3 +1,5 @@
+// How the server runs on a thread of its own.
+
 #include "https/HttpsServer.h"
 
 #include "https/Certificate.h"
@@ -78,7 +80,7 @@ private:
       port_ = server_->serverPort();
   }
 
-  /// Each connection deletes itself, or goes with the server.
+  /// Each connection deletes itself, or is deleted with the server.
   void accept() {
     while (QTcpSocket* const socket = server_->nextPendingConnection())
       new Connection(qobject_cast<QSslSocket*>(socket), script_);
@@ -94,7 +96,7 @@ private:
   const Certificate certificate_;
   Script script_;
   QThread thread_;
-  QObject anchor_; ///< lives on the thread, for tasks to run there
+  QObject anchor_; ///< lives on the thread: receives its tasks
   std::unique_ptr<QSslServer> server_;
   std::uint16_t port_ = 0;
 };

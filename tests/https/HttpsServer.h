@@ -10,18 +10,17 @@
 
 namespace driftmark::test {
 
-/// How a request is answered. The length of the body is announced, and the connection closed behind
-/// it.
+/// How a request is answered. The reply states the length of the body, and the connection is closed
+/// after it.
 struct HttpsReply {
   using Header = std::pair<std::string, std::string>;
 
   int status = 200;
-  std::vector<Header> headers{}; ///< beside those for the length and the connection
+  std::vector<Header> headers{}; ///< besides those for the length and the connection
   std::string body{};
-  std::uint64_t zeros = 0; ///< as many NUL bytes belong to the body, behind the text
-  bool isEndless =
-      false; ///< NUL bytes follow for as long as they are taken; no length is announced
-  bool isChunked = false;                  ///< the body comes in chunks; no length is announced
+  std::uint64_t zeros = 0; ///< so many NUL bytes follow the text in the body
+  bool isEndless = false;  ///< NUL bytes follow as long as the client reads; no length is stated
+  bool isChunked = false;  ///< the body is sent in chunks; no length is stated
   std::optional<std::uint64_t> cutAfter{}; ///< the connection is closed after so much of the body
 
   static HttpsReply redirect(const std::string& url, int status = 302) {
@@ -29,27 +28,27 @@ struct HttpsReply {
   }
 };
 
-/// What a client asked for.
+/// A request from a client.
 struct HttpsRequest {
   std::string method;
   std::string path;                        ///< with the query
-  std::vector<HttpsReply::Header> headers; ///< the names in small letters
+  std::vector<HttpsReply::Header> headers; ///< the names in lower case
 
   /// The value of a header; empty when it was not sent.
   std::string header(const std::string& name) const;
 };
 
-/// An HTTPS server at a free port of this machine, on a thread of its own, with a certificate of
-/// its own. What nothing is served at is answered with status 404 and a page for people. Any
-/// thread; the waits block and return false when a generous deadline passes first.
+/// An HTTPS server on a free local port, with a thread and a certificate of its own. A path without
+/// a scripted reply gets status 404 and an HTML page. Any thread. The waits block; they return
+/// false when `maxWait` is over.
 class HttpsServer {
 public:
   struct Options {
     std::string folder;                 ///< where the certificate is kept; a temporary one if empty
-    std::string hostName = "localhost"; ///< whom the certificate speaks for
+    std::string hostName = "localhost"; ///< the host in the certificate
   };
 
-  /// Throws std::runtime_error when the server cannot come up.
+  /// Throws std::runtime_error when the server cannot listen.
   HttpsServer() : HttpsServer(Options{}) {}
   explicit HttpsServer(const Options& options);
   HttpsServer(const HttpsServer&) = delete;
@@ -63,26 +62,26 @@ public:
   /// "https://localhost:PORT" and the path, which begins with a slash.
   std::string url(const std::string& path) const;
 
-  /// The PEM file of the authority that vouches for this server.
+  /// The PEM file with the CA certificate of this server.
   std::string certificateFile() const;
 
-  /// Answers requests for `path` in this way from now on.
+  /// Answers requests for `path` with this reply from now on.
   void serve(const std::string& path, HttpsReply reply);
 
-  /// Lets requests for `path` wait without an answer, until they are released.
+  /// Leaves requests for `path` without an answer until they are released.
   void hold(const std::string& path);
   void release(const std::string& path);
 
-  /// What came so far, in its order.
+  /// The requests so far, in order.
   std::vector<HttpsRequest> requests() const;
 
-  /// Waits until `path` was asked for so many times.
+  /// Waits until `path` was requested so many times.
   bool awaitRequests(const std::string& path, std::size_t count) const;
 
-  /// Waits until so many bytes of bodies at `path` have gone out in all.
+  /// Waits until so many bytes of bodies at `path` have been sent in all.
   bool awaitSent(const std::string& path, std::uint64_t bytes) const;
 
-  /// The bytes of bodies at `path` that have gone out so far.
+  /// The bytes of bodies at `path` that have been sent so far.
   std::uint64_t sent(const std::string& path) const;
 
   /// Waits until no client is connected.

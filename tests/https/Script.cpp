@@ -1,16 +1,13 @@
+// What the server answers and what it has received.
+
 #include "https/Script.h"
 
+#include "harness/Waiting.h"
+
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace driftmark::test {
-
-namespace {
-
-constexpr std::chrono::seconds deadline{30};
-
-} // namespace
 
 std::string HttpsRequest::header(const std::string& name) const {
   const auto found = std::find_if(headers.begin(), headers.end(),
@@ -99,7 +96,7 @@ bool Script::awaitNoConnections() const {
 
 bool Script::await(const std::function<bool()>& done) const {
   std::unique_lock lock(mutex_);
-  return changed_.wait_for(lock, deadline, done);
+  return changed_.wait_for(lock, maxWait, done);
 }
 
 } // namespace driftmark::test

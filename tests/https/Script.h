@@ -12,7 +12,7 @@
 
 namespace driftmark::test {
 
-/// What a server answers and what it saw. Any thread.
+/// What the server answers, and what it has received. Any thread.
 class Script {
 public:
   void serve(const std::string& path, HttpsReply reply);

@@ -1,3 +1,5 @@
+// How tests write zip archives that no tool would write.
+
 #include "update/Archive.h"
 
 #include "harness/TemporaryFolder.h"

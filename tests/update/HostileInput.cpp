@@ -1,5 +1,6 @@
-// Servers, archives and folders that mean harm.
+// Hostile servers, archives and folders.
 
+#include "harness/Waiting.h"
 #include "update/Archive.h"
 #include "update/PlainServer.h"
 #include "update/UpdateTest.h"
@@ -16,15 +17,14 @@ using testing::IsEmpty;
 
 constexpr std::size_t mebibyte = std::size_t{1} << 20;
 
-/// What a program may grow by while it takes something without an end. A sanitizer keeps freed
-/// memory.
+/// How much a program may grow while it receives endless data. A sanitizer keeps freed memory.
 #ifdef DRIFTMARK_SANITIZED
-constexpr std::size_t allowance = 640 * mebibyte;
+constexpr std::size_t maxGrowth = 640 * mebibyte;
 #else
-constexpr std::size_t allowance = 48 * mebibyte;
+constexpr std::size_t maxGrowth = 48 * mebibyte;
 #endif
 
-/// The most memory that a process has ever had resident, in bytes.
+/// The highest resident memory of a process so far, in bytes.
 std::size_t peakMemory(pid_t process) {
   std::ifstream status("/proc/" + std::to_string(process) + "/status");
   std::string word;
@@ -38,27 +38,27 @@ std::size_t peakMemory(pid_t process) {
 
 class HostileInput : public UpdateTest {
 protected:
-  /// An archive of a proper bundle and whatever `spoil` adds.
-  void announceSpoilt(const std::function<void(Archive&)>& spoil) {
+  /// Announces an archive with a proper bundle and the entries that `addEntries` adds.
+  void announceWith(const std::function<void(Archive&)>& addEntries) {
     const fs::path bundle = build("1.1");
     Archive archive(newArchive());
-    spoil(archive);
+    addEntries(archive);
     archive.add(bundle, "Driftmark.app");
     archive.close();
     announce("1.1", newArchive());
   }
 
-  /// Something in the user's home that nobody may touch.
-  fs::path makePrecious() {
-    const fs::path precious = machine_.home() / "Documents";
-    fs::create_directories(precious);
-    std::ofstream(precious / "thesis.txt") << "ten years";
-    return precious;
+  /// A folder of the user's that must not change.
+  fs::path makeDocuments() {
+    const fs::path documents = machine_.home() / "Documents";
+    fs::create_directories(documents);
+    std::ofstream(documents / "thesis.txt") << "ten years";
+    return documents;
   }
 };
 
-TEST_F(HostileInput, entriesThatClimbOutOfTheArchive) {
-  announceSpoilt([](Archive& archive) {
+TEST_F(HostileInput, entriesAboveTargetFolderAreRefused) {
+  announceWith([](Archive& archive) {
     archive.addFile("../../../home/climbed", "x");
     archive.addFile("../climbed", "x");
   });
@@ -68,28 +68,28 @@ TEST_F(HostileInput, entriesThatClimbOutOfTheArchive) {
   EXPECT_FALSE(fs::exists(machine_.programsTemporaryFolder() / "climbed"));
 }
 
-TEST_F(HostileInput, entriesWithAbsolutePaths) {
+TEST_F(HostileInput, entriesWithAbsolutePathsAreRefused) {
   const fs::path target = machine_.home() / "climbed";
-  announceSpoilt([&](Archive& archive) { archive.addFile(target, "x"); });
+  announceWith([&](Archive& archive) { archive.addFile(target, "x"); });
   RunningCopy copy = startInstalled();
   agree(copy);
   awaitAlert(copy.driver, "Update failed");
   EXPECT_FALSE(fs::exists(target));
 }
 
-TEST_F(HostileInput, entriesBehindALinkOfTheArchive) {
-  const fs::path precious = makePrecious();
-  const Tree before = treeAt(precious);
-  announceSpoilt([&](Archive& archive) {
-    archive.addLink("way", precious);
-    archive.addFile("way/thesis.txt", "mine");
+TEST_F(HostileInput, entriesBehindLinkAreRefused) {
+  const fs::path documents = makeDocuments();
+  const Tree before = treeAt(documents);
+  announceWith([&](Archive& archive) {
+    archive.addLink("link", documents);
+    archive.addFile("link/thesis.txt", "mine");
   });
   RunningCopy copy = startInstalled();
   expectFailure(copy, "The update archive could not be unpacked.");
-  EXPECT_EQ(treeAt(precious), before);
+  EXPECT_EQ(treeAt(documents), before);
 }
 
-TEST_F(HostileInput, aBundleThatIsALink) {
+TEST_F(HostileInput, bundleThatIsALinkIsRefused) {
   const fs::path bundle = build("1.1");
   for (const std::string& target : {bundle.string(), std::string("real/Driftmark.app")}) {
     SCOPED_TRACE(target);
@@ -106,44 +106,44 @@ TEST_F(HostileInput, aBundleThatIsALink) {
   }
 }
 
-TEST_F(HostileInput, aLinkInTheBundleThatLeadsOutOfIt) {
+TEST_F(HostileInput, linkOutOfBundleIsRefused) {
   const fs::path bundle = build("1.1");
   fs::create_symlink(machine_.home(), bundle / "Contents/Home");
-  machine_.seal(bundle);
+  machine_.sign(bundle);
   announce("1.1", pack(bundle));
   RunningCopy copy = startInstalled();
   expectFailure(copy, "The update's code signature is invalid.");
 }
 
-TEST_F(HostileInput, aWorkFolderThatIsALinkToSomethingPrecious) {
-  const fs::path precious = makePrecious();
-  const Tree before = treeAt(precious);
+TEST_F(HostileInput, linkInPlaceOfWorkFolderIsNotFollowed) {
+  const fs::path documents = makeDocuments();
+  const Tree before = treeAt(documents);
   const Tree newTree = release("1.1");
   RunningCopy copy = startInstalled();
   const fs::path work = machine_.workFolder(copy.process.identifier());
   fs::create_directories(work.parent_path());
   fs::permissions(work.parent_path(), fs::perms::owner_all);
-  fs::create_directory_symlink(precious, work);
+  fs::create_directory_symlink(documents, work);
   agree(copy);
   expectRelaunch(copy, installed(), "1.1");
-  EXPECT_EQ(treeAt(precious), before);
+  EXPECT_EQ(treeAt(documents), before);
   EXPECT_EQ(treeAt(installed()), newTree);
   EXPECT_FALSE(fs::is_symlink(work));
 }
 
-TEST_F(HostileInput, aTemporaryFolderThatIsALinkToSomethingPrecious) {
-  const fs::path precious = makePrecious();
-  const Tree before = treeAt(precious);
+TEST_F(HostileInput, linkInPlaceOfTemporaryFolderIsNotFollowed) {
+  const fs::path documents = makeDocuments();
+  const Tree before = treeAt(documents);
   const Tree newTree = release("1.1");
-  fs::create_directory_symlink(precious, machine_.programsTemporaryFolder());
+  fs::create_directory_symlink(documents, machine_.programsTemporaryFolder());
   RunningCopy copy = startInstalled();
   agree(copy);
   expectRelaunch(copy, installed(), "1.1");
-  EXPECT_EQ(treeAt(precious), before);
+  EXPECT_EQ(treeAt(documents), before);
   EXPECT_EQ(treeAt(installed()), newTree);
 }
 
-TEST_F(HostileInput, aRedirectionOfTheManifestToAnUnprotectedServer) {
+TEST_F(HostileInput, manifestRedirectToHttpIsRefused) {
   const PlainServer plain;
   release("1.1");
   server_.serve(manifestPath, HttpsReply::redirect(plain.url()));
@@ -152,41 +152,41 @@ TEST_F(HostileInput, aRedirectionOfTheManifestToAnUnprotectedServer) {
   const icloud::Window alert = awaitAlert(copy.driver, "Could not check for updates");
   copy.driver.press("OK");
   copy.log.readUntil("Driftmark: update check failed: " + alert.texts.back() + "\n");
-  EXPECT_FALSE(plain.wasCalled());
+  EXPECT_FALSE(plain.hasClient());
 }
 
-TEST_F(HostileInput, aRedirectionOfTheArchiveToAnUnprotectedServer) {
+TEST_F(HostileInput, archiveRedirectToHttpIsRefused) {
   const PlainServer plain;
   release("1.1");
   server_.serve(archivePath, HttpsReply::redirect(plain.url()));
   RunningCopy copy = startInstalled();
   agree(copy);
   awaitAlert(copy.driver, "Update failed");
-  EXPECT_FALSE(plain.wasCalled());
+  EXPECT_FALSE(plain.hasClient());
   EXPECT_EQ(treeAt(installed()), installedTree_);
 }
 
-TEST_F(HostileInput, aManifestThatNeverEnds) {
+TEST_F(HostileInput, endlessManifestIsBounded) {
   server_.serve(manifestPath, {.isEndless = true});
   RunningCopy copy = startInstalled();
   const std::size_t before = peakMemory(copy.process.identifier());
   check(copy);
   const icloud::Window alert = awaitAlert(copy.driver, "Could not check for updates");
-  EXPECT_LT(peakMemory(copy.process.identifier()), before + allowance);
+  EXPECT_LT(peakMemory(copy.process.identifier()), before + maxGrowth);
   copy.driver.press("OK");
   expectStarted(copy.driver);
 }
 
-TEST_F(HostileInput, aManifestOfAGigabyte) {
+TEST_F(HostileInput, manifestOfOneGigabyteIsBounded) {
   server_.serve(manifestPath, {.zeros = 1024 * mebibyte});
   RunningCopy copy = startInstalled();
   const std::size_t before = peakMemory(copy.process.identifier());
   check(copy);
   EXPECT_EQ(copy.driver.awaitAlert().texts.front(), "Could not check for updates");
-  EXPECT_LT(peakMemory(copy.process.identifier()), before + allowance);
+  EXPECT_LT(peakMemory(copy.process.identifier()), before + maxGrowth);
 }
 
-TEST_F(HostileInput, aDownloadThatNeverEndsLeavesTheProgramResponsive) {
+TEST_F(HostileInput, endlessDownloadLeavesProgramResponsive) {
   release("1.1");
   server_.serve(archivePath, {.isEndless = true});
   RunningCopy copy = startInstalled();
@@ -195,15 +195,15 @@ TEST_F(HostileInput, aDownloadThatNeverEndsLeavesTheProgramResponsive) {
   const std::size_t before = peakMemory(copy.process.identifier());
   ASSERT_TRUE(server_.awaitSent(archivePath, 64 * mebibyte));
   chooseInMenu(copy.driver, "About Driftmark");
-  EXPECT_LT(peakMemory(copy.process.identifier()), before + allowance);
+  EXPECT_LT(peakMemory(copy.process.identifier()), before + maxGrowth);
   quit(copy.driver);
-  EXPECT_EQ(copy.process.wait(), 0);
-  EXPECT_THAT(Machine::endOfEverything(), IsEmpty());
+  EXPECT_EQ(awaitExit(copy.process), 0);
+  EXPECT_THAT(TestMachine::awaitEndOfEverything(), IsEmpty());
   EXPECT_THAT(treeAt(machine_.programsTemporaryFolder()), testing::SizeIs(testing::Le(1U)));
   EXPECT_EQ(treeAt(installed()), installedTree_);
 }
 
-TEST_F(HostileInput, aDownloadOfWhichNothingComes) {
+TEST_F(HostileInput, stalledDownloadDoesNotDelayQuit) {
   release("1.1");
   server_.hold(archivePath);
   RunningCopy copy = startInstalled();
@@ -211,7 +211,7 @@ TEST_F(HostileInput, aDownloadOfWhichNothingComes) {
   ASSERT_TRUE(server_.awaitRequests(archivePath, 1));
   copy.process.signal(SIGTERM);
   copy.driver.awaitEnd();
-  EXPECT_EQ(copy.process.wait(), 0);
+  EXPECT_EQ(awaitExit(copy.process), 0);
   EXPECT_THAT(treeAt(machine_.programsTemporaryFolder()), testing::SizeIs(testing::Le(1U)));
 }
 

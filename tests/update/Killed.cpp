@@ -1,7 +1,8 @@
 // The program is killed between any two steps of an install or a move: a whole bundle always
-// remains, and at the bundle's place there is a whole one or nothing.
+// remains, and the bundle's path has a whole bundle or nothing.
 
 #include "harness/OtherVolume.h"
+#include "harness/Waiting.h"
 #include "update/StepTracer.h"
 #include "update/UpdateTest.h"
 
@@ -14,26 +15,28 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Does what makes the program take steps, and kills it right before step `deadly`. False when it
-/// takes fewer: it has then ended by itself. Absent where processes cannot be followed.
-std::optional<bool> killBefore(int deadly, RunningCopy& copy, const std::string& button) {
+/// Presses a button that starts the steps, and kills the program right before `lastStep`. Returns
+/// false when the program takes fewer steps and ends by itself; absent where processes cannot be
+/// traced.
+std::optional<bool> killBefore(int lastStep, RunningCopy& copy, const std::string& button) {
   StepTracer tracer(copy.process.identifier(), [=](int step) {
-    return step == deadly ? StepTracer::Verdict::kill : StepTracer::Verdict::goOn;
+    return step == lastStep ? StepTracer::Verdict::kill : StepTracer::Verdict::proceed;
   });
-  if (!tracer.isFollowing())
+  if (!tracer.isTracing())
     return std::nullopt;
   copy.driver.press(button);
   copy.driver.awaitEnd();
   tracer.awaitEnd();
-  const bool killed = WIFSIGNALED(copy.process.wait());
-  Machine::killEverything();
+  const bool killed = WIFSIGNALED(awaitExit(copy.process));
+  TestMachine::killEverything();
   return killed;
 }
 
-/// The parameter is the step. The last one lies beyond the end, so that no step is left out.
+/// The parameter is the step. The last value is one more than there are steps, so that none is
+/// missed.
 class Killed : public UpdateTest, public testing::WithParamInterface<int> {
 protected:
-  void killAndLook(int beyondTheEnd) {
+  void expectWholeBundleAfterKill(int stepCount) {
     const Tree newTree = release("1.1");
     RunningCopy copy = startInstalled();
     const fs::path work = machine_.workFolder(copy.process.identifier());
@@ -41,14 +44,14 @@ protected:
     copy.driver.awaitAlert();
     const auto killed = killBefore(GetParam(), copy, "Install and Relaunch");
     if (!killed)
-      GTEST_SKIP() << "this system does not let a process follow another";
-    expectNothingLost(newTree, work);
+      GTEST_SKIP() << "this system does not let a process trace another";
+    expectNoBundleLost(newTree, work);
     EXPECT_TRUE(*killed || treeAt(installed()) == newTree);
-    EXPECT_FALSE(*killed && GetParam() == beyondTheEnd);
+    EXPECT_FALSE(*killed && GetParam() == stepCount);
   }
 
 private:
-  void expectNothingLost(const Tree& newTree, const fs::path& work) const {
+  void expectNoBundleLost(const Tree& newTree, const fs::path& work) const {
     const Tree inPlace = treeAt(installed());
     const Tree oldCopy = treeAt(work / "Driftmark-old.app");
     if (inPlace.empty()) {
@@ -66,8 +69,8 @@ constexpr int updateSteps = 12;
 
 class KilledUpdate : public Killed {};
 
-TEST_P(KilledUpdate, leavesAWholeBundle) {
-  killAndLook(updateSteps);
+TEST_P(KilledUpdate, wholeBundleRemains) {
+  expectWholeBundleAfterKill(updateSteps);
 }
 
 INSTANTIATE_TEST_SUITE_P(BeforeStep, KilledUpdate, testing::Range(1, updateSteps + 1));
@@ -76,12 +79,12 @@ constexpr int updateStepsAcrossVolumes = 24;
 
 class KilledUpdateAcrossVolumes : public Killed {};
 
-TEST_P(KilledUpdateAcrossVolumes, leavesAWholeBundle) {
+TEST_P(KilledUpdateAcrossVolumes, wholeBundleRemains) {
   const OtherVolume elsewhere;
   if (!elsewhere.exists())
     GTEST_SKIP() << "there is no second volume";
   machine_.moveTemporaryFiles(elsewhere.path());
-  killAndLook(updateStepsAcrossVolumes);
+  expectWholeBundleAfterKill(updateStepsAcrossVolumes);
 }
 
 INSTANTIATE_TEST_SUITE_P(BeforeStep, KilledUpdateAcrossVolumes,
@@ -91,17 +94,17 @@ constexpr int moveSteps = 10;
 
 class KilledMove : public testing::TestWithParam<int> {
 protected:
-  Machine machine_;
+  TestMachine machine_;
 };
 
-TEST_P(KilledMove, leavesAWholeBundle) {
+TEST_P(KilledMove, wholeBundleRemains) {
   const fs::path bundle = machine_.placeBundle(machine_.home() / "Downloads", "1.0");
   const Tree asDownloaded = treeAt(bundle);
   RunningCopy copy = machine_.start(bundle);
   copy.driver.awaitAlert();
   const auto killed = killBefore(GetParam(), copy, "Move and Reopen");
   if (!killed)
-    GTEST_SKIP() << "this system does not let a process follow another";
+    GTEST_SKIP() << "this system does not let a process trace another";
   EXPECT_FALSE(*killed && GetParam() == moveSteps);
   if (treeAt(bundle) != asDownloaded) {
     EXPECT_TRUE(treeAt(bundle).empty());

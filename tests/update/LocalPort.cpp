@@ -1,3 +1,5 @@
+// How tests reserve a free port.
+
 #include "update/LocalPort.h"
 
 #include "common/SystemFailure.h"
@@ -15,7 +17,7 @@ LocalPort::LocalPort() : socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)
   socklen_t size = sizeof address;
   auto* const generic = reinterpret_cast<sockaddr*>(&address);
   if (bind(socket.get(), generic, size) != 0 || getsockname(socket.get(), generic, &size) != 0)
-    icloud::throwSystemFailure("no port can be had");
+    icloud::throwSystemFailure("cannot bind a port");
   number = ntohs(address.sin_port);
 }
 

@@ -4,7 +4,7 @@
 
 namespace driftmark::test {
 
-/// A free port of this machine. Calls to it are refused unless somebody listens at the socket.
+/// A free local port. Connections to it are refused unless the socket listens.
 struct LocalPort {
   /// Throws std::system_error.
   LocalPort();

@@ -1,9 +1,10 @@
 // The program moves itself to an Applications folder.
 
 #include "harness/TemporaryFolder.h"
+#include "harness/Tree.h"
+#include "harness/Waiting.h"
 #include "harness/ui/ProgramUi.h"
-#include "update/Machine.h"
-#include "update/Tree.h"
+#include "update/TestMachine.h"
 
 #include <csignal>
 #include <fstream>
@@ -32,19 +33,19 @@ std::string explained(const std::string& location) {
 
 class MoveToApplications : public testing::Test {
 protected:
-  /// Agrees to the move and waits for the old copy's orderly end and the new one.
+  /// Agrees to the move. Waits for the end of the old copy and for the UI driver of the new one.
   icloud::UiDriver move(RunningCopy& copy) {
     copy.driver.press("Move and Reopen");
     copy.driver.awaitEnd();
-    EXPECT_EQ(copy.process.wait(), 0);
+    EXPECT_EQ(awaitExit(copy.process), 0);
     return machine_.awaitOpenedCopy();
   }
 
-  /// Ends the opened copy, and checks that nothing else is left.
+  /// Ends the opened copy and checks that no other process is left.
   static void end(icloud::UiDriver& opened) {
     quit(opened);
-    EXPECT_EQ(Machine::awaitEndOf(opened.process()), 0);
-    EXPECT_THAT(Machine::endOfEverything(), IsEmpty());
+    EXPECT_EQ(TestMachine::awaitEndOf(opened.process()), 0);
+    EXPECT_THAT(TestMachine::awaitEndOfEverything(), IsEmpty());
   }
 
   static void expectRunsFrom(icloud::UiDriver& driver, const fs::path& bundle) {
@@ -62,10 +63,10 @@ protected:
   fs::path installed() const { return machine_.applications() / "Driftmark.app"; }
   fs::path installedAtHome() const { return machine_.home() / "Applications/Driftmark.app"; }
 
-  Machine machine_;
+  TestMachine machine_;
 };
 
-TEST_F(MoveToApplications, fromDownloads) {
+TEST_F(MoveToApplications, programMovesFromDownloads) {
   const fs::path bundle = machine_.placeBundle(downloads(), "1.0");
   const Tree asDownloaded = treeAt(bundle);
   const std::string executable = bundle / "Contents/MacOS/Driftmark";
@@ -80,13 +81,13 @@ TEST_F(MoveToApplications, fromDownloads) {
   EXPECT_EQ(treeAt(installed()), asDownloaded);
   EXPECT_EQ(treeAt(machine_.trash() / "Driftmark.app"), asDownloaded);
   EXPECT_FALSE(fs::exists(bundle));
-  const ToolEnd marks =
+  const Finished marks =
       machine_.run(machine_.tool("xattr"), {"-l", installed() / "Contents/MacOS/Driftmark"});
   EXPECT_THAT(marks.output, Not(HasSubstr("com.apple.quarantine")));
   end(opened);
 }
 
-TEST_F(MoveToApplications, leavesATranslocatedCopyAlone) {
+TEST_F(MoveToApplications, translocatedBundleIsCopiedNotTrashed) {
   const fs::path bundle =
       machine_.placeBundle(machine_.folder() / "private/AppTranslocation/5D1E/d", "1.0");
   const Tree translocated = treeAt(bundle);
@@ -99,7 +100,7 @@ TEST_F(MoveToApplications, leavesATranslocatedCopyAlone) {
   end(opened);
 }
 
-TEST_F(MoveToApplications, goesToTheHomeFolderWhereTheSystemsIsClosed) {
+TEST_F(MoveToApplications, homeFolderIsUsedWhenSystemFolderIsNotWritable) {
   forbidApplications();
   const fs::path bundle = machine_.placeBundle(downloads(), "1.0");
   machine_.giveToUser(downloads());
@@ -114,7 +115,7 @@ TEST_F(MoveToApplications, goesToTheHomeFolderWhereTheSystemsIsClosed) {
   end(opened);
 }
 
-TEST_F(MoveToApplications, replacesAnOlderCopyWhole) {
+TEST_F(MoveToApplications, olderCopyIsReplacedWhole) {
   const fs::path older = machine_.placeBundle(machine_.applications(), "0.9");
   std::ofstream(older / "Contents/only in the older one") << "x";
   const fs::path bundle = machine_.placeBundle(downloads(), "1.0");
@@ -127,12 +128,12 @@ TEST_F(MoveToApplications, replacesAnOlderCopyWhole) {
   end(opened);
 }
 
-TEST_F(MoveToApplications, removesALinkInThePlaceOfAnOlderCopyAndDoesNotFollowIt) {
-  const fs::path precious = machine_.home() / "Documents";
-  fs::create_directories(precious);
-  std::ofstream(precious / "thesis.txt") << "ten years";
-  const Tree before = treeAt(precious);
-  fs::create_directory_symlink(precious, installed());
+TEST_F(MoveToApplications, linkInPlaceOfOlderCopyIsRemovedNotFollowed) {
+  const fs::path documents = machine_.home() / "Documents";
+  fs::create_directories(documents);
+  std::ofstream(documents / "thesis.txt") << "ten years";
+  const Tree before = treeAt(documents);
+  fs::create_directory_symlink(documents, installed());
   const fs::path bundle = machine_.placeBundle(downloads(), "1.0");
   const Tree asDownloaded = treeAt(bundle);
   RunningCopy copy = machine_.start(bundle);
@@ -140,11 +141,11 @@ TEST_F(MoveToApplications, removesALinkInThePlaceOfAnOlderCopyAndDoesNotFollowIt
   icloud::UiDriver opened = move(copy);
   expectRunsFrom(opened, installed());
   EXPECT_EQ(treeAt(installed()), asDownloaded);
-  EXPECT_EQ(treeAt(precious), before);
+  EXPECT_EQ(treeAt(documents), before);
   end(opened);
 }
 
-TEST_F(MoveToApplications, neverAsksAgainOnceDeclined) {
+TEST_F(MoveToApplications, declinedOfferIsNotRepeated) {
   machine_.writeSettings(R"({"theUsersOwn": [1, 2]})");
   const fs::path bundle = machine_.placeBundle(downloads(), "1.0");
   {
@@ -155,18 +156,18 @@ TEST_F(MoveToApplications, neverAsksAgainOnceDeclined) {
     EXPECT_THAT(machine_.settings(), HasSubstr("\"skipUserApplicationsInstall\": true"));
     EXPECT_THAT(machine_.settings(), HasSubstr("theUsersOwn"));
     quit(copy.driver);
-    EXPECT_EQ(copy.process.wait(), 0);
+    EXPECT_EQ(awaitExit(copy.process), 0);
   }
   for (const fs::path& place : {bundle, machine_.placeBundle(machine_.home() / "Desktop", "1.1")}) {
     RunningCopy copy = machine_.start(place);
     expectStarted(copy.driver);
     quit(copy.driver);
-    EXPECT_EQ(copy.process.wait(), 0);
+    EXPECT_EQ(awaitExit(copy.process), 0);
   }
   EXPECT_FALSE(fs::exists(installed()));
 }
 
-TEST_F(MoveToApplications, closingTheOfferDeclinesIt) {
+TEST_F(MoveToApplications, closedOfferIsDeclined) {
   RunningCopy copy = machine_.start(machine_.placeBundle(downloads(), "1.0"));
   copy.driver.awaitAlert();
   copy.driver.key("Escape");
@@ -174,7 +175,7 @@ TEST_F(MoveToApplications, closingTheOfferDeclinesIt) {
   EXPECT_THAT(machine_.settings(), HasSubstr("\"skipUserApplicationsInstall\": true"));
 }
 
-TEST_F(MoveToApplications, agreesWithTheReturnKey) {
+TEST_F(MoveToApplications, returnKeyAgrees) {
   RunningCopy copy = machine_.start(machine_.placeBundle(downloads(), "1.0"));
   copy.driver.awaitAlert();
   copy.driver.key("Return");
@@ -183,30 +184,30 @@ TEST_F(MoveToApplications, agreesWithTheReturnKey) {
   expectRunsFrom(opened, installed());
 }
 
-TEST_F(MoveToApplications, saysWhereElseItRuns) {
+TEST_F(MoveToApplications, offerNamesOtherFolder) {
   const fs::path elsewhere = machine_.folder() / "a disk";
   RunningCopy copy = machine_.start(machine_.placeBundle(elsewhere, "1.0"));
   expectAlert(copy.driver, question, explained(elsewhere), moveButtons);
 }
 
-TEST_F(MoveToApplications, asksInASubfolderOfApplicationsToo) {
+TEST_F(MoveToApplications, subfolderOfApplicationsGetsTheOffer) {
   RunningCopy copy =
       machine_.start(machine_.placeBundle(machine_.applications() / "Utilities", "1.0"));
   expectAlert(copy.driver, question, explained("/Applications/Utilities"), moveButtons);
 }
 
-TEST_F(MoveToApplications, asksNothingInItsPlace) {
+TEST_F(MoveToApplications, installedProgramGetsNoOffer) {
   for (const fs::path& folder : {machine_.applications(), machine_.home() / "Applications"}) {
     RunningCopy copy = machine_.start(machine_.placeBundle(folder, "1.0"));
     expectStarted(copy.driver);
     quit(copy.driver);
-    EXPECT_EQ(copy.process.wait(), 0);
+    EXPECT_EQ(awaitExit(copy.process), 0);
   }
 }
 
-TEST_F(MoveToApplications, saysWhenNeitherFolderTakesTheCopyAndGoesOn) {
+TEST_F(MoveToApplications, failedMoveIsReportedAndProgramContinues) {
   forbidApplications();
-  std::ofstream(machine_.home() / "Applications") << "a file is in the way";
+  std::ofstream(machine_.home() / "Applications") << "not a folder";
   const fs::path bundle = machine_.placeBundle(downloads(), "1.0");
   machine_.giveToUser(machine_.home());
   const Tree asDownloaded = treeAt(bundle);
@@ -223,7 +224,7 @@ TEST_F(MoveToApplications, saysWhenNeitherFolderTakesTheCopyAndGoesOn) {
   EXPECT_THAT(machine_.settings(), Not(HasSubstr("skipUserApplicationsInstall")));
 }
 
-TEST_F(MoveToApplications, saysWhyAnOlderCopyCannotBeRemoved) {
+TEST_F(MoveToApplications, olderCopyThatCannotBeRemovedIsReported) {
   forbidApplications();
   const fs::path atHome = machine_.home() / "Applications";
   const fs::path older = machine_.placeBundle(atHome, "0.9");
@@ -242,25 +243,25 @@ TEST_F(MoveToApplications, saysWhyAnOlderCopyCannotBeRemoved) {
   expectStarted(copy.driver);
 }
 
-TEST_F(MoveToApplications, aSecondLaunchTakesTheOfferOver) {
+TEST_F(MoveToApplications, secondInstanceTakesOfferOver) {
   const fs::path bundle = machine_.placeBundle(downloads(), "1.0");
   RunningCopy first = machine_.start(bundle);
   first.driver.awaitAlert();
-  auto end = std::async(std::launch::async, [&] { return first.process.wait(); });
+  auto end = std::async(std::launch::async, [&] { return awaitExit(first.process); });
   RunningCopy second = machine_.start(bundle);
   EXPECT_EQ(end.get(), 0);
   expectAlert(second.driver, question, explained("~/Downloads"), moveButtons);
   second.log.readUntil("Driftmark: quitting 1 already-running instance(s)\n");
 }
 
-TEST_F(MoveToApplications, aSignalWhileTheOfferIsOpenEndsTheProgramAndMovesNothing) {
+TEST_F(MoveToApplications, signalDuringOfferEndsProgramWithoutMove) {
   const fs::path bundle = machine_.placeBundle(downloads(), "1.0");
   const Tree asDownloaded = treeAt(bundle);
   RunningCopy copy = machine_.start(bundle);
   copy.driver.awaitAlert();
   copy.process.signal(SIGTERM);
   copy.driver.awaitEnd();
-  EXPECT_EQ(copy.process.wait(), 0);
+  EXPECT_EQ(awaitExit(copy.process), 0);
   EXPECT_EQ(treeAt(bundle), asDownloaded);
   EXPECT_FALSE(fs::exists(installed()));
   EXPECT_THAT(machine_.settings(), Not(HasSubstr("skipUserApplicationsInstall")));

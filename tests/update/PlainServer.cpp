@@ -1,3 +1,5 @@
+// How tests notice connections without TLS.
+
 #include "update/PlainServer.h"
 
 #include "common/SystemFailure.h"
@@ -16,7 +18,7 @@ std::string PlainServer::url() const {
   return "http://localhost:" + std::to_string(port_.number) + "/";
 }
 
-bool PlainServer::wasCalled() const {
+bool PlainServer::hasClient() const {
   return icloud::isReadableWithin(port_.socket.get(), std::chrono::milliseconds(0));
 }
 

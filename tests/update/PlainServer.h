@@ -6,7 +6,7 @@
 
 namespace driftmark::test {
 
-/// A port without TLS that takes calls and answers none of them.
+/// A server without TLS that accepts connections and never answers.
 class PlainServer {
 public:
   /// Throws std::system_error.
@@ -14,8 +14,8 @@ public:
 
   std::string url() const;
 
-  /// Whether anybody has called.
-  bool wasCalled() const;
+  /// Whether a client has connected.
+  bool hasClient() const;
 
 private:
   LocalPort port_;

@@ -1,3 +1,5 @@
+// How tests stop a program at each step of an install.
+
 #include "update/StepTracer.h"
 
 #include <algorithm>
@@ -22,8 +24,8 @@ bool isStep(std::uint64_t call) {
   return std::find(steps.begin(), steps.end(), call) != steps.end();
 }
 
-/// The number of the system call that the process is about to make; absent in another stop.
-std::optional<std::uint64_t> callAhead(pid_t process) {
+/// The number of the system call that the process is about to make; absent at any other stop.
+std::optional<std::uint64_t> nextCall(pid_t process) {
   __ptrace_syscall_info info{};
   if (ptrace(PTRACE_GET_SYSCALL_INFO, process, sizeof info, &info) <= 0 ||
       info.op != PTRACE_SYSCALL_INFO_ENTRY)
@@ -31,12 +33,12 @@ std::optional<std::uint64_t> callAhead(pid_t process) {
   return info.entry.nr;
 }
 
-/// Waits for the next stop; absent when the process has ended, whose status is left to its parent.
+/// Waits for the next stop. Absent when the process has ended; its parent still has to reap it.
 std::optional<int> nextStop(pid_t process) {
-  siginfo_t news{};
-  if (waitid(P_PID, static_cast<id_t>(process), &news, WEXITED | WSTOPPED | __WALL | WNOWAIT) !=
+  siginfo_t event{};
+  if (waitid(P_PID, static_cast<id_t>(process), &event, WEXITED | WSTOPPED | __WALL | WNOWAIT) !=
           0 ||
-      news.si_code == CLD_EXITED || news.si_code == CLD_KILLED || news.si_code == CLD_DUMPED)
+      event.si_code == CLD_EXITED || event.si_code == CLD_KILLED || event.si_code == CLD_DUMPED)
     return std::nullopt;
   int status = 0;
   waitpid(process, &status, __WALL | WUNTRACED);
@@ -47,14 +49,15 @@ std::optional<int> nextStop(pid_t process) {
 
 StepTracer::StepTracer(pid_t process, Decision onStep)
     : process_(process), onStep_(std::move(onStep)) {
-  std::promise<bool> begun;
-  auto result = begun.get_future();
-  thread_ = std::thread([this, begun = std::move(begun)]() mutable { follow(std::move(begun)); });
-  isFollowing_ = result.get();
+  std::promise<bool> started;
+  auto result = started.get_future();
+  thread_ =
+      std::thread([this, started = std::move(started)]() mutable { trace(std::move(started)); });
+  isTracing_ = result.get();
 }
 
 StepTracer::~StepTracer() {
-  if (isFollowing_ && !hasEnded_)
+  if (isTracing_ && !hasEnded_)
     kill(process_, SIGKILL);
   awaitEnd();
 }
@@ -64,9 +67,9 @@ void StepTracer::awaitEnd() {
     thread_.join();
 }
 
-void StepTracer::follow(std::promise<bool> begun) {
+void StepTracer::trace(std::promise<bool> started) {
   const bool seized = seize();
-  begun.set_value(seized);
+  started.set_value(seized);
   if (seized)
     takeSteps();
   hasEnded_ = true;
@@ -82,7 +85,7 @@ void StepTracer::takeSteps() {
   while (const auto status = nextStop(process_)) {
     const int stop = WSTOPSIG(*status);
     const bool isEvent = *status >> 16 != 0;
-    const auto call = stop == systemCallStop ? callAhead(process_) : std::nullopt;
+    const auto call = stop == systemCallStop ? nextCall(process_) : std::nullopt;
     if (call && isStep(*call) && onStep_(++step) == Verdict::kill) {
       kill(process_, SIGKILL);
       return;

@@ -1,4 +1,4 @@
-// What can go wrong on the way to an update, what the user is told, and that nothing has changed.
+// How an update fails, what the user reads then, and that nothing has changed.
 
 #include "harness/TemporaryFolder.h"
 #include "update/Archive.h"
@@ -20,7 +20,7 @@ using testing::HasSubstr;
 
 class UpdateFailures : public UpdateTest {
 protected:
-  /// Checks, and expects to be told why that failed, on the screen and in the log.
+  /// Checks for updates and expects these reasons for its failure in the log and in the alert.
   void expectCheckFails(RunningCopy& copy, const std::string& logged, const std::string& shown) {
     check(copy);
     expectAlert(copy.driver, "Could not check for updates", shown);
@@ -30,21 +30,21 @@ protected:
     EXPECT_EQ(treeAt(installed()), installedTree_);
   }
 
-  void setManifestAddress(const std::string& url) const {
+  void setManifestUrl(const std::string& url) const {
     machine_.writeSettings(nlohmann::json{{"UpdateManifestURL", url}}.dump());
   }
 
   const std::string unreadable = "The update information was unreadable.";
 };
 
-TEST_F(UpdateFailures, unreachable) {
+TEST_F(UpdateFailures, unreachableServerIsReported) {
   const LocalPort port;
-  setManifestAddress("https://localhost:" + std::to_string(port.number) + manifestPath);
+  setManifestUrl("https://localhost:" + std::to_string(port.number) + manifestPath);
   RunningCopy copy = startInstalled();
   expectCheckFails(copy, "Connection refused", "Connection refused");
 }
 
-TEST_F(UpdateFailures, anAuthorityThatNobodyKnows) {
+TEST_F(UpdateFailures, unknownCaCertificateIsRefused) {
   release("1.1");
   machine_.setVariable("DRIFTMARK_EXTRA_CA_CERTIFICATES", "");
   RunningCopy copy = startInstalled();
@@ -56,10 +56,10 @@ TEST_F(UpdateFailures, anAuthorityThatNobodyKnows) {
   EXPECT_THAT(requestedPaths(), testing::IsEmpty());
 }
 
-TEST_F(UpdateFailures, aCertificateForAnotherHost) {
+TEST_F(UpdateFailures, certificateOfOtherHostIsRefused) {
   const HttpsServer other({.folder = machine_.home(), .hostName = "elsewhere.test"});
   machine_.setVariable("DRIFTMARK_EXTRA_CA_CERTIFICATES", other.certificateFile());
-  setManifestAddress(other.url(manifestPath));
+  setManifestUrl(other.url(manifestPath));
   RunningCopy copy = startInstalled();
   check(copy);
   const icloud::Window alert = awaitAlert(copy.driver, "Could not check for updates");
@@ -67,14 +67,14 @@ TEST_F(UpdateFailures, aCertificateForAnotherHost) {
   EXPECT_THAT(other.requests(), testing::IsEmpty());
 }
 
-TEST_F(UpdateFailures, anErrorPage) {
+TEST_F(UpdateFailures, errorPageIsAnUnreadableManifest) {
   server_.serve(manifestPath,
                 {.status = 404, .body = "<html>404: this page has drifted away</html>"});
   RunningCopy copy = startInstalled();
   expectCheckFails(copy, "unreadable manifest", unreadable);
 }
 
-TEST_F(UpdateFailures, malformedManifests) {
+TEST_F(UpdateFailures, malformedManifestsAreUnreadable) {
   const std::string url = server_.url(archivePath);
   const std::vector<std::string> manifests{
       "",
@@ -100,7 +100,7 @@ TEST_F(UpdateFailures, malformedManifests) {
   EXPECT_EQ(requestedPaths().size(), manifests.size());
 }
 
-TEST_F(UpdateFailures, aManifestCutShort) {
+TEST_F(UpdateFailures, truncatedManifestIsAConnectionError) {
   release("1.1");
   server_.serve(manifestPath, {.body = std::string(1000, ' '), .cutAfter = 500});
   RunningCopy copy = startInstalled();
@@ -111,7 +111,7 @@ TEST_F(UpdateFailures, aManifestCutShort) {
   copy.log.readUntil("Driftmark: update check failed: " + alert.texts.back() + "\n");
 }
 
-TEST_F(UpdateFailures, aDownloadCutShort) {
+TEST_F(UpdateFailures, truncatedDownloadIsAConnectionError) {
   release("1.1");
   const std::string archive = contentsOf(newArchive());
   server_.serve(archivePath, {.body = archive, .cutAfter = archive.size() / 2});
@@ -125,14 +125,14 @@ TEST_F(UpdateFailures, aDownloadCutShort) {
   EXPECT_THAT(treeAt(machine_.programsTemporaryFolder()), testing::SizeIs(testing::Le(1U)));
 }
 
-TEST_F(UpdateFailures, noArchiveAtItsAddress) {
+TEST_F(UpdateFailures, missingArchiveCannotBeUnpacked) {
   release("1.1");
   server_.serve(archivePath, {.status = 410, .body = "<html>gone</html>"});
   RunningCopy copy = startInstalled();
   expectFailure(copy, "The update archive could not be unpacked.");
 }
 
-TEST_F(UpdateFailures, anArchiveCutShortBeforeItWasServed) {
+TEST_F(UpdateFailures, truncatedArchiveCannotBeUnpacked) {
   release("1.1");
   const std::string archive = contentsOf(newArchive());
   server_.serve(archivePath, {.body = archive.substr(0, archive.size() / 2)});
@@ -140,7 +140,7 @@ TEST_F(UpdateFailures, anArchiveCutShortBeforeItWasServed) {
   expectFailure(copy, "The update archive could not be unpacked.");
 }
 
-TEST_F(UpdateFailures, theBundleInASubfolder) {
+TEST_F(UpdateFailures, bundleInSubfolderIsNotFound) {
   const fs::path bundle = build("1.1");
   const fs::path file = newArchive();
   Archive archive(file);
@@ -152,7 +152,7 @@ TEST_F(UpdateFailures, theBundleInASubfolder) {
   expectFailure(copy, "The update archive did not contain Driftmark.app.");
 }
 
-TEST_F(UpdateFailures, aChangedResource) {
+TEST_F(UpdateFailures, changedProgramInvalidatesSignature) {
   const fs::path bundle = build("1.1");
   std::ofstream(bundle / "Contents/MacOS/Driftmark", std::ios::app) << "x";
   announce("1.1", pack(bundle));
@@ -160,7 +160,7 @@ TEST_F(UpdateFailures, aChangedResource) {
   expectFailure(copy, "The update's code signature is invalid.");
 }
 
-TEST_F(UpdateFailures, anAddedResource) {
+TEST_F(UpdateFailures, addedFileInvalidatesSignature) {
   const fs::path bundle = build("1.1");
   std::ofstream(bundle / "Contents/MacOS/helper") << "#!/bin/sh\n";
   announce("1.1", pack(bundle));
@@ -168,7 +168,7 @@ TEST_F(UpdateFailures, anAddedResource) {
   expectFailure(copy, "The update's code signature is invalid.");
 }
 
-TEST_F(UpdateFailures, noSignature) {
+TEST_F(UpdateFailures, missingSignatureIsInvalid) {
   const fs::path bundle = build("1.1");
   fs::remove_all(bundle / "Contents/_CodeSignature");
   announce("1.1", pack(bundle));
@@ -176,10 +176,10 @@ TEST_F(UpdateFailures, noSignature) {
   expectFailure(copy, "The update's code signature is invalid.");
 }
 
-TEST_F(UpdateFailures, anotherTeam) {
+TEST_F(UpdateFailures, signatureOfOtherTeamIsRefused) {
   for (const char* identity : {"Developer ID Application: Elsewhere (ABCDE12345)", "-"}) {
     const fs::path bundle = build("1.1");
-    machine_.seal(bundle, identity);
+    machine_.sign(bundle, identity);
     announce("1.1", pack(bundle));
     RunningCopy copy = startInstalled();
     expectFailure(copy, "The update was not signed by Tallowmere.");

@@ -1,6 +1,9 @@
+// How tests release, offer and install an update.
+
 #include "update/UpdateTest.h"
 
 #include "harness/TemporaryFolder.h"
+#include "harness/Waiting.h"
 
 #include <nlohmann/json.hpp>
 
@@ -45,10 +48,10 @@ fs::path UpdateTest::build(const std::string& version) {
 
 fs::path UpdateTest::pack(const fs::path& bundle) {
   fs::remove(newArchive());
-  const ToolEnd end =
+  const Finished end =
       machine_.run(machine_.tool("ditto"), {"-c", "-k", "--keepParent", bundle, newArchive()});
   if (end.exitStatus != 0)
-    throw std::runtime_error("cannot pack: " + end.output);
+    throw std::runtime_error("cannot pack: " + end.error);
   return newArchive();
 }
 
@@ -78,7 +81,7 @@ void UpdateTest::expectRelaunch(RunningCopy& copy, const fs::path& bundle,
   copy.log.readUntil("Driftmark: updated bundle at /Applications/" + bundle.filename().string() +
                      ", relaunching\n");
   copy.driver.awaitEnd();
-  EXPECT_EQ(copy.process.wait(), 0);
+  EXPECT_EQ(awaitExit(copy.process), 0);
 
   icloud::UiDriver opened = machine_.awaitOpenedCopy();
   EXPECT_EQ(opened.program(), bundle / "Contents/MacOS/Driftmark");
@@ -89,8 +92,8 @@ void UpdateTest::expectRelaunch(RunningCopy& copy, const fs::path& bundle,
   EXPECT_THAT(contentsOf(machine_.logOfOpened(bundle)),
               testing::HasSubstr("Driftmark: up to date (" + version + ")\n"));
   quit(opened);
-  EXPECT_EQ(Machine::awaitEndOf(opened.process()), 0);
-  EXPECT_THAT(Machine::endOfEverything(), testing::IsEmpty());
+  EXPECT_EQ(TestMachine::awaitEndOf(opened.process()), 0);
+  EXPECT_THAT(TestMachine::awaitEndOfEverything(), testing::IsEmpty());
 }
 
 } // namespace driftmark::test

@@ -1,7 +1,8 @@
-// The older program becomes the newer one, or stays what it is.
+// A user checks for updates and installs one.
 
 #include "harness/OtherVolume.h"
 #include "harness/TemporaryFolder.h"
+#include "harness/Waiting.h"
 #include "update/UpdateTest.h"
 
 namespace driftmark::test {
@@ -13,7 +14,7 @@ using testing::HasSubstr;
 
 class Updates : public UpdateTest {};
 
-TEST_F(Updates, offersInstallsAndComesUpAsTheNewerCopy) {
+TEST_F(Updates, acceptedUpdateIsInstalledAndRelaunched) {
   const Tree newTree = release("1.1", "Calmer waters.\n& <b>no</b> markup");
   RunningCopy copy = startInstalled();
   check(copy);
@@ -32,7 +33,7 @@ TEST_F(Updates, offersInstallsAndComesUpAsTheNewerCopy) {
   EXPECT_THAT(requestedPaths(), ElementsAre(manifestPath, archivePath, manifestPath));
 }
 
-TEST_F(Updates, laterChangesNothingAndAsksAgain) {
+TEST_F(Updates, laterKeepsOldVersionAndAsksAgain) {
   release("1.1");
   RunningCopy copy = startInstalled();
   for (int time = 0; time < 2; ++time) {
@@ -42,13 +43,13 @@ TEST_F(Updates, laterChangesNothingAndAsksAgain) {
     expectStarted(copy.driver);
   }
   quit(copy.driver);
-  EXPECT_EQ(copy.process.wait(), 0);
+  EXPECT_EQ(awaitExit(copy.process), 0);
   EXPECT_EQ(treeAt(installed()), installedTree_);
   EXPECT_THAT(requestedPaths(), testing::Each(manifestPath));
-  EXPECT_THAT(Machine::endOfEverything(), testing::IsEmpty());
+  EXPECT_THAT(TestMachine::awaitEndOfEverything(), testing::IsEmpty());
 }
 
-TEST_F(Updates, saysThatItIsUpToDate) {
+TEST_F(Updates, sameOrOlderVersionIsUpToDate) {
   for (const char* version : {"1.0", "1.0.0", "0.9.9"}) {
     release(version);
     RunningCopy copy = startInstalled();
@@ -60,7 +61,7 @@ TEST_F(Updates, saysThatItIsUpToDate) {
   }
 }
 
-TEST_F(Updates, twoQuickRequestsOfTheUserSendOne) {
+TEST_F(Updates, repeatedCheckSendsOneRequest) {
   release("1.0");
   server_.hold(manifestPath);
   RunningCopy copy = startInstalled();
@@ -74,7 +75,7 @@ TEST_F(Updates, twoQuickRequestsOfTheUserSendOne) {
   EXPECT_THAT(requestedPaths(), ElementsAre(manifestPath));
 }
 
-TEST_F(Updates, aSecondAgreementDuringTheDownloadStartsASecondOne) {
+TEST_F(Updates, agreementDuringDownloadStartsSecondDownload) {
   const Tree newTree = release("1.1");
   server_.hold(archivePath);
   RunningCopy copy = startInstalled();
@@ -94,7 +95,7 @@ TEST_F(Updates, aSecondAgreementDuringTheDownloadStartsASecondOne) {
   EXPECT_EQ(treeAt(installed()), newTree);
 }
 
-TEST_F(Updates, worksInAPathWithSpaces) {
+TEST_F(Updates, bundleInPathWithSpacesIsUpdated) {
   const fs::path spaced = machine_.applications() / "Drift  mark.app";
   fs::rename(installed(), spaced);
   const Tree newTree = release("1.1");
@@ -104,8 +105,8 @@ TEST_F(Updates, worksInAPathWithSpaces) {
   EXPECT_EQ(treeAt(spaced), newTree);
 }
 
-// The command that opens the new copy quotes the path and does not escape it.
-TEST_F(Updates, swapsButDoesNotReopenAPathWithADoubleQuote) {
+// The command that opens the new copy puts the path in quotes and escapes nothing.
+TEST_F(Updates, bundleInPathWithDoubleQuoteIsUpdatedButNotReopened) {
   const fs::path quoted = machine_.applications() / "Drift\"mark.app";
   fs::rename(installed(), quoted);
   const Tree newTree = release("1.1");
@@ -113,13 +114,13 @@ TEST_F(Updates, swapsButDoesNotReopenAPathWithADoubleQuote) {
   agree(copy);
   copy.log.readUntil("Driftmark: updated bundle at /Applications/Drift\"mark.app, relaunching\n");
   copy.driver.awaitEnd();
-  EXPECT_EQ(copy.process.wait(), 0);
-  EXPECT_THAT(Machine::endOfEverything(), testing::IsEmpty());
+  EXPECT_EQ(awaitExit(copy.process), 0);
+  EXPECT_THAT(TestMachine::awaitEndOfEverything(), testing::IsEmpty());
   EXPECT_FALSE(machine_.copyOpenedWithin(std::chrono::milliseconds(0)));
   EXPECT_EQ(treeAt(quoted), newTree);
 }
 
-TEST_F(Updates, acrossVolumes) {
+TEST_F(Updates, downloadOnOtherVolumeIsInstalled) {
   const OtherVolume elsewhere;
   if (!elsewhere.exists())
     GTEST_SKIP() << "there is no second volume";
@@ -133,7 +134,7 @@ TEST_F(Updates, acrossVolumes) {
             installedTree_);
 }
 
-TEST_F(Updates, theFirstMoveFailingLeavesEverythingInItsPlace) {
+TEST_F(Updates, failedFirstMoveChangesNothing) {
   release("1.1");
   machine_.useUnprivilegedUser();
   machine_.giveToUser(installed());
@@ -144,8 +145,8 @@ TEST_F(Updates, theFirstMoveFailingLeavesEverythingInItsPlace) {
   expectFailure(copy, "“Driftmark.app” couldn’t be moved: Permission denied");
 }
 
-// A folder that its owner may not write to cannot be moved into another one.
-TEST_F(Updates, theSecondMoveFailingBringsTheOldCopyBack) {
+// A folder without write permission cannot be moved into another one.
+TEST_F(Updates, failedSecondMoveRestoresOldBundle) {
   const fs::path bundle = build("1.1");
   fs::permissions(bundle, fs::perms::owner_read | fs::perms::owner_exec);
   announce("1.1", pack(bundle));

@@ -1,6 +1,6 @@
-// Loaded into a program before the C library. Whoever opens a folder inside another one, by a name
-// that begins as HOLD_PREFIX says, tells so with a byte into the pipe HOLD_REACHED and goes on with
-// a byte out of the pipe HOLD_GO.
+// Loaded into a program before the C library. When the program opens a folder inside another one
+// and the name begins with HOLD_PREFIX, it writes a byte into the pipe HOLD_REACHED and then waits
+// for a byte from the pipe HOLD_GO.
 
 #include <cerrno>
 #include <cstdlib>
@@ -37,7 +37,7 @@ ssize_t take(int pipe) {
 
 } // namespace
 
-/// Stands in for the C library's function. The mode counts only where a file is made.
+/// Replaces the C library's function. The mode is used only when a file is created.
 extern "C" int openOrWait(int folder, const char* name, int flags, mode_t mode) __asm__("openat");
 
 extern "C" int openOrWait(int folder, const char* name, int flags, mode_t mode) {

@@ -1,9 +1,10 @@
-#include "update/Tree.h"
+// How tests compare folders.
 
-#include <fstream>
-#include <iterator>
+#include "harness/Tree.h"
 
-#include <QCryptographicHash>
+#include "harness/TemporaryFolder.h"
+
+#include <functional>
 
 namespace driftmark::test {
 namespace fs = std::filesystem;
@@ -11,11 +12,7 @@ namespace fs = std::filesystem;
 namespace {
 
 std::string hashOf(const fs::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
-  const QByteArray view =
-      QByteArray::fromRawData(bytes.data(), static_cast<qsizetype>(bytes.size()));
-  return QCryptographicHash::hash(view, QCryptographicHash::Sha256).toHex().toStdString();
+  return std::to_string(std::hash<std::string>()(contentsOf(file)));
 }
 
 std::string describe(const fs::path& path) {

@@ -1,7 +1,8 @@
-// How the program ends, and that nothing outlives it.
+// How the program ends on a display, and that no process outlives it.
 
 #include "desktop/Session.h"
 #include "harness/BuiltFiles.h"
+#include "harness/Waiting.h"
 
 #include <csignal>
 
@@ -16,25 +17,25 @@ using icloud::UiDriver;
 using icloud::Window;
 using testing::IsEmpty;
 
-class Ends : public testing::Test {
+class ProgramShutdown : public testing::Test {
 protected:
-  /// Starts the program, and waits until its monitors run. They write nothing, so that the end of
-  /// their terminals does not end them.
-  explicit Ends(const std::string& steps = "wait") {
+  /// Starts the program with a `brctl` that runs these steps. Waits until the monitors run; they
+  /// write nothing, so that they do not notice when their terminals close.
+  explicit ProgramShutdown(const std::string& steps = "wait") {
     session_.writeTool("/usr/bin/brctl", execChildTool(steps));
     program_.emplace(session_.start());
-    driver_.emplace(session_.attend());
+    driver_.emplace(session_.awaitDriver());
     program_->log.readUntil("brctl monitor -g started");
     driver_->awaitWindow([](const Window& window) { return window.kind == Window::Kind::other; });
   }
 
   void expectOrderlyEnd() {
-    EXPECT_EQ(icloud::describeEnd(program_->process.wait()), "status 0");
+    EXPECT_EQ(awaitEnd(program_->process), "status 0");
     expectNothingLeft();
   }
 
   void expectNothingLeft() {
-    EXPECT_THAT(session_.leftRunning(), IsEmpty());
+    EXPECT_THAT(session_.killLeftovers(), IsEmpty());
     EXPECT_THAT(program_->log.readToEnd(), Not(testing::HasSubstr("restarting")));
   }
 
@@ -49,35 +50,25 @@ protected:
   std::optional<UiDriver> driver_;
 };
 
-TEST_F(Ends, byEitherSignal) {
-  program_->process.signal(SIGTERM);
-  expectOrderlyEnd();
-  program_.reset();
-  program_.emplace(session_.start());
-  program_->log.readUntil("brctl monitor -g started");
-  program_->process.signal(SIGINT);
-  expectOrderlyEnd();
-}
-
-TEST_F(Ends, byBothSignalsSeveralTimes) {
+TEST_F(ProgramShutdown, repeatedSignalsEndProgramOnce) {
   for (const int signal : {SIGTERM, SIGINT, SIGTERM, SIGINT})
     program_->process.signal(signal);
   expectOrderlyEnd();
 }
 
-TEST_F(Ends, byTheMenu) {
+TEST_F(ProgramShutdown, quitInMenuEndsProgram) {
   openMenu();
   driver_->choose("Quit Driftmark");
   expectOrderlyEnd();
 }
 
-TEST_F(Ends, byASignalWhileTheMenuIsOpen) {
+TEST_F(ProgramShutdown, signalEndsProgramWithOpenMenu) {
   openMenu();
   program_->process.signal(SIGTERM);
   expectOrderlyEnd();
 }
 
-TEST_F(Ends, byASignalWhileTheAboutPanelIsOpen) {
+TEST_F(ProgramShutdown, signalEndsProgramWithOpenAboutPanel) {
   openMenu();
   driver_->choose("About Driftmark");
   driver_->awaitWindow([](const Window& window) { return window.kind == Window::Kind::dialog; });
@@ -85,32 +76,22 @@ TEST_F(Ends, byASignalWhileTheAboutPanelIsOpen) {
   expectOrderlyEnd();
 }
 
-TEST_F(Ends, withTheDisplay) {
-  display_.close();
-  EXPECT_TRUE(WIFEXITED(program_->process.wait()));
-  expectNothingLeft();
-}
-
-TEST_F(Ends, withTheDisplayWhileTheMenuIsOpen) {
+TEST_F(ProgramShutdown, lostDisplayEndsProgramWithOpenMenu) {
   openMenu();
   display_.close();
-  EXPECT_TRUE(WIFEXITED(program_->process.wait()));
+  EXPECT_TRUE(WIFEXITED(awaitExit(program_->process)));
   expectNothingLeft();
 }
 
-class EndsOfStubbornTools : public Ends {
+/// The tools ignore SIGTERM.
+class StubbornToolShutdown : public ProgramShutdown {
 protected:
-  EndsOfStubbornTools() : Ends("ignore-terminate print ready wait") {}
+  StubbornToolShutdown() : ProgramShutdown("ignore-terminate print ready wait") {}
 };
 
-TEST_F(EndsOfStubbornTools, byASignal) {
-  program_->process.signal(SIGTERM);
-  expectOrderlyEnd();
-}
-
-TEST_F(EndsOfStubbornTools, withTheDisplay) {
+TEST_F(StubbornToolShutdown, lostDisplayEndsProgramAndTools) {
   display_.close();
-  EXPECT_TRUE(WIFEXITED(program_->process.wait()));
+  EXPECT_TRUE(WIFEXITED(awaitExit(program_->process)));
   expectNothingLeft();
 }
 
