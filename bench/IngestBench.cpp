@@ -71,9 +71,9 @@ void requireSameModel(const Subject& subject, const Baseline& baseline) {
 
   require(left.active().size() == right.active().size(), "the number of active transfers");
   for (const auto& [path, item] : right.active()) {
-    const auto found = left.active().find(path);
-    require(found != left.active().end() && found->second.path == path &&
-                found->second.direction == item.direction && found->second.percent == item.percent,
+    const ActiveItem* const found = left.active().find(path);
+    require(found && found->path == path && found->direction == item.direction &&
+                found->percent == item.percent,
             "an active transfer");
   }
   require(left.issues().size() == right.issues().size(), "the number of issues");

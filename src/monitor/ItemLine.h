@@ -1,38 +1,34 @@
 #pragma once
 
-#include <cstddef>
+#include "monitor/model/Items.h"
+
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace driftmark {
 
-/// The result of one pass over the bytes of a line.
-struct LineScan {
-  bool isUtf8 = true;
-  bool hasEscape = false; ///< contains an escape character
-
-  // Positions in the line; the length of the line when there is none.
-  std::size_t uploadSeparator = 0; ///< the first " ↑ "
-  std::size_t cloudSeparator = 0;  ///< the first " ☁"
-  std::size_t lastUpArrow = 0;
-  std::size_t lastDownArrow = 0;
-};
-
-/// Scans a line once. The positions of a line that is not UTF-8 are not valid.
-LineScan scanLine(std::string_view line);
-
-/// A line about an item, split into its parts.
+/// What one line of the per-item monitor says.
 struct ItemLine {
-  std::string_view path;      ///< as printed, from its "/" on
-  std::string_view remainder; ///< from the separator on; empty when there is none
-  bool hasUpArrow = false;    ///< in the remainder
-  bool hasDownArrow = false;  ///< in the remainder
+  enum class Kind {
+    invalid,      ///< not UTF-8
+    other,        ///< not about an item
+    ignored,      ///< about a hidden item or one in the trash
+    progress,     ///< a transfer starts or continues
+    current,      ///< the item is in sync
+    evicted,      ///< the item is only in iCloud
+    unrecognized, ///< the item is in any other state
+  };
+
+  Kind kind = Kind::other;
+  std::string_view path;                   ///< as printed, from its "/" on
+  Direction direction = Direction::upload; ///< of a transfer
+  std::optional<double> percent;           ///< of a transfer; absent when the line has none
+  std::string_view state;                  ///< an unrecognized one, without the cloud before it
 };
 
-/// Splits a line that begins with `itemPrefix`. `scan` is the scan of this very line, which has no
-/// carriage returns at its end.
-ItemLine cutItemLine(std::string_view line, const LineScan& scan);
-
-inline constexpr std::string_view itemPrefix = " o /";
-inline constexpr std::string_view cloud = "\u2601";
+/// Reads a line without its newline. The result refers to `line`, or to `storage`, which keeps the
+/// text of a line with colour sequences in it.
+ItemLine readItemLine(std::string_view line, std::string& storage);
 
 } // namespace driftmark

@@ -1,5 +1,10 @@
 #pragma once
 
+#include "support/Strings.h"
+
+#include <array>
+#include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -9,8 +14,11 @@ namespace driftmark {
 /// their number is not limited. Each byte is examined once, however small the chunks are.
 class LineBuffer {
 public:
-  /// Takes the next bytes of the stream and calls `handle(line)` for every line that they complete,
-  /// in order, without its newline. The line is valid during the call, which must not call
+  static constexpr std::size_t maxLines = 16; ///< that are handed over at once
+
+  /// Takes the next bytes of the stream and calls `handle(std::span<const std::string_view>)` with
+  /// the lines that they complete, in order, some at a time, without their newlines. The lines are
+  /// valid during the call, which must not call
   /// `append`.
   template <class Handler> void append(std::string_view chunk, Handler&& handle) {
     if (!pending_.empty()) {
@@ -18,27 +26,28 @@ public:
       pending_.append(chunk.substr(0, end));
       if (end == std::string_view::npos)
         return;
-      handle(std::string_view(pending_));
-      clearPending();
+      const std::string_view line = pending_;
+      handle(std::span(&line, 1));
+      clearScratch(pending_);
       chunk.remove_prefix(end + 1);
     }
+    std::array<std::string_view, maxLines> lines;
+    std::size_t count = 0;
     for (std::size_t end = chunk.find('\n'); end != std::string_view::npos;
          end = chunk.find('\n')) {
-      handle(chunk.substr(0, end));
+      lines[count++] = chunk.substr(0, end);
       chunk.remove_prefix(end + 1);
+      if (count == maxLines) {
+        handle(std::span<const std::string_view>(lines));
+        count = 0;
+      }
     }
+    if (count > 0)
+      handle(std::span<const std::string_view>(lines.data(), count));
     pending_.append(chunk);
   }
 
 private:
-  /// Empties the buffer and frees the memory that an unusually long line took.
-  void clearPending() {
-    constexpr std::size_t maxKeptCapacity = 4096;
-    if (pending_.capacity() > maxKeptCapacity)
-      std::string().swap(pending_);
-    pending_.clear();
-  }
-
   std::string pending_;
 };
 

@@ -68,8 +68,7 @@ std::optional<TerminalChild> SyncMonitor::spawn(const std::vector<std::string>& 
 
 void SyncMonitor::ingest(std::string_view chunk, MonitorChild& child) {
   bool changed = false;
-  child.lineBuffer.append(
-      chunk, [&](std::string_view line) { changed |= (this->*child.parseLine)(line); });
+  child.lineBuffer.append(chunk, [&](Lines lines) { changed |= (this->*child.parse)(lines); });
   if (changed)
     notify();
 }

@@ -5,7 +5,6 @@
 #include "ports/Environment.h"
 #include "support/Numbers.h"
 
-#include <algorithm>
 #include <variant>
 
 namespace driftmark {
@@ -18,17 +17,15 @@ Seconds SyncMonitor::stallThreshold(const Environment& environment) {
 }
 
 bool SyncMonitor::isStalled(const ActiveItem& item) const {
-  return Seconds(ports_.clock.now() - item.lastUpdate) > stalledAfter_;
+  return active_.isStalled(item, ports_.clock.now());
+}
+
+std::size_t SyncMonitor::stalledCount() const {
+  return active_.stalledCount(ports_.clock.now());
 }
 
 std::optional<double> SyncMonitor::longestStall() const {
-  std::optional<double> longest;
-  for (const auto& [path, item] : active_) {
-    const Seconds elapsed = ports_.clock.now() - item.lastUpdate;
-    if (elapsed > stalledAfter_)
-      longest = std::max(longest.value_or(elapsed.count()), elapsed.count());
-  }
-  return longest;
+  return active_.longestStall(ports_.clock.now());
 }
 
 bool SyncMonitor::shouldOfferRestart() const {
@@ -44,9 +41,7 @@ void SyncMonitor::restartSyncDaemon() {
   else if (const int status = std::get<ToolResult>(outcome).exitStatus; status != 0)
     log({"killall bird exited ", std::to_string(status)});
 
-  const Date now = ports_.clock.now();
-  for (auto& [path, item] : active_)
-    item.lastUpdate = now;
+  active_.restartClocks(ports_.clock.now());
   notify();
 }
 

@@ -1,5 +1,5 @@
-// Which state the icon shows, in which order of precedence, and the mean progress. Each answer is
-// computed anew against the clock.
+// Which state the icon shows, in which order of precedence, and the mean progress. Each answer
+// holds for the moment of the question.
 
 #include "monitor/SyncMonitor.h"
 
@@ -8,21 +8,16 @@ namespace driftmark {
 /// Live transfers come first, then what needs the user, then the direction that is held, then what
 /// `brctl status` confirmed, then the global feed.
 OverallState SyncMonitor::overall() const {
-  bool stalled = false, uploading = false, downloading = false;
-  for (const auto& [path, item] : active_) {
-    if (isStalled(item))
-      stalled = true;
-    else
-      (item.direction == Direction::upload ? uploading : downloading) = true;
-  }
-  if (uploading)
-    return downloading ? OverallState::both : OverallState::uploading;
-  if (downloading)
+  const Date now = ports_.clock.now();
+  const Transfers::Live& live = active_.live(now);
+  if (live.uploads > 0)
+    return live.downloads > 0 ? OverallState::both : OverallState::uploading;
+  if (live.downloads > 0)
     return OverallState::downloading;
-  if (stalled || !issues_.empty())
+  if (!active_.empty() || !issues_.empty()) // what is in flight is stalled
     return OverallState::attention;
 
-  if (holdDirection_ && ports_.clock.now() < holdUntil_)
+  if (holdDirection_ && now < holdUntil_)
     return *holdDirection_ == Direction::upload ? OverallState::uploading
                                                 : OverallState::downloading;
   if (statusActivity_ && statusActivity_->uploads >= 1)
@@ -33,15 +28,7 @@ OverallState SyncMonitor::overall() const {
 }
 
 std::optional<double> SyncMonitor::progress() const {
-  double sum = 0;
-  int count = 0;
-  for (const auto& [path, item] : active_) {
-    if (!item.percent || isStalled(item))
-      continue;
-    sum += *item.percent;
-    ++count;
-  }
-  return count > 0 ? std::optional(sum / count) : std::nullopt;
+  return active_.progress(ports_.clock.now());
 }
 
 } // namespace driftmark

@@ -20,7 +20,7 @@ std::shared_ptr<SyncMonitor> SyncMonitor::make(const Ports& ports) {
 }
 
 SyncMonitor::SyncMonitor(Private /*pass*/, const Ports& ports)
-    : ports_(ports), mobileDocs_(mobileDocs(ports.fileSystem)), fullPath_(mobileDocs_),
+    : ports_(ports), mobileDocs_(mobileDocs(ports.fileSystem)),
       stalledAfter_(stallThreshold(ports.environment)) {}
 
 SyncMonitor::~SyncMonitor() = default;

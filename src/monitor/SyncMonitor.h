@@ -1,22 +1,27 @@
 #pragma once
 
+#include "monitor/GlobalTransfers.h"
+#include "monitor/ItemLine.h"
+#include "monitor/KnownItems.h"
 #include "monitor/LineBuffer.h"
-#include "monitor/PathHash.h"
-#include "monitor/PathTree.h"
 #include "monitor/StatusReport.h"
+#include "monitor/Transfers.h"
 #include "monitor/model/Activity.h"
 #include "monitor/model/Items.h"
 #include "monitor/model/OverallState.h"
 #include "ports/ChildProcesses.h"
 #include "ports/Clock.h"
 #include "ports/MainQueue.h"
+#include "support/Strings.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -30,7 +35,7 @@ class Environment;
 class FileSystem;
 class SystemLog;
 class Text;
-struct ItemLine;
+struct GlobalLine;
 
 /// The model of iCloud Drive activity: runs `brctl`, reads its output, and answers what the
 /// interface shows. One instance lives as long as the application, held by a shared pointer. Main
@@ -39,8 +44,7 @@ class SyncMonitor : public std::enable_shared_from_this<SyncMonitor> {
   struct Private {}; ///< only `make` can pass one
 
 public:
-  using ActiveItems = std::unordered_map<std::string, ActiveItem, PathHash, std::equal_to<>>;
-  using Issues = std::unordered_map<std::string, std::string, PathHash, std::equal_to<>>;
+  using Issues = std::unordered_map<std::string, std::string, StringHash, std::equal_to<>>;
 
   /// The part of the platform that a monitor needs.
   struct Ports {
@@ -64,6 +68,7 @@ public:
   static constexpr Seconds defaultStalledAfter{300.0};
   static constexpr Seconds minSweepInterval{5.0};
   static constexpr Seconds maxSweepInterval{30.0};
+  static constexpr Seconds maxSweepSlice{0.01}; ///< of one turn of the main queue
   static constexpr std::size_t maxRecent = 10;
 
   // SyncMonitor.cpp
@@ -95,8 +100,8 @@ public:
 
   // LineParser.cpp
 
-  /// The transfers in flight, by path.
-  const ActiveItems& active() const { return active_; }
+  /// The transfers in flight.
+  const Transfers& active() const { return active_; }
 
   /// The current sync issues: path to the state text that named the issue.
   const Issues& issues() const { return issues_; }
@@ -121,6 +126,9 @@ public:
 
   /// Whether the transfer's last update is older than the stall threshold.
   bool isStalled(const ActiveItem& item) const;
+
+  /// How many transfers are stalled.
+  std::size_t stalledCount() const;
 
   /// Seconds since the last update of the transfer that has stalled longest.
   std::optional<double> longestStall() const;
@@ -157,13 +165,15 @@ private:
 
   const Ports ports_;
   const std::string mobileDocs_; ///< the folder that the printed paths lie in
+  const Seconds stalledAfter_;
 
   // MonitorProcesses.cpp
+  using Lines = std::span<const std::string_view>;
   /// One of the two long-running monitors.
   struct MonitorChild {
     std::string title; ///< as the log names it
     std::vector<std::string> arguments;
-    bool (SyncMonitor::*parseLine)(std::string_view line);
+    bool (SyncMonitor::*parse)(Lines lines); ///< at most `LineBuffer::maxLines`; true for a change
     std::shared_ptr<ChildProcess> process;
     std::unique_ptr<ReadHandle> masterHandle;
     LineBuffer lineBuffer;
@@ -183,31 +193,28 @@ private:
 
   // LineParser.cpp
   /// The last known local state of a path.
-  enum class KnownState : PathTree::Value { current = 1, evicted = 2 };
-  /// What a line says of an item whose folder is known.
-  struct SettledName {
-    std::string_view name;
-    bool evicted;
+  enum class KnownState : KnownItems::Value { current = 1, evicted = 2 };
+  /// A line that was read and is to be applied.
+  struct ReadLine {
+    ItemLine item;
+    Fingerprint fingerprint; ///< of the item's path
+    std::string storage;     ///< of the text of a coloured line
   };
-  bool parse(std::string_view line);
-  std::optional<SettledName> nextInFolder(std::string_view line) const;
-  bool parseItem(const ItemLine& item);
-  bool parseProgress(std::string_view path, std::string_view remainder, Direction direction);
-  bool parseUnrecognized(std::string_view path, std::string_view state);
-  bool parseSettled(std::string_view path, std::string_view lastName, bool evicted);
-  void enterFolder(std::string_view folder);
+  bool parse(Lines lines);
+  bool apply(const ReadLine& line);
+  bool applyProgress(const ReadLine& line);
+  bool applyUnrecognized(const ReadLine& line);
+  bool applySettled(const ReadLine& line);
   std::string_view fullPath(std::string_view path);
-  bool clearIssue(const HashedPath& fullPath);
-  void markTracked(std::string_view path);
+  bool clearIssue(std::string_view fullPath);
 
-  ActiveItems active_;
+  Transfers active_{stalledAfter_};
   Issues issues_;
-  std::unordered_set<std::string, PathHash, std::equal_to<>> loggedUnknownStates_;
-  PathTree knownState_;      ///< keyed by the printed path, since all of them share `mobileDocs_`
-  std::string folderPrefix_; ///< the start of a line about an item of the last settled one's folder
-  PathTree::FolderIndex folder_ = 0; ///< that folder in `knownState_`
-  std::string fullPath_;             ///< `mobileDocs_` and the path at hand
-  std::string withoutAnsi_;          ///< storage of a cleaned line
+  std::unordered_set<std::string, StringHash, std::equal_to<>> loggedUnknownStates_;
+  KeyedHash fingerprint_;
+  KnownItems knownState_; ///< by the printed path, since all of them share `mobileDocs_`
+  std::array<ReadLine, LineBuffer::maxLines> readLines_;
+  std::string fullPath_; ///< `mobileDocs_` and the path at hand
   MonitorTally tally_;
 
   // FinishedTransfers.cpp
@@ -221,25 +228,20 @@ private:
   // VanishedTransfers.cpp
   void startSweepTimer();
   void sweep();
+  void sweepSlice();
 
   std::unique_ptr<Timer> sweepTimer_; ///< runs while there are transfers in flight
+  bool sweeping_ = false;             ///< from the first slice of a sweep to its last
 
   // StallsAndRestart.cpp
   static Seconds stallThreshold(const Environment& environment);
 
-  const Seconds stalledAfter_;
-
   // GlobalMonitor.cpp
-  /// A transfer of the global feed, known by its size alone.
-  struct GlobalEvent {
-    std::int64_t total; ///< bytes
-    Date date;          ///< of its last report
-  };
-  bool parseGlobal(std::string_view line);
-  void pruneGlobalEvents();
+  bool parseGlobal(Lines lines);
+  bool applyGlobal(const GlobalLine& line);
   void scheduleGlobalExpiry();
 
-  std::vector<GlobalEvent> globalEvents_;
+  GlobalTransfers globalEvents_{globalWindow};
   bool globalExpiryPending_ = false;
 
   // StatusPoller.cpp

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <string>
 
 namespace driftmark {
 
@@ -16,17 +17,33 @@ void SyncMonitor::startSweepTimer() {
       interval, interval / 10, weakly(shared_from_this(), std::mem_fn(&SyncMonitor::sweep)));
 }
 
-/// Every sweep notifies, whether or not it drops a transfer: while something is in flight, ages and
-/// stalls are redrawn.
+/// A turn of the timer that comes while a sweep is under way is dropped.
 void SyncMonitor::sweep() {
-  for (auto item = active_.begin(); item != active_.end();) {
-    if (ports_.fileSystem.fileExists(item->first)) {
-      ++item;
-      continue;
+  if (sweeping_)
+    return;
+  sweeping_ = true;
+  active_.beginSweep();
+  sweepSlice();
+}
+
+/// The file system is asked about every transfer, which can take long: other work of the main queue
+/// runs between two slices. Every sweep notifies at its end, whether or not it drops a transfer:
+/// while something is in flight, ages and stalls are redrawn.
+void SyncMonitor::sweepSlice() {
+  const Date begin = ports_.clock.now();
+  while (const ActiveItem* const item = active_.nextInSweep()) {
+    if (!ports_.fileSystem.fileExists(item->path)) {
+      const std::string path = item->path;
+      active_.remove(path);
+      log({"dropped vanished transfer ", lastPathComponent(path)});
     }
-    log({"dropped vanished transfer ", lastPathComponent(item->first)});
-    item = active_.erase(item);
+    const Date now = ports_.clock.now();
+    if (now < begin || now - begin >= maxSweepSlice) {
+      ports_.mainQueue.async(weakly(shared_from_this(), std::mem_fn(&SyncMonitor::sweepSlice)));
+      return;
+    }
   }
+  sweeping_ = false;
   if (active_.empty())
     sweepTimer_.reset();
   notify();

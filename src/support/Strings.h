@@ -1,12 +1,25 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 
 namespace driftmark {
 
+/// Hashes strings for containers that are searched by `std::string_view` too.
+struct StringHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const {
+    return std::hash<std::string_view>()(text);
+  }
+};
+
 /// `text` without the spaces and tabs at both ends.
 std::string_view trimmed(std::string_view text);
+
+/// Empties a text that is only a place to work in, and gives the memory of an exceptional one back.
+void clearScratch(std::string& text);
 
 /// `text` as one line: control characters other than the tab are written as "\n", "\r" or, in
 /// hexadecimal, like "\x1b".

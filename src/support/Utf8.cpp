@@ -14,7 +14,6 @@ namespace {
 
 // A word holds eight bytes; the byte at the lowest address is the lowest in the word.
 static_assert(std::endian::native == std::endian::little);
-constexpr std::uint64_t ones = 0x0101010101010101;
 constexpr std::uint64_t highBits = 0x8080808080808080;
 
 std::uint64_t loadWord(const char* from) {
@@ -23,53 +22,35 @@ std::uint64_t loadWord(const char* from) {
   return word;
 }
 
-/// Marks the high bit of the bytes that equal `wanted`. Bytes above the lowest of them may be
-/// marked too.
-constexpr std::uint64_t equalBytes(std::uint64_t word, char wanted) {
-  const std::uint64_t difference = word ^ (ones * static_cast<unsigned char>(wanted));
-  return (difference - ones) & ~difference & highBits;
-}
-
 /// How many bytes are below the lowest marked byte.
 std::size_t bytesBelow(std::uint64_t marks) {
   return static_cast<std::size_t>(std::countr_zero(marks)) / 8;
 }
 
-constexpr std::size_t blockSize = 32;
-constexpr char escape = '\x1b';
 constexpr std::string_view replacementCharacter = "\uFFFD";
 
-/// Whether the block at `from` is ASCII without the escape character. Written so that compilers
-/// turn it into a few vector instructions.
-bool isPlainBlock(const char* from) {
-  std::array<unsigned char, blockSize> marks;
-  for (std::size_t i = 0; i < blockSize; ++i)
-    marks[i] = static_cast<unsigned char>(static_cast<unsigned char>(from[i]) |
-                                          (from[i] == escape ? 0x80U : 0U));
-  std::array<std::uint64_t, blockSize / 8> words;
-  std::memcpy(words.data(), marks.data(), blockSize);
-  return ((words[0] | words[1] | words[2] | words[3]) & highBits) == 0;
+bool isAscii(char byte) {
+  return static_cast<unsigned char>(byte) < 0x80;
 }
 
-/// How many bytes at the start of `bytes` are left unmarked by `marksOf(word)`. The last word may
-/// be padded with zeros.
-template <class MarksOf> std::size_t unmarkedLength(std::string_view bytes, MarksOf marksOf) {
-  std::size_t at = 0;
-  for (; at + 8 <= bytes.size(); at += 8)
-    if (const std::uint64_t marks = marksOf(loadWord(bytes.data() + at)))
-      return at + bytesBelow(marks);
+/// Sixteen bytes that the processor compares at once.
+using Block [[gnu::vector_size(16)]] = unsigned char;
 
-  // The remaining bytes are moved to the low end of a word.
-  const std::size_t left = bytes.size() - at;
-  if (left == 0)
-    return at;
-  std::uint64_t word = 0;
-  if (bytes.size() >= 8)
-    word = loadWord(bytes.data() + bytes.size() - 8) >> (8 * (8 - left));
-  else
-    std::memcpy(&word, bytes.data(), left);
-  const std::uint64_t marks = marksOf(word);
-  return at + (marks != 0 ? std::min(bytesBelow(marks), left) : left);
+Block loadBlock(const char* from) {
+  Block block;
+  std::memcpy(&block, from, sizeof block);
+  return block;
+}
+
+/// The plain length of the sixteen bytes from `from` on. Reads 17 bytes.
+std::size_t plainLengthOfBlock(const char* from) {
+  const Block here = loadBlock(from);
+  const Block next = loadBlock(from + 1);
+  const Block marks = (here & 0x80) | reinterpret_cast<Block>(here == '\x1b') |
+                      (reinterpret_cast<Block>(here == '/') & reinterpret_cast<Block>(next == '.'));
+  std::array<std::uint64_t, 2> words{};
+  std::memcpy(words.data(), &marks, sizeof marks);
+  return words[0] != 0 ? bytesBelow(words[0]) : 8 + bytesBelow(words[1]);
 }
 
 } // namespace
@@ -120,22 +101,24 @@ std::string wellFormed(std::string_view bytes) {
 }
 
 std::size_t asciiLength(std::string_view bytes) {
-  return unmarkedLength(bytes, [](std::uint64_t word) { return word & highBits; });
+  std::size_t at = 0;
+  for (; at + 8 <= bytes.size(); at += 8)
+    if (const std::uint64_t marks = loadWord(bytes.data() + at) & highBits; marks != 0)
+      return at + bytesBelow(marks);
+  while (at < bytes.size() && isAscii(bytes[at]))
+    ++at;
+  return at;
 }
 
-std::size_t unescapedLength(std::string_view bytes) {
-  std::size_t blocks = 0;
-  while (blocks + blockSize <= bytes.size() && isPlainBlock(bytes.data() + blocks))
-    blocks += blockSize;
-  return blocks + unmarkedLength(bytes.substr(blocks), [](std::uint64_t word) {
-           return (word & highBits) | equalBytes(word, escape);
-         });
-}
-
-std::size_t plainNameLength(std::string_view bytes) {
-  return unmarkedLength(bytes, [](std::uint64_t word) {
-    return (word & highBits) | equalBytes(word, escape) | equalBytes(word, '/');
-  });
+std::size_t plainLength(std::string_view bytes) {
+  std::size_t at = 0;
+  for (; bytes.size() - at > sizeof(Block); at += sizeof(Block))
+    if (const std::size_t length = plainLengthOfBlock(bytes.data() + at); length < sizeof(Block))
+      return at + length;
+  while (at < bytes.size() && isAscii(bytes[at]) && bytes[at] != '\x1b' &&
+         !(bytes[at] == '/' && bytes.substr(at + 1).starts_with('.')))
+    ++at;
+  return at;
 }
 
 } // namespace driftmark

@@ -20,10 +20,8 @@ std::size_t utf8SequenceLength(std::string_view bytes);
 /// How many bytes at the start of `bytes` are ASCII.
 std::size_t asciiLength(std::string_view bytes);
 
-/// How many bytes at the start of `bytes` are ASCII and not the escape character.
-std::size_t unescapedLength(std::string_view bytes);
-
-/// How many bytes at the start of `bytes` are ASCII and neither the escape character nor "/".
-std::size_t plainNameLength(std::string_view bytes);
+/// How many bytes at the start of `bytes` are ASCII, and neither the escape character nor a "/"
+/// that a "." follows: what needs a closer look in a line with paths and colours.
+std::size_t plainLength(std::string_view bytes);
 
 } // namespace driftmark

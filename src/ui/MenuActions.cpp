@@ -9,8 +9,6 @@
 #include "ui/StatusItemController.h"
 #include "update/UpdateChecker.h"
 
-#include <algorithm>
-
 namespace driftmark {
 
 namespace {
@@ -18,7 +16,7 @@ namespace {
 constexpr const char* credits = "Menu bar monitor for iCloud Drive sync activity\n"
                                 "https://" DRIFTMARK_VENDOR_HOST "/driftmark/";
 
-Alert restartQuestion(std::ptrdiff_t stalled) {
+Alert restartQuestion(std::size_t stalled) {
   const std::string count =
       stalled == 1 ? "1 transfer has made no progress for a while."
                    : std::to_string(stalled) + " transfers have made no progress for a while.";
@@ -41,8 +39,7 @@ void StatusItemController::openICloudDrive() {
 
 void StatusItemController::restartSync() {
   platform_.application.activateIgnoringOtherApplications();
-  const auto stalled = std::ranges::count_if(
-      monitor_->active(), [this](const auto& entry) { return monitor_->isStalled(entry.second); });
+  const std::size_t stalled = monitor_->stalledCount();
   if (platform_.dialogs.runModal(restartQuestion(stalled)) == 0)
     monitor_->restartSyncDaemon();
 }

@@ -66,15 +66,6 @@ std::string statusSummary(const StatusActivity& status) {
   return summary;
 }
 
-std::vector<const ActiveItem*> newestFirst(const SyncMonitor::ActiveItems& active) {
-  std::vector<const ActiveItem*> items;
-  items.reserve(active.size());
-  for (const auto& [path, item] : active)
-    items.push_back(&item);
-  std::ranges::stable_sort(items, std::greater(), &ActiveItem::lastUpdate);
-  return items;
-}
-
 } // namespace
 
 Menu StatusItemController::menuNeedsUpdate() {
@@ -111,9 +102,10 @@ void StatusItemController::addSummary(Menu& menu) {
 
 void StatusItemController::addTransfers(Menu& menu) {
   menu.push_back(separator());
-  const auto items = newestFirst(monitor_->active());
-  for (std::size_t i = 0; i < atMost(maxTransferRows, items); ++i)
-    menu.push_back(transferRow(*items[i]));
+  std::size_t rows = 0;
+  for (auto item = monitor_->active().begin();
+       item != monitor_->active().end() && rows < maxTransferRows; ++item, ++rows)
+    menu.push_back(transferRow(*item));
   if (const auto longest = monitor_->longestStall(); longest && monitor_->shouldOfferRestart())
     menu.push_back(restartItem(*longest));
 }

@@ -7,47 +7,103 @@
 namespace driftmark::test {
 namespace {
 
-/// The path and the remainder with a bar between them, then the arrows in the remainder.
-std::string cut(const std::string& line) {
-  const LineScan scan = scanLine(line);
-  const ItemLine item = cutItemLine(line, scan);
-  return std::string(item.path) + "|" + std::string(item.remainder) +
-         (item.hasUpArrow ? " up" : "") + (item.hasDownArrow ? " down" : "");
+using Kind = ItemLine::Kind;
+
+/// What a line says, in words: the path and, behind a bar, the rest.
+std::string read(const std::string& line) {
+  std::string storage;
+  const ItemLine item = readItemLine(line, storage);
+  const std::string path(item.path);
+  switch (item.kind) {
+  case Kind::invalid:
+    return "invalid";
+  case Kind::other:
+    return "other";
+  case Kind::ignored:
+    return "ignored";
+  case Kind::progress:
+    return path + (item.direction == Direction::upload ? "|up" : "|down") +
+           (item.percent ? " " + std::to_string(*item.percent) : "");
+  case Kind::current:
+    return path + "|current";
+  case Kind::evicted:
+    return path + "|evicted";
+  case Kind::unrecognized:
+    return path + "|" + std::string(item.state);
+  }
+  return "";
 }
 
-TEST(ItemLineTest, uploadSeparatorTakesPrecedence) {
-  EXPECT_EQ(cut(" o /a \u2191 1%"), "/a| \u2191 1% up");
-  EXPECT_EQ(cut(" o /p \u2601 x \u2191 1%"), "/p \u2601 x| \u2191 1% up");
-  EXPECT_EQ(cut(" o /p \u2191 x \u2191 1%"), "/p| \u2191 x \u2191 1% up");
+TEST(ItemLineTest, uploadSeparatorGoesFirst) {
+  EXPECT_EQ(read(" o /a \u2191 1%"), "/a|up 1.000000");
+  EXPECT_EQ(read(" o /p \u2601 x \u2191 1%"), "/p \u2601 x|up 1.000000");
+  EXPECT_EQ(read(" o /p \u2191 x \u2191 1%"), "/p|up 1.000000");
 }
 
-TEST(ItemLineTest, firstCloudSeparatorCutsWithoutAnUploadSeparator) {
-  EXPECT_EQ(cut(" o /a \u2601"), "/a| \u2601");
-  EXPECT_EQ(cut(" o /a \u2601 \u2193 1%"), "/a| \u2601 \u2193 1% down");
-  EXPECT_EQ(cut(" o /a \u2601\u2191"), "/a| \u2601\u2191 up");
-  EXPECT_EQ(cut(" o /a \u2601 b \u2601"), "/a| \u2601 b \u2601");
-  EXPECT_EQ(cut(" o /a \u2601 \u2191 \u2193"), "/a \u2601| \u2191 \u2193 up down");
+TEST(ItemLineTest, firstCloudSeparatorDividesOtherwise) {
+  EXPECT_EQ(read(" o /a \u2601"), "/a|current");
+  EXPECT_EQ(read(" o /a \u2601 \u2193 12.5%"), "/a|down 12.500000");
+  EXPECT_EQ(read(" o /a \u2601\u2191"), "/a|up");
+  EXPECT_EQ(read(" o /a \u2601 b \u2601"), "/a|b \u2601");
+  EXPECT_EQ(read(" o /a \u2601 \u2191 \u2193"), "/a \u2601|up");
 }
 
-TEST(ItemLineTest, lineWithoutSeparatorIsAllPath) {
-  EXPECT_EQ(cut(" o /a"), "/a|");
-  EXPECT_EQ(cut(" o /a\u2601"), "/a\u2601|");
-  EXPECT_EQ(cut(" o /a \u2191"), "/a \u2191|") << "the upload separator ends with a space";
-  EXPECT_EQ(cut(" o /a \u2193 5%"), "/a \u2193 5%|");
-  EXPECT_EQ(cut(" o /a\t\u2601"), "/a\t\u2601|");
+TEST(ItemLineTest, lineWithoutSeparatorIsAPathInSync) {
+  EXPECT_EQ(read(" o /a"), "/a|current");
+  EXPECT_EQ(read(" o /a\u2601"), "/a\u2601|current");
+  EXPECT_EQ(read(" o /a \u2191"), "/a \u2191|current") << "the upload separator ends with a space";
+  EXPECT_EQ(read(" o /a \u2193 5%"), "/a \u2193 5%|current");
+  EXPECT_EQ(read(" o /a\t\u2601"), "/a\t\u2601|current");
 }
 
-TEST(ItemLineTest, arrowsInThePathDoNotCount) {
-  EXPECT_EQ(cut(" o /\u2191\u2193 \u2601"), "/\u2191\u2193| \u2601");
-  EXPECT_EQ(cut(" o /\u2193 \u2191 1%"), "/\u2193| \u2191 1% up");
+TEST(ItemLineTest, arrowsInThePathAreNotThoseOfTheRemainder) {
+  EXPECT_EQ(read(" o /\u2191\u2193 \u2601"), "/\u2191\u2193|current");
+  EXPECT_EQ(read(" o /\u2193 \u2191 1%"), "/\u2193|up 1.000000");
 }
 
-TEST(ItemLineTest, scanFindsEscapesAndIllFormedText) {
-  EXPECT_FALSE(scanLine(" o /a \u2601").hasEscape);
-  EXPECT_TRUE(scanLine(" o /\u00e9 \x1b[1m\u2601").hasEscape);
-  EXPECT_TRUE(scanLine("").isUtf8);
-  EXPECT_FALSE(scanLine(" o /a \xe2\x98").isUtf8);
-  EXPECT_FALSE(scanLine("\u2601\x1b\xff").isUtf8);
+TEST(ItemLineTest, stateIsWhatStandsBehindTheCloud) {
+  EXPECT_EQ(read(" o /a \u2601 not downloaded"), "/a|evicted");
+  EXPECT_EQ(read(" o /a \u2601 \t "), "/a|current");
+  EXPECT_EQ(read(" o /a \u2601 Upload Error 28\r"), "/a|Upload Error 28");
+}
+
+TEST(ItemLineTest, hiddenAndTrashedItemsAreIgnored) {
+  EXPECT_EQ(read(" o /.a \u2601"), "ignored");
+  EXPECT_EQ(read(" o /b/.a/ \u2601"), "ignored");
+  EXPECT_EQ(read(" o /.Trashes/a \u2191 1%"), "ignored");
+  EXPECT_EQ(read(" o /.b/a \u2601"), "/.b/a|current");
+  EXPECT_EQ(read(" o /a./b \u2601"), "/a./b|current");
+}
+
+TEST(ItemLineTest, hiddenNameIsFoundAtEveryPosition) {
+  for (std::size_t before = 0; before < 40; ++before)
+    for (std::size_t behind = 0; behind < 40; ++behind) {
+      const std::string folder = "/" + std::string(before, 'x');
+      const std::string name = std::string(behind, 'y');
+      ASSERT_EQ(read(" o " + folder + "/." + name), "ignored") << before << ' ' << behind;
+      ASSERT_EQ(read(" o " + folder + "/z" + name + "."), folder + "/z" + name + ".|current")
+          << before << ' ' << behind;
+    }
+}
+
+TEST(ItemLineTest, textThatIsNotUtf8IsInvalidAtEveryPosition) {
+  for (std::size_t before = 0; before < 40; ++before)
+    for (std::size_t behind = 0; behind < 20; ++behind)
+      for (const char* const broken : {"\xff", "\xe2\x98", "\xed\xa0\x80"})
+        ASSERT_EQ(read(" o /" + std::string(before, 'x') + broken + std::string(behind, 'y')),
+                  "invalid");
+}
+
+TEST(ItemLineTest, coloursAndOuterReturnsAreRemoved) {
+  EXPECT_EQ(read("\x1b[1m o /a \u2601\x1b[0m\r\r"), "/a|current");
+  EXPECT_EQ(read("\r o /a \u2601\r"), "/a|current");
+  EXPECT_EQ(read(" o /a\x1b[0 \u2601"), "/a\x1b[0|current") << "no whole colour sequence";
+  EXPECT_EQ(read(" o /\u00e9\x1b[32m \u2601"), "/\u00e9|current");
+}
+
+TEST(ItemLineTest, otherLinesAreNotAboutAnItem) {
+  for (const char* const line : {"", "\r", "header", "o /a \u2601", " o a \u2601", " o"})
+    EXPECT_EQ(read(line), "other") << line;
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "monitor/LineBuffer.h"
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -15,7 +16,10 @@ using testing::IsEmpty;
 
 std::vector<std::string> linesOf(LineBuffer& buffer, std::string_view chunk) {
   std::vector<std::string> lines;
-  buffer.append(chunk, [&](std::string_view line) { lines.emplace_back(line); });
+  buffer.append(chunk, [&](std::span<const std::string_view> some) {
+    EXPECT_LE(some.size(), LineBuffer::maxLines);
+    lines.insert(lines.end(), some.begin(), some.end());
+  });
   return lines;
 }
 

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -115,13 +116,15 @@ protected:
 
   /// The transfer of a printed path; null when there is none.
   const ActiveItem* active(const std::string& path) const {
-    const auto found = monitor->active().find(full(path));
-    return found == monitor->active().end() ? nullptr : &found->second;
+    return monitor->active().find(full(path));
   }
 
   /// The transfer of a printed path, which must be in flight.
   const ActiveItem& transfer(const std::string& path) const {
-    return monitor->active().at(full(path));
+    const ActiveItem* const item = active(path);
+    if (!item)
+      throw std::runtime_error("no transfer of " + path);
+    return *item;
   }
 
   /// The newest entry of the recent list, which must not be empty.

@@ -190,12 +190,11 @@ protected:
     if (monitor->active().size() != expected.active().size())
       return testing::AssertionFailure() << "the number of active transfers differs";
     for (const auto& [path, item] : expected.active()) {
-      const auto found = monitor->active().find(path);
-      if (found == monitor->active().end())
+      const ActiveItem* const actual = monitor->active().find(path);
+      if (!actual)
         return testing::AssertionFailure() << path << " is not active";
-      const ActiveItem& actual = found->second;
-      if (actual.path != path || actual.direction != item.direction ||
-          actual.percent != item.percent || actual.lastUpdate != item.lastUpdate)
+      if (actual->path != path || actual->direction != item.direction ||
+          actual->percent != item.percent || actual->lastUpdate != item.lastUpdate)
         return testing::AssertionFailure() << "the transfer of " << path << " differs";
     }
     if (std::map<std::string, std::string>(monitor->issues().begin(), monitor->issues().end()) !=

@@ -74,7 +74,7 @@ TEST_F(SyncMonitorTest, itemsLieInTheHomeFolderAtTheTimeOfMaking) {
   platform.fileSystem.setHome("/elsewhere");
   ASSERT_TRUE(item("/com~apple~CloudDocs/a.txt", " \u2191 1%"));
   ASSERT_EQ(monitor->active().size(), 1U);
-  EXPECT_EQ(monitor->active().begin()->first,
+  EXPECT_EQ(monitor->active().begin()->path,
             "/home/lin/Library/Mobile Documents/com~apple~CloudDocs/a.txt");
 }
 
@@ -83,8 +83,8 @@ TEST_F(SyncMonitorTest, activeItemCarriesItsOwnKey) {
   item("/com~apple~CloudDocs/a.txt", " \u2191 1%");
   item("/com~apple~CloudDocs/b.txt", " \u2601 \u2193 2%");
   ASSERT_EQ(monitor->active().size(), 2U);
-  for (const auto& [path, item] : monitor->active())
-    EXPECT_EQ(item.path, path);
+  for (const ActiveItem& item : monitor->active())
+    EXPECT_EQ(monitor->active().find(item.path), &item);
 }
 
 TEST(OverallStateTest, statesHaveTheirNames) {

@@ -1,10 +1,16 @@
 #include "core/MonitorTest.h"
 
 #include <algorithm>
+#include <chrono>
+#include <functional>
+#include <memory>
 #include <string>
+#include <utility>
 
 namespace driftmark::test {
 namespace {
+
+using namespace std::chrono_literals;
 
 class VanishedTransfersTest : public MonitorTest {
 protected:
@@ -211,6 +217,144 @@ INSTANTIATE_TEST_SUITE_P(Values, SweepIntervalTest,
                              c = c == '.' ? '_' : c;
                            return name;
                          });
+
+/// A sweep of so many transfers that it takes several turns of the main queue: each look at the
+/// clock takes a millisecond, so that a slice asks about ten files.
+class SlicedSweepTest : public MonitorTest {
+protected:
+  static constexpr int count = 35;
+
+  static std::string path(int number) { return "/file " + std::to_string(number); }
+
+  void startTransfers() {
+    start();
+    for (int number = 0; number < count; ++number) {
+      addFile(path(number));
+      item(path(number), " \u2191 1%");
+    }
+    takeLog();
+    platform.mainQueue.advance(Seconds(29.9));
+    platform.clock.tickWhenRead(1ms);
+    questionsBefore = platform.fileSystem.questions();
+    changes = 0;
+  }
+
+  /// Runs `work` in the main queue between the first slice of the next sweep and the second.
+  void afterTheFirstSlice(std::function<void()> work) {
+    platform.mainQueue.after(Seconds(0.1), std::move(work));
+  }
+
+  void sweep() { platform.mainQueue.advance(Seconds(0.1)); }
+  int asked() const { return platform.fileSystem.questions() - questionsBefore; }
+
+  int questionsBefore = 0;
+};
+
+TEST_F(SlicedSweepTest, otherTasksRunBetweenSlices) {
+  startTransfers();
+  int askedThen = 0;
+  int changesThen = -1;
+  afterTheFirstSlice([&] {
+    askedThen = asked();
+    changesThen = changes;
+  });
+  sweep();
+  EXPECT_EQ(askedThen, 10);
+  EXPECT_EQ(changesThen, 0) << "the notification comes at the end";
+}
+
+TEST_F(SlicedSweepTest, everyTransferIsAskedAboutOnceAndOneNotificationFollows) {
+  startTransfers();
+  sweep();
+  EXPECT_EQ(asked(), count);
+  EXPECT_EQ(changes, 1);
+}
+
+TEST_F(SlicedSweepTest, fileThatIsGoneByItsSliceIsDropped) {
+  startTransfers();
+  afterTheFirstSlice([this] {
+    platform.fileSystem.remove(full(path(0)));
+    platform.fileSystem.remove(full(path(30)));
+  });
+  sweep();
+  EXPECT_EQ(takeLog(), Lines{"Driftmark: dropped vanished transfer file 30"});
+}
+
+TEST_F(SlicedSweepTest, transferThatFinishesBetweenSlicesIsNotDropped) {
+  startTransfers();
+  afterTheFirstSlice([this] {
+    platform.fileSystem.remove(full(path(30)));
+    items().print(" o " + path(30) + " \u2601\r\n");
+  });
+  sweep();
+  EXPECT_EQ(takeLog(), Lines{"Driftmark: synced file 30 (upload)"});
+  EXPECT_EQ(asked(), count - 1);
+}
+
+TEST_F(SlicedSweepTest, transferThatStartsBetweenSlicesWaitsForTheNextSweep) {
+  startTransfers();
+  afterTheFirstSlice([this] { items().print(" o /new \u2191 1%\r\n"); });
+  sweep();
+  EXPECT_EQ(asked(), count);
+  EXPECT_TRUE(active("/new"));
+  platform.mainQueue.advance(Seconds(30));
+  EXPECT_FALSE(active("/new"));
+}
+
+TEST_F(SlicedSweepTest, sweepEndsAllTheSameWhenTheClockIsSetBack) {
+  startTransfers();
+  afterTheFirstSlice([this] { platform.clock.jump(Seconds(-3600)); });
+  sweep();
+  EXPECT_EQ(asked(), count);
+  EXPECT_EQ(changes, 1);
+}
+
+TEST_F(SlicedSweepTest, timerEndsAfterTheLastSlice) {
+  startTransfers();
+  for (int number = 0; number < count; ++number)
+    platform.fileSystem.remove(full(path(number)));
+  std::size_t timersThen = 0;
+  afterTheFirstSlice([&] { timersThen = platform.mainQueue.timers().size(); });
+  sweep();
+  EXPECT_EQ(timersThen, 1U);
+  EXPECT_TRUE(platform.mainQueue.timers().empty());
+  EXPECT_TRUE(monitor->active().empty());
+}
+
+/// Hands tasks over forty seconds late, timers in time.
+class LateQueue final : public MainQueue {
+public:
+  explicit LateQueue(MainQueue& queue) : queue_(queue) {}
+  void async(Task task) override { queue_.after(Seconds(40), std::move(task)); }
+  void after(Seconds delay, Task task) override { queue_.after(delay, std::move(task)); }
+  std::unique_ptr<Timer> repeat(Seconds interval, Seconds tolerance, Task task) override {
+    return queue_.repeat(interval, tolerance, std::move(task));
+  }
+
+private:
+  MainQueue& queue_;
+};
+
+TEST_F(SlicedSweepTest, timerThatFiresDuringASweepIsDropped) {
+  LateQueue late(platform.mainQueue);
+  SyncMonitor::Ports ports{platform.clock,           late,
+                           platform.backgroundQueue, platform.childProcesses,
+                           platform.systemLog,       platform.fileSystem,
+                           platform.environment,     platform.text};
+  monitor = SyncMonitor::make(ports);
+  monitor->start();
+  for (int number = 0; number < count; ++number)
+    items().print(" o " + path(number) + " \u2191 1%\r\n");
+  platform.mainQueue.runAll();
+  platform.clock.tickWhenRead(1ms);
+  platform.mainQueue.advance(Seconds(30.5));
+  EXPECT_EQ(asked(), 10) << "the first slice runs in the timer's own turn";
+  platform.mainQueue.advance(Seconds(35));
+  EXPECT_EQ(asked(), 10) << "the timer fired again";
+  platform.mainQueue.advance(Seconds(10));
+  EXPECT_EQ(asked(), 20) << "the second slice";
+  monitor.reset();
+}
 
 } // namespace
 } // namespace driftmark::test

@@ -15,6 +15,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace driftmark {
@@ -68,14 +69,13 @@ std::string_view word(RecentKind kind) {
   return "";
 }
 
-/// The entries of a map by path, in the order of their bytes.
-template <class Map> auto sorted(const Map& map) {
-  std::vector<const typename Map::value_type*> entries;
-  entries.reserve(map.size());
-  for (const auto& entry : map)
+/// The addresses of entries, in the order of what `key` gives.
+template <class Range, class Key> auto sorted(const Range& range, Key key) {
+  std::vector<const std::remove_reference_t<decltype(*range.begin())>*> entries;
+  for (const auto& entry : range)
     entries.push_back(&entry);
   std::sort(entries.begin(), entries.end(),
-            [](const auto* a, const auto* b) { return a->first < b->first; });
+            [&](const auto* a, const auto* b) { return key(*a) < key(*b); });
   return entries;
 }
 
@@ -127,10 +127,10 @@ private:
 
   void active() const {
     heading("active", monitor_.active().size());
-    for (const auto* entry : sorted(monitor_.active()))
-      out_ << "  " << std::left << std::setw(10) << word(entry->second.direction) << std::right
-           << std::setw(8) << percent(entry->second.percent) << "  " << asCaptured(entry->first)
-           << '\n';
+    for (const ActiveItem* item :
+         sorted(monitor_.active(), [](const ActiveItem& one) { return one.path; }))
+      out_ << "  " << std::left << std::setw(10) << word(item->direction) << std::right
+           << std::setw(8) << percent(item->percent) << "  " << asCaptured(item->path) << '\n';
   }
 
   void recent() const {
@@ -142,7 +142,7 @@ private:
 
   void issues() const {
     heading("issues", monitor_.issues().size());
-    for (const auto* entry : sorted(monitor_.issues()))
+    for (const auto* entry : sorted(monitor_.issues(), [](const auto& one) { return one.first; }))
       out_ << "  " << asCaptured(entry->first) << ": " << printable(entry->second) << '\n';
   }
 

@@ -1,0 +1,85 @@
+// How the state of millions of items is remembered in some sixteen bytes each.
+
+#include "monitor/KnownItems.h"
+
+#include <cmath>
+#include <utility>
+
+namespace driftmark {
+
+namespace {
+
+constexpr std::uint32_t valueMask = 7;
+
+/// A segment is never fuller than seven eighths: beyond that, searches become long.
+bool isFull(std::uint32_t count, std::uint32_t capacity) {
+  return count >= capacity - capacity / 8;
+}
+
+} // namespace
+
+void KnownItems::prefetch(const Fingerprint& path) const {
+  const Segment& segment = segments_[segmentNumber(path)];
+  if (segment.capacity > 0)
+    __builtin_prefetch(&segment.slots[place(static_cast<std::uint32_t>(path.low >> 32), segment)]);
+}
+
+KnownItems::Value KnownItems::exchange(const Fingerprint& path, Value value, Value kept) {
+  const std::size_t number = segmentNumber(path);
+  Segment& segment = segments_[number];
+  const auto word0 = static_cast<std::uint32_t>(path.low);
+  const auto word1 = static_cast<std::uint32_t>(path.low >> 32);
+  const std::uint32_t word2 = static_cast<std::uint32_t>(path.high) << 3;
+  if (segment.capacity > 0) {
+    for (std::uint32_t at = place(word1, segment);; at = at + 1 < segment.capacity ? at + 1 : 0) {
+      Slot& slot = segment.slots[at];
+      const std::uint32_t before = slot.word2 & valueMask;
+      if (before == 0) {
+        if (isFull(segment.count, segment.capacity))
+          break;
+        slot = {word0, word1, word2 | value};
+        ++segment.count;
+        return 0;
+      }
+      if (slot.word0 == word0 && slot.word1 == word1 && slot.word2 - before == word2) {
+        slot.word2 = word2 | value | (before & kept);
+        return static_cast<Value>(before);
+      }
+    }
+  }
+  grow(number);
+  freeSlot(segment, word1) = {word0, word1, word2 | value};
+  ++segment.count;
+  return 0;
+}
+
+/// The first empty slot at or behind the place of `word1`; there is one.
+KnownItems::Slot& KnownItems::freeSlot(const Segment& segment, std::uint32_t word1) {
+  std::uint32_t at = place(word1, segment);
+  while ((segment.slots[at].word2 & valueMask) != 0)
+    if (++at == segment.capacity)
+      at = 0;
+  return segment.slots[at];
+}
+
+/// Makes a segment half as large again. The first sizes are spread over that range, so that the
+/// segments grow one after the other, not all at once.
+void KnownItems::grow(std::size_t number) {
+  constexpr double smallest = 16;
+  constexpr double factor = 1.5;
+  Segment& segment = segments_[number];
+  const double share = static_cast<double>(number) / static_cast<double>(segments_.size());
+  Segment larger;
+  larger.capacity = static_cast<std::uint32_t>(
+      segment.capacity == 0 ? smallest * std::pow(factor, share) : segment.capacity * factor);
+  larger.count = segment.count;
+  larger.slots = std::make_unique<Slot[]>(larger.capacity);
+  for (std::uint32_t at = 0; at < segment.capacity; ++at) {
+    const Slot& slot = segment.slots[at];
+    if ((slot.word2 & valueMask) != 0)
+      freeSlot(larger, slot.word1) = slot;
+  }
+  segment = std::move(larger);
+}
+
+} // namespace driftmark
