@@ -2,7 +2,7 @@
 
 #include "monitor/SyncMonitor.h"
 #include "platform/linux/desktop/LinuxFileSystem.h"
-#include "platform/linux/desktop/LinuxText.h"
+#include "platform/linux/desktop/LinuxSystemText.h"
 #include "ports/BackgroundQueue.h"
 #include "ports/ChildProcesses.h"
 #include "ports/Clock.h"
@@ -54,7 +54,7 @@ public:
   std::optional<LaunchError> launchDetached(const ToolCommand& command) override;
 
   /// Hands `bytes` to the per-item monitor, `chunk` bytes at a time.
-  void feed(std::string_view bytes, std::size_t chunk = largestChunk) const;
+  void feed(std::string_view bytes, std::size_t chunk = maxChunkSize) const;
 
 private:
   DataHandler itemData_;
@@ -73,7 +73,7 @@ public:
   std::optional<std::string> variable(const std::string& /*name*/) const override { return {}; }
 };
 
-class BenchText : public LinuxText {
+class BenchText : public LinuxSystemText {
 public:
   std::string byteCount(std::int64_t bytes) const override { return std::to_string(bytes); }
 };

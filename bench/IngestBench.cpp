@@ -28,7 +28,7 @@ struct Subject {
     monitor->onChange = [this] { ++changes; };
     monitor->start();
   }
-  void feed(std::string_view bytes, std::size_t chunk = ChildProcesses::largestChunk) const {
+  void feed(std::string_view bytes, std::size_t chunk = ChildProcesses::maxChunkSize) const {
     platform.children.feed(bytes, chunk);
   }
 
@@ -52,8 +52,8 @@ std::size_t countNewlines(std::string_view bytes) {
 /// The reference monitor, fed like the real one.
 struct Baseline {
   void feed(std::string_view bytes) {
-    for (std::size_t at = 0; at < bytes.size(); at += ChildProcesses::largestChunk)
-      changes += monitor.ingest(bytes.substr(at, ChildProcesses::largestChunk)) ? 1 : 0;
+    for (std::size_t at = 0; at < bytes.size(); at += ChildProcesses::maxChunkSize)
+      changes += monitor.ingest(bytes.substr(at, ChildProcesses::maxChunkSize)) ? 1 : 0;
   }
 
   BenchPlatform platform;

@@ -85,8 +85,8 @@ int drawingsWithoutChange() {
     throw std::runtime_error("the strip was not drawn at all");
 
   const Corpus listing = makeListing(quietLines, "\r\n");
-  for (std::size_t at = 0; at < listing.bytes.size(); at += ChildProcesses::largestChunk) {
-    children.feed(std::string_view(listing.bytes).substr(at, ChildProcesses::largestChunk));
+  for (std::size_t at = 0; at < listing.bytes.size(); at += ChildProcesses::maxChunkSize) {
+    children.feed(std::string_view(listing.bytes).substr(at, ChildProcesses::maxChunkSize));
     QCoreApplication::processEvents();
   }
   drawPending();

@@ -100,7 +100,7 @@ public:
   CancellingUser(std::string folder, LoopWatch& watch)
       : folder_(std::move(folder)), watch_(watch) {}
 
-  std::size_t runModal(const Alert& alert) override {
+  std::optional<std::size_t> runModal(const Alert& alert) override {
     watch_.beat();
     untilAsked_ = watch_.longestMilliseconds();
     question_ = alert.informativeText;
@@ -178,7 +178,7 @@ void benchSurvey(Figures& figures, std::ostream& notes) {
   LinuxPlatform platform(std::get<SystemRoot>(SystemRoot::of(BenchEnvironment())));
   const CloudFiles& cloudFiles = platform.ports().cloudFiles;
 
-  Survey survey;
+  Evictor::Survey survey;
   const auto heap = static_cast<double>(
       peakHeap([&] { survey = Evictor::survey(cloudFiles, tree.path().string()); }));
   if (survey.files.size() != SurveyTree::files || survey.bytes != blocksByFind(tree) * blockSize)

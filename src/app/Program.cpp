@@ -1,3 +1,5 @@
+// How the program starts: accessory, older copies, delegate, signals, run loop.
+
 #include "app/Program.h"
 
 #include "app/AppDelegate.h"
@@ -12,7 +14,8 @@ namespace driftmark {
 
 namespace {
 
-/// From now on a signal never ends the process by itself: both ask for the ordinary quit.
+/// From now on SIGTERM and SIGINT ask for the orderly end. Without `ignore` their default action
+/// would end the process before the source could deliver them.
 std::vector<std::unique_ptr<SignalSource>> quitOnSignals(const Platform& platform) {
   std::vector<std::unique_ptr<SignalSource>> sources;
   sources.reserve(2);

@@ -4,9 +4,9 @@
 
 namespace driftmark {
 
-/// The whole program: makes it an accessory application, ends older copies, turns SIGTERM and
-/// SIGINT into an orderly quit, and runs until the application ends. Main thread only. Returns the
-/// exit status.
+/// The whole program: becomes an accessory application, ends older copies, turns SIGTERM and SIGINT
+/// into the orderly end, and runs until the application ends. Returns the exit status. Main thread
+/// only.
 int runProgram(const Platform& platform);
 
 } // namespace driftmark

@@ -1,3 +1,5 @@
+// How a new instance ends the older copies of the program.
+
 #include "app/SingleInstance.h"
 
 #include "ports/Application.h"
@@ -11,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace driftmark {
+namespace driftmark::SingleInstance {
 
 namespace {
 
@@ -21,19 +23,19 @@ std::vector<std::int32_t> otherCopies(const Platform& platform, const std::strin
   return copies;
 }
 
-/// Waits until none of the processes runs, or `gracePeriod` is over.
+/// Waits until none of the processes runs, or until `gracePeriod` is over.
 void awaitEnd(const Platform& platform, const std::vector<std::int32_t>& processes) {
   const auto runs = [&](std::int32_t process) {
     return platform.runningApplications.isRunning(process);
   };
-  const Date deadline = later(platform.clock.now(), SingleInstance::gracePeriod);
+  const Date deadline = later(platform.clock.now(), gracePeriod);
   while (platform.clock.now() < deadline && std::ranges::any_of(processes, runs))
-    platform.clock.sleep(SingleInstance::pollInterval);
+    platform.clock.sleep(pollInterval);
 }
 
 } // namespace
 
-void SingleInstance::takeOver(const Platform& platform) {
+void takeOver(const Platform& platform) {
   const auto identifier = platform.bundle.identifier();
   if (!identifier)
     return;
@@ -55,4 +57,4 @@ void SingleInstance::takeOver(const Platform& platform) {
   }
 }
 
-} // namespace driftmark
+} // namespace driftmark::SingleInstance

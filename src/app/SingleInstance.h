@@ -3,20 +3,15 @@
 #include "ports/Clock.h"
 #include "ports/Platform.h"
 
-namespace driftmark {
+/// Ensures that no other copy of the program keeps running: a new instance ends the older ones.
+namespace driftmark::SingleInstance {
 
-/// Sees to it that no other copy of the program keeps running: a newcomer ends the older ones.
-class SingleInstance {
-public:
-  SingleInstance() = delete;
+inline constexpr Seconds gracePeriod{3.0};   ///< for the older copies to end on request
+inline constexpr Seconds pollInterval{0.05}; ///< between two checks whether they have ended
 
-  /// Asks the older copies to end, waits for that, and kills those that do not. Blocks for
-  /// `gracePeriod` and a pollInterval at most. Does nothing for a program without a bundle
-  /// identifier. Main thread only.
-  static void takeOver(const Platform& platform);
+/// Asks the older copies to end, in the order of `RunningApplications`, waits for that, and kills
+/// those that still run. Blocks for `gracePeriod` plus one `pollInterval` at most. Does nothing for
+/// a program without a bundle identifier. Main thread only.
+void takeOver(const Platform& platform);
 
-  static constexpr Seconds gracePeriod{3.0};
-  static constexpr Seconds pollInterval{0.05}; ///< between two looks at the older copies
-};
-
-} // namespace driftmark
+} // namespace driftmark::SingleInstance

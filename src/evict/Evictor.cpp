@@ -1,3 +1,5 @@
+// Which files can be evicted, and their eviction one by one.
+
 #include "evict/Evictor.h"
 
 #include "ports/CloudFiles.h"
@@ -5,7 +7,7 @@
 #include "support/Log.h"
 #include "support/Numbers.h"
 
-namespace driftmark {
+namespace driftmark::Evictor {
 
 namespace {
 
@@ -16,22 +18,22 @@ bool isEvictable(const ResourceValues& values) {
 
 } // namespace
 
-Survey Evictor::survey(const CloudFiles& cloudFiles, const std::string& folder) {
-  Survey survey;
+Survey survey(const CloudFiles& cloudFiles, const std::string& folder) {
+  Survey found;
   cloudFiles.walk(folder, [&](const WalkEntry& entry) {
     if (!entry.path || !entry.values || !isEvictable(*entry.values))
       return;
-    survey.files.push_back(*entry.path);
-    const auto bytes = sum(survey.bytes, entry.values->totalFileAllocatedSize.value_or(0));
+    found.files.push_back(*entry.path);
+    const auto bytes = sum(found.bytes, entry.values->totalFileAllocatedSize.value_or(0));
     if (!bytes)
       fatalError("the sizes of the surveyed files exceed 64 bits");
-    survey.bytes = *bytes;
+    found.bytes = *bytes;
   });
-  return survey;
+  return found;
 }
 
-std::vector<std::string> Evictor::evict(CloudFiles& cloudFiles, SystemLog& systemLog,
-                                        const std::vector<std::string>& files) {
+std::vector<std::string> evict(CloudFiles& cloudFiles, SystemLog& systemLog,
+                               const std::vector<std::string>& files) {
   std::vector<std::string> failures;
   for (const std::string& file : files) {
     if (const auto error = cloudFiles.evict(file)) {
@@ -42,4 +44,4 @@ std::vector<std::string> Evictor::evict(CloudFiles& cloudFiles, SystemLog& syste
   return failures;
 }
 
-} // namespace driftmark
+} // namespace driftmark::Evictor

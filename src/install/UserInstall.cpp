@@ -1,3 +1,5 @@
+// When the move to Applications is offered, and its steps.
+
 #include "install/UserInstall.h"
 
 #include "install/Relaunch.h"
@@ -6,19 +8,28 @@
 #include "ports/ChildProcesses.h"
 #include "ports/Dialogs.h"
 #include "ports/FileSystem.h"
+#include "ports/PlatformError.h"
 #include "ports/UserDefaults.h"
 #include "support/Paths.h"
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <variant>
 
-namespace driftmark {
+namespace driftmark::UserInstall {
 
 namespace {
 
 constexpr const char* skipKey = "skipUserApplicationsInstall";
+constexpr std::size_t moveAndReopen = 0; ///< the index of the button
 
-/// Where applications belong, the preferred folder first.
+/// The path of the new copy, or why there is none.
+using Installed = std::variant<std::string, PlatformError>;
+
+/// The folders for applications, the preferred one first.
 std::array<std::string, 2> applicationsFolders(const FileSystem& fileSystem) {
   return {"/Applications", appendingPathComponent(fileSystem.homeDirectory(), "Applications")};
 }
@@ -27,7 +38,7 @@ bool isInApplicationsFolder(const FileSystem& fileSystem, const std::string& par
   return std::ranges::count(applicationsFolders(fileSystem), parent) > 0;
 }
 
-/// Whether the system runs the bundle from a random read-only place instead of its own.
+/// Whether the system runs the bundle from a random read-only folder instead of its own.
 bool isTranslocated(const std::string& bundle) {
   return bundle.find("/AppTranslocation/") != std::string::npos;
 }
@@ -52,47 +63,8 @@ Alert failure(const PlatformError& error) {
           {}};
 }
 
-} // namespace
-
-bool UserInstall::offerIfNeeded(const Platform& platform) {
-  const std::string bundle = platform.bundle.path();
-  const std::string parent = deletingLastPathComponent(bundle);
-  if (isInApplicationsFolder(platform.fileSystem, parent) || platform.userDefaults.boolean(skipKey))
-    return false;
-
-  platform.application.activateIgnoringOtherApplications();
-  const std::string home = platform.fileSystem.homeDirectory();
-  const std::size_t answer = platform.dialogs.runModal(offer(location(bundle, parent, home)));
-  if (answer != 0) {
-    if (answer != Dialogs::unanswered)
-      platform.userDefaults.setBoolean(skipKey, true);
-    return false;
-  }
-
-  const Installed installed = install(platform);
-  if (const auto* const error = std::get_if<PlatformError>(&installed)) {
-    platform.dialogs.runModal(failure(*error));
-    return false;
-  }
-  if (!isTranslocated(bundle))
-    trash(platform, bundle);
-  relaunch(platform.childProcesses, std::get<std::string>(installed));
-  platform.application.terminate();
-  return true;
-}
-
-/// Copies the bundle into the first folder that takes it.
-UserInstall::Installed UserInstall::install(const Platform& platform) {
-  Installed last = platform.fileSystem.unknownWriteError();
-  for (const std::string& folder : applicationsFolders(platform.fileSystem)) {
-    last = install(platform, folder);
-    if (std::holds_alternative<std::string>(last))
-      return last;
-  }
-  return last;
-}
-
-UserInstall::Installed UserInstall::install(const Platform& platform, const std::string& folder) {
+/// Copies the bundle into `folder`, replacing an older copy there.
+Installed installIn(const Platform& platform, const std::string& folder) {
   FileSystem& fileSystem = platform.fileSystem;
   const std::string target = appendingPathComponent(folder, "Driftmark.app");
   static_cast<void>(fileSystem.createDirectory(folder));
@@ -109,14 +81,50 @@ UserInstall::Installed UserInstall::install(const Platform& platform, const std:
   if (std::get<ToolResult>(copied).exitStatus != 0)
     return fileSystem.unknownWriteError();
 
-  // The copy is the user's own decision, so the system need not ask again about its origin.
+  // The user decided to install this copy, so the system need not ask about its origin again.
   tools.prepare({"/usr/bin/xattr", {"-dr", "com.apple.quarantine", target}}, ToolOutput::discard)
       ->run();
   return target;
 }
 
-void UserInstall::trash(const Platform& platform, const std::string& path) {
-  static_cast<void>(platform.fileSystem.trashItem(path));
+/// Copies the bundle into the first Applications folder where that succeeds.
+Installed install(const Platform& platform) {
+  Installed last = platform.fileSystem.unknownWriteError();
+  for (const std::string& folder : applicationsFolders(platform.fileSystem)) {
+    last = installIn(platform, folder);
+    if (std::holds_alternative<std::string>(last))
+      return last;
+  }
+  return last;
 }
 
-} // namespace driftmark
+} // namespace
+
+bool offerIfNeeded(const Platform& platform) {
+  const std::string bundle = platform.bundle.path();
+  const std::string parent = deletingLastPathComponent(bundle);
+  if (isInApplicationsFolder(platform.fileSystem, parent) || platform.userDefaults.boolean(skipKey))
+    return false;
+
+  platform.application.activateIgnoringOtherApplications();
+  const std::string home = platform.fileSystem.homeDirectory();
+  const auto answer = platform.dialogs.runModal(offer(location(bundle, parent, home)));
+  if (answer != moveAndReopen) {
+    if (answer)
+      platform.userDefaults.setBoolean(skipKey, true);
+    return false;
+  }
+
+  const Installed installed = install(platform);
+  if (const auto* const error = std::get_if<PlatformError>(&installed)) {
+    platform.dialogs.runModal(failure(*error));
+    return false;
+  }
+  if (!isTranslocated(bundle))
+    static_cast<void>(platform.fileSystem.trashItem(bundle));
+  relaunch(platform.childProcesses, std::get<std::string>(installed));
+  platform.application.terminate();
+  return true;
+}
+
+} // namespace driftmark::UserInstall

@@ -2,7 +2,7 @@
 
 #include "monitor/GlobalLine.h"
 #include "monitor/SyncMonitor.h"
-#include "ports/Text.h"
+#include "ports/SystemText.h"
 #include "support/Weakly.h"
 
 namespace driftmark {

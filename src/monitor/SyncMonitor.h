@@ -34,7 +34,7 @@ class BackgroundQueue;
 class Environment;
 class FileSystem;
 class SystemLog;
-class Text;
+class SystemText;
 struct GlobalLine;
 
 /// The model of iCloud Drive activity: runs `brctl`, reads its output, and answers what the
@@ -55,7 +55,7 @@ public:
     SystemLog& systemLog;
     FileSystem& fileSystem;
     Environment& environment;
-    Text& text;
+    SystemText& text;
   };
 
   // The constants of the monitor's rules, all of them.

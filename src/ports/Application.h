@@ -4,12 +4,12 @@
 
 namespace driftmark {
 
-/// Hears of the launch and the end of the application. Both are called on the main thread.
+/// Receives the launch and the end of the application. Both calls come on the main thread.
 class ApplicationDelegate {
 public:
   virtual ~ApplicationDelegate() = default;
 
-  /// The application runs. It may be asked to terminate here already.
+  /// The application runs. It may already be asked to terminate in this call.
   virtual void applicationDidFinishLaunching() = 0;
 
   /// The application is about to end, for whatever reason. Called once at most.
@@ -21,21 +21,26 @@ class Application {
 public:
   virtual ~Application() = default;
 
-  /// The application has no icon among the running ones and no menu of its own.
+  /// Makes this a program without an icon among the running applications and without a menu bar.
   virtual void becomeAccessory() = 0;
 
-  /// Whom the application tells from now on; null for nobody. The delegate outlives the run.
+  /// Sets who receives the launch and the end from now on; null for nobody. The delegate outlives
+  /// the run.
   virtual void setDelegate(ApplicationDelegate* delegate) = 0;
 
-  /// Runs the application. Returns when it has ended, or not at all where the system ends the
-  /// process there.
+  /// Runs the application. Returns when it has ended, or never where the system ends the process
+  /// itself.
   virtual void run() = 0;
 
   /// Brings the application to the front, whatever other application is active.
   virtual void activateIgnoringOtherApplications() = 0;
 
-  /// Asks for the orderly end. The caller goes on first, and may ask again.
+  /// Asks for the orderly end. Returns at once, so the caller continues first; asking again is
+  /// harmless. Modal windows close, and `run` ends after that.
   virtual void terminate() = 0;
+
+  /// Whether `terminate` was called: nothing new is to be started any more.
+  virtual bool isTerminating() const = 0;
 
   /// The identifier of this process.
   virtual std::int32_t processIdentifier() const = 0;

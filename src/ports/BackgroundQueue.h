@@ -14,8 +14,8 @@ public:
 
   virtual ~BackgroundQueue() = default;
 
-  /// Runs `task` on some background thread. Tasks may run at the same time and in any order; the
-  /// queue's destructor waits for those that run and drops those that wait. Any thread.
+  /// Runs `task` on a background thread. Tasks may run at the same time and in any order. The
+  /// destructor of the queue waits for running tasks and drops those that still wait. Any thread.
   virtual void async(QualityOfService quality, Task task) = 0;
 };
 

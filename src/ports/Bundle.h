@@ -10,14 +10,14 @@ class Bundle {
 public:
   virtual ~Bundle() = default;
 
-  /// The absolute path of the bundle, without a trailing slash. For an executable that lies in no
-  /// bundle: the folder that holds it.
+  /// The absolute path of the bundle, without a trailing slash. For an executable outside a bundle:
+  /// the folder that holds it.
   virtual std::string path() const = 0;
 
   /// The bundle identifier; absent outside a bundle.
   virtual std::optional<std::string> identifier() const = 0;
 
-  /// A text of the bundle's property list; absent when it has none of that name, or no text.
+  /// A text of the bundle's property list; absent when the key is missing or is no text.
   virtual std::optional<std::string> information(const std::string& key) const = 0;
 };
 

@@ -18,15 +18,15 @@ struct ToolCommand {
   std::vector<std::string> arguments;
 };
 
-/// Why a child did not come up.
+/// Why a child did not start.
 struct LaunchError {
   enum class Stage {
-    allocateTerminal, ///< no pseudo-terminal could be had
+    allocateTerminal, ///< the system gave no pseudo-terminal
     openTerminal,     ///< its other end could not be opened
     launch,           ///< the tool itself could not be started
   };
   Stage stage = Stage::launch;
-  std::string description; ///< for people, in the system's words
+  std::string description; ///< for the user, in the system's words
 };
 
 /// A child process. Releasing the object does not end the child. Any thread.
@@ -37,7 +37,7 @@ public:
   /// The system's process identifier; 0 as long as the child was not launched.
   virtual std::int32_t identifier() const = 0;
 
-  /// Whether the child was launched and has not ended yet.
+  /// Whether the child was launched and has not ended.
   virtual bool isRunning() const = 0;
 
   /// Asks the child to end (SIGTERM). Does nothing when it is not running.
@@ -49,7 +49,7 @@ class ReadHandle {
 public:
   virtual ~ReadHandle() = default;
 
-  /// No output is delivered from now on.
+  /// Stops the delivery of output.
   virtual void clearReadabilityHandler() = 0;
 };
 
@@ -59,7 +59,7 @@ struct TerminalChild {
   std::unique_ptr<ReadHandle> masterHandle;
 };
 
-/// What a tool that ran to its end left behind.
+/// The outcome of a tool that ran to its end.
 struct ToolResult {
   std::string output; ///< all that was captured
   int exitStatus = 0; ///< the exit code, or the number of the signal that ended it
@@ -72,10 +72,10 @@ public:
   virtual std::variant<ToolResult, LaunchError> run() = 0;
 };
 
-/// What becomes of the output of a `ToolRun`.
+/// Where the output of a `ToolRun` goes.
 enum class ToolOutput {
   capture,      ///< standard output is captured, standard error discarded
-  captureError, ///< standard error is captured, standard output is that of this process
+  captureError, ///< standard error is captured, standard output is shared with this process
   discard,      ///< both are discarded
 };
 
@@ -87,28 +87,28 @@ public:
   using DataHandler = std::function<void(std::string_view bytes)>;
   using ExitHandler = std::function<void()>;
 
-  /// Upper bound of the bytes that one call of a `DataHandler` gets.
-  static constexpr std::size_t largestChunk = 65536;
+  /// No call of a `DataHandler` gets more bytes than this.
+  static constexpr std::size_t maxChunkSize = 65536;
 
   virtual ~ChildProcesses() = default;
 
   /// Starts `command` with standard output and standard error on a new pseudo-terminal in its
-  /// default mode, so that the child writes through a terminal. Main thread only; returns once the
-  /// tool runs or has failed to start.
+  /// default mode, so that the child writes to a terminal. Main thread only; returns once the tool
+  /// runs or has failed to start.
   ///
-  /// `onData` gets the output in the order it was written, waiting output joined into one chunk;
-  /// `onExit` is called once, when the child has ended and what it had written by then was
-  /// delivered. Both are called on the main thread, from its queue. A child that writes faster than
-  /// it is read is held up by its terminal: no output is lost, and only a bounded amount waits
-  /// here.
+  /// `onData` gets the output in the order in which it was written; output that waits is joined
+  /// into one chunk. `onExit` is called once, after the child has ended and all output that it
+  /// wrote before was delivered. Both are called on the main thread, from its queue. The terminal
+  /// blocks a child that writes faster than this program reads: no output is lost, and only a
+  /// bounded amount waits here.
   virtual std::variant<TerminalChild, LaunchError>
   spawn(const ToolCommand& command, DataHandler onData, ExitHandler onExit) = 0;
 
-  /// A run of `command` that is not launched yet. Any thread.
+  /// Makes a run of `command` without launching it. Any thread.
   virtual std::shared_ptr<ToolRun> prepare(const ToolCommand& command, ToolOutput output) = 0;
 
-  /// Starts `command` and lets go of it: in a session of its own, with its output discarded, it
-  /// lives on when this process ends. Main thread only.
+  /// Starts `command` in a session of its own, with its output discarded, and releases it: it
+  /// continues when this process ends. Returns no value on success. Main thread only.
   [[nodiscard]] virtual std::optional<LaunchError> launchDetached(const ToolCommand& command) = 0;
 };
 

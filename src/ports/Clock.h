@@ -10,7 +10,7 @@ using Seconds = std::chrono::duration<double>;
 /// A wall-clock moment. Moments compare and subtract exactly in the clock's own ticks.
 using Date = std::chrono::system_clock::time_point;
 
-/// Earlier than every real moment. Only compare it: subtracting from it overflows.
+/// Earlier than every real moment. Only for comparisons: subtracting from it overflows.
 inline constexpr Date distantPast = Date::min();
 
 /// The moment `delay` after `date`, rounded to the clock's tick.

@@ -5,14 +5,14 @@
 
 #include <cstddef>
 #include <functional>
-#include <optional>
 #include <string>
+#include <variant>
 
 namespace driftmark {
 
-/// Fetches what is behind an HTTPS address. The server's certificate is checked against the
-/// system's authorities; redirects are followed to HTTPS addresses only. The status of a reply is
-/// not looked at: an error page is a reply like any other.
+/// Fetches what is behind an HTTPS URL. The server's certificate is checked against the CA
+/// certificates of the system; redirects are followed to HTTPS URLs only. The status of a reply is
+/// ignored: an error page is a reply like any other.
 class HttpClient {
 public:
   enum class CachePolicy {
@@ -23,34 +23,32 @@ public:
   struct Request {
     std::string url;
     CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
-    Seconds timeoutInterval{60.0}; ///< without news of the server
+    Seconds timeoutInterval{60.0}; ///< without a byte from the server
   };
 
-  /// Either the whole body or an error.
-  struct DataReply {
-    std::optional<std::string> data;
-    std::optional<PlatformError> error;
+  /// The bytes of a reply.
+  struct Body {
+    std::string bytes;
   };
 
-  /// Either a file that holds the whole body or an error. The file is taken away when the handler
-  /// returns, unless it was moved elsewhere.
-  struct DownloadReply {
-    std::optional<std::string> file;
-    std::optional<PlatformError> error;
+  /// A file that holds the bytes of a reply. It is removed when the handler returns, unless it was
+  /// moved elsewhere.
+  struct File {
+    std::string path;
   };
 
-  using DataHandler = std::function<void(DataReply reply)>;
-  using DownloadHandler = std::function<void(DownloadReply reply)>;
+  using FetchHandler = std::function<void(std::variant<Body, PlatformError> reply)>;
+  using DownloadHandler = std::function<void(std::variant<File, PlatformError> reply)>;
 
   virtual ~HttpClient() = default;
 
-  /// Asks for `request` and calls `onReply` once, on any thread, never inside this call. A body of
-  /// more than `largestBody` bytes is an error, noticed as soon as so much has come. Main thread
-  /// only. What is under way when the client goes is dropped without a call.
-  virtual void fetch(const Request& request, std::size_t largestBody, DataHandler onReply) = 0;
+  /// Sends `request` and calls `onReply` once, on any thread, never inside this call. A body of
+  /// more than `maxBodySize` bytes is an error, reported as soon as that many bytes have arrived.
+  /// Main thread only. Destroying the client drops pending requests without a call.
+  virtual void fetch(const Request& request, std::size_t maxBodySize, FetchHandler onReply) = 0;
 
-  /// Downloads `url` to a file, written as the bytes come. Otherwise as `fetch`, with the default
-  /// cache policy and time-out.
+  /// Downloads `url` to a file, which is written as the bytes arrive. Otherwise like `fetch`, with
+  /// the default cache policy and timeout.
   virtual void download(const std::string& url, DownloadHandler onReply) = 0;
 };
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "ports/Symbol.h"
-
 #include <functional>
 #include <optional>
 #include <string>
@@ -9,20 +7,28 @@
 
 namespace driftmark {
 
+/// A picture by its symbol name. Symbols are drawn in the colour of the text around them.
+struct Symbol {
+  std::string name;
+  std::string description; ///< read aloud by a screen reader
+
+  bool operator==(const Symbol&) const = default;
+};
+
 /// One line of a menu, as a plain value. Its texts are shown as they are: no markup, no mnemonics.
 struct MenuItem {
-  /// A name by which the controller finds an item again; 0 for none.
+  /// A number by which the controller finds an item again; 0 for none.
   using Tag = int;
 
   enum class Kind {
     command,  ///< can be chosen; without an action it is shown disabled
     label,    ///< shown disabled
-    separator ///< a line; it has nothing else
+    separator ///< a line; the other members are unused
   };
 
   Kind kind = Kind::command;
   std::string title;
-  std::optional<Symbol> symbol; ///< one of an unknown name is not shown
+  std::optional<Symbol> symbol; ///< a symbol of an unknown name is not shown
   std::string toolTip;
   std::string keyEquivalent; ///< one letter, with the system's command modifier; empty for none
   bool isChecked = false;

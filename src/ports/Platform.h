@@ -18,12 +18,12 @@ class RunningApplications;
 class Signals;
 class StatusBar;
 class SystemLog;
-class Text;
+class SystemText;
 class UserDefaults;
 class Workspace;
 
-/// The ports that the core works through. Whoever makes the core keeps what they refer to alive for
-/// as long as anything of the core lives.
+/// The ports that the core works through. The frontend that makes the core keeps the adapters alive
+/// for as long as anything of the core exists.
 struct Platform {
   Clock& clock;
   MainQueue& mainQueue;
@@ -32,7 +32,7 @@ struct Platform {
   SystemLog& systemLog;
   FileSystem& fileSystem;
   Environment& environment;
-  Text& text;
+  SystemText& text;
   HttpClient& httpClient;
   Dialogs& dialogs;
   UserDefaults& userDefaults;

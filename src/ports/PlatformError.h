@@ -6,7 +6,7 @@ namespace driftmark {
 
 /// Why an operation of the system failed.
 struct PlatformError {
-  std::string description; ///< for people, in the system's words
+  std::string description; ///< for the user, in the system's words
 };
 
 } // namespace driftmark

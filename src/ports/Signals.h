@@ -11,23 +11,25 @@ enum class QuitSignal {
   interrupt, ///< SIGINT
 };
 
-/// Delivers a signal as long as it lives. Released on the main thread.
+/// Delivers a signal until it is released. Released on the main thread.
 class SignalSource {
 public:
   virtual ~SignalSource() = default;
 };
 
-/// What signals do to this process. Main thread only.
+/// How this process handles signals. Main thread only.
 class Signals {
 public:
   virtual ~Signals() = default;
 
-  /// From now on the signal by itself does nothing.
+  /// Takes the default action from the signal: it no longer ends this process. A source only
+  /// observes a signal and does not replace its default action, so `ignore` comes before
+  /// `makeSource`.
   virtual void ignore(QuitSignal signal) = 0;
 
-  /// Runs `handler` on the main queue after the signal has come, once for several that come
-  /// together. The signal should be ignored, and is again when the source is released. Null when
-  /// the system has no descriptors left.
+  /// Runs `handler` on the main queue after the signal has arrived, once for several that arrive
+  /// together. The signal should be ignored, and is ignored again when the source is released. Null
+  /// when the system has no descriptors left.
   virtual std::unique_ptr<SignalSource> makeSource(QuitSignal signal,
                                                    std::function<void()> handler) = 0;
 };

@@ -9,7 +9,7 @@ class SystemLog {
 public:
   virtual ~SystemLog() = default;
 
-  /// Writes one line, given without a line end. Any thread. Never fails as far as the caller sees.
+  /// Writes one line, passed without a line end. Any thread. Reports no failure.
   virtual void log(std::string_view line) = 0;
 };
 

@@ -5,8 +5,8 @@
 
 namespace driftmark {
 
-/// The settings of this user, kept between runs. What the user changes while the program runs is
-/// seen by the next read. Main thread only.
+/// The settings of this user, kept between runs. A change that the user makes while the program
+/// runs is visible to the next read. Main thread only.
 class UserDefaults {
 public:
   virtual ~UserDefaults() = default;
@@ -17,7 +17,7 @@ public:
   /// A setting that is true or false; false when it is not set or is something else.
   virtual bool boolean(const std::string& key) const = 0;
 
-  /// Keeps a setting. A failure to keep it is logged and otherwise ignored.
+  /// Stores a setting. A failure to store it is logged and otherwise ignored.
   virtual void setBoolean(const std::string& key, bool value) = 0;
 };
 

@@ -4,15 +4,16 @@
 
 namespace driftmark {
 
-/// The desktop around this program. Main thread only; what fails, fails silently.
+/// The file manager and the applications that open files. Main thread only; failures are silent.
 class Workspace {
 public:
   virtual ~Workspace() = default;
 
-  /// Shows the item at `path` selected in a window of the file manager. It need not exist any more.
+  /// Shows the item at `path`, selected, in a window of the file manager. It need not exist any
+  /// more.
   virtual void activateFileViewerSelecting(const std::string& path) = 0;
 
-  /// Opens the item at `path` with what the user has chosen for its kind.
+  /// Opens the item at `path` with the application that the user chose for its kind.
   virtual void open(const std::string& path) = 0;
 };
 

@@ -1,6 +1,7 @@
-// "Free Up Space…": a folder is chosen and surveyed, the user confirms, its files are evicted, the
-// outcome is told. The steps hand one another all they know; nothing is kept on the controller, so
-// that several runs can go on at once.
+// How "Free Up Space…" runs: the user chooses a folder, it is surveyed in the background, the user
+// confirms, its files are evicted in the background, a report is shown. Each step passes its
+// results to the next and keeps nothing on the controller, so that several runs can be under way at
+// once.
 
 #include "evict/Evictor.h"
 #include "monitor/SyncMonitor.h"
@@ -8,7 +9,7 @@
 #include "ports/BackgroundQueue.h"
 #include "ports/Dialogs.h"
 #include "ports/MainQueue.h"
-#include "ports/Text.h"
+#include "ports/SystemText.h"
 #include "support/Log.h"
 #include "support/Paths.h"
 #include "ui/StatusItemController.h"
@@ -19,10 +20,13 @@ namespace driftmark {
 
 namespace {
 
+constexpr std::size_t removeDownloads = 0; ///< the index of the button
+
 Alert nothingToFree(const std::string& name) {
   return {"Nothing to Free in " + name, "No downloaded iCloud files were found there.", {}};
 }
 
+/// The survey does not know which files are not yet uploaded: the system refuses to evict them.
 Alert question(const std::string& name, std::size_t files, const std::string& size) {
   return {"Remove Downloads in " + name + "?",
           std::to_string(files) + " files using " + size +
@@ -49,7 +53,7 @@ template <class Work, class Then> void StatusItemController::inBackground(Work w
       [self = shared_from_this(), work = std::move(work), then = std::move(then)]() mutable {
         auto result = std::make_shared<decltype(work(*self))>(work(*self));
         MainQueue& mainQueue = self->platform_.mainQueue;
-        // This thread lets go of the controller first, so that it goes on the main thread.
+        // This thread releases the controller here, so that it is destroyed on the main thread.
         mainQueue.async([self = std::move(self), result = std::move(result),
                          then = std::move(then)] { then(*self, std::move(*result)); });
       });
@@ -69,12 +73,12 @@ void StatusItemController::freeUpSpace() {
       [folder = *folder](StatusItemController& self) {
         return Evictor::survey(self.platform_.cloudFiles, folder);
       },
-      [folder = *folder](StatusItemController& self, Survey survey) {
+      [folder = *folder](StatusItemController& self, Evictor::Survey survey) {
         self.confirmEviction(std::move(survey), folder);
       });
 }
 
-void StatusItemController::confirmEviction(Survey survey, const std::string& folder) {
+void StatusItemController::confirmEviction(Evictor::Survey survey, const std::string& folder) {
   const std::string name = folder == SyncMonitor::cloudDocsPath(platform_.fileSystem)
                                ? "iCloud Drive"
                                : std::string(lastPathComponent(folder));
@@ -84,8 +88,8 @@ void StatusItemController::confirmEviction(Survey survey, const std::string& fol
   }
   const std::size_t count = survey.files.size();
   const std::string size = platform_.text.byteCount(survey.bytes);
-  if (platform_.dialogs.runModal(question(name, count, size)) != 0) {
-    // Letting go of a million paths takes its time.
+  if (platform_.dialogs.runModal(question(name, count, size)) != removeDownloads) {
+    // Releasing a million paths takes long enough to block the main thread.
     platform_.backgroundQueue.async(QualityOfService::utility,
                                     [files = std::move(survey.files)] {});
     return;

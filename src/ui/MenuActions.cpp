@@ -13,6 +13,8 @@ namespace driftmark {
 
 namespace {
 
+constexpr std::size_t restartSyncButton = 0; ///< an index
+
 constexpr const char* credits = "Menu bar monitor for iCloud Drive sync activity\n"
                                 "https://" DRIFTMARK_VENDOR_HOST "/driftmark/";
 
@@ -40,7 +42,7 @@ void StatusItemController::openICloudDrive() {
 void StatusItemController::restartSync() {
   platform_.application.activateIgnoringOtherApplications();
   const std::size_t stalled = monitor_->stalledCount();
-  if (platform_.dialogs.runModal(restartQuestion(stalled)) == 0)
+  if (platform_.dialogs.runModal(restartQuestion(stalled)) == restartSyncButton)
     monitor_->restartSyncDaemon();
 }
 

@@ -1,7 +1,7 @@
 // What the status item shows: symbol, title and tooltip.
 
 #include "monitor/SyncMonitor.h"
-#include "ports/Text.h"
+#include "ports/SystemText.h"
 #include "support/Log.h"
 #include "support/Numbers.h"
 #include "ui/StatusItemController.h"
@@ -52,7 +52,7 @@ void StatusItemController::updateIcon() {
   statusItem_->setToolTip(toolTip);
 }
 
-/// Without the progress. In lower case after the colon, unlike the headlines of the menu.
+/// The tooltip without the progress. In lower case after the colon, unlike the menu's headlines.
 std::string StatusItemController::stateToolTip(OverallState state) const {
   switch (state) {
   case OverallState::idle:

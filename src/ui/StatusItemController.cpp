@@ -1,3 +1,5 @@
+// How the parts of the interface are wired, started and shut down.
+
 #include "ui/StatusItemController.h"
 
 #include "monitor/SyncMonitor.h"
@@ -37,7 +39,7 @@ StatusItemController::~StatusItemController() = default;
 void StatusItemController::start() {
   const auto self = shared_from_this();
   if (statusItem_) {
-    // The status item is this object's own, so what it calls cannot outlive it.
+    // This object owns the status item, so these callbacks cannot outlive it.
     statusItem_->setMenu([this] { return menuNeedsUpdate(); }, [this] { menuWillOpen(); });
   }
   monitor_->onChange = weakly(self, std::mem_fn(&StatusItemController::monitorChanged));

@@ -16,15 +16,17 @@ class SyncMonitor;
 class UpdateChecker;
 struct ActiveItem;
 struct CompletedItem;
+namespace Evictor {
 struct Survey;
+}
 
-/// The whole interface: the status item, its menu and what the menu does. Owns the monitor and the
-/// update checker. One instance, held by a shared pointer; all of it runs on the main thread.
+/// The user interface: the status item, its menu and the actions of the menu. Owns the monitor and
+/// the update checker. One instance, held by a shared pointer; all of it runs on the main thread.
 class StatusItemController : public std::enable_shared_from_this<StatusItemController> {
   struct Private {}; ///< only `make` can pass one
 
 public:
-  /// Puts up the status item and starts the monitor and the update checker. The ports in `platform`
+  /// Shows the status item and starts the monitor and the update checker. The ports in `platform`
   /// outlive it.
   static std::shared_ptr<StatusItemController> make(const Platform& platform);
   StatusItemController(Private pass, const Platform& platform);
@@ -35,16 +37,16 @@ public:
   /// Stops the monitor, which ends every child process.
   void shutdown();
 
-  /// The menu of this moment.
+  /// Builds the menu from the current state of the monitor.
   Menu menuNeedsUpdate();
 
-  /// Asks for the quota; its answer retitles the storage line of the open menu.
+  /// Requests the quota. The reply retitles the storage line of the open menu.
   void menuWillOpen();
 
   static constexpr std::size_t maxTransferRows = 15;
   static constexpr std::size_t maxDirectoryRows = 10;
   static constexpr std::size_t maxIssueRows = 10;
-  static constexpr std::size_t maxIssueCharacters = 60; ///< as a user counts them
+  static constexpr std::size_t maxIssueCharacters = 60; ///< grapheme clusters
 
 private:
   // StatusItemController.cpp
@@ -64,8 +66,8 @@ private:
   MenuItem transferRow(const ActiveItem& item);
   MenuItem recentRow(const CompletedItem& item);
   MenuItem restartItem(double longestStall);
-  MenuItem file(const std::string& path, const std::string& symbol, const std::string& detail);
-  MenuItem command(std::string title, void (StatusItemController::*action)());
+  MenuItem fileRow(const std::string& path, const std::string& symbol, const std::string& detail);
+  MenuItem commandItem(std::string title, void (StatusItemController::*action)());
   std::string storageTitle() const;
 
   // MenuActions.cpp
@@ -78,14 +80,14 @@ private:
 
   // FreeUpSpace.cpp
   void freeUpSpace();
-  void confirmEviction(Survey survey, const std::string& folder);
+  void confirmEviction(Evictor::Survey survey, const std::string& folder);
   template <class Work, class Then> void inBackground(Work work, Then then);
 
   const Platform platform_;
   std::unique_ptr<StatusItem> statusItem_; ///< null when the system gave none
   const std::shared_ptr<SyncMonitor> monitor_;
   const std::shared_ptr<UpdateChecker> updateChecker_;
-  std::optional<MenuItem::Tag> quotaItem_; ///< the storage line of the menu built last
+  std::optional<MenuItem::Tag> quotaItem_; ///< the storage line of the menu that was built last
   std::optional<OverallState> lastLoggedState_;
 };
 

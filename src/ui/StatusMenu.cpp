@@ -1,9 +1,9 @@
-// The menu: the program's whole view of the model, built anew at each opening.
+// What the menu shows. It is built anew from the model at each opening.
 
 #include "monitor/SyncMonitor.h"
 #include "ports/Application.h"
 #include "ports/LoginItem.h"
-#include "ports/Text.h"
+#include "ports/SystemText.h"
 #include "support/Numbers.h"
 #include "support/Paths.h"
 #include "support/Weakly.h"
@@ -52,7 +52,7 @@ MenuItem label(std::string title) {
   return titled(MenuItem::Kind::label, std::move(title));
 }
 
-/// `count`, or how many there are where that is fewer.
+/// `count`, or the number of `items` when that is smaller.
 template <class Items> std::size_t atMost(std::size_t count, const Items& items) {
   return std::min(count, items.size());
 }
@@ -84,14 +84,15 @@ void StatusItemController::menuWillOpen() {
   monitor_->refreshQuota();
 }
 
-/// What is known of transfers that the per-item monitor does not show.
+/// Summarises transfers that the per-item monitor does not report.
 void StatusItemController::addSummary(Menu& menu) {
   if (const auto& status = monitor_->statusActivity()) {
     menu.push_back(separator());
     menu.push_back(label(statusSummary(*status)));
     for (std::size_t i = 0; i < atMost(maxDirectoryRows, status->directories); ++i)
-      menu.push_back(file(SyncMonitor::containerPath(platform_.fileSystem, status->directories[i]),
-                          "folder", "syncing"));
+      menu.push_back(
+          fileRow(SyncMonitor::containerPath(platform_.fileSystem, status->directories[i]),
+                  "folder", "syncing"));
   } else if (const auto global = monitor_->globalActivity()) {
     const std::string count =
         global->count == 1 ? "1 transfer" : std::to_string(global->count) + " transfers";
@@ -116,15 +117,15 @@ MenuItem StatusItemController::transferRow(const ActiveItem& item) {
   if (item.percent)
     detail.append(" ").append(wholeNumber(*item.percent)).append("%");
   if (monitor_->isStalled(item))
-    return file(item.path, "exclamationmark.circle", "stalled · " + detail);
-  return file(item.path, isUpload ? "arrow.up.circle" : "arrow.down.circle", detail);
+    return fileRow(item.path, "exclamationmark.circle", "stalled · " + detail);
+  return fileRow(item.path, isUpload ? "arrow.up.circle" : "arrow.down.circle", detail);
 }
 
 MenuItem StatusItemController::restartItem(double longestStall) {
   const auto minutes = static_cast<std::int64_t>(longestStall / 60.0);
   MenuItem item =
-      command("Restart iCloud Sync…  —  no progress for " + std::to_string(minutes) + " min",
-              &StatusItemController::restartSync);
+      commandItem("Restart iCloud Sync…  —  no progress for " + std::to_string(minutes) + " min",
+                  &StatusItemController::restartSync);
   item.symbol = {"arrow.clockwise.icloud", "Restart iCloud Sync"};
   return item;
 }
@@ -140,8 +141,8 @@ void StatusItemController::addIssues(Menu& menu) {
       issues.begin(), issues.end(), first.begin(), first.end(),
       [](const auto& one, const auto& other) { return one.first < other.first; });
   for (const auto& [path, text] : first)
-    menu.push_back(file(path, "exclamationmark.triangle",
-                        platform_.text.firstCharacters(text, maxIssueCharacters)));
+    menu.push_back(fileRow(path, "exclamationmark.triangle",
+                           platform_.text.firstCharacters(text, maxIssueCharacters)));
 }
 
 void StatusItemController::addRecent(Menu& menu) {
@@ -156,8 +157,8 @@ void StatusItemController::addRecent(Menu& menu) {
 MenuItem StatusItemController::recentRow(const CompletedItem& item) {
   const std::string time = platform_.text.relativeTime(item.date, platform_.clock.now());
   return item.kind == RecentKind::evicted
-             ? file(item.path, "icloud.slash", "removed download " + time)
-             : file(item.path, "checkmark.circle", time);
+             ? fileRow(item.path, "icloud.slash", "removed download " + time)
+             : fileRow(item.path, "checkmark.circle", time);
 }
 
 void StatusItemController::addFixedItems(Menu& menu) {
@@ -168,14 +169,14 @@ void StatusItemController::addFixedItems(Menu& menu) {
   menu.push_back(std::move(storage));
 
   menu.push_back(separator());
-  menu.push_back(command("Open iCloud Drive", &StatusItemController::openICloudDrive));
+  menu.push_back(commandItem("Open iCloud Drive", &StatusItemController::openICloudDrive));
   menu.back().keyEquivalent = std::string("o");
-  menu.push_back(command("Free Up Space…", &StatusItemController::freeUpSpace));
+  menu.push_back(commandItem("Free Up Space…", &StatusItemController::freeUpSpace));
 
   menu.push_back(separator());
-  menu.push_back(command("About Driftmark", &StatusItemController::showAbout));
-  menu.push_back(command("Check for Updates…", &StatusItemController::checkForUpdates));
-  menu.push_back(command("Launch at Login", &StatusItemController::toggleLaunchAtLogin));
+  menu.push_back(commandItem("About Driftmark", &StatusItemController::showAbout));
+  menu.push_back(commandItem("Check for Updates…", &StatusItemController::checkForUpdates));
+  menu.push_back(commandItem("Launch at Login", &StatusItemController::toggleLaunchAtLogin));
   menu.back().isChecked = platform_.loginItem.status() == LoginItem::Status::enabled;
   MenuItem quit = titled(MenuItem::Kind::command, "Quit Driftmark");
   quit.keyEquivalent = std::string("q");
@@ -190,8 +191,8 @@ std::string StatusItemController::storageTitle() const {
 }
 
 /// A row that reveals the file at `path`.
-MenuItem StatusItemController::file(const std::string& path, const std::string& symbol,
-                                    const std::string& detail) {
+MenuItem StatusItemController::fileRow(const std::string& path, const std::string& symbol,
+                                       const std::string& detail) {
   MenuItem item = titled(MenuItem::Kind::command,
                          std::string(lastPathComponent(path)).append("  —  ").append(detail));
   item.symbol = {symbol, detail};
@@ -201,7 +202,8 @@ MenuItem StatusItemController::file(const std::string& path, const std::string& 
   return item;
 }
 
-MenuItem StatusItemController::command(std::string title, void (StatusItemController::*action)()) {
+MenuItem StatusItemController::commandItem(std::string title,
+                                           void (StatusItemController::*action)()) {
   MenuItem item = titled(MenuItem::Kind::command, std::move(title));
   item.action = weakly(shared_from_this(), std::mem_fn(action));
   return item;

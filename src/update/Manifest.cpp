@@ -1,7 +1,8 @@
-// Reads the update manifest.
+// Which documents are an update manifest.
 
-#include "ports/Text.h"
-#include "update/UpdateChecker.h"
+#include "update/Manifest.h"
+
+#include "ports/SystemText.h"
 
 #include <nlohmann/json.hpp>
 
@@ -11,7 +12,7 @@ namespace {
 
 using nlohmann::json;
 
-/// The text of a key that must be there.
+/// The text of a required key; absent when the document does not have it.
 std::optional<std::string> requiredText(const json& object, const char* key) {
   const auto found = object.find(key);
   if (found == object.end() || !found->is_string())
@@ -21,8 +22,7 @@ std::optional<std::string> requiredText(const json& object, const char* key) {
 
 } // namespace
 
-std::optional<UpdateChecker::Manifest> UpdateChecker::decodeManifest(std::string_view document,
-                                                                     const Text& text) {
+std::optional<Manifest> decodeManifest(std::string_view document, const SystemText& text) {
   const json object = json::parse(document, nullptr, /*allow_exceptions=*/false);
   if (!object.is_object())
     return std::nullopt;

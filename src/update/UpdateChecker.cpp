@@ -1,13 +1,17 @@
+// When updates are checked for, and how the outcomes are shown.
+
 #include "update/UpdateChecker.h"
 
 #include "ports/Application.h"
 #include "ports/Bundle.h"
 #include "ports/Dialogs.h"
-#include "ports/Text.h"
+#include "ports/SystemText.h"
 #include "ports/UserDefaults.h"
 #include "support/Fatal.h"
 #include "support/Log.h"
 #include "support/Weakly.h"
+#include "update/Manifest.h"
+#include "update/Version.h"
 
 #include <utility>
 
@@ -15,9 +19,11 @@ namespace driftmark {
 
 namespace {
 
-/// The host is the maker's choice at build time, the path is fixed.
-constexpr const char* makersManifestURL =
+/// The vendor chooses the host at build time; the path is fixed.
+constexpr const char* vendorManifestURL =
     "https://" DRIFTMARK_VENDOR_HOST "/driftmark/appcast.json";
+
+constexpr std::size_t installAndRelaunch = 0; ///< the index of the button
 
 } // namespace
 
@@ -28,7 +34,7 @@ std::shared_ptr<UpdateChecker> UpdateChecker::make(const Platform& platform) {
 UpdateChecker::UpdateChecker(Private /*pass*/, const Platform& platform) : platform_(platform) {}
 
 std::string UpdateChecker::manifestURL() const {
-  std::string url = platform_.userDefaults.string("UpdateManifestURL").value_or(makersManifestURL);
+  std::string url = platform_.userDefaults.string("UpdateManifestURL").value_or(vendorManifestURL);
   if (!platform_.text.isUrl(url))
     fatalError("the setting UpdateManifestURL is not an address");
   return url;
@@ -54,22 +60,25 @@ void UpdateChecker::check(bool interactive) {
       .cachePolicy = HttpClient::CachePolicy::reloadIgnoringLocalCacheData,
       .timeoutInterval = manifestTimeout,
   };
-  auto deliver = weakly(shared_from_this(),
-                        [interactive](UpdateChecker& self, const HttpClient::DataReply& reply) {
-                          self.manifestArrived(reply, interactive);
-                        });
+  auto deliver = weakly(shared_from_this(), [interactive](UpdateChecker& self, const auto& reply) {
+    self.manifestArrived(reply, interactive);
+  });
   platform_.httpClient.fetch(
-      request, largestManifest,
-      [&mainQueue = platform_.mainQueue, deliver](HttpClient::DataReply reply) {
+      request, maxManifestSize, [&mainQueue = platform_.mainQueue, deliver](auto reply) {
         mainQueue.async([deliver, reply = std::move(reply)] { deliver(reply); });
       });
 }
 
-void UpdateChecker::manifestArrived(const HttpClient::DataReply& reply, bool interactive) {
+void UpdateChecker::manifestArrived(const std::variant<HttpClient::Body, PlatformError>& reply,
+                                    bool interactive) {
   checking_ = false;
-  const auto manifest = reply.data ? decodeManifest(*reply.data, platform_.text) : std::nullopt;
+  if (const auto* const error = std::get_if<PlatformError>(&reply)) {
+    checkFailed(error->description, error->description, interactive);
+    return;
+  }
+  const auto manifest = decodeManifest(std::get<HttpClient::Body>(reply).bytes, platform_.text);
   if (!manifest) {
-    checkFailed(reply.error, interactive);
+    checkFailed("unreadable manifest", "The update information was unreadable.", interactive);
     return;
   }
 
@@ -83,11 +92,12 @@ void UpdateChecker::manifestArrived(const HttpClient::DataReply& reply, bool int
     activateAndAsk("Driftmark is up to date", "Version " + current + " is the latest.");
 }
 
-void UpdateChecker::checkFailed(const std::optional<PlatformError>& error, bool interactive) const {
-  log({"update check failed: ", error ? error->description : "unreadable manifest"});
+/// `reason` is for the log, `details` for the user.
+void UpdateChecker::checkFailed(const std::string& reason, const std::string& details,
+                                bool interactive) const {
+  log({"update check failed: ", reason});
   if (interactive)
-    activateAndAsk("Could not check for updates",
-                   error ? error->description : "The update information was unreadable.");
+    activateAndAsk("Could not check for updates", details);
 }
 
 void UpdateChecker::offer(const Manifest& manifest) {
@@ -96,9 +106,9 @@ void UpdateChecker::offer(const Manifest& manifest) {
   std::string details = "You have " + current + ".";
   if (manifest.notes && !manifest.notes->empty())
     details += "\n\n" + *manifest.notes;
-  const std::size_t answer = activateAndAsk("Driftmark " + manifest.version + " is available",
-                                            details, {"Install and Relaunch", "Later"});
-  if (answer == 0)
+  const auto answer = activateAndAsk("Driftmark " + manifest.version + " is available", details,
+                                     {"Install and Relaunch", "Later"});
+  if (answer == installAndRelaunch)
     download(manifest);
 }
 
@@ -106,10 +116,10 @@ void UpdateChecker::log(std::initializer_list<std::string_view> parts) const {
   driftmark::log(platform_.systemLog, parts);
 }
 
-/// Shows an alert in front of all applications. Returns the index of the chosen button.
-std::size_t UpdateChecker::activateAndAsk(const std::string& messageText,
-                                          const std::string& informativeText,
-                                          std::vector<std::string> buttons) const {
+/// Shows an alert in front of all applications. Returns the index of the chosen button, if any.
+std::optional<std::size_t> UpdateChecker::activateAndAsk(const std::string& messageText,
+                                                         const std::string& informativeText,
+                                                         std::vector<std::string> buttons) const {
   platform_.application.activateIgnoringOtherApplications();
   return platform_.dialogs.runModal({messageText, informativeText, std::move(buttons)});
 }

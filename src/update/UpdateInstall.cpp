@@ -1,5 +1,4 @@
-// Downloads a release, makes sure that it is the maker's, and puts it in the running bundle's
-// place.
+// How a release is downloaded, verified as the vendor's, and swapped with the running bundle.
 
 #include "install/Relaunch.h"
 #include "ports/Application.h"
@@ -8,6 +7,7 @@
 #include "ports/FileSystem.h"
 #include "support/Utf8.h"
 #include "support/Weakly.h"
+#include "update/Manifest.h"
 #include "update/UpdateChecker.h"
 
 #include <functional>
@@ -20,14 +20,17 @@ namespace {
 
 constexpr const char* codesign = "/usr/bin/codesign";
 constexpr const char* ditto = "/usr/bin/ditto";
-constexpr const char* makersTeam = "TeamIdentifier=T4N8RW2KQZ";
+constexpr const char* vendorTeam = "TeamIdentifier=T4N8RW2KQZ";
 
-/// Moves a downloaded file to where it is unpacked from. Its path; absent when that failed.
-std::optional<std::string> stage(FileSystem& fileSystem, const std::string& downloaded) {
+/// Moves the downloaded file to the path that it is unpacked from. That path, or why there is none.
+std::variant<std::string, PlatformError>
+stage(FileSystem& fileSystem, const std::variant<HttpClient::File, PlatformError>& reply) {
+  if (const auto* const error = std::get_if<PlatformError>(&reply))
+    return *error;
   std::string archive = fileSystem.temporaryDirectory() + "Driftmark-update.zip";
   static_cast<void>(fileSystem.removeItem(archive));
-  if (fileSystem.moveItem(downloaded, archive))
-    return std::nullopt;
+  if (fileSystem.moveItem(std::get<HttpClient::File>(reply).path, archive))
+    return PlatformError{"Could not download the update."};
   return archive;
 }
 
@@ -35,21 +38,18 @@ std::optional<std::string> stage(FileSystem& fileSystem, const std::string& down
 
 void UpdateChecker::download(const Manifest& manifest) {
   auto deliver = weakly(shared_from_this(), std::mem_fn(&UpdateChecker::downloadArrived));
-  platform_.httpClient.download(manifest.url, [platform = platform_,
-                                               deliver](const HttpClient::DownloadReply& reply) {
-    platform.mainQueue.async([deliver, error = reply.error,
-                              archive = reply.file ? stage(platform.fileSystem, *reply.file)
-                                                   : std::nullopt] { deliver(archive, error); });
+  platform_.httpClient.download(manifest.url, [platform = platform_, deliver](const auto& reply) {
+    platform.mainQueue.async(
+        [deliver, archive = stage(platform.fileSystem, reply)] { deliver(archive); });
   });
 }
 
-void UpdateChecker::downloadArrived(const std::optional<std::string>& archive,
-                                    const std::optional<PlatformError>& error) {
-  if (!archive) {
-    activateAndAsk("Update failed", error ? error->description : "Could not download the update.");
+void UpdateChecker::downloadArrived(const std::variant<std::string, PlatformError>& archive) {
+  if (const auto* const error = std::get_if<PlatformError>(&archive)) {
+    activateAndAsk("Update failed", error->description);
     return;
   }
-  if (const auto failure = install(*archive))
+  if (const auto failure = install(std::get<std::string>(archive)))
     activateAndAsk("Update failed", failure->description);
 }
 
@@ -78,7 +78,7 @@ std::optional<PlatformError> UpdateChecker::install(const std::string& zip) cons
   return std::nullopt;
 }
 
-/// The running bundle's place is empty only between the two moves.
+/// Only between the two moves is there no bundle at the running bundle's path.
 std::optional<PlatformError> UpdateChecker::swap(const std::string& newBundle,
                                                  const std::string& running,
                                                  const std::string& oldCopy) const {
@@ -102,12 +102,12 @@ std::optional<PlatformError> UpdateChecker::verify(const std::string& bundle) co
   if (const auto* const error = std::get_if<LaunchError>(&described))
     return PlatformError{error->description};
   const std::string& description = std::get<ToolResult>(described).output;
-  if (!isUtf8(description) || description.find(makersTeam) == std::string::npos)
+  if (!isUtf8(description) || description.find(vendorTeam) == std::string::npos)
     return UpdateError{"The update was not signed by Tallowmere."};
   return std::nullopt;
 }
 
-/// Runs a tool to its end. Fails with `failure` when it reports one.
+/// Runs a tool to its end. An exit status other than 0 is the error `failure`.
 std::optional<PlatformError> UpdateChecker::run(const std::string& tool,
                                                 std::vector<std::string> arguments,
                                                 const std::string& failure) const {

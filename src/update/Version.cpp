@@ -1,10 +1,12 @@
-// Compares dotted versions.
+// How dotted versions are compared.
+
+#include "update/Version.h"
 
 #include "support/Numbers.h"
-#include "update/UpdateChecker.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <vector>
 
 namespace driftmark {
 
@@ -24,7 +26,7 @@ std::vector<std::int64_t> pieces(std::string_view version) {
 
 } // namespace
 
-bool UpdateChecker::isNewer(std::string_view remote, std::string_view local) {
+bool isNewer(std::string_view remote, std::string_view local) {
   std::vector<std::int64_t> theirs = pieces(remote);
   std::vector<std::int64_t> ours = pieces(local);
   const std::size_t length = std::max(theirs.size(), ours.size());

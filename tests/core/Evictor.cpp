@@ -19,7 +19,7 @@ constexpr const char* folder = "/Drive";
 
 class EvictorTest : public testing::Test {
 protected:
-  Survey survey(std::vector<WalkEntry> entries) {
+  Evictor::Survey survey(std::vector<WalkEntry> entries) {
     cloudFiles.list(folder, std::move(entries));
     return Evictor::survey(cloudFiles, folder);
   }
@@ -37,17 +37,17 @@ protected:
 };
 
 TEST_F(EvictorTest, surveyIsEmptyByDefault) {
-  EXPECT_THAT(Survey().files, IsEmpty());
-  EXPECT_EQ(Survey().bytes, 0);
+  EXPECT_THAT(Evictor::Survey().files, IsEmpty());
+  EXPECT_EQ(Evictor::Survey().bytes, 0);
 }
 
 TEST_F(EvictorTest, folderThatCannotBeWalkedIsEmpty) {
-  EXPECT_EQ(Evictor::survey(cloudFiles, "/missing"), Survey());
+  EXPECT_EQ(Evictor::survey(cloudFiles, "/missing"), Evictor::Survey());
   EXPECT_THAT(cloudFiles.takeWalks(), ElementsAre("/missing"));
 }
 
 TEST_F(EvictorTest, downloadedFilesAreFoundInTheOrderOfTheWalk) {
-  const Survey found = survey(
+  const Evictor::Survey found = survey(
       {TestCloudFiles::downloaded("/Drive/z", 4096), TestCloudFiles::downloaded("/Drive/a/b/c", 1),
        TestCloudFiles::downloaded("/Drive/.hidden", 8192),
        TestCloudFiles::downloaded("/Drive/Notes.app/Contents/Info.plist", 0)});
@@ -67,7 +67,7 @@ TEST_F(EvictorTest, whatIsNoDownloadedCloudFileIsPassedOver) {
               changed(&Values::downloadingStatus, std::optional(DownloadingStatus::notDownloaded)),
               changed(&Values::downloadingStatus, std::optional(DownloadingStatus::downloaded)),
               changed(&Values::downloadingStatus, std::optional<DownloadingStatus>())}),
-      Survey());
+      Evictor::Survey());
 }
 
 TEST_F(EvictorTest, whatCannotBeReadIsPassedOver) {
@@ -76,14 +76,14 @@ TEST_F(EvictorTest, whatCannotBeReadIsPassedOver) {
   EXPECT_THAT(survey({noItem,
                       {.path = "/Drive/unreadable", .values = std::nullopt},
                       TestCloudFiles::downloaded("/Drive/a", 3)}),
-              (Survey{{"/Drive/a"}, 3}));
+              (Evictor::Survey{{"/Drive/a"}, 3}));
 }
 
 TEST_F(EvictorTest, fileOfUnknownSizeIsListedAndAddsNothing) {
   WalkEntry unknown = TestCloudFiles::downloaded("/Drive/unknown", 0);
   unknown.values->totalFileAllocatedSize.reset();
   EXPECT_EQ(survey({TestCloudFiles::downloaded("/Drive/a", 3), unknown}),
-            (Survey{{"/Drive/a", "/Drive/unknown"}, 3}));
+            (Evictor::Survey{{"/Drive/a", "/Drive/unknown"}, 3}));
 }
 
 TEST_F(EvictorTest, largestSumIsExact) {

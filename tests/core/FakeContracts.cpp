@@ -11,7 +11,7 @@
 #include "support/contracts/MainQueueContract.h"
 #include "support/contracts/SignalsContract.h"
 #include "support/contracts/SystemLogContract.h"
-#include "support/contracts/TextContract.h"
+#include "support/contracts/SystemTextContract.h"
 #include "support/contracts/UserDefaultsContract.h"
 
 #include <chrono>
@@ -127,12 +127,12 @@ private:
   TestSystemLog log_;
 };
 
-class FakeText final : public TextSubject {
+class FakeSystemText final : public SystemTextSubject {
 public:
-  Text& text() override { return text_; }
+  SystemText& text() override { return text_; }
 
 private:
-  TestText text_;
+  TestSystemText text_;
 };
 
 /// Plays the helper tool's steps on the fake.
@@ -362,8 +362,8 @@ INSTANTIATE_TEST_SUITE_P(Fake, SignalsContract,
                          Values(subject<SignalsSubject, FakeSignals>("fake")), subjectName);
 INSTANTIATE_TEST_SUITE_P(Fake, SystemLogContract,
                          Values(subject<SystemLogSubject, FakeSystemLog>("fake")), subjectName);
-INSTANTIATE_TEST_SUITE_P(Fake, TextContract, Values(subject<TextSubject, FakeText>("fake")),
-                         subjectName);
+INSTANTIATE_TEST_SUITE_P(Fake, SystemTextContract,
+                         Values(subject<SystemTextSubject, FakeSystemText>("fake")), subjectName);
 INSTANTIATE_TEST_SUITE_P(Fake, ChildProcessesContract,
                          Values(subject<ChildProcessesSubject, FakeChildProcesses>("fake")),
                          subjectName);

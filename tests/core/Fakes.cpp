@@ -175,12 +175,12 @@ TEST_F(FakesTest, waitingOutputIsJoinedIntoOneChunk) {
 
 TEST_F(FakesTest, outputBeyondTheLargestChunkComesInSeveral) {
   TestChild& child = spawn({"a"});
-  child.print(std::string(2 * ChildProcesses::largestChunk + 5, 'x'));
+  child.print(std::string(2 * ChildProcesses::maxChunkSize + 5, 'x'));
   child.exit();
   queue.runAll();
   ASSERT_EQ(chunks.size(), 3U);
-  EXPECT_EQ(chunks[0].size(), ChildProcesses::largestChunk);
-  EXPECT_EQ(chunks[1].size(), ChildProcesses::largestChunk);
+  EXPECT_EQ(chunks[0].size(), ChildProcesses::maxChunkSize);
+  EXPECT_EQ(chunks[1].size(), ChildProcesses::maxChunkSize);
   EXPECT_EQ(chunks[2].size(), 5U);
   EXPECT_EQ(exits, 1);
 }

@@ -147,9 +147,12 @@ TEST_F(FreeUpSpaceTest, folderWithoutDownloadsIsToldSo) {
 }
 
 TEST_F(FreeUpSpaceTest, cancelledConfirmationEvictsNothing) {
-  for (const std::size_t answer : {cancel, Dialogs::unanswered}) {
+  for (const bool isAnswered : {true, false}) {
     fill(photos, 2);
-    platform.dialogs.answer(answer);
+    if (isAnswered)
+      platform.dialogs.answer(cancel);
+    else
+      platform.dialogs.leaveUnanswered();
     pick(photos);
     platform.settle();
     EXPECT_EQ(alerts().size(), 1U);

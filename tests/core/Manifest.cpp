@@ -1,5 +1,6 @@
-#include "support/TestText.h"
-#include "update/UpdateChecker.h"
+#include "update/Manifest.h"
+
+#include "support/TestSystemText.h"
 
 #include <optional>
 #include <string>
@@ -9,10 +10,8 @@
 namespace driftmark::test {
 namespace {
 
-using Manifest = UpdateChecker::Manifest;
-
 std::optional<Manifest> decode(const std::string& document) {
-  return UpdateChecker::decodeManifest(document, TestText());
+  return decodeManifest(document, TestSystemText());
 }
 
 const std::string address = "https://downloads.example/Driftmark-1.5.zip";
@@ -75,7 +74,7 @@ TEST(ManifestTest, whatIsNoManifestIsRefused) {
 }
 
 TEST(ManifestTest, deepNestingDoesNoHarm) {
-  const std::size_t depth = UpdateChecker::largestManifest / 2;
+  const std::size_t depth = maxManifestSize / 2;
   EXPECT_FALSE(decode(std::string(depth, '[')));
   EXPECT_FALSE(decode(std::string(depth, '[') + std::string(depth, ']')));
 }

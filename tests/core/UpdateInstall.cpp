@@ -148,14 +148,6 @@ TEST_F(UpdateInstallTest, failedDownloadShowsTheTransportsError) {
   expectUntouched();
 }
 
-TEST_F(UpdateInstallTest, downloadOfNothingIsAFailure) {
-  agree();
-  platform.httpClient.replyNoFile();
-  platform.settle();
-  EXPECT_THAT(platform.dialogs.take(), failed("Could not download the update."));
-  expectUntouched();
-}
-
 TEST_F(UpdateInstallTest, downloadThatCannotBeStagedIsAFailure) {
   platform.fileSystem.fail("move " + downloaded + " to " + zip, "No space left.");
   install();

@@ -120,7 +120,7 @@ TEST_F(UserInstallTest, declinedOfferNeverComesAgain) {
 }
 
 TEST_F(UserInstallTest, offerThatNobodyAnsweredComesAgain) {
-  platform.dialogs.answer(Dialogs::unanswered);
+  platform.dialogs.leaveUnanswered();
   EXPECT_FALSE(offer());
   EXPECT_FALSE(skips());
   EXPECT_THAT(operations(), IsEmpty());

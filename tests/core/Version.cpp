@@ -1,13 +1,9 @@
-#include "update/UpdateChecker.h"
+#include "update/Version.h"
 
 #include <gtest/gtest.h>
 
 namespace driftmark {
 namespace {
-
-bool isNewer(const char* remote, const char* local) {
-  return UpdateChecker::isNewer(remote, local);
-}
 
 TEST(VersionTest, firstDifferenceDecides) {
   EXPECT_TRUE(isNewer("1.0.1", "1.0"));

@@ -10,7 +10,7 @@
 #include "platform/linux/desktop/LinuxBundle.h"
 #include "platform/linux/desktop/LinuxFileSystem.h"
 #include "platform/linux/desktop/LinuxSystemLog.h"
-#include "platform/linux/desktop/LinuxText.h"
+#include "platform/linux/desktop/LinuxSystemText.h"
 #include "platform/linux/desktop/LinuxUserDefaults.h"
 #include "platform/linux/dialogs/LinuxDialogs.h"
 #include "platform/linux/network/LinuxHttpClient.h"
@@ -29,7 +29,7 @@
 #include "support/contracts/HttpClientContract.h"
 #include "support/contracts/MainQueueContract.h"
 #include "support/contracts/SystemLogContract.h"
-#include "support/contracts/TextContract.h"
+#include "support/contracts/SystemTextContract.h"
 #include "support/contracts/UserDefaultsContract.h"
 
 #include <chrono>
@@ -166,16 +166,16 @@ private:
 INSTANTIATE_TEST_SUITE_P(Posix, EnvironmentContract,
                          Values(subject<EnvironmentSubject, RealEnvironment>("real")), subjectName);
 
-class RealText final : public TextSubject {
+class RealText final : public SystemTextSubject {
 public:
-  Text& text() override { return text_; }
+  SystemText& text() override { return text_; }
 
 private:
-  LinuxText text_;
+  LinuxSystemText text_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Linux, TextContract, Values(subject<TextSubject, RealText>("real")),
-                         subjectName);
+INSTANTIATE_TEST_SUITE_P(Linux, SystemTextContract,
+                         Values(subject<SystemTextSubject, RealText>("real")), subjectName);
 
 class RealUserDefaults final : public UserDefaultsSubject {
 public:

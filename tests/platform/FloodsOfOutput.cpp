@@ -66,7 +66,7 @@ TEST_F(FloodsOfOutput, floodArrivesInOrderWhileOtherTasksRun) {
   EXPECT_EQ(checker.received(), size);
   EXPECT_LE(mostBetweenOthers, 2U);
   EXPECT_GT(ticks, 3);
-  EXPECT_GE(chunks, size / ChildProcesses::largestChunk);
+  EXPECT_GE(chunks, size / ChildProcesses::maxChunkSize);
 }
 
 TEST_F(FloodsOfOutput, floodIsHeldUpByTheTerminalWhileNothingIsRead) {
@@ -78,8 +78,8 @@ TEST_F(FloodsOfOutput, floodIsHeldUpByTheTerminalWhileNothingIsRead) {
                           [&](std::string_view bytes) { checker.check(bytes); });
   const std::size_t taken = std::stoul(readFifo(report));
   EXPECT_EQ(checker.received(), 0U);
-  EXPECT_GE(taken, 4 * ChildProcesses::largestChunk);
-  EXPECT_LE(taken, 8 * ChildProcesses::largestChunk);
+  EXPECT_GE(taken, 4 * ChildProcesses::maxChunkSize);
+  EXPECT_LE(taken, 8 * ChildProcesses::maxChunkSize);
   ASSERT_TRUE(runUntil([&] { return tool->exits > 0; }));
   EXPECT_TRUE(checker.isRight());
   EXPECT_EQ(checker.received(), size);
@@ -87,7 +87,7 @@ TEST_F(FloodsOfOutput, floodIsHeldUpByTheTerminalWhileNothingIsRead) {
 
 TEST_F(FloodsOfOutput, floodWaitsForTheReaderAfterTheChildsEnd) {
   // What the full queue does not take fits into the terminal, so the child can end.
-  constexpr std::size_t size = 4 * ChildProcesses::largestChunk + 2'000;
+  constexpr std::size_t size = 4 * ChildProcesses::maxChunkSize + 2'000;
   FloodChecker checker;
   const Tool tool =
       spawn({"flood", recordCount(size)}, [&](std::string_view bytes) { checker.check(bytes); });

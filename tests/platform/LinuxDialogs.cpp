@@ -62,13 +62,13 @@ const Alert offer{.messageText = "Driftmark 1.2 is available",
 class LinuxDialogsTest : public testing::Test {
 protected:
   /// Shows `alert` and runs `answer` once it is open.
-  std::size_t show(const Alert& alert, const std::function<void()>& answer) {
+  std::optional<std::size_t> show(const Alert& alert, const std::function<void()>& answer) {
     QTimer::singleShot(0, &context_, [this, answer] {
       wasOpen_ = openAlert() && openAlert()->isVisible();
       if (wasOpen_)
         answer();
     });
-    const std::size_t index = dialogs_.runModal(alert);
+    const std::optional<std::size_t> index = dialogs_.runModal(alert);
     EXPECT_TRUE(wasOpen_);
     EXPECT_EQ(openAlert(), nullptr);
     return index;
@@ -189,7 +189,7 @@ TEST_F(LinuxDialogsTest, mainQueueRunsWhileAlertIsOpen) {
   std::string order;
   queue.async([&] {
     order += "open ";
-    order += std::to_string(dialogs_.runModal(offer));
+    order += std::to_string(dialogs_.runModal(offer).value());
   });
   queue.async([&] { order += "task "; });
   queue.after(Seconds(0.01), [&] {
@@ -202,7 +202,7 @@ TEST_F(LinuxDialogsTest, mainQueueRunsWhileAlertIsOpen) {
 
 TEST_F(LinuxDialogsTest, nestedAlertIsAnsweredFirst) {
   LinuxMainQueue queue;
-  std::vector<std::size_t> answers;
+  std::vector<std::optional<std::size_t>> answers;
   queue.async([&] { answers.push_back(dialogs_.runModal(offer)); });
   queue.async([&] {
     answers.push_back(dialogs_.runModal({"second", "", {"x", "y", "z"}}));
@@ -210,36 +210,36 @@ TEST_F(LinuxDialogsTest, nestedAlertIsAnsweredFirst) {
   });
   queue.async([] { openAlert()->close(); });
   EXPECT_TRUE(runUntil([&] { return answers.size() == 2; }));
-  EXPECT_EQ(answers, (std::vector<std::size_t>{2, 0}));
+  EXPECT_EQ(answers, (std::vector<std::optional<std::size_t>>{2, 0}));
 }
 
 TEST_F(LinuxDialogsTest, applicationExitLeavesAlertUnanswered) {
   LinuxMainQueue queue;
-  std::vector<std::size_t> answers;
+  std::vector<std::optional<std::size_t>> answers;
   queue.async([&] { answers.push_back(dialogs_.runModal(offer)); });
   queue.async([] { QCoreApplication::exit(); });
   QCoreApplication::exec();
-  EXPECT_EQ(answers, std::vector<std::size_t>{Dialogs::unanswered});
+  EXPECT_EQ(answers, std::vector<std::optional<std::size_t>>{std::nullopt});
 }
 
 TEST_F(LinuxDialogsTest, qtQuitClosesAlertAsUserDoes) {
   LinuxMainQueue queue;
-  std::vector<std::size_t> answers;
+  std::vector<std::optional<std::size_t>> answers;
   queue.async([&] { answers.push_back(dialogs_.runModal(offer)); });
   queue.async([] { QCoreApplication::quit(); });
   QCoreApplication::exec();
-  EXPECT_EQ(answers, std::vector<std::size_t>{1});
+  EXPECT_EQ(answers, std::vector<std::optional<std::size_t>>{1});
 }
 
 TEST_F(LinuxDialogsTest, alertAfterApplicationQuitIsUnanswered) {
   LinuxMainQueue queue;
-  std::vector<std::size_t> answers;
+  std::vector<std::optional<std::size_t>> answers;
   queue.async([&] {
     QCoreApplication::quit();
     answers.push_back(dialogs_.runModal(offer));
   });
   QCoreApplication::exec();
-  EXPECT_EQ(answers, std::vector<std::size_t>{Dialogs::unanswered});
+  EXPECT_EQ(answers, std::vector<std::optional<std::size_t>>{std::nullopt});
 }
 
 } // namespace

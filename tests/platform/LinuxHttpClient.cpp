@@ -49,31 +49,47 @@ std::size_t residentMemory() {
 
 class LinuxHttpClientTest : public testing::Test {
 protected:
-  using DataReply = HttpClient::DataReply;
-  using DownloadReply = HttpClient::DownloadReply;
+  using Body = HttpClient::Body;
+  using File = HttpClient::File;
 
-  DataReply fetch(const HttpClient::Request& request, std::size_t maxBody = unlimited) {
-    std::optional<DataReply> reply;
-    client_->fetch(request, maxBody, [&](DataReply got) { reply = std::move(got); });
+  std::variant<Body, PlatformError> send(const HttpClient::Request& request,
+                                         std::size_t maxBodySize) {
+    std::optional<std::variant<Body, PlatformError>> reply;
+    client_->fetch(request, maxBodySize, [&](auto got) { reply = std::move(got); });
     EXPECT_TRUE(runUntil([&] { return reply.has_value(); }));
-    return reply.value_or(DataReply{});
-  }
-  DataReply fetch(const std::string& url, std::size_t maxBody = unlimited) {
-    return fetch(HttpClient::Request{.url = url}, maxBody);
+    return reply.value_or(PlatformError{"no reply"});
   }
 
-  /// Fetches a URL and returns why that failed.
-  std::string failure(const std::string& url, std::size_t maxBody = unlimited) {
-    const DataReply reply = fetch(url, maxBody);
-    EXPECT_FALSE(reply.data.has_value());
-    return reply.error ? reply.error->description : "no error";
+  /// Fetches a body; an error fails the test.
+  std::string fetch(const HttpClient::Request& request, std::size_t maxBodySize = unlimited) {
+    const auto reply = send(request, maxBodySize);
+    if (const auto* const error = std::get_if<PlatformError>(&reply)) {
+      ADD_FAILURE() << error->description;
+      return "";
+    }
+    return std::get<Body>(reply).bytes;
+  }
+  std::string fetch(const std::string& url, std::size_t maxBodySize = unlimited) {
+    return fetch(HttpClient::Request{.url = url}, maxBodySize);
+  }
+
+  /// Sends a request that fails, and returns the error.
+  std::string failure(const HttpClient::Request& request, std::size_t maxBodySize = unlimited) {
+    const auto reply = send(request, maxBodySize);
+    const auto* const error = std::get_if<PlatformError>(&reply);
+    EXPECT_TRUE(error);
+    return error ? error->description : "no error";
+  }
+  std::string failure(const std::string& url, std::size_t maxBodySize = unlimited) {
+    return failure(HttpClient::Request{.url = url}, maxBodySize);
   }
 
   /// Downloads a URL. Returns what the file held while the handler ran, or why there is none.
   std::string download(const std::string& url) {
     std::optional<std::string> outcome;
-    client_->download(url, [&](const DownloadReply& reply) {
-      outcome = reply.file ? contentsOf(*reply.file) : reply.error->description;
+    client_->download(url, [&](const auto& reply) {
+      const auto* const file = std::get_if<File>(&reply);
+      outcome = file ? contentsOf(file->path) : std::get<PlatformError>(reply).description;
     });
     EXPECT_TRUE(runUntil([&] { return outcome.has_value(); }));
     return outcome.value_or("");
@@ -99,9 +115,7 @@ TEST_F(LinuxHttpClientTest, bodyIsUnchanged) {
   using namespace std::string_literals;
   const std::string body = "{\"a\": \"\xc3\xa9\"}\0\r\n\xff"s;
   server_.serve("/a?b=c", {.body = body});
-  const DataReply reply = fetch(server_.url("/a?b=c"));
-  EXPECT_EQ(reply.data, body);
-  EXPECT_FALSE(reply.error.has_value());
+  EXPECT_EQ(fetch(server_.url("/a?b=c")), body);
   ASSERT_EQ(server_.requests().size(), 1U);
   EXPECT_EQ(server_.requests()[0].method, "GET");
   EXPECT_EQ(server_.requests()[0].header("accept-encoding"), "identity");
@@ -109,28 +123,27 @@ TEST_F(LinuxHttpClientTest, bodyIsUnchanged) {
 
 TEST_F(LinuxHttpClientTest, emptyBodyIsNoError) {
   server_.serve("/", {});
-  EXPECT_EQ(fetch(server_.url("/")).data, "");
+  EXPECT_EQ(fetch(server_.url("/")), "");
   EXPECT_EQ(download(server_.url("/")), "");
 }
 
 TEST_F(LinuxHttpClientTest, largeBodyIsComplete) {
   const std::string body(5'000'000, 'x');
   server_.serve("/", {.body = body});
-  EXPECT_EQ(fetch(server_.url("/"), body.size()).data, body);
+  EXPECT_EQ(fetch(server_.url("/"), body.size()), body);
   EXPECT_EQ(download(server_.url("/")), body);
 }
 
 TEST_F(LinuxHttpClientTest, chunkedBodyIsComplete) {
   const std::string body(300'000, 'x');
   server_.serve("/", {.body = body, .isChunked = true});
-  EXPECT_EQ(fetch(server_.url("/")).data, body);
+  EXPECT_EQ(fetch(server_.url("/")), body);
 }
 
 TEST_F(LinuxHttpClientTest, errorPageIsReturnedAsReply) {
   for (const int status : {400, 401, 403, 404, 405, 409, 410, 418, 500, 501, 503, 599}) {
     server_.serve("/", {.status = status, .body = "<html>sorry"});
-    const DataReply reply = fetch(server_.url("/"));
-    EXPECT_EQ(reply.data, "<html>sorry") << status << (reply.error ? reply.error->description : "");
+    EXPECT_EQ(fetch(server_.url("/")), "<html>sorry") << status;
     EXPECT_EQ(download(server_.url("/")), "<html>sorry") << status;
   }
 }
@@ -153,7 +166,7 @@ TEST_F(LinuxHttpClientTest, redirectToSecureUrlIsFollowed) {
   server_.serve("/a", HttpsReply::redirect(server_.url("/b"), 301));
   server_.serve("/b", HttpsReply::redirect("/c"));
   server_.serve("/c", {.body = "there"});
-  EXPECT_EQ(fetch(server_.url("/a")).data, "there");
+  EXPECT_EQ(fetch(server_.url("/a")), "there");
 }
 
 TEST_F(LinuxHttpClientTest, redirectToInsecureUrlIsError) {
@@ -188,7 +201,7 @@ TEST_F(LinuxHttpClientTest, insecureUrlIsNotRequested) {
 
 TEST_F(LinuxHttpClientTest, upperCaseSchemeIsAccepted) {
   server_.serve("/", {.body = "x"});
-  EXPECT_EQ(fetch("HTTPS://localhost:" + std::to_string(server_.port()) + "/").data, "x");
+  EXPECT_EQ(fetch("HTTPS://localhost:" + std::to_string(server_.port()) + "/"), "x");
 }
 
 TEST_F(LinuxHttpClientTest, unknownCaCertificateIsErrorThatNamesCertificate) {
@@ -213,7 +226,7 @@ TEST_F(LinuxHttpClientTest, fileWithoutCaCertificatesIsError) {
 
 TEST_F(LinuxHttpClientTest, extraCaCertificatesApplyToOneRequest) {
   server_.serve("/", {.body = "x"});
-  EXPECT_EQ(fetch(server_.url("/")).data, "x");
+  EXPECT_EQ(fetch(server_.url("/")), "x");
   caCertificates_.emplace("DRIFTMARK_EXTRA_CA_CERTIFICATES", std::nullopt);
   EXPECT_NE(failure(server_.url("/")), "");
 }
@@ -231,7 +244,7 @@ TEST_F(LinuxHttpClientTest, unreachableServerIsSystemsError) {
 
 TEST_F(LinuxHttpClientTest, bodyLargerThanLimitIsError) {
   server_.serve("/", {.body = "12345"});
-  EXPECT_EQ(fetch(server_.url("/"), 5).data, "12345");
+  EXPECT_EQ(fetch(server_.url("/"), 5), "12345");
   EXPECT_EQ(failure(server_.url("/"), 4), "The server sent more than was expected.");
   EXPECT_EQ(failure(server_.url("/"), 0), "The server sent more than was expected.");
 }
@@ -246,30 +259,27 @@ TEST_F(LinuxHttpClientTest, endlessBodyIsDroppedAtLimit) {
 
 TEST_F(LinuxHttpClientTest, silentServerTimesOut) {
   server_.hold("/");
-  const DataReply reply = fetch({.url = server_.url("/"), .timeoutInterval = Seconds(0.1)});
-  ASSERT_TRUE(reply.error.has_value());
-  EXPECT_EQ(reply.error->description, "The request timed out.");
+  EXPECT_EQ(failure({.url = server_.url("/"), .timeoutInterval = Seconds(0.1)}),
+            "The request timed out.");
   EXPECT_TRUE(server_.awaitNoConnections());
 }
 
 TEST_F(LinuxHttpClientTest, serverWithoutTlsHandshakeTimesOut) {
   QTcpServer plain;
   ASSERT_TRUE(plain.listen(QHostAddress::LocalHost));
-  const DataReply reply = fetch({.url = "https://localhost:" + std::to_string(plain.serverPort()),
-                                 .timeoutInterval = Seconds(0.1)});
-  ASSERT_TRUE(reply.error.has_value());
-  EXPECT_EQ(reply.error->description, "The request timed out.");
+  EXPECT_EQ(failure({.url = "https://localhost:" + std::to_string(plain.serverPort()),
+                     .timeoutInterval = Seconds(0.1)}),
+            "The request timed out.");
 }
 
 TEST_F(LinuxHttpClientTest, slowBodyDoesNotTimeOut) {
   server_.serve("/", {.isEndless = true});
   const auto start = std::chrono::steady_clock::now();
-  std::optional<DataReply> reply;
+  bool replied = false;
   client_->fetch({.url = server_.url("/"), .timeoutInterval = Seconds(0.2)}, unlimited,
-                 [&](DataReply got) { reply = std::move(got); });
-  runUntil(
-      [&] { return reply.has_value() || std::chrono::steady_clock::now() - start > Seconds(0.6); });
-  EXPECT_FALSE(reply.has_value()) << reply->error.value_or(PlatformError{}).description;
+                 [&](const auto& /*reply*/) { replied = true; });
+  runUntil([&] { return replied || std::chrono::steady_clock::now() - start > Seconds(0.6); });
+  EXPECT_FALSE(replied);
 }
 
 TEST_F(LinuxHttpClientTest, reloadAsksCachesForLatestVersion) {
@@ -286,8 +296,8 @@ TEST_F(LinuxHttpClientTest, reloadAsksCachesForLatestVersion) {
 TEST_F(LinuxHttpClientTest, downloadIsPrivateFileRemovedAfterHandler) {
   server_.serve("/", {.body = "archive"});
   std::string file;
-  client_->download(server_.url("/"), [&](const DownloadReply& reply) {
-    file = reply.file.value_or("");
+  client_->download(server_.url("/"), [&](const auto& reply) {
+    file = std::get<File>(reply).path;
     EXPECT_EQ(contentsOf(file), "archive");
     EXPECT_EQ(std::filesystem::status(file).permissions(),
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
@@ -301,8 +311,8 @@ TEST_F(LinuxHttpClientTest, movedDownloadIsKept) {
   server_.serve("/", {.body = "archive"});
   const std::string kept = folder_.path("kept");
   bool over = false;
-  client_->download(server_.url("/"), [&](const DownloadReply& reply) {
-    EXPECT_FALSE(fileSystem_.moveItem(reply.file.value_or(""), kept).has_value());
+  client_->download(server_.url("/"), [&](const auto& reply) {
+    EXPECT_FALSE(fileSystem_.moveItem(std::get<File>(reply).path, kept).has_value());
     over = true;
   });
   ASSERT_TRUE(runUntil([&] { return over; }));
@@ -312,7 +322,7 @@ TEST_F(LinuxHttpClientTest, movedDownloadIsKept) {
 
 TEST_F(LinuxHttpClientTest, downloadIsWrittenAsItArrivesAndRemovedWithClient) {
   server_.serve("/", {.isEndless = true});
-  client_->download(server_.url("/"), [](const DownloadReply&) { FAIL(); });
+  client_->download(server_.url("/"), [](const auto& /*reply*/) { FAIL(); });
   [[maybe_unused]] const std::size_t before = residentMemory();
   EXPECT_TRUE(runUntil([&] { return server_.sent("/") > 100'000'000; }));
 #ifndef DRIFTMARK_SANITIZED // which keeps freed memory
@@ -328,18 +338,17 @@ TEST_F(LinuxHttpClientTest, downloadThatCannotBeWrittenIsError) {
   const ScopedVariable full("TMPDIR", "/proc");
   LinuxFileSystem fileSystem("");
   LinuxHttpClient client(fileSystem);
-  std::optional<DownloadReply> reply;
-  client.download(server_.url("/"), [&](DownloadReply got) { reply = std::move(got); });
-  ASSERT_TRUE(runUntil([&] { return reply.has_value(); }));
-  ASSERT_TRUE(reply->error.has_value());
-  EXPECT_NE(reply->error->description, "");
-  EXPECT_FALSE(reply->file.has_value());
+  std::optional<PlatformError> error;
+  client.download(server_.url("/"),
+                  [&](const auto& reply) { error = std::get<PlatformError>(reply); });
+  ASSERT_TRUE(runUntil([&] { return error.has_value(); }));
+  EXPECT_NE(error->description, "");
 }
 
 TEST_F(LinuxHttpClientTest, handlerMayDestroyClient) {
   server_.serve("/", {.body = "x"});
   bool over = false;
-  client_->fetch({.url = server_.url("/")}, unlimited, [&](const DataReply&) {
+  client_->fetch({.url = server_.url("/")}, unlimited, [&](const auto& /*reply*/) {
     client_.reset();
     over = true;
   });
@@ -353,7 +362,7 @@ TEST_F(LinuxHttpClientTest, requestsRunInParallel) {
   std::vector<std::string> bodies;
   for (const char* const path : {"/1", "/2", "/3"})
     client_->fetch({.url = server_.url(path)}, unlimited,
-                   [&](const DataReply& reply) { bodies.push_back(reply.data.value_or("error")); });
+                   [&](const auto& reply) { bodies.push_back(std::get<Body>(reply).bytes); });
   EXPECT_TRUE(runUntil([&] { return bodies.size() == 2; }));
   server_.release("/1");
   EXPECT_TRUE(runUntil([&] { return bodies.size() == 3; }));

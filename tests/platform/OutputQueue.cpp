@@ -9,7 +9,7 @@
 namespace driftmark::test {
 namespace {
 
-constexpr std::size_t largest = ChildProcesses::largestChunk;
+constexpr std::size_t largest = ChildProcesses::maxChunkSize;
 
 TEST(OutputQueue, waitingBytesAreJoined) {
   OutputQueue queue;

@@ -18,6 +18,7 @@ public:
   }
   void activateIgnoringOtherApplications() override { ++activations_; }
   void terminate() override { ++terminateRequests_; }
+  bool isTerminating() const override { return terminateRequests_ > 0; }
   std::int32_t processIdentifier() const override { return processIdentifier_; }
 
   /// What happens between the start and the end of a run.

@@ -104,7 +104,7 @@ void TestChild::schedule() {
 
 void TestChild::deliver() {
   if (!waiting_.empty()) {
-    const std::string chunk = waiting_.substr(0, ChildProcesses::largestChunk);
+    const std::string chunk = waiting_.substr(0, ChildProcesses::maxChunkSize);
     waiting_.erase(0, chunk.size());
     if (!waiting_.empty() || !running_)
       schedule();

@@ -16,13 +16,13 @@ namespace driftmark::test {
 /// closed, which counts as its last button.
 class TestDialogs final : public Dialogs {
 public:
-  std::size_t runModal(const Alert& alert) override {
+  std::optional<std::size_t> runModal(const Alert& alert) override {
     shown_.push_back(alert);
     if (onShow_)
       onShow_(alert);
     if (answers_.empty())
       return alert.buttons.empty() ? 0 : alert.buttons.size() - 1;
-    const std::size_t answer = answers_.front();
+    const std::optional<std::size_t> answer = answers_.front();
     answers_.pop_front();
     return answer;
   }
@@ -46,7 +46,10 @@ public:
   const std::vector<std::string>& aboutPanels() const { return aboutPanels_; }
 
   /// The next alert without an answer in store gets this one.
-  void answer(std::size_t button) { answers_.push_back(button); }
+  void answer(std::size_t button) { answers_.emplace_back(button); }
+
+  /// The next alert without an answer in store closes unanswered, as when the application ends.
+  void leaveUnanswered() { answers_.emplace_back(std::nullopt); }
 
   /// Called while an alert is open.
   void onShow(std::function<void(const Alert&)> handler) { onShow_ = std::move(handler); }
@@ -59,7 +62,7 @@ private:
   std::vector<std::string> aboutPanels_;
   std::vector<FolderPanel> folderPanels_;
   std::optional<std::string> folder_;
-  std::deque<std::size_t> answers_;
+  std::deque<std::optional<std::size_t>> answers_;
   std::function<void(const Alert&)> onShow_;
 };
 

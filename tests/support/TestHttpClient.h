@@ -15,11 +15,11 @@ class TestHttpClient final : public HttpClient {
 public:
   struct Fetch {
     Request request;
-    std::size_t largestBody;
+    std::size_t maxBodySize;
   };
 
-  void fetch(const Request& request, std::size_t largestBody, DataHandler onReply) override {
-    fetches_.push_back({request, largestBody});
+  void fetch(const Request& request, std::size_t maxBodySize, FetchHandler onReply) override {
+    fetches_.push_back({request, maxBodySize});
     waitingFetches_.push_back(std::move(onReply));
   }
 
@@ -33,16 +33,10 @@ public:
   const std::vector<std::string>& downloads() const { return downloads_; }
 
   /// Replies to the oldest request that waits. There must be one.
-  void reply(std::string data) { replyTo(waitingFetches_, DataReply{std::move(data), {}}); }
-  void fail(PlatformError error) { replyTo(waitingFetches_, DataReply{{}, std::move(error)}); }
-  void replyNothing() { replyTo(waitingFetches_, DataReply{}); }
-  void replyFile(std::string file) {
-    replyTo(waitingDownloads_, DownloadReply{std::move(file), {}});
-  }
-  void failDownload(PlatformError error) {
-    replyTo(waitingDownloads_, DownloadReply{{}, std::move(error)});
-  }
-  void replyNoFile() { replyTo(waitingDownloads_, DownloadReply{}); }
+  void reply(std::string bytes) { replyTo(waitingFetches_, Body{std::move(bytes)}); }
+  void fail(PlatformError error) { replyTo(waitingFetches_, std::move(error)); }
+  void replyFile(std::string path) { replyTo(waitingDownloads_, File{std::move(path)}); }
+  void failDownload(PlatformError error) { replyTo(waitingDownloads_, std::move(error)); }
 
   /// How many requests wait for a reply.
   std::size_t waiting() const { return waitingFetches_.size() + waitingDownloads_.size(); }
@@ -57,7 +51,7 @@ private:
 
   std::vector<Fetch> fetches_;
   std::vector<std::string> downloads_;
-  std::deque<DataHandler> waitingFetches_;
+  std::deque<FetchHandler> waitingFetches_;
   std::deque<DownloadHandler> waitingDownloads_;
 };
 

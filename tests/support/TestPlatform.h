@@ -17,7 +17,7 @@
 #include "support/TestSignals.h"
 #include "support/TestStatusBar.h"
 #include "support/TestSystemLog.h"
-#include "support/TestText.h"
+#include "support/TestSystemText.h"
 #include "support/TestUserDefaults.h"
 #include "support/TestWorkspace.h"
 
@@ -68,7 +68,7 @@ public:
   TestSystemLog systemLog;
   TestFileSystem fileSystem;
   TestEnvironment environment;
-  TestText text;
+  TestSystemText text;
   TestHttpClient httpClient;
   TestDialogs dialogs;
   TestUserDefaults userDefaults;

@@ -2,7 +2,7 @@
 
 #include "monitor/SyncMonitor.h"
 #include "platform/linux/desktop/LinuxFileSystem.h"
-#include "platform/linux/desktop/LinuxText.h"
+#include "platform/linux/desktop/LinuxSystemText.h"
 #include "platform/linux/runloop/LinuxBackgroundQueue.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/posix/children/PosixChildProcesses.h"
@@ -102,7 +102,7 @@ private:
   ReplaySystemLog log_;
   ReplayFileSystem fileSystem_{""};
   ReplayEnvironment environment_;
-  LinuxText text_;
+  LinuxSystemText text_;
   LinuxMainQueue mainQueue_;
   PosixChildProcesses processes_;
   ReplayChildProcesses children_;

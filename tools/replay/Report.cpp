@@ -3,7 +3,7 @@
 #include "replay/Report.h"
 
 #include "ports/FileSystem.h"
-#include "ports/Text.h"
+#include "ports/SystemText.h"
 
 #include <algorithm>
 #include <array>

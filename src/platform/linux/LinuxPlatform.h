@@ -7,7 +7,7 @@
 #include "platform/linux/desktop/LinuxLoginItem.h"
 #include "platform/linux/desktop/LinuxRunningApplications.h"
 #include "platform/linux/desktop/LinuxSystemLog.h"
-#include "platform/linux/desktop/LinuxText.h"
+#include "platform/linux/desktop/LinuxSystemText.h"
 #include "platform/linux/desktop/LinuxUserDefaults.h"
 #include "platform/linux/desktop/LinuxWorkspace.h"
 #include "platform/linux/dialogs/LinuxDialogs.h"
@@ -49,7 +49,7 @@ private:
   LinuxSystemLog systemLog_;
   LinuxFileSystem fileSystem_;
   PosixEnvironment environment_;
-  LinuxText text_;
+  LinuxSystemText text_;
   LinuxUserDefaults userDefaults_;
   LinuxBundle bundle_;
   LinuxDialogs dialogs_{bundle_};

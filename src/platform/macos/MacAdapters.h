@@ -7,7 +7,7 @@
 #include "ports/FileSystem.h"
 #include "ports/LoginItem.h"
 #include "ports/SystemLog.h"
-#include "ports/Text.h"
+#include "ports/SystemText.h"
 #include "ports/UserDefaults.h"
 #include "ports/Workspace.h"
 
@@ -39,7 +39,7 @@ public:
 /// this process, for instance when the user logs out.
 class MacDialogs final : public Dialogs {
 public:
-  std::size_t runModal(const Alert& alert) override;
+  std::optional<std::size_t> runModal(const Alert& alert) override;
   std::optional<std::string> chooseFolder(const FolderPanel& panel) override;
   void orderFrontAboutPanel(const std::string& credits) override;
 };
@@ -86,7 +86,7 @@ public:
 
 /// Texts in the user's language. A character is a composed character sequence of the system. Unlike
 /// on Linux, a carriage return and the line feed after it are two characters.
-class MacText final : public Text {
+class MacSystemText final : public SystemText {
 public:
   std::string byteCount(std::int64_t bytes) const override;
   bool isUrl(const std::string& text) const override;

@@ -75,16 +75,16 @@ void MacSystemLog::log(std::string_view line) {
   }
 }
 
-std::string MacText::byteCount(std::int64_t bytes) const {
+std::string MacSystemText::byteCount(std::int64_t bytes) const {
   return string([NSByteCountFormatter stringFromByteCount:bytes
                                                countStyle:NSByteCountFormatterCountStyleFile]);
 }
 
-bool MacText::isUrl(const std::string& text) const {
+bool MacSystemText::isUrl(const std::string& text) const {
   return parsedUrl(text) != nil;
 }
 
-std::string MacText::relativeTime(Date date, Date now) const {
+std::string MacSystemText::relativeTime(Date date, Date now) const {
   const auto native = [](Date time) {
     return [NSDate dateWithTimeIntervalSince1970:Seconds(time.time_since_epoch()).count()];
   };
@@ -92,7 +92,7 @@ std::string MacText::relativeTime(Date date, Date now) const {
   return string([formatter localizedStringForDate:native(date) relativeToDate:native(now)]);
 }
 
-std::string MacText::firstCharacters(const std::string& text, std::size_t count) const {
+std::string MacSystemText::firstCharacters(const std::string& text, std::size_t count) const {
   NSString* const whole = nsString(text);
   NSUInteger end = 0;
   for (std::size_t character = 0; character < count && end < whole.length; ++character)

@@ -28,6 +28,8 @@ public:
   /// Ends the process from the main queue. Modal windows are closed first, the innermost first.
   void terminate() override;
 
+  bool isTerminating() const override { return isTerminating_; }
+
   std::int32_t processIdentifier() const override;
 
 private:
@@ -37,6 +39,7 @@ private:
   MainQueue& mainQueue_;
   NSApplication* const application_;
   DriftmarkApplicationDelegate* const delegate_; ///< AppKit does not retain it
+  bool isTerminating_ = false;
 };
 
 } // namespace driftmark

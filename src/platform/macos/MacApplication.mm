@@ -62,6 +62,7 @@ void MacApplication::activateIgnoringOtherApplications() {
 }
 
 void MacApplication::terminate() {
+  isTerminating_ = true;
   mainQueue_.async([this] { end(); });
 }
 

@@ -10,7 +10,7 @@
 
 namespace driftmark {
 
-std::size_t MacDialogs::runModal(const Alert& alert) {
+std::optional<std::size_t> MacDialogs::runModal(const Alert& alert) {
   NSAlert* const native = [[NSAlert alloc] init];
   native.messageText = nsString(alert.messageText);
   native.informativeText = nsString(alert.informativeText);
@@ -20,7 +20,9 @@ std::size_t MacDialogs::runModal(const Alert& alert) {
 
   const NSInteger index = [native runModal] - NSAlertFirstButtonReturn;
   const auto count = static_cast<NSInteger>(std::max<std::size_t>(alert.buttons.size(), 1));
-  return index >= 0 && index < count ? static_cast<std::size_t>(index) : unanswered;
+  if (index < 0 || index >= count)
+    return std::nullopt;
+  return static_cast<std::size_t>(index);
 }
 
 std::optional<std::string> MacDialogs::chooseFolder(const FolderPanel& panel) {

@@ -17,7 +17,7 @@ public:
   MacHttpClient& operator=(const MacHttpClient&) = delete;
   ~MacHttpClient() override;
 
-  void fetch(const Request& request, std::size_t largestBody, DataHandler onReply) override;
+  void fetch(const Request& request, std::size_t maxBodySize, FetchHandler onReply) override;
   void download(const std::string& url, DownloadHandler onReply) override;
 
 private:

@@ -5,6 +5,7 @@
 #include "platform/macos/Bridge.h"
 
 #include <utility>
+#include <variant>
 
 #import <Foundation/Foundation.h>
 #include <dispatch/dispatch.h>
@@ -14,7 +15,7 @@ namespace {
 using namespace driftmark;
 
 /// Receives either a result (the body, or the path of a file) or the error.
-using Handler = std::function<void(std::optional<std::string>, std::optional<PlatformError>)>;
+using Handler = std::function<void(std::variant<std::string, PlatformError>)>;
 
 constexpr const char* insecureUrl = "Only secure (https) addresses are supported.";
 
@@ -35,9 +36,9 @@ bool isSecure(NSURL* url) {
   const char* _fault; ///< the reason why this object cancelled the task
 }
 
-- (void)endWith:(std::optional<std::string>)result error:(std::optional<PlatformError>)error {
+- (void)endWith:(std::variant<std::string, PlatformError>)result {
   if (const Handler onEnd = std::exchange(_onEnd, nullptr))
-    noThrow([&] { onEnd(std::move(result), std::move(error)); });
+    noThrow([&] { onEnd(std::move(result)); });
 }
 
 - (void)cancel:(NSURLSessionTask*)task because:(const char*)fault {
@@ -70,7 +71,7 @@ bool isSecure(NSURL* url) {
                  downloadTask:(NSURLSessionDownloadTask*)downloadTask
     didFinishDownloadingToURL:(NSURL*)location {
   if (!_fault)
-    [self endWith:path(location) error:std::nullopt];
+    [self endWith:path(location)];
 }
 
 /// A successful download has already been reported.
@@ -78,11 +79,11 @@ bool isSecure(NSURL* url) {
                     task:(NSURLSessionTask*)task
     didCompleteWithError:(NSError*)error {
   if (_fault)
-    [self endWith:std::nullopt error:PlatformError{_fault}];
+    [self endWith:PlatformError{_fault}];
   else if (error != nil)
-    [self endWith:std::nullopt error:platformError(error)];
+    [self endWith:platformError(error)];
   else
-    [self endWith:std::move(_body) error:std::nullopt];
+    [self endWith:std::move(_body)];
 }
 
 @end
@@ -97,20 +98,28 @@ NSURLRequestCachePolicy nativePolicy(HttpClient::CachePolicy policy) {
              : NSURLRequestUseProtocolCachePolicy;
 }
 
-/// Sends `request` in a session of its own. With `largestBody` the result is a body of at most so
+/// The result as `Success`, or the error.
+template <class Success>
+std::variant<Success, PlatformError> replyOf(std::variant<std::string, PlatformError> result) {
+  if (auto* const error = std::get_if<PlatformError>(&result))
+    return std::move(*error);
+  return Success{std::get<std::string>(std::move(result))};
+}
+
+/// Sends `request` in a session of its own. With `maxBodySize` the result is a body of at most so
 /// many bytes, without it a file.
-void send(const HttpClient::Request& request, std::optional<std::size_t> largestBody,
+void send(const HttpClient::Request& request, std::optional<std::size_t> maxBodySize,
           Handler onEnd) {
   NSURL* const url = parsedUrl(request.url);
   if (!isSecure(url)) {
     dispatch_async(dispatch_get_global_queue(QOS_CLASS_UTILITY, 0), ^{
-      noThrow([&] { onEnd(std::nullopt, PlatformError{insecureUrl}); });
+      noThrow([&] { onEnd(PlatformError{insecureUrl}); });
     });
     return;
   }
   DriftmarkTransfer* const transfer = [[DriftmarkTransfer alloc] init];
   transfer.onEnd = std::move(onEnd);
-  transfer.remainder = largestBody.value_or(0);
+  transfer.remainder = maxBodySize.value_or(0);
   NSURLSession* const session =
       [NSURLSession sessionWithConfiguration:NSURLSessionConfiguration.defaultSessionConfiguration
                                     delegate:transfer
@@ -119,7 +128,7 @@ void send(const HttpClient::Request& request, std::optional<std::size_t> largest
                                               cachePolicy:nativePolicy(request.cachePolicy)
                                           timeoutInterval:request.timeoutInterval.count()];
   NSURLSessionTask* const task =
-      largestBody ? [session dataTaskWithRequest:sent] : [session downloadTaskWithRequest:sent];
+      maxBodySize ? [session dataTaskWithRequest:sent] : [session downloadTaskWithRequest:sent];
   [task resume];
   [session finishTasksAndInvalidate];
 }
@@ -131,21 +140,20 @@ MacHttpClient::~MacHttpClient() {
   gate_->isOpen = false;
 }
 
-void MacHttpClient::fetch(const Request& request, std::size_t largestBody, DataHandler onReply) {
-  send(request, largestBody, [gate = gate_, onReply = std::move(onReply)](auto body, auto error) {
+void MacHttpClient::fetch(const Request& request, std::size_t maxBodySize, FetchHandler onReply) {
+  send(request, maxBodySize, [gate = gate_, onReply = std::move(onReply)](auto result) {
     const std::lock_guard lock(gate->mutex);
     if (gate->isOpen)
-      onReply({.data = std::move(body), .error = std::move(error)});
+      onReply(replyOf<Body>(std::move(result)));
   });
 }
 
 void MacHttpClient::download(const std::string& url, DownloadHandler onReply) {
-  send({.url = url}, std::nullopt,
-       [gate = gate_, onReply = std::move(onReply)](auto file, auto error) {
-         const std::lock_guard lock(gate->mutex);
-         if (gate->isOpen)
-           onReply({.file = std::move(file), .error = std::move(error)});
-       });
+  send({.url = url}, std::nullopt, [gate = gate_, onReply = std::move(onReply)](auto result) {
+    const std::lock_guard lock(gate->mutex);
+    if (gate->isOpen)
+      onReply(replyOf<File>(std::move(result)));
+  });
 }
 
 } // namespace driftmark

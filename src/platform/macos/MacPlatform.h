@@ -30,7 +30,7 @@ private:
   MacSystemLog systemLog_;
   MacFileSystem fileSystem_;
   PosixEnvironment environment_;
-  MacText text_;
+  MacSystemText text_;
   MacUserDefaults userDefaults_;
   MacBundle bundle_;
   MacDialogs dialogs_;

@@ -136,7 +136,7 @@ TEST_P(ChildProcessesContract, muchOutputArrivesWholeInBoundedChunks) {
   const auto [smallest, largest] =
       std::minmax_element(spawned->chunks.begin(), spawned->chunks.end());
   EXPECT_GT(*smallest, 0U);
-  EXPECT_LE(*largest, ChildProcesses::largestChunk);
+  EXPECT_LE(*largest, ChildProcesses::maxChunkSize);
 }
 
 TEST_P(ChildProcessesContract, runningChildHasAnIdentifierOfItsOwn) {

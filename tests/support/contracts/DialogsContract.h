@@ -37,7 +37,7 @@ public:
 
 class DialogsContract : public testing::TestWithParam<SubjectFactory<DialogsSubject>> {
 protected:
-  std::size_t show(const std::vector<std::string>& buttons) {
+  std::optional<std::size_t> show(const std::vector<std::string>& buttons) {
     return subject_->dialogs().runModal(
         {.messageText = "message", .informativeText = "information", .buttons = buttons});
   }

@@ -36,7 +36,7 @@ protected:
   HttpClient& client() { return subject_->client(); }
   bool runUntil(const std::function<bool()>& done) { return subject_->runUntil(done); }
 
-  static constexpr std::size_t largestBody = 1000;
+  static constexpr std::size_t maxBodySize = 1000;
 
   std::unique_ptr<HttpClientSubject> subject_ = GetParam().make();
 };

@@ -53,8 +53,8 @@ public:
   explicit AlertDialog(const Alert& alert);
 
   /// Shows the alert until it is answered or closed. Returns the index of the chosen button, or
-  /// `Dialogs::unanswered` when the application ended first.
-  std::size_t run();
+  /// No value when the application ended first.
+  std::optional<std::size_t> run();
 
 protected:
   void showEvent(QShowEvent* event) override;
@@ -63,7 +63,7 @@ private:
   int addButtons(QVBoxLayout& column, const Alert& alert);
   void addTexts(QVBoxLayout& column, const Alert& alert, int width);
 
-  std::size_t chosen_ = Dialogs::unanswered;
+  std::optional<std::size_t> chosen_;
 };
 
 AlertDialog::AlertDialog(const Alert& alert) {
@@ -140,7 +140,7 @@ void AlertDialog::addTexts(QVBoxLayout& column, const Alert& alert, int width) {
   }
 }
 
-std::size_t AlertDialog::run() {
+std::optional<std::size_t> AlertDialog::run() {
   exec();
   return chosen_;
 }
@@ -154,7 +154,7 @@ void AlertDialog::showEvent(QShowEvent* event) {
 
 } // namespace
 
-std::size_t LinuxDialogs::runModal(const Alert& alert) {
+std::optional<std::size_t> LinuxDialogs::runModal(const Alert& alert) {
   return AlertDialog(alert).run();
 }
 

@@ -14,7 +14,7 @@ public:
   explicit LinuxDialogs(const Bundle& bundle) : bundle_(bundle) {}
 
   // AlertDialog.cpp
-  std::size_t runModal(const Alert& alert) override;
+  std::optional<std::size_t> runModal(const Alert& alert) override;
 
   // FolderDialog.cpp
   std::optional<std::string> chooseFolder(const FolderPanel& panel) override;

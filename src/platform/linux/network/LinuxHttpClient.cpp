@@ -200,7 +200,7 @@ QString HttpTransfer::fault() const {
 /// A body in memory, up to a limit.
 class BodyInMemory final : public HttpTransfer::Body {
 public:
-  BodyInMemory(std::size_t maxSize, HttpClient::DataHandler onReply)
+  BodyInMemory(std::size_t maxSize, HttpClient::FetchHandler onReply)
       : maxSize_(maxSize), onReply_(std::move(onReply)) {}
 
   QString receive(const QByteArray& bytes) override {
@@ -212,14 +212,14 @@ public:
 
   void finish(const QString& error) override {
     if (error.isEmpty())
-      onReply_({.data = std::move(data_), .error = std::nullopt});
+      onReply_(HttpClient::Body{std::move(data_)});
     else
-      onReply_({.data = std::nullopt, .error = PlatformError{error.toStdString()}});
+      onReply_(PlatformError{error.toStdString()});
   }
 
 private:
   const std::size_t maxSize_;
-  const HttpClient::DataHandler onReply_;
+  const HttpClient::FetchHandler onReply_;
   std::string data_;
 };
 
@@ -243,15 +243,13 @@ public:
     else if (!isOpen())
       fail(file_.errorString());
     else
-      onReply_({.file = QFile::encodeName(file_.fileName()).toStdString(), .error = std::nullopt});
+      onReply_(HttpClient::File{QFile::encodeName(file_.fileName()).toStdString()});
   }
 
 private:
   bool isOpen() { return file_.isOpen() || file_.open(); }
 
-  void fail(const QString& error) {
-    onReply_({.file = std::nullopt, .error = PlatformError{error.toStdString()}});
-  }
+  void fail(const QString& error) { onReply_(PlatformError{error.toStdString()}); }
 
   const HttpClient::DownloadHandler onReply_;
   QTemporaryFile file_;
@@ -259,8 +257,8 @@ private:
 
 } // namespace
 
-void LinuxHttpClient::fetch(const Request& request, std::size_t maxBody, DataHandler onReply) {
-  HttpTransfer::start(request, std::make_unique<BodyInMemory>(maxBody, std::move(onReply)),
+void LinuxHttpClient::fetch(const Request& request, std::size_t maxBodySize, FetchHandler onReply) {
+  HttpTransfer::start(request, std::make_unique<BodyInMemory>(maxBodySize, std::move(onReply)),
                       transfers_);
 }
 

@@ -20,7 +20,7 @@ public:
   /// Downloads go to the temporary folder of `fileSystem`, readable by this user alone.
   explicit LinuxHttpClient(FileSystem& fileSystem) : fileSystem_(fileSystem) {}
 
-  void fetch(const Request& request, std::size_t maxBody, DataHandler onReply) override;
+  void fetch(const Request& request, std::size_t maxBodySize, FetchHandler onReply) override;
   void download(const std::string& url, DownloadHandler onReply) override;
 
 private:

@@ -42,6 +42,7 @@ void LinuxApplication::activateIgnoringOtherApplications() {
 }
 
 void LinuxApplication::terminate() {
+  isTerminating_ = true;
   QMetaObject::invokeMethod(
       QCoreApplication::instance(), [] { QCoreApplication::exit(); }, Qt::QueuedConnection);
 }

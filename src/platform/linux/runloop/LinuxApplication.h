@@ -25,6 +25,8 @@ public:
   /// loop starts, it ends the loop as soon as that starts.
   void terminate() override;
 
+  bool isTerminating() const override { return isTerminating_; }
+
   std::int32_t processIdentifier() const override;
 
   /// Notifies the delegate of termination, unless that was done before. For a process that ends
@@ -33,6 +35,7 @@ public:
 
 private:
   ApplicationDelegate* delegate_ = nullptr;
+  bool isTerminating_ = false;
 };
 
 } // namespace driftmark

@@ -70,7 +70,7 @@ void IoThread::stop() {
 }
 
 void IoThread::run() {
-  std::vector<char> scratch(ChildProcesses::largestChunk);
+  std::vector<char> scratch(ChildProcesses::maxChunkSize);
   while (adoptNewChannels()) {
     for (const auto& channel : channels_)
       channel->advance(scratch);

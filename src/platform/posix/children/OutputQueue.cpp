@@ -11,14 +11,14 @@ namespace driftmark {
 
 namespace {
 
-constexpr std::size_t largestChunk = ChildProcesses::largestChunk;
-constexpr std::size_t fullAt = 4 * largestChunk; ///< reading pauses
+constexpr std::size_t maxChunkSize = ChildProcesses::maxChunkSize;
+constexpr std::size_t fullAt = 4 * maxChunkSize; ///< reading pauses
 constexpr std::size_t drainedAt = fullAt / 2;    ///< reading continues
 
 } // namespace
 
 bool OutputQueue::isUrgent() const {
-  return waitingBytes_ >= largestChunk || (!items_.empty() && items_.back().isExit);
+  return waitingBytes_ >= maxChunkSize || (!items_.empty() && items_.back().isExit);
 }
 
 bool OutputQueue::isFull() const {
@@ -30,7 +30,7 @@ bool OutputQueue::isDrained() const {
 }
 
 bool OutputQueue::needsNewChunk() const {
-  return items_.empty() || items_.back().isExit || items_.back().bytes.size() == largestChunk;
+  return items_.empty() || items_.back().isExit || items_.back().bytes.size() == maxChunkSize;
 }
 
 void OutputQueue::appendBytes(std::string_view bytes) {
@@ -39,7 +39,7 @@ void OutputQueue::appendBytes(std::string_view bytes) {
     if (needsNewChunk())
       items_.push_back({std::exchange(spare_, {}), false});
     std::string& chunk = items_.back().bytes;
-    const std::size_t count = std::min(bytes.size(), largestChunk - chunk.size());
+    const std::size_t count = std::min(bytes.size(), maxChunkSize - chunk.size());
     chunk.append(bytes.substr(0, count));
     bytes.remove_prefix(count);
   }

@@ -8,7 +8,7 @@
 namespace driftmark {
 
 /// A child's output that has not been delivered yet, and its exit, in order. Waiting bytes are
-/// joined into chunks of at most `ChildProcesses::largestChunk`. One thread at a time.
+/// joined into chunks of at most `ChildProcesses::maxChunkSize`. One thread at a time.
 class OutputQueue {
 public:
   /// A chunk of output, or the child's exit.

@@ -8,24 +8,23 @@
 
 namespace driftmark {
 
-/// Texts in the form that the system gives them.
-class Text {
+/// Texts and their rules as the system defines them. The program's own string and UTF-8 helpers are
+/// in `support/`.
+class SystemText {
 public:
-  virtual ~Text() = default;
+  virtual ~SystemText() = default;
 
   /// A byte count in the system's file style, such as "Zero KB", "4 KB" or "1.2 MB". Any thread.
   virtual std::string byteCount(std::int64_t bytes) const = 0;
 
-  /// Whether `text` is a well-formed address, relative ones included; the empty text is none. Any
-  /// thread.
+  /// Whether `text` is a well-formed URL, absolute or relative; the empty text is none. Any thread.
   virtual bool isUrl(const std::string& text) const = 0;
 
-  /// When `date` was or will be, seen from `now`, such as "2 minutes ago" or "in 3 hours". Main
-  /// thread only.
+  /// The time from `now` to `date`, such as "2 minutes ago" or "in 3 hours". Main thread only.
   virtual std::string relativeTime(Date date, Date now) const = 0;
 
-  /// The first `count` characters of `text`, each whole as a user counts them: an emoji with its
-  /// joiners or a letter with its accents is one. Any thread.
+  /// The first `count` grapheme clusters of `text`: an emoji with its joiners or a letter with its
+  /// accents is one. Any thread.
   virtual std::string firstCharacters(const std::string& text, std::size_t count) const = 0;
 };
 

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "ports/Text.h"
+#include "ports/SystemText.h"
 
 namespace driftmark {
 
 /// Texts as macOS words them in English, whatever the locale of this process.
-class LinuxText : public Text {
+class LinuxSystemText : public SystemText {
 public:
   /// In decimal units: "Zero KB" for 0; whole bytes below 1000, as in "1 byte" and "512 bytes";
   /// whole KB; MB with at most one decimal; GB, TB, PB and EB with at most two. Rounded to the

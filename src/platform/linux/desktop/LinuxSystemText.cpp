@@ -1,6 +1,6 @@
 // How byte counts and relative times are worded, what a URL is, and where a text is cut.
 
-#include "platform/linux/desktop/LinuxText.h"
+#include "platform/linux/desktop/LinuxSystemText.h"
 
 #include <array>
 #include <string_view>
@@ -104,7 +104,7 @@ QDateTime local(Date date) {
 
 } // namespace
 
-std::string LinuxText::byteCount(std::int64_t bytes) const {
+std::string LinuxSystemText::byteCount(std::int64_t bytes) const {
   if (bytes == 0)
     return "Zero KB";
   const auto magnitude = static_cast<std::uint64_t>(bytes);
@@ -112,12 +112,12 @@ std::string LinuxText::byteCount(std::int64_t bytes) const {
                    : magnitudeText(magnitude);
 }
 
-bool LinuxText::isUrl(const std::string& text) const {
+bool LinuxSystemText::isUrl(const std::string& text) const {
   const QUrl url(QString::fromStdString(text), QUrl::StrictMode);
   return url.isValid();
 }
 
-std::string LinuxText::relativeTime(Date date, Date now) const {
+std::string LinuxSystemText::relativeTime(Date date, Date now) const {
   const bool isPast = date < now;
   const Amount amount =
       isPast ? elapsed(local(date), local(now)) : elapsed(local(now), local(date));
@@ -127,7 +127,7 @@ std::string LinuxText::relativeTime(Date date, Date now) const {
   return isPast && amount.count != 0 ? text.append(" ago") : std::string("in ").append(text);
 }
 
-std::string LinuxText::firstCharacters(const std::string& text, std::size_t count) const {
+std::string LinuxSystemText::firstCharacters(const std::string& text, std::size_t count) const {
   if (text.size() <= count)
     return text;
   const QString whole = QString::fromStdString(text);

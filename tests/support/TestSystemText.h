@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ports/Text.h"
+#include "ports/SystemText.h"
 
 #include <string>
 
@@ -8,7 +8,7 @@ namespace driftmark::test {
 
 /// Texts in a fixed plain form: byte counts as "4096 bytes"; an address is any text that is not
 /// empty and has no space in it; times as "120 s ago"; characters are bytes.
-class TestText final : public Text {
+class TestSystemText final : public SystemText {
 public:
   std::string byteCount(std::int64_t bytes) const override {
     return std::to_string(bytes) + " bytes";
