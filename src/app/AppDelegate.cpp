@@ -1,3 +1,5 @@
+// What happens when the application has launched and when it ends.
+
 #include "app/AppDelegate.h"
 
 #include "install/UserInstall.h"
@@ -11,6 +13,9 @@ AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching() {
   if (UserInstall::offerIfNeeded(platform_))
+    return;
+  // The main queue runs while the offer is open, so a request to end may have come meanwhile.
+  if (platform_.application.isTerminating())
     return;
   controller_ = StatusItemController::make(platform_);
 }

@@ -9,7 +9,8 @@ namespace driftmark {
 
 class StatusItemController;
 
-/// Hears of the application's launch and end. Main thread only.
+/// Starts the interface when the application has launched, and stops it at the end. Main thread
+/// only.
 class AppDelegate final : public ApplicationDelegate {
 public:
   /// The ports in `platform` outlive it.
@@ -18,15 +19,16 @@ public:
   AppDelegate& operator=(const AppDelegate&) = delete;
   ~AppDelegate() override;
 
-  /// Puts up the status item, unless the program has just moved and is about to reopen.
+  /// Offers the move to Applications, then makes the controller. Makes none when the program has
+  /// moved and is about to reopen, or was asked to end while the offer was open.
   void applicationDidFinishLaunching() override;
 
-  /// Ends every child process.
+  /// Shuts the controller down, which ends every child process.
   void applicationWillTerminate() override;
 
 private:
   const Platform platform_;
-  std::shared_ptr<StatusItemController> controller_; ///< absent until launching has finished
+  std::shared_ptr<StatusItemController> controller_; ///< absent when it was not made
 };
 
 } // namespace driftmark

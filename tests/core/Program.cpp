@@ -76,6 +76,36 @@ TEST_F(ProgramTest, programThatMovesItselfStartsNothing) {
   EXPECT_THAT(platform.childProcesses.children(), IsEmpty());
 }
 
+/// SIGTERM closes the offer as it closes every modal window: without an answer.
+TEST_F(ProgramTest, quitDuringOfferToMoveStartsNothing) {
+  platform.bundle.setPath("/Users/ada/Downloads/Driftmark.app");
+  platform.dialogs.leaveUnanswered();
+  platform.dialogs.onShow([&](const Alert&) {
+    platform.signals.send(QuitSignal::terminate);
+    platform.mainQueue.runAll();
+  });
+  run([&] {
+    EXPECT_EQ(platform.application.terminateRequests(), 1);
+    EXPECT_FALSE(platform.statusBar.hasItem());
+    EXPECT_THAT(platform.mainQueue.timers(), IsEmpty());
+  });
+  EXPECT_THAT(platform.childProcesses.children(), IsEmpty());
+  EXPECT_THAT(platform.childProcesses.runs(), IsEmpty());
+}
+
+TEST_F(ProgramTest, quitWhileFailedMoveIsReportedStartsNothing) {
+  platform.bundle.setPath("/Users/ada/Downloads/Driftmark.app");
+  platform.childProcesses.failAllLaunches({LaunchError::Stage::launch, "No such tool"});
+  platform.dialogs.answer(0);
+  platform.dialogs.leaveUnanswered();
+  platform.dialogs.onShow([&](const Alert& alert) {
+    if (alert.messageText == "Could not move Driftmark")
+      platform.application.terminate();
+  });
+  run([&] { EXPECT_FALSE(platform.statusBar.hasItem()); });
+  EXPECT_THAT(platform.childProcesses.spawnAttempts(), IsEmpty());
+}
+
 TEST_F(ProgramTest, programThatStaysWhereItIsGoesOn) {
   platform.bundle.setPath("/Users/ada/Downloads/Driftmark.app");
   run([&] { EXPECT_TRUE(platform.statusBar.hasItem()); });
