@@ -67,7 +67,7 @@ protected:
 
   Session session_;
   std::optional<ScreenReader> reader_;
-  std::optional<Program> program_;
+  std::optional<RunningProgram> program_;
 };
 
 TEST_F(Accessibility, stripIsReadWithNameStateAndActions) {

@@ -59,7 +59,7 @@ protected:
   }
 
   Session session_;
-  std::optional<Program> program_;
+  std::optional<RunningProgram> program_;
   std::optional<icloud::UiDriver> driver_;
 };
 

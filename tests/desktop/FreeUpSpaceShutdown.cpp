@@ -101,7 +101,7 @@ protected:
   Display& display_ = session_.openDisplay();
   std::filesystem::path calls_ = session_.folder() / "calls";
   std::filesystem::path drive_ = session_.home() / "Library/Mobile Documents/com~apple~CloudDocs";
-  std::optional<Program> program_;
+  std::optional<RunningProgram> program_;
   std::optional<UiDriver> driver_;
 };
 

@@ -60,7 +60,7 @@ protected:
   Session session_;
   std::optional<Channel> daemonLog_;
   std::optional<icloud::ChildProcess> supervisor_;
-  std::optional<Program> program_;
+  std::optional<RunningProgram> program_;
   std::optional<icloud::UiDriver> driver_;
 };
 

@@ -53,18 +53,18 @@ protected:
   }
 
   /// Starts an instance and waits until it has started up.
-  Program startAndAwait(const fs::path& executable) {
-    Program copy = session_.start(executable);
+  RunningProgram startAndAwait(const fs::path& executable) {
+    RunningProgram copy = session_.start(executable);
     awaitStarted(copy);
     return copy;
   }
 
-  static void awaitStarted(Program& copy) { copy.log.readUntil("brctl monitor -g started"); }
+  static void awaitStarted(RunningProgram& copy) { copy.log.readUntil("brctl monitor -g started"); }
 
   /// Starts a tool with the same bundle identifier that ignores SIGTERM.
-  Program startUnresponsive() {
+  RunningProgram startUnresponsive() {
     const fs::path tool = bundle("Unresponsive.app", childToolPath());
-    Program unresponsive = session_.start(
+    RunningProgram unresponsive = session_.start(
         "/bin/sh", {"-c", "exec '" + tool.string() + "' ignore-terminate print up wait >&2"});
     unresponsive.log.readUntil("up");
     return unresponsive;
@@ -72,10 +72,10 @@ protected:
 
   /// Reaps the instances as they end, until only the last one runs. Returns false when the last one
   /// ends or `maxWait` is over first.
-  static bool awaitOnlyTheLast(std::vector<Program>& copies) {
+  static bool awaitOnlyTheLast(std::vector<RunningProgram>& copies) {
     const auto deadline = Clock::now() + maxWait;
     std::vector<pollfd> exits;
-    for (const Program& copy : copies)
+    for (const RunningProgram& copy : copies)
       exits.push_back({copy.process.exitDescriptor(), POLLIN, 0});
     for (std::size_t left = copies.size(); left > 1;) {
       const auto time =
@@ -95,7 +95,7 @@ protected:
   }
 
   /// Before its start-up is complete, SIGTERM ends an instance at once.
-  static void expectOrderlyOrEarlyEnd(Program& copy) {
+  static void expectOrderlyOrEarlyEnd(RunningProgram& copy) {
     const int status = awaitExit(copy.process);
     if (WIFSIGNALED(status))
       EXPECT_EQ(WTERMSIG(status), SIGTERM);
@@ -104,7 +104,7 @@ protected:
     EXPECT_THAT(copy.log.readToEnd(), Not(HasSubstr("ignored the quit request")));
   }
 
-  void expectOrderlyEnd(Program& copy) {
+  void expectOrderlyEnd(RunningProgram& copy) {
     copy.process.signal(SIGTERM);
     EXPECT_EQ(awaitEnd(copy.process), "status 0");
     EXPECT_THAT(session_.killLeftovers(), IsEmpty());
@@ -114,14 +114,14 @@ protected:
 };
 
 TEST_F(Instances, onlyInstanceQuitsNoOther) {
-  Program only = startAndAwait(bundle("Only.app"));
+  RunningProgram only = startAndAwait(bundle("Only.app"));
   expectOrderlyEnd(only);
   EXPECT_TRUE(only.log.readToEnd().starts_with("Driftmark: state -> idle\n"));
 }
 
 TEST_F(Instances, newInstanceEndsOlderOne) {
-  Program older = startAndAwait(bundle("Older.app"));
-  Program newer = session_.start(bundle("elsewhere/Newer.app"));
+  RunningProgram older = startAndAwait(bundle("Older.app"));
+  RunningProgram newer = session_.start(bundle("elsewhere/Newer.app"));
   EXPECT_EQ(awaitEnd(older.process), "status 0");
   EXPECT_THAT(older.log.readToEnd(), Not(HasSubstr("instance")));
   awaitStarted(newer);
@@ -139,14 +139,14 @@ TEST_P(ManyInstances, newestOfSimultaneousInstancesRemains) {
   std::vector<fs::path> executables;
   for (int i = 0; i < GetParam(); ++i)
     executables.push_back(bundle("Copy " + std::to_string(i) + ".app"));
-  std::vector<Program> copies;
+  std::vector<RunningProgram> copies;
   copies.reserve(executables.size());
   for (const fs::path& executable : executables)
     copies.push_back(session_.start(executable));
   ASSERT_TRUE(awaitOnlyTheLast(copies));
-  Program& newest = copies.back();
+  RunningProgram& newest = copies.back();
   awaitStarted(newest);
-  for (Program& copy : copies)
+  for (RunningProgram& copy : copies)
     if (&copy != &newest)
       expectOrderlyOrEarlyEnd(copy);
   EXPECT_THAT(newest.log.readSoFar(), HasSubstr(" already-running instance(s)\n"));
@@ -158,8 +158,8 @@ TEST_P(ManyInstances, newestOfSimultaneousInstancesRemains) {
 INSTANTIATE_TEST_SUITE_P(Sizes, ManyInstances, testing::Values(2, 3, 10));
 
 TEST_F(Instances, unresponsiveInstanceIsKilled) {
-  Program unresponsive = startUnresponsive();
-  Program newer = session_.start(bundle("Newer.app"));
+  RunningProgram unresponsive = startUnresponsive();
+  RunningProgram newer = session_.start(bundle("Newer.app"));
   newer.log.readUntil("quitting 1 already-running instance(s)\n");
   const auto asked = Clock::now();
   const std::string complaint = "Driftmark: instance " +
@@ -178,8 +178,8 @@ TEST_F(Instances, otherUsersCopyIsSurvived) {
   if (getuid() != 0)
     GTEST_SKIP() << "only root can start programs of another user";
   session_.giveTo(otherUser);
-  Program older = startUnresponsive();
-  Program newer = session_.start(bundle("Newer.app"), {}, otherUser);
+  RunningProgram older = startUnresponsive();
+  RunningProgram newer = session_.start(bundle("Newer.app"), {}, otherUser);
   awaitStarted(newer);
   EXPECT_FALSE(icloud::isReadableWithin(older.process.exitDescriptor(), {}));
   newer.process.signal(SIGTERM);

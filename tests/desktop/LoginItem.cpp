@@ -25,7 +25,7 @@ protected:
 
 TEST_F(LoginItem, menuSwitchesLoginItem) {
   session_.writeTool("/usr/bin/brctl", execChildTool("wait"));
-  Program program = session_.start();
+  RunningProgram program = session_.start();
   icloud::UiDriver driver = session_.awaitDriver();
   program.log.readUntil("brctl monitor -g started");
   const std::string entry = "Launch at Login";

@@ -46,7 +46,7 @@ protected:
 
   Session session_;
   Display& display_ = session_.openDisplay();
-  std::optional<Program> program_;
+  std::optional<RunningProgram> program_;
   std::optional<UiDriver> driver_;
 };
 

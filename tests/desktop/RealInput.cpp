@@ -63,7 +63,7 @@ protected:
   Session session_;
   Calls opened_{session_.folder() / "opened"};
   std::optional<ScreenReader> reader_;
-  std::optional<Program> program_;
+  std::optional<RunningProgram> program_;
   std::optional<icloud::UiDriver> driver_;
 };
 

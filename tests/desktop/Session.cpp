@@ -88,9 +88,8 @@ void Session::giveTo(uid_t user) const {
   }
 }
 
-Program Session::start(const fs::path& executable, std::vector<std::string> arguments,
-                       std::optional<uid_t> user) {
-  Channel log = Channel::pipe();
+RunningProgram Session::start(const fs::path& executable, std::vector<std::string> arguments,
+                              std::optional<uid_t> user) {
   icloud::Launch launch{executable, std::move(arguments), variables_};
   if (user) {
     const std::string number = std::to_string(*user);
@@ -98,10 +97,7 @@ Program Session::start(const fs::path& executable, std::vector<std::string> argu
     launch.arguments.insert(launch.arguments.begin(), {"--reuid", number, "--regid", number,
                                                        "--clear-groups", "--", executable});
   }
-  launch.error = log.childEnd();
-  icloud::ChildProcess process(launch);
-  log.closeChildEnd();
-  return {std::move(process), std::move(log)};
+  return RunningProgram(std::move(launch));
 }
 
 void Session::run(const fs::path& tool, std::vector<std::string> arguments) const {

@@ -3,7 +3,7 @@
 #include "desktop/Display.h"
 #include "desktop/SessionBus.h"
 #include "harness/BuiltFiles.h"
-#include "harness/Channel.h"
+#include "harness/RunningProgram.h"
 #include "harness/TemporaryFolder.h"
 #include "process/ChildProcess.h"
 #include "uidriver/DriverListener.h"
@@ -14,12 +14,6 @@
 #include <vector>
 
 namespace driftmark::test {
-
-/// A running program and its standard error.
-struct Program {
-  icloud::ChildProcess process;
-  Channel log;
-};
 
 /// A user's session in a temporary folder: a home, a system root, a listener for UI drivers, and a
 /// display and a bus once they are opened. Everything that was started in it ends with this object.
@@ -49,8 +43,9 @@ public:
   void giveTo(uid_t user) const;
 
   /// Starts a program, as another user where one is given.
-  Program start(const std::filesystem::path& executable = driftmarkProgram(),
-                std::vector<std::string> arguments = {}, std::optional<uid_t> user = std::nullopt);
+  RunningProgram start(const std::filesystem::path& executable = driftmarkProgram(),
+                       std::vector<std::string> arguments = {},
+                       std::optional<uid_t> user = std::nullopt);
 
   /// Waits for the UI driver of the next program.
   icloud::UiDriver awaitDriver() { return driverListener_.awaitProgram(); }

@@ -20,7 +20,9 @@ class Workspace : public testing::Test {
 protected:
   Workspace() { session_.writeTool("/usr/bin/xdg-open", opened_.script()); }
 
-  Program reveal(const std::string& path) { return session_.start(desktopSubject(), {path}); }
+  RunningProgram reveal(const std::string& path) {
+    return session_.start(desktopSubject(), {path});
+  }
 
   Session session_;
   Calls opened_{session_.folder() / "opened"};
@@ -35,7 +37,7 @@ class NamesInTheWorkspace : public Workspace, public testing::WithParamInterface
 
 TEST_P(NamesInTheWorkspace, areShownByTheFileManager) {
   FileManager fileManager(session_.openBus());
-  const Program program = reveal(GetParam().path);
+  const RunningProgram program = reveal(GetParam().path);
   EXPECT_THAT(fileManager.next(), ElementsAre(QString(GetParam().url)));
 }
 
@@ -52,14 +54,14 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(Workspace, theFolderIsOpenedWhereTheBusKnowsNoFileManager) {
   session_.openBus();
-  const Program program = reveal("/some folder/100%/a.txt");
+  const RunningProgram program = reveal("/some folder/100%/a.txt");
   EXPECT_THAT(opened_.next(), ElementsAre("/some folder/100%"));
 }
 
 TEST_F(Workspace, theFolderIsOpenedWhereTheFileManagerRefuses) {
   FileManager fileManager(session_.openBus());
   fileManager.refuse();
-  const Program program = reveal("/some folder/a.txt");
+  const RunningProgram program = reveal("/some folder/a.txt");
   EXPECT_THAT(fileManager.next(), ElementsAre(QString("file:///some%20folder/a.txt")));
   EXPECT_THAT(opened_.next(), ElementsAre("/some folder"));
 }
@@ -84,7 +86,7 @@ protected:
   }
 
   const std::string row_ = "a b.txt  —  uploading 45%";
-  std::optional<Program> program_;
+  std::optional<RunningProgram> program_;
   std::optional<icloud::UiDriver> driver_;
 };
 

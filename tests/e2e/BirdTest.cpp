@@ -19,9 +19,9 @@ TEST(Bird, initialFilesAndFoldersAreCreated) {
               "at 60s end\n");
   const auto drive = system.sandbox().drive();
   EXPECT_TRUE(std::filesystem::is_directory(drive / "Empty"));
-  expectContentsHere(drive / "A/b c/Été 01.txt", 10'000);
-  expectContentsHere(drive / "A/b c/Été 12.txt", 10'000);
-  expectContentsGone(drive / "A/far.mov", 5'000'000);
+  expectDownloaded(drive / "A/b c/Été 01.txt", 10'000);
+  expectDownloaded(drive / "A/b c/Été 12.txt", 10'000);
+  expectEvicted(drive / "A/far.mov", 5'000'000);
 }
 
 TEST(Bird, transfersAndEvictionsChangeBlocksOnDisk) {
@@ -39,10 +39,10 @@ TEST(Bird, transfersAndEvictionsChangeBlocksOnDisk) {
               "");
   system.bird().output().readUntil(" end\n");
   const auto drive = system.sandbox().drive();
-  expectContentsHere(drive / "fetched", 500'000);
-  expectContentsHere(drive / "new", 500'000);
-  expectContentsGone(drive / "evicted", 500'000);
-  expectContentsGone(drive / "given up", 500'000);
+  expectDownloaded(drive / "fetched", 500'000);
+  expectDownloaded(drive / "new", 500'000);
+  expectEvicted(drive / "evicted", 500'000);
+  expectEvicted(drive / "given up", 500'000);
   EXPECT_FALSE(std::filesystem::exists(drive / "doomed"));
 }
 
@@ -57,7 +57,7 @@ TEST(Bird, downloadInFlightAllocatesBlocksGradually) {
   EXPECT_EQ(statOf(film).st_size, 1'000'000);
   EXPECT_GE(statOf(film).st_blocks * 512, 500'000);
   EXPECT_LT(statOf(film).st_blocks * 512, 1'000'000);
-  EXPECT_EQ(notedState(film).value_or("downloading"), "downloading");
+  EXPECT_EQ(stateAttribute(film).value_or("downloading"), "downloading");
 }
 
 TEST(Bird, failedStepIsReportedAndScenarioContinues) {

@@ -1,3 +1,5 @@
+// What a file looks like on disk in each cloud state.
+
 #include "DiskState.h"
 
 #include "bird/DiskFile.h"
@@ -15,7 +17,7 @@ struct stat statOf(const std::filesystem::path& path) {
   return result;
 }
 
-std::optional<std::string> notedState(const std::filesystem::path& path) {
+std::optional<std::string> stateAttribute(const std::filesystem::path& path) {
   std::array<char, 64> text{};
   const ssize_t size = getxattr(path.c_str(), DiskFile::stateAttribute, text.data(), text.size());
   if (size < 0)
@@ -23,16 +25,16 @@ std::optional<std::string> notedState(const std::filesystem::path& path) {
   return std::string(text.data(), static_cast<std::size_t>(size));
 }
 
-void expectContentsHere(const std::filesystem::path& path, off_t bytes) {
+void expectDownloaded(const std::filesystem::path& path, off_t bytes) {
   EXPECT_EQ(statOf(path).st_size, bytes) << path;
   EXPECT_GE(statOf(path).st_blocks * 512, bytes) << path;
-  EXPECT_EQ(notedState(path).value_or("current"), "current") << path;
+  EXPECT_EQ(stateAttribute(path).value_or("current"), "current") << path;
 }
 
-void expectContentsGone(const std::filesystem::path& path, off_t bytes) {
+void expectEvicted(const std::filesystem::path& path, off_t bytes) {
   EXPECT_EQ(statOf(path).st_size, bytes) << path;
   EXPECT_EQ(statOf(path).st_blocks, 0) << path;
-  EXPECT_EQ(notedState(path).value_or("evicted"), "evicted") << path;
+  EXPECT_EQ(stateAttribute(path).value_or("evicted"), "evicted") << path;
 }
 
 } // namespace icloud::test

@@ -1,6 +1,7 @@
 #include "SimulatedSystem.h"
-#include "TestArchive.h"
 #include "TestBundle.h"
+#include "harness/Tree.h"
+#include "harness/archive/ZipArchive.h"
 
 #include <array>
 
@@ -13,6 +14,8 @@
 namespace icloud::test {
 namespace {
 
+using driftmark::test::treeAt;
+using driftmark::test::writeZip;
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -49,14 +52,14 @@ TEST_F(Ditto, packedBundleUnpacksUnchanged) {
   fs::create_directory(in("Greeter.app/Contents/Empty"));
   expectSuccess({"-c", "-k", "--keepParent", in("Greeter.app"), in("Greeter.zip")});
   expectSuccess({"-xk", in("Greeter.zip"), in("a/new folder")});
-  EXPECT_EQ(described(in("a/new folder/Greeter.app")), described(in("Greeter.app")));
+  EXPECT_EQ(treeAt(in("a/new folder/Greeter.app")), treeAt(in("Greeter.app")));
 }
 
 TEST_F(Ditto, folderIsPackedWithoutItsName) {
   makeBundle(in("Greeter.app"));
   expectSuccess({"-ck", in("Greeter.app"), in("Greeter.zip")});
   expectSuccess({"-x", "-k", in("Greeter.zip"), in("out")});
-  EXPECT_EQ(described(in("out/Contents")), described(in("Greeter.app/Contents")));
+  EXPECT_EQ(treeAt(in("out/Contents")), treeAt(in("Greeter.app/Contents")));
 }
 
 TEST_F(Ditto, unpackingMergesIntoExistingFolder) {
@@ -81,7 +84,7 @@ TEST_F(Ditto, unpackingKeepsTimesAndModesButDropsSetuid) {
 
 TEST_F(Ditto, unpackingStaysInsideFolder) {
   const std::string outside = in("outside");
-  const std::vector<std::vector<TestEntry>> archives{
+  const std::vector<std::vector<driftmark::test::ZipEntry>> archives{
       {{"../outside", "evil"}},
       {{"a/../../outside", "evil"}},
       {{outside, "evil"}},
@@ -154,7 +157,7 @@ TEST_F(Ditto, copyKeepsMetadata) {
 
   expectSuccess({in("Greeter.app"), "/Applications/Copy.app"});
   const fs::path copy = root().applications() / "Copy.app";
-  EXPECT_EQ(described(copy), described(in("Greeter.app")));
+  EXPECT_EQ(treeAt(copy), treeAt(in("Greeter.app")));
   for (const auto& name : timed) {
     struct stat status {};
     ASSERT_EQ(lstat((copy / name).c_str(), &status), 0);

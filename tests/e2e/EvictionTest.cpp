@@ -73,10 +73,10 @@ TEST_F(Eviction, evictionFreesBlocksAndKeepsSizeAndTimes) {
   const auto film = inDrive("Films/a.mov");
   const std::array<timespec, 2> times{{{1'000'000'000, 0}, {1'200'000'000, 5}}};
   ASSERT_EQ(utimensat(AT_FDCWD, film.c_str(), times.data(), 0), 0);
-  expectContentsHere(film, 5'123'456);
+  expectDownloaded(film, 5'123'456);
   expectDone(evict({film, inDrive("empty")}));
-  expectContentsGone(film, 5'123'456);
-  expectContentsGone(inDrive("empty"), 0);
+  expectEvicted(film, 5'123'456);
+  expectEvicted(inDrive("empty"), 0);
   EXPECT_EQ(statOf(film).st_atim.tv_sec, 1'000'000'000);
   EXPECT_EQ(statOf(film).st_mtim.tv_sec, 1'200'000'000);
   EXPECT_EQ(statOf(film).st_mtim.tv_nsec, 5);
@@ -117,8 +117,8 @@ TEST_F(Eviction, pathsMayBeRelativeOrThroughLinks) {
   expectDone(evictFrom(elsewhere.path(), "drive/A/B/3"));
   expectDone(evict({elsewhere.path() / "drive/link/4", inDrive("link/5")}));
   for (int number = 1; number <= 5; ++number)
-    expectContentsGone(inDrive("A/B/" + std::to_string(number)), 4000);
-  expectContentsHere(inDrive("A/B/6"), 4000);
+    expectEvicted(inDrive("A/B/" + std::to_string(number)), 4000);
+  expectDownloaded(inDrive("A/B/6"), 4000);
 }
 
 TEST_F(Eviction, refusalNamesReason) {
@@ -156,7 +156,7 @@ TEST_F(Eviction, refusalNamesReason) {
   expectRefused("evict", inDrive("coming"), "still downloading");
   expectRefused("evict", inDrive("locked"), "Permission denied");
   for (const char* const name : {"here", "locked"})
-    expectContentsHere(inDrive(name), 4000);
+    expectDownloaded(inDrive(name), 4000);
   EXPECT_EQ(contentsOf(inDrive("by hand")), "text");
 }
 
@@ -193,7 +193,7 @@ TEST_F(Eviction, oneFailureDoesNotAffectOtherPaths) {
   EXPECT_EQ(finished.error, "brctl: " + inDrive("none").string() +
                                 ": no such file\nbrctl: /elsewhere: not in iCloud Drive\n");
   for (const char* const name : {"1", "2", "3"})
-    expectContentsGone(inDrive(name), 4000);
+    expectEvicted(inDrive(name), 4000);
 }
 
 TEST_F(Eviction, missingBirdIsReportedForEveryPath) {
@@ -231,13 +231,13 @@ TEST_F(Download, sameBytesAreRestored) {
   system_.bird().output().readUntil("the download of \"a\" is finished\n");
   EXPECT_EQ(contentsOf(inDrive("a")), before);
   EXPECT_EQ(fs::last_write_time(inDrive("a")), modified);
-  expectContentsHere(inDrive("a"), 777'777);
+  expectDownloaded(inDrive("a"), 777'777);
   const std::string text = monitor.output().readUntil("/a ☁\r\n");
   EXPECT_THAT(text, HasSubstr("/a ☁ \x1b[32m↓ 0%"));
   EXPECT_THAT(text, HasSubstr("/a ☁ \x1b[32m↓ 69.6%"));
   EXPECT_THAT(text, Not(HasSubstr("/b ☁ \x1b[32m↓")));
   expectDone(evict({inDrive("a")}));
-  expectContentsGone(inDrive("a"), 777'777);
+  expectEvicted(inDrive("a"), 777'777);
 }
 
 TEST_F(Download, refusalNamesReason) {
@@ -258,7 +258,7 @@ TEST_F(Download, downloadContinuesAfterScenarioEnds) {
   expectDone(download({inDrive("a")}));
   const std::string reported = system_.bird().output().readUntil("\"a\" is finished\n");
   EXPECT_THAT(reported, HasSubstr(" end\n"));
-  expectContentsHere(inDrive("a"), 4000);
+  expectDownloaded(inDrive("a"), 4000);
 }
 
 TEST_F(Download, downloadOfDeletedFileFails) {
@@ -293,7 +293,7 @@ TEST_F(Restart, clientOperationsSurviveRestart) {
   EXPECT_THAT(listed, HasSubstr("/1 ☁ \x1b[2mnot downloaded"));
   for (const char* const name : {"2", "3", "4", "5"}) {
     EXPECT_THAT(listed, HasSubstr(std::string("/") + name + " ☁\r\n"));
-    expectContentsHere(inDrive(name), 300'000);
+    expectDownloaded(inDrive(name), 300'000);
   }
   EXPECT_EQ(contentsOf(inDrive("2")), before);
   EXPECT_THAT(system_.bird().output().readSoFar(), Not(HasSubstr("trouble")));
@@ -303,7 +303,7 @@ TEST_F(Restart, clientOperationsSurviveRestart) {
 TEST_F(Restart, interruptedWorkIsFinished) {
   system_.play("files 4 \"{n}\" 300KB\nfile \"5\" 300KB remote\nat 10m end\n", "");
   const std::string before = contentsOf(inDrive("1"));
-  if (!notedState(inDrive("1")))
+  if (!stateAttribute(inDrive("1")))
     GTEST_SKIP() << "this file system has no attributes";
   system_.killBird();
   const auto note = [&](const char* name, const std::string& state) {
@@ -320,9 +320,9 @@ TEST_F(Restart, interruptedWorkIsFinished) {
   for (int time = 0; time < 2; ++time) {
     system_.resume();
     for (const char* const name : {"1", "2"})
-      expectContentsGone(inDrive(name), 300'000);
+      expectEvicted(inDrive(name), 300'000);
     EXPECT_THAT(contentsOf(inDrive("3")), testing::StartsWith("by hand"));
-    expectContentsHere(inDrive("4"), 300'000);
+    expectDownloaded(inDrive("4"), 300'000);
     system_.killBird();
   }
   system_.resume();
@@ -330,7 +330,7 @@ TEST_F(Restart, interruptedWorkIsFinished) {
   for (const char* const name : {"1", "5"})
     system_.bird().output().readUntil(std::string("\"") + name + "\" is finished\n");
   EXPECT_EQ(contentsOf(inDrive("1")), before);
-  expectContentsHere(inDrive("5"), 300'000);
+  expectDownloaded(inDrive("5"), 300'000);
 }
 
 std::string numbered(int number) {
@@ -348,7 +348,7 @@ TEST_F(Eviction, thousandFilesAreEvictedQuickly) {
   expectDone(evict(paths));
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
   for (int number = 1; number <= 1000; ++number)
-    expectContentsGone(inDrive(numbered(number)), 60'000);
+    expectEvicted(inDrive(numbered(number)), 60'000);
 }
 
 // Every file is complete or evicted at every moment, and a second run finishes the work.
@@ -367,9 +367,9 @@ TEST_F(Restart, killedBirdLosesNothing) {
       const bool isEvicted = statOf(path).st_blocks == 0;
       count += isEvicted ? 1 : 0;
       if (isEvicted) {
-        expectContentsGone(path, 60'000);
+        expectEvicted(path, 60'000);
       } else {
-        EXPECT_EQ(notedState(path).value_or("current"), "current");
+        EXPECT_EQ(stateAttribute(path).value_or("current"), "current");
         EXPECT_EQ(contentsOf(path), before[static_cast<std::size_t>(number)]);
       }
     }

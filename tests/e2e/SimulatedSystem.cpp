@@ -1,3 +1,5 @@
+// How tests start the simulated daemon and its tools.
+
 #include "SimulatedSystem.h"
 
 #include "harness/Waiting.h"

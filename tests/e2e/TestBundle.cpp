@@ -1,15 +1,11 @@
+// What the bundles of the tests contain.
+
 #include "TestBundle.h"
 
-#include "harness/TemporaryFolder.h"
-
-#include <algorithm>
 #include <fstream>
-#include <sstream>
-#include <vector>
 
 namespace icloud::test {
 
-using driftmark::test::contentsOf;
 namespace fs = std::filesystem;
 
 void writeFile(const fs::path& path, const std::string& text) {
@@ -31,26 +27,6 @@ void makeBundle(const fs::path& place, const std::string& script) {
   fs::permissions(program, fs::perms(0755));
   writeFile(contents / "Resources/Été.txt", "summer\n");
   fs::create_symlink("Été.txt", contents / "Resources/current");
-}
-
-std::string described(const fs::path& tree) {
-  std::vector<fs::path> paths{tree};
-  for (const auto& entry : fs::recursive_directory_iterator(tree))
-    paths.push_back(entry.path());
-  std::sort(paths.begin(), paths.end());
-  std::ostringstream text;
-  for (const fs::path& path : paths) {
-    const auto status = fs::symlink_status(path);
-    text << path.lexically_relative(tree).string() << " ";
-    if (fs::is_symlink(status))
-      text << "-> " << fs::read_symlink(path).string();
-    else
-      text << std::oct << static_cast<unsigned>(status.permissions());
-    if (fs::is_regular_file(status))
-      text << " " << contentsOf(path);
-    text << "\n";
-  }
-  return text.str();
 }
 
 } // namespace icloud::test

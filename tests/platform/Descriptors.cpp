@@ -1,3 +1,5 @@
+// Which descriptors this process has open.
+
 #include "Descriptors.h"
 
 #include <filesystem>
@@ -11,7 +13,7 @@ std::set<int> openDescriptors() {
   std::set<int> numbers;
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
     numbers.insert(std::stoi(entry.path().filename().string()));
-  // The one that listed the folder is gone.
+  // The descriptor that listed the folder is closed.
   std::erase_if(numbers, [](int number) { return fcntl(number, F_GETFD) < 0; });
   return numbers;
 }

@@ -16,7 +16,7 @@ std::set<int> openDescriptors();
 /// How many of them are masters of a pseudo-terminal.
 std::size_t openTerminals();
 
-/// Leaves this process room for `count` more descriptors and no more, as long as it lives.
+/// As long as this object lives, this process can open `count` more descriptors and no more.
 class DescriptorLimit {
 public:
   explicit DescriptorLimit(std::size_t count);

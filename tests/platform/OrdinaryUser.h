@@ -8,11 +8,11 @@
 
 namespace driftmark::test {
 
-/// Where the tests run as root, whom no permission stops, makes this process act as another user as
-/// long as it lives.
+/// As long as this object lives, this process acts as a user without root's rights. Does nothing
+/// unless the tests run as root.
 class OrdinaryUser {
 public:
-  /// These folders come to belong to that user.
+  /// Makes that user the owner of these folders.
   explicit OrdinaryUser(std::initializer_list<std::string> folders) {
     if (geteuid() != 0)
       return;

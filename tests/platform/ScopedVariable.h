@@ -7,7 +7,8 @@
 
 namespace driftmark::test {
 
-/// Sets or unsets a variable of this process's environment as long as it lives. Main thread only.
+/// Sets or unsets an environment variable of this process as long as this object lives. Main thread
+/// only.
 class ScopedVariable {
 public:
   ScopedVariable(std::string name, const std::optional<std::string>& value)

@@ -1,3 +1,5 @@
+// How tests capture standard error.
+
 #include "StandardErrorCapture.h"
 
 #include <sstream>

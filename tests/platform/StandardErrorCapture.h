@@ -8,7 +8,7 @@
 
 namespace driftmark::test {
 
-/// Takes what is written to standard error, as long as it lives.
+/// Captures what this process writes to standard error as long as this object lives.
 class StandardErrorCapture {
 public:
   StandardErrorCapture();
@@ -16,10 +16,10 @@ public:
   StandardErrorCapture& operator=(const StandardErrorCapture&) = delete;
   ~StandardErrorCapture();
 
-  /// What has been written so far.
+  /// Everything written so far.
   std::string text() const;
 
-  /// The first `count` lines of it, without their line ends; fewer when there are not as many.
+  /// The first `count` lines without their line ends; fewer when there are not as many.
   std::vector<std::string> lines(std::size_t count) const;
 
 private:

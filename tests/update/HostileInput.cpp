@@ -1,7 +1,7 @@
 // Hostile servers, archives and folders.
 
 #include "harness/Waiting.h"
-#include "update/Archive.h"
+#include "harness/archive/ZipArchive.h"
 #include "update/PlainServer.h"
 #include "update/UpdateTest.h"
 
@@ -39,9 +39,9 @@ std::size_t peakMemory(pid_t process) {
 class HostileInput : public UpdateTest {
 protected:
   /// Announces an archive with a proper bundle and the entries that `addEntries` adds.
-  void announceWith(const std::function<void(Archive&)>& addEntries) {
+  void announceWith(const std::function<void(ZipArchive&)>& addEntries) {
     const fs::path bundle = build("1.1");
-    Archive archive(newArchive());
+    ZipArchive archive(newArchive());
     addEntries(archive);
     archive.add(bundle, "Driftmark.app");
     archive.close();
@@ -58,7 +58,7 @@ protected:
 };
 
 TEST_F(HostileInput, entriesAboveTargetFolderAreRefused) {
-  announceWith([](Archive& archive) {
+  announceWith([](ZipArchive& archive) {
     archive.addFile("../../../home/climbed", "x");
     archive.addFile("../climbed", "x");
   });
@@ -70,7 +70,7 @@ TEST_F(HostileInput, entriesAboveTargetFolderAreRefused) {
 
 TEST_F(HostileInput, entriesWithAbsolutePathsAreRefused) {
   const fs::path target = machine_.home() / "climbed";
-  announceWith([&](Archive& archive) { archive.addFile(target, "x"); });
+  announceWith([&](ZipArchive& archive) { archive.addFile(target, "x"); });
   RunningCopy copy = startInstalled();
   agree(copy);
   awaitAlert(copy.driver, "Update failed");
@@ -80,7 +80,7 @@ TEST_F(HostileInput, entriesWithAbsolutePathsAreRefused) {
 TEST_F(HostileInput, entriesBehindLinkAreRefused) {
   const fs::path documents = makeDocuments();
   const Tree before = treeAt(documents);
-  announceWith([&](Archive& archive) {
+  announceWith([&](ZipArchive& archive) {
     archive.addLink("link", documents);
     archive.addFile("link/thesis.txt", "mine");
   });
@@ -94,7 +94,7 @@ TEST_F(HostileInput, bundleThatIsALinkIsRefused) {
   for (const std::string& target : {bundle.string(), std::string("real/Driftmark.app")}) {
     SCOPED_TRACE(target);
     fs::remove(newArchive());
-    Archive archive(newArchive());
+    ZipArchive archive(newArchive());
     archive.addFolder("real");
     archive.add(bundle, "real/Driftmark.app");
     archive.addLink("Driftmark.app", target);

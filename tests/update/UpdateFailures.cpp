@@ -1,7 +1,7 @@
 // How an update fails, what the user reads then, and that nothing has changed.
 
 #include "harness/TemporaryFolder.h"
-#include "update/Archive.h"
+#include "harness/archive/ZipArchive.h"
 #include "update/LocalPort.h"
 #include "update/UpdateTest.h"
 
@@ -143,7 +143,7 @@ TEST_F(UpdateFailures, truncatedArchiveCannotBeUnpacked) {
 TEST_F(UpdateFailures, bundleInSubfolderIsNotFound) {
   const fs::path bundle = build("1.1");
   const fs::path file = newArchive();
-  Archive archive(file);
+  ZipArchive archive(file);
   archive.addFolder("Driftmark 1.1");
   archive.add(bundle, "Driftmark 1.1/Driftmark.app");
   archive.close();

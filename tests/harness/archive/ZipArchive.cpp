@@ -1,6 +1,6 @@
 // How tests write zip archives that no tool would write.
 
-#include "update/Archive.h"
+#include "harness/archive/ZipArchive.h"
 
 #include "harness/TemporaryFolder.h"
 
@@ -9,11 +9,12 @@
 
 #include <archive.h>
 #include <archive_entry.h>
+#include <sys/stat.h>
 
 namespace driftmark::test {
 namespace fs = std::filesystem;
 
-struct Archive::Entry {
+struct ZipArchive::Entry {
   std::string name;
   unsigned type = AE_IFREG;
   unsigned mode = 0644;
@@ -21,17 +22,17 @@ struct Archive::Entry {
   std::string target;
 };
 
-Archive::Archive(const fs::path& file) : archive_(archive_write_new()) {
+ZipArchive::ZipArchive(const fs::path& file) : archive_(archive_write_new()) {
   archive_write_set_format_zip(archive_);
   if (archive_write_open_filename(archive_, file.c_str()) != ARCHIVE_OK)
     throw std::runtime_error(archive_error_string(archive_));
 }
 
-Archive::~Archive() {
+ZipArchive::~ZipArchive() {
   archive_write_free(archive_);
 }
 
-void Archive::add(const fs::path& item, const std::string& name) {
+void ZipArchive::add(const fs::path& item, const std::string& name) {
   const fs::file_status status = fs::symlink_status(item);
   const auto mode = static_cast<unsigned>(status.permissions());
   if (fs::is_symlink(status)) {
@@ -45,29 +46,30 @@ void Archive::add(const fs::path& item, const std::string& name) {
   }
 }
 
-void Archive::addFile(const std::string& name, const std::string& bytes, unsigned mode) {
+void ZipArchive::addFile(const std::string& name, const std::string& bytes, unsigned mode) {
   write({.name = name, .type = AE_IFREG, .mode = mode, .bytes = bytes, .target = {}});
 }
 
-void Archive::addFolder(const std::string& name, unsigned mode) {
+void ZipArchive::addFolder(const std::string& name, unsigned mode) {
   write({.name = name + "/", .type = AE_IFDIR, .mode = mode, .bytes = {}, .target = {}});
 }
 
-void Archive::addLink(const std::string& name, const std::string& target) {
+void ZipArchive::addLink(const std::string& name, const std::string& target) {
   write({.name = name, .type = AE_IFLNK, .mode = 0777, .bytes = {}, .target = target});
 }
 
-void Archive::close() {
+void ZipArchive::close() {
   if (archive_write_close(archive_) != ARCHIVE_OK)
     throw std::runtime_error(archive_error_string(archive_));
 }
 
-void Archive::write(const Entry& entry) {
+void ZipArchive::write(const Entry& entry) {
   const std::unique_ptr<archive_entry, decltype(&archive_entry_free)> header(archive_entry_new(),
                                                                              archive_entry_free);
   archive_entry_set_pathname_utf8(header.get(), entry.name.c_str());
   archive_entry_set_filetype(header.get(), entry.type);
   archive_entry_set_perm(header.get(), entry.mode);
+  archive_entry_set_mtime(header.get(), 1'700'000'000, 0);
   archive_entry_set_size(header.get(), static_cast<la_int64_t>(entry.bytes.size()));
   if (!entry.target.empty())
     archive_entry_set_symlink_utf8(header.get(), entry.target.c_str());
@@ -77,6 +79,20 @@ void Archive::write(const Entry& entry) {
   if (archive_write_header(archive_, header.get()) != ARCHIVE_OK ||
       (!entry.bytes.empty() && !std::in_range<std::size_t>(written())))
     throw std::runtime_error(archive_error_string(archive_));
+}
+
+void writeZip(const fs::path& file, const std::vector<ZipEntry>& entries) {
+  ZipArchive archive(file);
+  for (const ZipEntry& entry : entries) {
+    if (S_ISLNK(entry.mode))
+      archive.addLink(entry.name, entry.text);
+    else if (S_ISDIR(entry.mode))
+      archive.addFolder(entry.name.substr(0, entry.name.find_last_not_of('/') + 1),
+                        entry.mode & 07777);
+    else
+      archive.addFile(entry.name, entry.text, entry.mode & 07777);
+  }
+  archive.close();
 }
 
 } // namespace driftmark::test

@@ -3,18 +3,19 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 struct archive;
 
 namespace driftmark::test {
 
 /// Writes a zip archive entry by entry, with any entry names. Throws std::runtime_error.
-class Archive {
+class ZipArchive {
 public:
-  explicit Archive(const std::filesystem::path& file);
-  ~Archive();
-  Archive(const Archive&) = delete;
-  Archive& operator=(const Archive&) = delete;
+  explicit ZipArchive(const std::filesystem::path& file);
+  ~ZipArchive();
+  ZipArchive(const ZipArchive&) = delete;
+  ZipArchive& operator=(const ZipArchive&) = delete;
 
   /// Adds a file or a folder with its contents, under `name` in the archive.
   void add(const std::filesystem::path& item, const std::string& name);
@@ -32,5 +33,15 @@ private:
 
   archive* archive_;
 };
+
+/// An entry of an archive: a file, folder or link by its mode. The text of a link is its target.
+struct ZipEntry {
+  std::string name;
+  std::string text;
+  unsigned mode = 0100644;
+};
+
+/// Writes an archive with these entries. Throws std::runtime_error.
+void writeZip(const std::filesystem::path& file, const std::vector<ZipEntry>& entries);
 
 } // namespace driftmark::test
