@@ -56,7 +56,7 @@ protected:
 
   /// Presses the strip as a screen reader does, and waits for the menu.
   Accessible openMenu(const Accessible& pressed) {
-    reader_->act(pressed, "Press");
+    reader_->perform(pressed, "Press");
     const Accessible shown =
         reader_->awaitProgram(program_->process.identifier(), [](const Accessible& program) {
           const Accessible* const found = program.first(menu);
@@ -152,7 +152,7 @@ TEST_F(Accessibility, elidedNameIsReadWhole) {
 TEST_F(Accessibility, aboutPanelIsRead) {
   session_.writeTool("/usr/bin/brctl", execChildTool("wait"));
   start();
-  reader_->act(openMenu(awaitStrip("iCloud Drive: idle")).named("About Driftmark"), "Press");
+  reader_->perform(openMenu(awaitStrip("iCloud Drive: idle")).named("About Driftmark"), "Press");
   const Accessible shown =
       reader_->awaitProgram(program_->process.identifier(), [](const Accessible& program) {
         const Accessible* const panel = program.first("dialog");
@@ -167,7 +167,7 @@ TEST_F(Accessibility, actionOnEntryChoosesIt) {
   session_.writeTool("/usr/bin/brctl", execChildTool("wait"));
   start();
   const Accessible opened = openMenu(awaitStrip("iCloud Drive: idle"));
-  reader_->actWithoutReply(opened.named("Quit Driftmark"), "Press");
+  reader_->performWithoutReply(opened.named("Quit Driftmark"), "Press");
   EXPECT_EQ(awaitEnd(program_->process), "status 0");
 }
 

@@ -74,7 +74,7 @@ TEST_F(FolderPanel, panelIsReadByScreenReader) {
   EXPECT_TRUE(shown.shown("tree", "Folders").isFocusable);
   EXPECT_TRUE(shown.shown("list", "Places").isFocusable);
   EXPECT_TRUE(shown.shown("push button", "Choose").isEnabled);
-  reader_->act(shown.shown("push button", "Cancel"), "Press");
+  reader_->perform(shown.shown("push button", "Cancel"), "Press");
   awaitNoPanel();
 }
 

@@ -222,11 +222,11 @@ int ScreenReader::indexOf(const Accessible& item, const std::string& action) con
   return static_cast<int>(found - names.begin());
 }
 
-void ScreenReader::act(const Accessible& item, const std::string& action) const {
+void ScreenReader::perform(const Accessible& item, const std::string& action) const {
   call(bus_, item.service, item.path, actionInterface, "DoAction", {indexOf(item, action)});
 }
 
-void ScreenReader::actWithoutReply(const Accessible& item, const std::string& action) const {
+void ScreenReader::performWithoutReply(const Accessible& item, const std::string& action) const {
   QDBusMessage message =
       QDBusMessage::createMethodCall(item.service, item.path, actionInterface, "DoAction");
   message.setArguments({indexOf(item, action)});

@@ -61,10 +61,10 @@ public:
   std::vector<std::string> actions(const Accessible& item) const;
 
   /// Carries out an action of an item.
-  void act(const Accessible& item, const std::string& action) const;
+  void perform(const Accessible& item, const std::string& action) const;
 
   /// The same for an action that ends the program, which may end before it answers.
-  void actWithoutReply(const Accessible& item, const std::string& action) const;
+  void performWithoutReply(const Accessible& item, const std::string& action) const;
 
 private:
   std::optional<Accessible> program(pid_t process) const;

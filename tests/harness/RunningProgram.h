@@ -9,7 +9,7 @@
 
 namespace driftmark::test {
 
-/// A program that a test started, and its standard error. Killed when this object goes.
+/// A program that a test started, and its standard error. Killed when this object is destroyed.
 struct RunningProgram {
   /// Throws std::system_error when the program cannot be started.
   explicit RunningProgram(const std::filesystem::path& executable)

@@ -6,7 +6,7 @@
 
 namespace driftmark::test {
 
-/// A folder for one test, removed with its contents when this object goes.
+/// A folder for one test, removed with its contents when this object is destroyed.
 class TemporaryFolder {
 public:
   /// Throws std::system_error.

@@ -16,7 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Presses a button that starts the steps, and kills the program right before `lastStep`. Returns
-/// false when the program takes fewer steps and ends by itself; absent where processes cannot be
+/// false when the program takes fewer steps and ends; absent where processes cannot be
 /// traced.
 std::optional<bool> killBefore(int lastStep, RunningCopy& copy, const std::string& button) {
   StepTracer tracer(copy.process.identifier(), [=](int step) {

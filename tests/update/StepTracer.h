@@ -23,7 +23,7 @@ public:
   StepTracer(const StepTracer&) = delete;
   StepTracer& operator=(const StepTracer&) = delete;
 
-  /// Waits until the process has ended, by itself or by `onStep`. Its parent still has to reap it.
+  /// Waits until the process has ended or `onStep` has killed it. Its parent still has to reap it.
   void awaitEnd();
 
   /// Whether the system lets one process trace another.
