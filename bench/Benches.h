@@ -19,8 +19,9 @@ void benchIngest(Figures& figures, std::ostream& notes);
 /// Measures the heap that a million known paths take.
 void benchKnownState(Figures& figures, std::ostream& notes);
 
-/// Times the answers that the icon needs, with many transfers in flight.
-void benchOverall(Figures& figures);
+/// Times a progress line and the answers that the icon needs after it, with few and with many
+/// transfers in flight.
+void benchEvents(Figures& figures, std::ostream& notes);
 
 // TerminalBench.cpp
 
@@ -31,7 +32,8 @@ void benchTerminal(Figures& figures, std::ostream& notes);
 // MenuBench.cpp
 
 /// Counts the redraws of the strip while lines arrive that change nothing displayed, and measures
-/// how long the menu takes to open during the listing of a large drive.
+/// how long the menu takes to open during the listing of a large drive, and to be built while many
+/// transfers are in flight.
 void benchMenu(Figures& figures, std::ostream& notes);
 
 // SurveyBench.cpp

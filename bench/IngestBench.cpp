@@ -51,9 +51,9 @@ std::size_t countNewlines(std::string_view bytes) {
 
 /// The reference monitor, fed like the real one.
 struct Baseline {
-  void feed(std::string_view bytes) {
-    for (std::size_t at = 0; at < bytes.size(); at += ChildProcesses::maxChunkSize)
-      changes += monitor.ingest(bytes.substr(at, ChildProcesses::maxChunkSize)) ? 1 : 0;
+  void feed(std::string_view bytes, std::size_t chunk = ChildProcesses::maxChunkSize) {
+    for (std::size_t at = 0; at < bytes.size(); at += chunk)
+      changes += monitor.ingest(bytes.substr(at, chunk)) ? 1 : 0;
   }
 
   BenchPlatform platform;
@@ -104,6 +104,7 @@ void benchIngest(Figures& figures, std::ostream& notes) {
   std::vector<double> pipeline;
   std::vector<double> secondPass;
   std::vector<double> shuffledPass;
+  std::vector<double> freshShuffled;
   std::vector<double> smallChunks;
   std::vector<double> regex;
   const auto timeScan = [&] {
@@ -131,8 +132,20 @@ void benchIngest(Figures& figures, std::ostream& notes) {
     shuffledPass.push_back(seconds([&] { large.feed(other); }));
 
     timeScan();
+    const Subject shuffledFirst;
+    freshShuffled.push_back(seconds([&] { shuffledFirst.feed(other); }));
+    timeScan();
     const Subject small;
     smallChunks.push_back(seconds([&] { small.feed(corpus.bytes, smallChunk); }));
+
+    if (round == 0) {
+      Baseline baseline;
+      baseline.feed(other);
+      requireSameModel(shuffledFirst, baseline);
+      Baseline inSmallChunks;
+      inSmallChunks.feed(corpus.bytes, smallChunk);
+      requireSameModel(small, inSmallChunks);
+    }
   }
 
   const double scanTime = median(scan);
@@ -140,6 +153,7 @@ void benchIngest(Figures& figures, std::ostream& notes) {
   figures["pipeline_over_memchr"] = pipelineTime / scanTime;
   figures["second_pass_over_memchr"] = median(secondPass) / scanTime;
   figures["second_pass_shuffled_over_memchr"] = median(shuffledPass) / scanTime;
+  figures["first_pass_shuffled_over_memchr"] = median(freshShuffled) / scanTime;
   figures["speedup_over_regex"] = median(regex) / pipelineTime;
   figures["small_chunks_over_large"] = median(smallChunks) / pipelineTime;
 
@@ -159,25 +173,51 @@ void benchKnownState(Figures& figures, std::ostream& notes) {
         << " bytes; heap at its peak " << peak / 1e6 << " MB\n";
 }
 
-void benchOverall(Figures& figures) {
-  constexpr std::size_t transfers = 10000;
-  constexpr std::size_t calls = 201;
+namespace {
+
+/// Microseconds of one progress line of one of `transfers` transfers, with everything that the icon
+/// asks of the monitor then. The transfers take turns in an order that caches cannot foresee.
+double eventMicroseconds(std::size_t transfers) {
+  constexpr std::size_t events = 20'000;
+  constexpr std::size_t step = 7919; // a prime, so that every transfer has its turn
   const Subject subject;
-  std::string lines;
-  for (std::size_t i = 0; i < transfers; ++i)
-    lines += " o /com~apple~CloudDocs/Uploads " + std::to_string(i % 100) + "/File " +
-             std::to_string(i) + ".mov ↑ " + std::to_string(i % 100) + "%\r\n";
-  subject.feed(lines);
+  const auto line = [](std::size_t number, std::size_t percent) {
+    return " o /com~apple~CloudDocs/Uploads " + std::to_string(number % 100) + "/File " +
+           std::to_string(number) + ".mov ↑ " + std::to_string(percent) + "%\r\n";
+  };
+  std::string all;
+  for (std::size_t number = 0; number < transfers; ++number)
+    all += line(number, number % 100);
+  subject.feed(all);
   if (subject.monitor->active().size() != transfers)
     throw std::runtime_error("not every transfer is active");
 
-  std::vector<double> times;
-  for (std::size_t i = 0; i < calls; ++i)
-    times.push_back(seconds([&] {
-      if (subject.monitor->overall() != OverallState::uploading || !subject.monitor->progress())
+  std::vector<std::string> lines;
+  for (std::size_t event = 0; event < events; ++event)
+    lines.push_back(line(event * step % transfers, event % 100));
+  const SyncMonitor& monitor = *subject.monitor;
+  const auto run = [&] {
+    for (const std::string& text : lines) {
+      subject.feed(text);
+      if (monitor.overall() != OverallState::uploading || !monitor.progress() ||
+          monitor.longestStall())
         throw std::runtime_error("the transfers do not show");
-    }));
-  figures["overall_at_10000_active_us"] = median(times) * 1e6;
+    }
+  };
+  std::vector<double> times;
+  for (std::size_t round = 0; round < rounds; ++round)
+    times.push_back(seconds(run));
+  return median(times) * 1e6 / events;
+}
+
+} // namespace
+
+void benchEvents(Figures& figures, std::ostream& notes) {
+  const double few = eventMicroseconds(10);
+  const double many = eventMicroseconds(100'000);
+  figures["event_at_100000_over_at_10"] = many / few;
+  notes << "microseconds an event: 10 transfers " << few << ", 1,000 " << eventMicroseconds(1000)
+        << ", 10,000 " << eventMicroseconds(10'000) << ", 100,000 " << many << '\n';
 }
 
 } // namespace driftmark::bench

@@ -168,6 +168,29 @@ std::vector<double> openDuringListing(const CaptureRoot& root) {
   return opener.milliseconds();
 }
 
+/// Milliseconds that the menu takes to be built, as a value, with so many transfers in flight.
+double buildMilliseconds(std::size_t transfers) {
+  constexpr std::size_t builds = 101;
+  const CaptureRoot root;
+  LinuxPlatform platform(systemRoot(root));
+  BenchChildProcesses children;
+  WatchedStatusBar statusBar;
+  BenchSystemLog log;
+  const auto controller = StatusItemController::make(
+      replaced(platform.ports(), children, statusBar, log, platform.ports().dialogs));
+  std::string lines;
+  for (std::size_t number = 0; number < transfers; ++number)
+    lines += " o /com~apple~CloudDocs/File " + std::to_string(number) + ".mov ↑ 1%\r\n";
+  children.feed(lines);
+  std::vector<double> times;
+  for (std::size_t build = 0; build < builds; ++build)
+    times.push_back(seconds([&] {
+      if (controller->menuNeedsUpdate().size() < 15)
+        throw std::runtime_error("the transfers are not in the menu");
+    }));
+  return median(times) * 1e3;
+}
+
 double percentile99(std::vector<double> values) {
   const auto place = values.begin() + static_cast<std::ptrdiff_t>(values.size() * 99 / 100);
   std::nth_element(values.begin(), place, values.end());
@@ -178,6 +201,8 @@ double percentile99(std::vector<double> values) {
 
 void benchMenu(Figures& figures, std::ostream& notes) {
   figures["redraws_without_change"] = drawingsWithoutChange();
+
+  figures["menu_at_100000_active_ms"] = buildMilliseconds(100'000);
 
   const CaptureRoot root;
   root.playText(makeListing(listedPaths, "\n").bytes);

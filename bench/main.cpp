@@ -29,7 +29,7 @@ int main(int argc, char** argv) {
     Figures figures;
     benchIngest(figures, std::cout);
     benchKnownState(figures, std::cout);
-    benchOverall(figures);
+    benchEvents(figures, std::cout);
     benchTerminal(figures, std::cout);
     benchMenu(figures, std::cout);
     benchSurvey(figures, std::cout);

@@ -244,6 +244,26 @@ Action ActionReader::readTransfer(ScenarioLine& line, Direction direction) {
   return transfer;
 }
 
+std::vector<Transfer> ActionReader::readTransfers(ScenarioLine& line, Direction direction) {
+  const std::uint64_t count = line.count("a number of transfers");
+  if (count == 0 || count > maxFiles)
+    line.fail("from 1 to " + std::to_string(maxFiles) + " files can be transferred");
+  const std::string path = readPath(line);
+  const NumberedPath paths(path, count);
+  if (path.find(NumberedPath::mark) == std::string::npos || !files_.contains(paths.at(1)) ||
+      !files_.contains(paths.at(count)))
+    line.fail("no line before this one makes the files \"" + path + "\"");
+  Transfer transfer;
+  transfer.direction = direction;
+  line.require("over");
+  transfer.duration = line.duration("a duration");
+  readTransferOptions(line, transfer);
+  std::vector<Transfer> transfers(count, transfer);
+  for (std::uint64_t index = 0; index < count; ++index)
+    transfers[index].path = paths.at(index + 1);
+  return transfers;
+}
+
 Action ActionReader::readState(ScenarioLine& line, const char* usual) const {
   SetState state;
   state.path = readKnownFile(line);

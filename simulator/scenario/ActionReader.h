@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace icloud {
 
@@ -16,6 +17,10 @@ public:
   explicit ActionReader(std::filesystem::path folder) : folder_(std::move(folder)) {}
 
   Action read(ScenarioLine& line);
+
+  /// Reads the transfers of many files that an earlier line makes: their number, their path, their
+  /// duration and options, from behind the verb.
+  std::vector<Transfer> readTransfers(ScenarioLine& line, Direction direction);
 
 private:
   Action readFileAction(const std::string& verb, ScenarioLine& line);

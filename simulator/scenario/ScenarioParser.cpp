@@ -51,10 +51,14 @@ private:
   void readExpectation(ScenarioLine& line, Expectation::Kind kind);
   void readUserStep(ScenarioLine& line);
   void readStep(ScenarioLine& line);
+  void readTransfers(ScenarioLine& line, Milliseconds at, Direction direction);
   void append(Step step, const ScenarioLine& line);
+  void checkTime(Milliseconds at, const ScenarioLine& line);
 
   Scenario scenario_;
   unsigned lineNumber_ = 0;
+  Milliseconds lastTime_{}; ///< that a line named
+  bool hasEnd_ = false;
   ActionReader actions_;
 };
 
@@ -115,9 +119,36 @@ void ScenarioParser::readStep(ScenarioLine& line) {
   step.line = line.number();
   if (line.accept("at"))
     step.at = line.duration("a time");
+  if (step.at && line.accept("uploads"))
+    return readTransfers(line, *step.at, Direction::upload);
+  if (step.at && line.accept("downloads"))
+    return readTransfers(line, *step.at, Direction::download);
   step.text = line.remainder();
   step.action = actions_.read(line);
   append(std::move(step), line);
+}
+
+/// The transfers start one after the other within one interval, so that their reports are spread
+/// evenly.
+void ScenarioParser::readTransfers(ScenarioLine& line, Milliseconds at, Direction direction) {
+  const std::vector<Transfer> transfers = actions_.readTransfers(line, direction);
+  const char* const verb = direction == Direction::upload ? "upload" : "download";
+  checkTime(at, line);
+  for (std::size_t index = 0; index < transfers.size(); ++index) {
+    const Transfer& transfer = transfers[index];
+    const auto offset = transfer.every * static_cast<Milliseconds::rep>(index) /
+                        static_cast<Milliseconds::rep>(transfers.size());
+    scenario_.steps.push_back(
+        {at + offset, transfer, line.number(), verb + (" \"" + transfer.path + '"')});
+  }
+}
+
+void ScenarioParser::checkTime(Milliseconds at, const ScenarioLine& line) {
+  if (at < lastTime_)
+    line.fail("the times must not decrease");
+  if (hasEnd_)
+    line.fail("no step may follow the end");
+  lastTime_ = at;
 }
 
 void ScenarioParser::append(Step step, const ScenarioLine& line) {
@@ -130,15 +161,15 @@ void ScenarioParser::append(Step step, const ScenarioLine& line) {
     scenario_.initialState.push_back(std::move(step));
     return;
   }
-  if (!steps.empty() && step.at < steps.back().at)
-    line.fail("the times must not decrease");
-  if (!steps.empty() && does<EndScenario>(steps.back()))
-    line.fail("no step may follow the end");
+  checkTime(*step.at, line);
+  hasEnd_ = does<EndScenario>(step);
   steps.push_back(std::move(step));
 }
 
 Scenario ScenarioParser::finish() {
-  if (scenario_.steps.empty() || !does<EndScenario>(scenario_.steps.back()))
+  std::stable_sort(scenario_.steps.begin(), scenario_.steps.end(),
+                   [](const Step& left, const Step& right) { return left.at < right.at; });
+  if (!hasEnd_ || !does<EndScenario>(scenario_.steps.back()))
     throw ScenarioError(scenario_.file, lineNumber_, "the scenario has no end, as in: at 60s end");
   return std::move(scenario_);
 }

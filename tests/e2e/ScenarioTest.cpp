@@ -178,6 +178,27 @@ std::vector<long> timesOf(const std::string& transfer) {
   return times;
 }
 
+TEST(Scenario, manyTransfersStartWithinOneInterval) {
+  const Scenario scenario = parseScenario("files 4 \"f{n}\" 1KB\n"
+                                          "at 1s uploads 4 \"f{n}\" over 10s every 2s\n"
+                                          "at 2s vanish \"f1\"\n"
+                                          "at 20s end\n",
+                                          "many");
+  ASSERT_EQ(scenario.steps.size(), 6U);
+  EXPECT_EQ(scenario.steps[1].at, std::chrono::milliseconds(1500));
+  EXPECT_EQ(std::get<Transfer>(scenario.steps[1].action).path, "f2");
+  EXPECT_EQ(scenario.steps[2].at, std::chrono::seconds(2))
+      << "the third transfer, then what a later line says";
+  EXPECT_TRUE(std::holds_alternative<Transfer>(scenario.steps[2].action));
+  EXPECT_TRUE(std::holds_alternative<Vanish>(scenario.steps[3].action));
+}
+
+TEST(Scenario, manyTransfersNeedTheirFiles) {
+  EXPECT_THROW(
+      parseScenario("files 4 \"f{n}\" 1KB\nat 1s uploads 5 \"f{n}\" over 1s\nat 9s end\n", "many"),
+      ScenarioError);
+}
+
 TEST(Timeline, transferReportsAtEqualIntervals) {
   EXPECT_THAT(timesOf("upload \"a\" 1KB over 1s every 400ms"),
               testing::ElementsAre(1000, 1000, 1400, 1800, 2000));
