@@ -1,8 +1,7 @@
 #pragma once
 
 #include "monitor/SyncMonitor.h"
-#include "platform/linux/desktop/LinuxFileSystem.h"
-#include "platform/linux/desktop/LinuxSystemText.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 #include "ports/BackgroundQueue.h"
 #include "ports/ChildProcesses.h"
 #include "ports/Clock.h"

@@ -4,7 +4,7 @@
 
 #include "common/Descriptor.h"
 #include "common/SystemFailure.h"
-#include "platform/linux/desktop/LinuxCloudFiles.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <cstdlib>
 #include <string>

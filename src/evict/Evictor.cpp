@@ -3,7 +3,6 @@
 #include "evict/Evictor.h"
 
 #include "ports/CloudFiles.h"
-#include "support/Fatal.h"
 #include "support/Log.h"
 #include "support/Numbers.h"
 

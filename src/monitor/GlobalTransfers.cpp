@@ -2,7 +2,7 @@
 
 #include "monitor/GlobalTransfers.h"
 
-#include "support/Fatal.h"
+#include "support/Log.h"
 
 #include <limits>
 

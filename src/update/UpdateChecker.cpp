@@ -7,7 +7,6 @@
 #include "ports/Dialogs.h"
 #include "ports/SystemText.h"
 #include "ports/UserDefaults.h"
-#include "support/Fatal.h"
 #include "support/Log.h"
 #include "support/Weakly.h"
 #include "update/Manifest.h"

@@ -1,7 +1,7 @@
 // desktop_subject PATH: shows a file in the file manager, and runs until it is killed.
 
 #include "platform/linux/SystemRoot.h"
-#include "platform/linux/desktop/LinuxWorkspace.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/posix/PosixAdapters.h"
 #include "platform/posix/children/PosixChildProcesses.h"

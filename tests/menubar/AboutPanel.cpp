@@ -1,7 +1,6 @@
-#include "platform/linux/dialogs/AboutPanel.h"
-
 #include "Input.h"
 #include "harness/qt/EventLoop.h"
+#include "platform/linux/dialogs/LinuxDialogs.h"
 
 #include <string>
 #include <vector>

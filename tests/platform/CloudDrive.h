@@ -1,7 +1,7 @@
 #pragma once
 
 #include "harness/TemporaryFolder.h"
-#include "platform/linux/desktop/LinuxCloudFiles.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "harness/TemporaryFolder.h"
-#include "platform/linux/desktop/LinuxFileSystem.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <filesystem>
 #include <optional>

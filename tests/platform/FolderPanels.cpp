@@ -3,7 +3,7 @@
 #include "ScopedVariable.h"
 #include "harness/TemporaryFolder.h"
 #include "harness/qt/EventLoop.h"
-#include "platform/linux/desktop/LinuxBundle.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 #include "platform/linux/dialogs/LinuxDialogs.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 

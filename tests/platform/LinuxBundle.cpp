@@ -1,8 +1,7 @@
 // Bundles on disk.
 
-#include "platform/linux/desktop/LinuxBundle.h"
-
 #include "harness/TemporaryFolder.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <filesystem>
 #include <string>

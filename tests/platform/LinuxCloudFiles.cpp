@@ -1,11 +1,10 @@
 // Which values the adapter reports for the files of the drive, and how it evicts them.
 
-#include "platform/linux/desktop/LinuxCloudFiles.h"
-
 #include "CloudDrive.h"
 #include "OrdinaryUser.h"
 #include "harness/BuiltFiles.h"
 #include "harness/qt/EventLoop.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <filesystem>
 #include <string>

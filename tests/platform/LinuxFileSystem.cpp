@@ -1,10 +1,9 @@
 // The file system adapter on real files.
 
-#include "platform/linux/desktop/LinuxFileSystem.h"
-
 #include "FileSystemTest.h"
 #include "OrdinaryUser.h"
 #include "ScopedVariable.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <string>
 

@@ -6,7 +6,7 @@
 #include "harness/TemporaryFolder.h"
 #include "harness/qt/EventLoop.h"
 #include "https/HttpsServer.h"
-#include "platform/linux/desktop/LinuxFileSystem.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <chrono>
 #include <cstddef>

@@ -1,13 +1,12 @@
 // How the autostart entry is written, and what counts as enabled.
 
-#include "platform/linux/desktop/LinuxLoginItem.h"
-
 #include "DesktopEntry.h"
 #include "OrdinaryUser.h"
 #include "ScopedVariable.h"
 #include "harness/BuiltFiles.h"
 #include "harness/RunningProgram.h"
 #include "harness/TemporaryFolder.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <filesystem>
 #include <fstream>

@@ -1,7 +1,6 @@
-#include "platform/linux/desktop/LinuxRunningApplications.h"
-
 #include "harness/BuiltFiles.h"
 #include "harness/TemporaryFolder.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 #include "platform/posix/FileDescriptor.h"
 #include "platform/posix/SystemCalls.h"
 #include "platform/posix/children/LaunchTool.h"

@@ -1,6 +1,5 @@
-#include "platform/linux/desktop/LinuxSystemLog.h"
-
 #include "StandardErrorCapture.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <array>
 #include <string>

@@ -1,4 +1,4 @@
-#include "platform/linux/desktop/LinuxSystemText.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <chrono>
 #include <clocale>

@@ -1,9 +1,8 @@
 // How the settings file is read, written and kept.
 
-#include "platform/linux/desktop/LinuxUserDefaults.h"
-
 #include "ScopedVariable.h"
 #include "harness/TemporaryFolder.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 #include "support/TestSystemLog.h"
 
 #include <filesystem>

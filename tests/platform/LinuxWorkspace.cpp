@@ -1,9 +1,8 @@
 // How files are opened where no session bus is reachable.
 
-#include "platform/linux/desktop/LinuxWorkspace.h"
-
 #include "harness/TemporaryFolder.h"
 #include "harness/qt/EventLoop.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 

@@ -1,7 +1,7 @@
 // Where the home folder is.
 
 #include "ScopedVariable.h"
-#include "platform/linux/desktop/LinuxFileSystem.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <optional>
 #include <string>

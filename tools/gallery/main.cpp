@@ -3,7 +3,7 @@
 // QT_QPA_PLATFORM=offscreen without a display.
 
 #include "SampleMenus.h"
-#include "platform/linux/dialogs/AboutPanel.h"
+#include "platform/linux/dialogs/LinuxDialogs.h"
 #include "platform/linux/menubar/LinuxStatusItem.h"
 
 #include <algorithm>

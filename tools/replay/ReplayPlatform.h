@@ -1,8 +1,7 @@
 #pragma once
 
 #include "monitor/SyncMonitor.h"
-#include "platform/linux/desktop/LinuxFileSystem.h"
-#include "platform/linux/desktop/LinuxSystemText.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 #include "platform/linux/runloop/LinuxBackgroundQueue.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/posix/children/PosixChildProcesses.h"

@@ -1,15 +1,7 @@
 #pragma once
 
 #include "platform/linux/SystemRoot.h"
-#include "platform/linux/desktop/LinuxBundle.h"
-#include "platform/linux/desktop/LinuxCloudFiles.h"
-#include "platform/linux/desktop/LinuxFileSystem.h"
-#include "platform/linux/desktop/LinuxLoginItem.h"
-#include "platform/linux/desktop/LinuxRunningApplications.h"
-#include "platform/linux/desktop/LinuxSystemLog.h"
-#include "platform/linux/desktop/LinuxSystemText.h"
-#include "platform/linux/desktop/LinuxUserDefaults.h"
-#include "platform/linux/desktop/LinuxWorkspace.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 #include "platform/linux/dialogs/LinuxDialogs.h"
 #include "platform/linux/menubar/LinuxStatusItem.h"
 #include "platform/linux/network/LinuxHttpClient.h"

@@ -1,19 +1,42 @@
 #pragma once
 
 #include "platform/posix/PosixAdapters.h"
+#include "ports/BackgroundQueue.h"
 #include "ports/Bundle.h"
 #include "ports/CloudFiles.h"
 #include "ports/Dialogs.h"
 #include "ports/FileSystem.h"
 #include "ports/LoginItem.h"
+#include "ports/MainQueue.h"
+#include "ports/Signals.h"
 #include "ports/SystemLog.h"
 #include "ports/SystemText.h"
 #include "ports/UserDefaults.h"
 #include "ports/Workspace.h"
+#include "support/WaitingTasks.h"
 
-/// The adapters without state: each call goes to the system. Their source is MacAdapters.mm, except
-/// for those with one of their own: MacCloudFiles, MacDialogs and MacFileSystem.
+#include <atomic>
+
+#import <Foundation/Foundation.h>
+#include <dispatch/dispatch.h>
+
+/// The adapters with little state or none: each call goes to the system. Their source is
+/// MacAdapters.mm, except for those with one of their own: MacBackgroundQueue, MacCloudFiles,
+/// MacDialogs, MacFileSystem, MacMainQueue and MacSignals.
 namespace driftmark {
+
+/// Background work on the system's global queues. The destructor waits for running tasks and drops
+/// those that have not begun.
+class MacBackgroundQueue final : public BackgroundQueue {
+public:
+  ~MacBackgroundQueue() override;
+
+  void async(QualityOfService quality, Task task) override;
+
+private:
+  const dispatch_group_t tasks_ = dispatch_group_create(); ///< running or waiting
+  std::atomic<bool> closing_ = false;
+};
 
 /// The main bundle. The system reads it at the start and caches it.
 class MacBundle final : public Bundle {
@@ -68,10 +91,45 @@ public:
   std::optional<PlatformError> unregisterItem() override;
 };
 
+/// The main queue on the run loop of the main thread, in all its common modes: tasks also run while
+/// a menu or something modal is open. `WaitingTasks` decides which tasks run in one turn of the
+/// loop. Delays do not include the time that the machine sleeps. A late repetition skips the times
+/// that it missed.
+class MacMainQueue final : public MainQueue {
+public:
+  MacMainQueue();
+  ~MacMainQueue() override;
+
+  void async(Task task) override;
+  void after(Seconds delay, Task task) override;
+  std::unique_ptr<Timer> repeat(Seconds interval, Seconds tolerance, Task task) override;
+
+private:
+  void runTurn();
+
+  CFRunLoopSourceRef source_;
+  NSMutableSet<NSTimer*>* const delayed_ = [[NSMutableSet alloc] init]; ///< main thread only
+  WaitingTasks tasks_;
+};
+
 /// The running applications of this user.
 class MacRunningApplications final : public PosixRunningApplications {
 public:
   std::vector<std::int32_t> withBundleIdentifier(const std::string& identifier) const override;
+};
+
+/// Signals as the system's dispatch sources report them, also when the signal itself is ignored.
+class MacSignals final : public Signals {
+public:
+  /// The main queue outlives this object and its sources.
+  explicit MacSignals(MainQueue& mainQueue) : mainQueue_(mainQueue) {}
+
+  void ignore(QuitSignal signal) override;
+  std::unique_ptr<SignalSource> makeSource(QuitSignal signal,
+                                           std::function<void()> handler) override;
+
+private:
+  MainQueue& mainQueue_;
 };
 
 /// Writes each line to the system's log, which keeps about its first thousand bytes, and to

@@ -1,8 +1,7 @@
 // How background tasks run, and which are dropped at the end.
 
-#include "platform/macos/MacBackgroundQueue.h"
-
 #include "platform/macos/Bridge.h"
+#include "platform/macos/MacAdapters.h"
 
 #include <memory>
 #include <utility>

@@ -2,10 +2,7 @@
 
 #include "platform/macos/MacAdapters.h"
 #include "platform/macos/MacApplication.h"
-#include "platform/macos/MacBackgroundQueue.h"
 #include "platform/macos/MacHttpClient.h"
-#include "platform/macos/MacMainQueue.h"
-#include "platform/macos/MacSignals.h"
 #include "platform/macos/MacStatusItem.h"
 #include "platform/posix/PosixAdapters.h"
 #include "platform/posix/children/PosixChildProcesses.h"

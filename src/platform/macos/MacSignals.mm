@@ -1,7 +1,6 @@
 // How SIGTERM and SIGINT reach the main queue.
 
-#include "platform/macos/MacSignals.h"
-
+#include "platform/macos/MacAdapters.h"
 #include "support/Weakly.h"
 
 #include <csignal>

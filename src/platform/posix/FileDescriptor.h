@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace driftmark {
@@ -41,6 +42,13 @@ private:
 /// Opens the null device for each standard descriptor that this process was started without. Else a
 /// file opened later would get its number and, with it, the output or input of this process. Call
 /// it before anything else.
-void openMissingStandardDescriptors();
+inline void openMissingStandardDescriptors() {
+  // The system always assigns the lowest free number.
+  FileDescriptor opened(open("/dev/null", O_RDWR));
+  while (opened.isOpen() && opened.number() <= STDERR_FILENO) {
+    opened.release();
+    opened = FileDescriptor(open("/dev/null", O_RDWR));
+  }
+}
 
 } // namespace driftmark

@@ -1,7 +1,6 @@
 // Which bundle an executable belongs to, and which texts its property list holds.
 
-#include "platform/linux/desktop/LinuxBundle.h"
-
+#include "platform/linux/desktop/LinuxAdapters.h"
 #include "platform/posix/files/SystemRootPath.h"
 
 #include <filesystem>

@@ -1,8 +1,7 @@
 // What a file's attribute says about its state, and how a file is evicted.
 
-#include "platform/linux/desktop/LinuxCloudFiles.h"
-
 #include "platform/linux/desktop/FolderWalk.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <array>
 #include <cerrno>

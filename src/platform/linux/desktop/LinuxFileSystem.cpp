@@ -1,7 +1,6 @@
 // How an item is moved to the trash, and under which name.
 
-#include "platform/linux/desktop/LinuxFileSystem.h"
-
+#include "platform/linux/desktop/LinuxAdapters.h"
 #include "platform/posix/FileDescriptor.h"
 #include "platform/posix/SystemErrors.h"
 #include "platform/posix/files/FileItems.h"

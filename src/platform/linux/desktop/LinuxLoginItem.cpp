@@ -1,6 +1,6 @@
 // How the autostart entry is written, and when it counts as enabled.
 
-#include "platform/linux/desktop/LinuxLoginItem.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <QByteArray>
 #include <QDir>

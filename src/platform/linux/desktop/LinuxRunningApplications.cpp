@@ -1,9 +1,7 @@
 // Which processes are older copies of an application, and in which order.
 
-#include "platform/linux/desktop/LinuxRunningApplications.h"
-
 #include "platform/linux/SystemRoot.h"
-#include "platform/linux/desktop/LinuxBundle.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <algorithm>
 #include <charconv>

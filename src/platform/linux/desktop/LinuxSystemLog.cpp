@@ -1,7 +1,6 @@
 // How a log line is written to standard error and to syslog.
 
-#include "platform/linux/desktop/LinuxSystemLog.h"
-
+#include "platform/linux/desktop/LinuxAdapters.h"
 #include "support/Strings.h"
 
 #include <algorithm>

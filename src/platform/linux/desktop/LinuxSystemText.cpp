@@ -1,6 +1,6 @@
 // How byte counts and relative times are worded, what a URL is, and where a text is cut.
 
-#include "platform/linux/desktop/LinuxSystemText.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <array>
 #include <string_view>

@@ -1,7 +1,6 @@
 // How the settings file is read and written, and what happens to a broken one.
 
-#include "platform/linux/desktop/LinuxUserDefaults.h"
-
+#include "platform/linux/desktop/LinuxAdapters.h"
 #include "support/Log.h"
 
 #include <utility>

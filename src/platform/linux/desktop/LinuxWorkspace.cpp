@@ -1,7 +1,6 @@
 // How the desktop is asked to show or open a file.
 
-#include "platform/linux/desktop/LinuxWorkspace.h"
-
+#include "platform/linux/desktop/LinuxAdapters.h"
 #include "support/Paths.h"
 
 #include <memory>

@@ -1,7 +1,5 @@
 // How the about panel looks, and which texts of the bundle it shows.
 
-#include "platform/linux/dialogs/AboutPanel.h"
-
 #include "platform/linux/dialogs/LinuxDialogs.h"
 
 #include <QDialog>

@@ -3,7 +3,7 @@
 #include "platform/linux/menubar/DropDownMenu.h"
 
 #include "platform/linux/menubar/ElidedText.h"
-#include "platform/linux/menubar/MenuBarAccessibility.h"
+#include "platform/linux/menubar/MenuBarStrip.h"
 #include "support/Weakly.h"
 
 #include <algorithm>

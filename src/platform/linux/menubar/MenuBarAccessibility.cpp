@@ -1,7 +1,5 @@
 // What screen readers read about the strip and of the rows of its menu.
 
-#include "platform/linux/menubar/MenuBarAccessibility.h"
-
 #include "platform/linux/menubar/DropDownMenu.h"
 #include "platform/linux/menubar/MenuBarStrip.h"
 

@@ -3,7 +3,6 @@
 #include "platform/linux/menubar/MenuBarStrip.h"
 
 #include "platform/linux/menubar/ElidedText.h"
-#include "platform/linux/menubar/MenuBarAccessibility.h"
 
 #include <algorithm>
 #include <cmath>

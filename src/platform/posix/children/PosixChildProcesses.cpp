@@ -3,8 +3,6 @@
 
 #include "platform/posix/children/PosixChildProcesses.h"
 
-#include "platform/posix/children/PosixToolRun.h"
-
 #include <csignal>
 #include <optional>
 #include <system_error>

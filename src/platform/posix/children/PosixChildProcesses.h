@@ -7,6 +7,7 @@
 #include "ports/MainQueue.h"
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -19,9 +20,8 @@ namespace driftmark {
 /// - `ChildRegistry` records all children that are not reaped yet and ends them together;
 ///   `launchTool` starts a single one by `posix_spawn`.
 /// - `TerminalChannel` passes the output and the exit of one child on a terminal on to its
-/// handlers,
-///   through an `OutputQueue`; `IoThread` is the one thread that waits for all of these terminals.
-///   It starts with the first such child and costs nothing while nothing happens.
+///   handlers, through an `OutputQueue`; `IoThread` is the one thread that waits for all of these
+///   terminals. It starts with the first such child and costs nothing while nothing happens.
 ///
 /// Main thread unless stated otherwise.
 class PosixChildProcesses final : public ChildProcesses {
@@ -56,6 +56,31 @@ private:
   const std::shared_ptr<ChildRegistry> children_;
   std::vector<std::weak_ptr<TerminalChannel>> channels_;
   IoThread ioThread_;
+};
+
+// PosixToolRun.cpp
+
+/// A tool whose launch, output and exit are handled by the thread that calls `run`. When all
+/// children are being ended, `run` stops reading and returns after the child's end.
+class PosixToolRun final : public ToolRun {
+public:
+  PosixToolRun(std::shared_ptr<ChildRegistry> children, ToolCommand command, ToolOutput output);
+
+  std::int32_t identifier() const override;
+  bool isRunning() const override;
+  void terminate() override;
+  std::variant<ToolResult, LaunchError> run() override;
+
+private:
+  std::variant<std::shared_ptr<PosixChildProcess>, LaunchError> launch(OutputRouting output);
+  ToolResult readToEnd(PosixChildProcess& child, FileDescriptor pipe) const;
+  std::shared_ptr<PosixChildProcess> launched() const;
+
+  const std::shared_ptr<ChildRegistry> children_;
+  const ToolCommand command_;
+  const ToolOutput output_;
+  mutable std::mutex mutex_;
+  std::shared_ptr<PosixChildProcess> child_; ///< set once launched
 };
 
 } // namespace driftmark

@@ -1,8 +1,7 @@
 // How a tool is run to its end by one blocking call, and what ends the call early.
 
-#include "platform/posix/children/PosixToolRun.h"
-
 #include "platform/posix/SystemErrors.h"
+#include "platform/posix/children/PosixChildProcesses.h"
 
 #include <array>
 #include <cerrno>

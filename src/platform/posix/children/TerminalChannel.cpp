@@ -1,12 +1,19 @@
-// How a child's output and exit get from its terminal to the main thread: in order, bounded,
-// coalesced.
+// How a pseudo-terminal is opened, and how a child's output and exit get from it to the main
+// thread: in order, bounded, coalesced.
 
 #include "platform/posix/children/TerminalChannel.h"
 
+#include "platform/posix/SystemCalls.h"
+#include "platform/posix/SystemErrors.h"
+
 #include <cerrno>
+#include <cstdlib>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace driftmark {
@@ -20,7 +27,33 @@ constexpr std::size_t maxLeftInTerminal = std::size_t{1} << 20;
 /// After the queue ran empty, output is coalesced for this long before it is delivered.
 constexpr Seconds coalesceInterval{0.001};
 
+std::optional<std::string> slaveName(int master) {
+  if (grantpt(master) != 0 || unlockpt(master) != 0)
+    return std::nullopt;
+  return terminalName(master);
+}
+
 } // namespace
+
+std::variant<Terminal, LaunchError> Terminal::open() {
+  using Stage = LaunchError::Stage;
+  FileDescriptor master = openTerminalMaster();
+  if (!master.isOpen())
+    return launchError(Stage::allocateTerminal, errno);
+
+  const std::optional<std::string> name = slaveName(master.number());
+  if (!name) {
+    const LaunchError error = launchError(Stage::allocateTerminal, errno);
+    // Required behaviour: a master that could not be unlocked stays open for good.
+    master.release();
+    return error;
+  }
+
+  FileDescriptor slave(::open(name->c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+  if (!slave.isOpen() || !setNonBlocking(master.number()))
+    return launchError(Stage::openTerminal, errno);
+  return Terminal{std::move(master), std::move(slave)};
+}
 
 TerminalChannel::TerminalChannel(Context context, std::shared_ptr<PosixChildProcess> process,
                                  FileDescriptor master, ChildProcesses::DataHandler onData,

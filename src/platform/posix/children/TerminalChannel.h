@@ -21,7 +21,7 @@ struct Terminal {
   FileDescriptor master; ///< reads never block
   FileDescriptor slave;
 
-  /// Opens a new pseudo-terminal, or says at which stage that failed. Any thread. (Terminal.cpp)
+  /// Opens a new pseudo-terminal, or says at which stage that failed. Any thread.
   static std::variant<Terminal, LaunchError> open();
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/Paths.h"
+
 #include <string>
 #include <string_view>
 
@@ -8,14 +10,30 @@
 /// Any thread.
 namespace driftmark {
 
+/// Whether `path` is `folder` or below it.
+inline bool isAtOrBelow(const std::string& path, const std::string& folder) {
+  return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
 /// The text to put before an absolute path; "" when there is no system root.
-std::string systemRootPrefix(std::string_view root);
+inline std::string systemRootPrefix(std::string_view root) {
+  const std::string_view path = withoutTrailingSlashes(root);
+  return std::string(path == "/" ? "" : path);
+}
+
+/// The folder that is moved below a system root.
+inline constexpr const char* applicationsFolder = "/Applications";
 
 /// The real path of "/Applications" or of an item below it; other paths stay the same.
-std::string belowSystemRoot(const std::string& root, const std::string& path);
+inline std::string belowSystemRoot(const std::string& root, const std::string& path) {
+  return isAtOrBelow(path, applicationsFolder) ? systemRootPrefix(root) + path : path;
+}
 
 /// The path by which this program names the item at the real `path`: the inverse of
 /// `belowSystemRoot`.
-std::string withoutSystemRoot(const std::string& root, const std::string& path);
+inline std::string withoutSystemRoot(const std::string& root, const std::string& path) {
+  const std::string prefix = systemRootPrefix(root);
+  return isAtOrBelow(path, prefix + applicationsFolder) ? path.substr(prefix.size()) : path;
+}
 
 } // namespace driftmark
