@@ -11,10 +11,10 @@
 
 namespace driftmark::test {
 
-/// The whole interface on the test platform, fed by what the monitors print.
+/// The interface on the test platform; the tests print the lines of the monitors.
 class ControllerTest : public MonitorTest {
 protected:
-  /// Puts the status item up and forgets what that logged.
+  /// Shows the status item and clears the log.
   void show() {
     platform.fileSystem.pretendEverythingExists();
     controller = StatusItemController::make(platform.platform());
@@ -22,6 +22,7 @@ protected:
     platform.systemLog.take();
   }
 
+  /// Print that a transfer is in flight: its start, or an update.
   void upload(const std::string& path, const std::string& percent = {}) {
     item(path, " \u2191 " + percent);
   }
@@ -29,10 +30,10 @@ protected:
     item(path, " \u2601 \u2193 " + percent);
   }
 
-  /// Ends a transfer well.
+  /// Prints that the item is in sync, which completes its transfer.
   void finish(const std::string& path) { item(path, " \u2601"); }
 
-  /// Lets `brctl status` confirm this report, now and from now on.
+  /// Makes `brctl status` print this report from now on, and lets the monitor read it.
   void confirm(const std::string& report) {
     platform.childProcesses.script(statusReport, report);
     global(fraction("0.5", "1"));
@@ -40,14 +41,14 @@ protected:
     global(fraction("1.0", "1"));
   }
 
-  /// Opens the menu and lets the quota that it asks for come.
+  /// Opens the menu and delivers the quota that it requests.
   void open() {
     platform.statusBar.open();
     platform.settle();
   }
 
   /// The opened menu as text: a line for each item, "---" for a separator, labels in brackets,
-  /// what has no action in parentheses, a check mark in front.
+  /// commands without an action in parentheses, a check mark in front.
   Lines menu() const {
     Lines lines;
     for (const MenuItem& item : platform.statusBar.menu())
@@ -55,7 +56,7 @@ protected:
     return lines;
   }
 
-  /// The item of the opened menu whose title begins so, which must be there.
+  /// The item of the opened menu whose title begins with `title`. There must be one.
   const MenuItem& menuItem(std::string_view title) const {
     for (const MenuItem& item : platform.statusBar.menu())
       if (item.title.starts_with(title))

@@ -1,3 +1,5 @@
+// Which files a survey finds, and what an eviction logs and returns.
+
 #include "evict/Evictor.h"
 
 #include "support/TestCloudFiles.h"
@@ -36,17 +38,12 @@ protected:
   TestSystemLog systemLog;
 };
 
-TEST_F(EvictorTest, surveyIsEmptyByDefault) {
-  EXPECT_THAT(Evictor::Survey().files, IsEmpty());
-  EXPECT_EQ(Evictor::Survey().bytes, 0);
-}
-
-TEST_F(EvictorTest, folderThatCannotBeWalkedIsEmpty) {
+TEST_F(EvictorTest, folderThatCannotBeWalkedHasNoFiles) {
   EXPECT_EQ(Evictor::survey(cloudFiles, "/missing"), Evictor::Survey());
   EXPECT_THAT(cloudFiles.takeWalks(), ElementsAre("/missing"));
 }
 
-TEST_F(EvictorTest, downloadedFilesAreFoundInTheOrderOfTheWalk) {
+TEST_F(EvictorTest, downloadedFilesAreFoundInWalkOrder) {
   const Evictor::Survey found = survey(
       {TestCloudFiles::downloaded("/Drive/z", 4096), TestCloudFiles::downloaded("/Drive/a/b/c", 1),
        TestCloudFiles::downloaded("/Drive/.hidden", 8192),
@@ -56,7 +53,7 @@ TEST_F(EvictorTest, downloadedFilesAreFoundInTheOrderOfTheWalk) {
   EXPECT_EQ(found.bytes, 4096 + 1 + 8192);
 }
 
-TEST_F(EvictorTest, whatIsNoDownloadedCloudFileIsPassedOver) {
+TEST_F(EvictorTest, itemThatIsNotDownloadedCloudFileIsSkipped) {
   using Values = ResourceValues;
   const auto none = [](auto value) { return decltype(value)(); };
   EXPECT_EQ(
@@ -70,7 +67,7 @@ TEST_F(EvictorTest, whatIsNoDownloadedCloudFileIsPassedOver) {
       Evictor::Survey());
 }
 
-TEST_F(EvictorTest, whatCannotBeReadIsPassedOver) {
+TEST_F(EvictorTest, unreadableItemIsSkipped) {
   WalkEntry noItem = TestCloudFiles::downloaded("", 1);
   noItem.path.reset();
   EXPECT_THAT(survey({noItem,
@@ -96,7 +93,7 @@ TEST_F(EvictorTest, largestSumIsExact) {
 
 using EvictorDeathTest = EvictorTest;
 
-TEST_F(EvictorDeathTest, sumBeyond64BitsEndsTheProgram) {
+TEST_F(EvictorDeathTest, sumBeyond64BitsEndsProgram) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto most = std::numeric_limits<std::int64_t>::max();
   EXPECT_DEATH(
@@ -107,19 +104,19 @@ TEST_F(EvictorDeathTest, sumBeyond64BitsEndsTheProgram) {
       "fatal error");
 }
 
-TEST_F(EvictorTest, nothingToEvictTouchesNothing) {
+TEST_F(EvictorTest, emptyListEvictsNothing) {
   EXPECT_THAT(Evictor::evict(cloudFiles, systemLog, {}), IsEmpty());
   EXPECT_THAT(cloudFiles.takeEvictions(), IsEmpty());
   EXPECT_THAT(systemLog.take(), IsEmpty());
 }
 
-TEST_F(EvictorTest, filesAreEvictedInTheirOrderAndSilently) {
+TEST_F(EvictorTest, filesAreEvictedInOrderWithoutLogging) {
   EXPECT_THAT(Evictor::evict(cloudFiles, systemLog, {"/b", "/a", "/c"}), IsEmpty());
   EXPECT_THAT(cloudFiles.takeEvictions(), ElementsAre("/b", "/a", "/c"));
   EXPECT_THAT(systemLog.take(), IsEmpty());
 }
 
-TEST_F(EvictorTest, failureIsLoggedAndTheOthersGoOn) {
+TEST_F(EvictorTest, failureIsLoggedAndOthersAreStillEvicted) {
   cloudFiles.failEviction("/a b", "it is still uploading");
   EXPECT_THAT(Evictor::evict(cloudFiles, systemLog, {"/1", "/a b", "/3"}), ElementsAre("/a b"));
   EXPECT_THAT(cloudFiles.takeEvictions(), ElementsAre("/1", "/a b", "/3"));
@@ -127,7 +124,7 @@ TEST_F(EvictorTest, failureIsLoggedAndTheOthersGoOn) {
               ElementsAre("Driftmark: evict failed for /a b: it is still uploading"));
 }
 
-TEST_F(EvictorTest, failuresKeepTheirOrder) {
+TEST_F(EvictorTest, failuresKeepOrder) {
   for (const char* path : {"/3", "/1", "/2"})
     cloudFiles.failEviction(path, "no");
   EXPECT_THAT(Evictor::evict(cloudFiles, systemLog, {"/2", "/3", "/4", "/1"}),

@@ -135,7 +135,7 @@ private:
   TestSystemText text_;
 };
 
-/// Plays the helper tool's steps on the fake.
+/// Executes the steps of the helper tool on the fake.
 class FakeChildProcesses final : public ChildProcessesSubject {
 public:
   FakeChildProcesses() {
@@ -176,7 +176,7 @@ private:
     return step == "print-many" ? 2 : 1;
   }
 
-  /// What a step prints at once; nothing for the other steps.
+  /// The text that a step prints at once; absent for the other steps.
   static std::optional<std::string> printed(const std::vector<std::string>& steps,
                                             std::size_t step) {
     std::string text;
@@ -283,7 +283,7 @@ public:
   void refuseToEvict(const std::string& path) override { files_.failEviction(path, "refused"); }
 
 private:
-  /// A walk of any folder above the item comes by it.
+  /// A walk of any folder above the item visits it.
   void add(const WalkEntry& entry) {
     for (std::size_t slash = entry.path->rfind('/'); slash != 0;
          slash = entry.path->rfind('/', slash - 1)) {
@@ -297,7 +297,7 @@ private:
   std::map<std::string, std::vector<WalkEntry>> entries_;
 };
 
-/// Replies to all that waits, whenever the queue runs.
+/// Replies to all pending requests whenever the queue runs.
 class FakeHttpClient final : public HttpClientSubject {
 public:
   HttpClient& client() override { return client_; }

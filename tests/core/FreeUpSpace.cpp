@@ -1,3 +1,5 @@
+// The dialogue of "Free Up Space…", step by step.
+
 #include "core/ControllerTest.h"
 
 #include <memory>
@@ -22,7 +24,7 @@ class FreeUpSpaceTest : public ControllerTest {
 protected:
   void SetUp() override { show(); }
 
-  /// `count` evictable files of 4096 bytes each in `folder`.
+  /// The paths of `count` files in `folder`.
   static std::vector<std::string> files(const std::string& folder, int count) {
     std::vector<std::string> paths;
     for (int i = 1; i <= count; ++i)
@@ -30,6 +32,7 @@ protected:
     return paths;
   }
 
+  /// Puts `count` evictable files of 4096 bytes each into `folder`.
   void fill(const std::string& folder, int count) {
     std::vector<WalkEntry> entries;
     for (const std::string& path : files(folder, count))
@@ -37,7 +40,7 @@ protected:
     platform.cloudFiles.list(folder, std::move(entries));
   }
 
-  /// Starts the flow and picks `folder`; the survey waits in the background.
+  /// Chooses the menu item and picks `folder`; the survey waits in the background.
   void pick(const std::string& folder) {
     platform.dialogs.choose(folder);
     open();
@@ -59,7 +62,7 @@ protected:
   static Alert report(const std::string& text) { return {"Freeing Up Space", text, {}}; }
 };
 
-TEST_F(FreeUpSpaceTest, panelAsksForAFolderInFront) {
+TEST_F(FreeUpSpaceTest, panelForFolderOpensInFront) {
   open();
   platform.statusBar.choose("Free Up Space…");
   EXPECT_EQ(platform.application.activations(), 1);
@@ -71,7 +74,7 @@ TEST_F(FreeUpSpaceTest, panelAsksForAFolderInFront) {
                   "Choose", drive}));
 }
 
-TEST_F(FreeUpSpaceTest, cancelledPanelEndsTheFlowSilently) {
+TEST_F(FreeUpSpaceTest, cancelledPanelEndsSilently) {
   open();
   platform.statusBar.choose("Free Up Space…");
   platform.settle();
@@ -80,7 +83,7 @@ TEST_F(FreeUpSpaceTest, cancelledPanelEndsTheFlowSilently) {
   EXPECT_THAT(takeLog(), IsEmpty());
 }
 
-TEST_F(FreeUpSpaceTest, surveyAndEvictionRunInTheBackground) {
+TEST_F(FreeUpSpaceTest, surveyAndEvictionRunInBackground) {
   fill(photos, 2);
   pick(photos);
   const auto before = platform.backgroundQueue.qualities().size();
@@ -109,7 +112,7 @@ TEST_F(FreeUpSpaceTest, surveyAndEvictionRunInTheBackground) {
   EXPECT_EQ(qualities[before], QualityOfService::userInitiated);
 }
 
-TEST_F(FreeUpSpaceTest, subfolderIsCalledByItsName) {
+TEST_F(FreeUpSpaceTest, subfolderIsCalledByName) {
   fill(photos, 3);
   pick(photos);
   platform.settle();
@@ -123,20 +126,20 @@ TEST_F(FreeUpSpaceTest, driveItselfIsCalledICloudDrive) {
   EXPECT_THAT(alerts(), ElementsAre(question("iCloud Drive", "3 files using 12288 bytes")));
 }
 
-TEST_F(FreeUpSpaceTest, driveByAnotherPathIsCalledByItsName) {
+TEST_F(FreeUpSpaceTest, driveByOtherPathIsCalledByName) {
   pick("/Volumes/Other/../.." + drive);
   platform.settle();
   EXPECT_THAT(alerts(), ElementsAre(nothing("com~apple~CloudDocs")));
 }
 
-TEST_F(FreeUpSpaceTest, oneFileIsCountedAsFilesToo) {
+TEST_F(FreeUpSpaceTest, oneFileIsCountedInPlural) {
   fill(photos, 1);
   pick(photos);
   platform.settle();
   EXPECT_THAT(alerts(), ElementsAre(question("Photos", "1 files using 4096 bytes")));
 }
 
-TEST_F(FreeUpSpaceTest, folderWithoutDownloadsIsToldSo) {
+TEST_F(FreeUpSpaceTest, folderWithoutDownloadsHasNothingToFree) {
   pick(photos);
   platform.settle();
   EXPECT_THAT(alerts(), ElementsAre(nothing("Photos")));
@@ -161,7 +164,7 @@ TEST_F(FreeUpSpaceTest, cancelledConfirmationEvictsNothing) {
   EXPECT_THAT(takeLog(), IsEmpty());
 }
 
-TEST_F(FreeUpSpaceTest, cancelledSurveyIsLetGoInTheBackground) {
+TEST_F(FreeUpSpaceTest, cancelledSurveyIsReleasedInBackground) {
   fill(photos, 2);
   platform.dialogs.answer(cancel);
   pick(photos);
@@ -184,7 +187,7 @@ TEST_F(FreeUpSpaceTest, evictionIsLoggedAndReported) {
   EXPECT_THAT(takeLog(), ElementsAre("Driftmark: evicting 3 files (12288 bytes) under " + photos));
 }
 
-TEST_F(FreeUpSpaceTest, failuresAreCountedInTheReportAndExplainedInTheLog) {
+TEST_F(FreeUpSpaceTest, failuresAreCountedInReportAndExplainedInLog) {
   fill(photos, 10);
   for (const char* name : {"/2.jpg", "/5.jpg", "/9.jpg"})
     platform.cloudFiles.failEviction(photos + name, "busy");
@@ -209,7 +212,7 @@ TEST_F(FreeUpSpaceTest, everyEvictionCanFail) {
             report("iCloud is removing 0 downloads; 1 could not be evicted (see the log)."));
 }
 
-TEST_F(FreeUpSpaceTest, runsGoOnIndependently) {
+TEST_F(FreeUpSpaceTest, severalRunsAreIndependent) {
   fill(photos, 1);
   fill(drive, 2);
   platform.dialogs.answer(removeDownloads);
@@ -232,7 +235,7 @@ TEST_F(FreeUpSpaceTest, runsGoOnIndependently) {
                          "is evicted.")));
 }
 
-TEST_F(FreeUpSpaceTest, menuIsLiveWhileASurveyRuns) {
+TEST_F(FreeUpSpaceTest, menuIsLiveWhileSurveyRuns) {
   fill(photos, 1);
   pick(photos);
   upload("/Reports/q3.pdf");
@@ -240,7 +243,7 @@ TEST_F(FreeUpSpaceTest, menuIsLiveWhileASurveyRuns) {
   EXPECT_EQ(menuItem("q3.pdf").title, "q3.pdf  —  uploading");
 }
 
-TEST_F(FreeUpSpaceTest, runHoldsTheControllerToItsEnd) {
+TEST_F(FreeUpSpaceTest, runHoldsControllerUntilItEnds) {
   fill(photos, 1);
   platform.dialogs.answer(removeDownloads);
   pick(photos);
@@ -251,8 +254,8 @@ TEST_F(FreeUpSpaceTest, runHoldsTheControllerToItsEnd) {
   EXPECT_TRUE(weak.expired());
 }
 
-/// The controller and what it owns may go on the main thread alone.
-TEST_F(FreeUpSpaceTest, backgroundThreadIsNotTheLastToHoldTheController) {
+/// The controller and the objects that it owns may be destroyed on the main thread only.
+TEST_F(FreeUpSpaceTest, controllerIsDestroyedOnMainThread) {
   fill(photos, 1);
   pick(photos);
   const std::weak_ptr<StatusItemController> weak = std::exchange(controller, nullptr);

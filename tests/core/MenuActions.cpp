@@ -1,3 +1,5 @@
+// What the items of the menu do when they are chosen.
+
 #include "core/ControllerTest.h"
 
 #include <gmock/gmock.h>
@@ -20,8 +22,8 @@ protected:
     platform.settle();
   }
 
-  /// Lets `count` uploads stall long enough for the restart to be offered.
-  void stall(int count) {
+  /// Starts `count` uploads that stall long enough for the restart to be offered.
+  void stallUploads(int count) {
     for (int i = 0; i < count; ++i)
       upload("/stalled " + std::to_string(i));
     advance(630);
@@ -37,13 +39,13 @@ protected:
   }
 };
 
-TEST_F(MenuActionsTest, fileRowRevealsItsFile) {
+TEST_F(MenuActionsTest, fileRowRevealsFile) {
   upload("/Reports/q3.pdf");
   choose("q3.pdf");
   EXPECT_THAT(platform.workspace.take(), ElementsAre("reveal " + full("/Reports/q3.pdf")));
 }
 
-TEST_F(MenuActionsTest, fileThatIsGoneIsRevealedAllTheSame) {
+TEST_F(MenuActionsTest, missingFileIsStillRevealed) {
   upload("/a");
   open();
   platform.fileSystem.remove(full("/a"));
@@ -58,7 +60,7 @@ TEST_F(MenuActionsTest, driveIsOpened) {
               ElementsAre("open /Users/ada/Library/Mobile Documents/com~apple~CloudDocs"));
 }
 
-TEST_F(MenuActionsTest, quitEndsTheApplication) {
+TEST_F(MenuActionsTest, quitTerminatesApplication) {
   choose("Quit Driftmark");
   EXPECT_EQ(platform.application.terminateRequests(), 1);
 }
@@ -72,7 +74,7 @@ TEST_F(MenuActionsTest, updatesAreCheckedOnRequest) {
               ElementsAre(Alert{"Could not check for updates", "No network.", {}}));
 }
 
-TEST_F(MenuActionsTest, aboutPanelHasItsCredits) {
+TEST_F(MenuActionsTest, aboutPanelShowsCredits) {
   choose("About Driftmark");
   EXPECT_EQ(platform.application.activations(), 1);
   ASSERT_EQ(platform.dialogs.aboutPanels().size(), 1U);
@@ -81,7 +83,7 @@ TEST_F(MenuActionsTest, aboutPanelHasItsCredits) {
                   "Menu bar monitor for iCloud Drive sync activity\nhttps://[a-z.]+/driftmark/"));
 }
 
-TEST_F(MenuActionsTest, itemsOfAMenuWhoseControllerIsGoneDoNothing) {
+TEST_F(MenuActionsTest, menuItemsDoNothingAfterControllerIsReleased) {
   upload("/a");
   open();
   controller.reset();
@@ -93,7 +95,7 @@ TEST_F(MenuActionsTest, itemsOfAMenuWhoseControllerIsGoneDoNothing) {
 // ---- restart ----
 
 TEST_F(MenuActionsTest, restartAsksFirst) {
-  stall(2);
+  stallUploads(2);
   choose("Restart iCloud Sync…");
   EXPECT_THAT(platform.dialogs.take(),
               ElementsAre(restartQuestion("2 transfers have made no progress for a while.")));
@@ -102,8 +104,8 @@ TEST_F(MenuActionsTest, restartAsksFirst) {
   EXPECT_EQ(statusBar().toolTip(), "iCloud Drive: attention needed");
 }
 
-TEST_F(MenuActionsTest, restartCountsAtThatMoment) {
-  stall(1);
+TEST_F(MenuActionsTest, restartCountsStalledTransfersWhenChosen) {
+  stallUploads(1);
   open();
   platform.statusBar.choose("Restart iCloud Sync…");
   EXPECT_THAT(platform.dialogs.take(),
@@ -114,8 +116,8 @@ TEST_F(MenuActionsTest, restartCountsAtThatMoment) {
               ElementsAre(restartQuestion("0 transfers have made no progress for a while.")));
 }
 
-TEST_F(MenuActionsTest, confirmedRestartEndsTheDaemonAndForgetsTheStall) {
-  stall(1);
+TEST_F(MenuActionsTest, confirmedRestartEndsDaemonAndForgetsStall) {
+  stallUploads(1);
   platform.dialogs.answer(0);
   choose("Restart iCloud Sync…");
   ASSERT_EQ(platform.childProcesses.runs(killall).size(), 1U);
@@ -138,14 +140,14 @@ TEST_F(MenuActionsTest, loginItemIsSwitchedOnAndOff) {
   EXPECT_THAT(takeLog(), ElementsAre("Driftmark: launch at login disabled"));
 }
 
-TEST_F(MenuActionsTest, itemThatAwaitsApprovalIsRegisteredAgain) {
+TEST_F(MenuActionsTest, loginItemAwaitingApprovalIsRegisteredAgain) {
   platform.loginItem.setStatus(LoginItem::Status::requiresApproval);
   choose("Launch at Login");
   EXPECT_EQ(platform.loginItem.registrations(), 1);
   EXPECT_EQ(platform.loginItem.unregistrations(), 0);
 }
 
-TEST_F(MenuActionsTest, loginItemsFailureIsOnlyLogged) {
+TEST_F(MenuActionsTest, loginItemFailureIsOnlyLogged) {
   platform.loginItem.fail("Not permitted.");
   choose("Launch at Login");
   platform.loginItem.setStatus(LoginItem::Status::enabled);
@@ -164,14 +166,14 @@ protected:
   }
 };
 
-TEST_F(DaemonRestartTest, daemonIsEndedWithoutTransfersToo) {
+TEST_F(DaemonRestartTest, daemonIsEndedEvenWithoutTransfers) {
   monitor->restartSyncDaemon();
   EXPECT_EQ(platform.childProcesses.runs(killall).size(), 1U);
   EXPECT_EQ(changes, 1);
   EXPECT_THAT(takeLog(), ElementsAre("Driftmark: restarting iCloud sync daemon (killall bird)"));
 }
 
-TEST_F(DaemonRestartTest, everyTransferStartsAfresh) {
+TEST_F(DaemonRestartTest, restartResetsProgressOfEveryTransfer) {
   item("/old", " \u2191 10%");
   platform.clock.jump(Seconds(1000));
   item("/new", " \u2191 20%");
@@ -199,7 +201,7 @@ TEST_F(DaemonRestartTest, nothingElseIsForgotten) {
   EXPECT_EQ(platform.childProcesses.children().size(), children);
 }
 
-TEST_F(DaemonRestartTest, statusOfKillallIsLogged) {
+TEST_F(DaemonRestartTest, killallStatusIsLogged) {
   item("/a", " \u2191 ");
   takeLog();
   changes = 0;
@@ -212,7 +214,7 @@ TEST_F(DaemonRestartTest, statusOfKillallIsLogged) {
   EXPECT_EQ(changes, 1);
 }
 
-TEST_F(DaemonRestartTest, killallThatDoesNotStartIsLogged) {
+TEST_F(DaemonRestartTest, killallLaunchErrorIsLogged) {
   item("/a", " \u2191 ");
   takeLog();
   changes = 0;

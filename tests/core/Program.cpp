@@ -1,3 +1,5 @@
+// How the program starts and ends.
+
 #include "app/Program.h"
 
 #include "core/MonitorTest.h"
@@ -10,7 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// The whole program on the test platform; `during` is what happens while it runs.
+/// The whole program on the test platform; `during` is called while it runs.
 class ProgramTest : public testing::Test {
 protected:
   int run(std::function<void()> during) {
@@ -25,7 +27,7 @@ protected:
   TestPlatform platform;
 };
 
-TEST_F(ProgramTest, startsAsAnAccessoryWithItsStatusItem) {
+TEST_F(ProgramTest, programStartsAsAccessoryWithStatusItem) {
   EXPECT_EQ(run([&] {
               EXPECT_TRUE(platform.application.isAccessory());
               EXPECT_TRUE(platform.statusBar.hasItem());
@@ -34,7 +36,7 @@ TEST_F(ProgramTest, startsAsAnAccessoryWithItsStatusItem) {
             0);
 }
 
-TEST_F(ProgramTest, olderCopyIsGoneBeforeTheStatusItemIsUp) {
+TEST_F(ProgramTest, olderCopyEndsBeforeStatusItemIsShown) {
   platform.bundle.setIdentifier("com.example.driftmark");
   platform.runningApplications.add("com.example.driftmark", 17, Seconds(1));
   platform.application.onRun([&] {
@@ -45,7 +47,7 @@ TEST_F(ProgramTest, olderCopyIsGoneBeforeTheStatusItemIsUp) {
   EXPECT_THAT(platform.runningApplications.take(), ElementsAre("terminate 17"));
 }
 
-TEST_F(ProgramTest, signalsAskForTheOrderlyQuit) {
+TEST_F(ProgramTest, signalsAskForOrderlyEnd) {
   run([&] {
     for (const QuitSignal signal : {QuitSignal::terminate, QuitSignal::interrupt}) {
       EXPECT_TRUE(platform.signals.isIgnored(signal));
@@ -58,14 +60,14 @@ TEST_F(ProgramTest, signalsAskForTheOrderlyQuit) {
   EXPECT_FALSE(platform.signals.isWatched(QuitSignal::terminate));
 }
 
-TEST_F(ProgramTest, endOfTheApplicationEndsTheChildren) {
+TEST_F(ProgramTest, endOfApplicationEndsChildren) {
   run([] {});
   ASSERT_THAT(platform.childProcesses.children(), testing::SizeIs(2));
   for (const auto& child : platform.childProcesses.children())
     EXPECT_EQ(child->terminateRequests(), 1);
 }
 
-TEST_F(ProgramTest, programThatMovesItselfStartsNothing) {
+TEST_F(ProgramTest, programThatMovedStartsNothing) {
   platform.bundle.setPath("/Users/ada/Downloads/Driftmark.app");
   platform.dialogs.answer(0);
   run([&] {
@@ -106,7 +108,7 @@ TEST_F(ProgramTest, quitWhileFailedMoveIsReportedStartsNothing) {
   EXPECT_THAT(platform.childProcesses.spawnAttempts(), IsEmpty());
 }
 
-TEST_F(ProgramTest, programThatStaysWhereItIsGoesOn) {
+TEST_F(ProgramTest, programThatStaysShowsStatusItem) {
   platform.bundle.setPath("/Users/ada/Downloads/Driftmark.app");
   run([&] { EXPECT_TRUE(platform.statusBar.hasItem()); });
 }

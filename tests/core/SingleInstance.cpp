@@ -1,3 +1,5 @@
+// How a new instance ends older copies.
+
 #include "app/SingleInstance.h"
 
 #include "support/TestPlatform.h"
@@ -22,11 +24,12 @@ protected:
     copy(100, std::nullopt);
   }
 
-  void copy(std::int32_t process, std::optional<Seconds> obeys) {
-    platform.runningApplications.add(identifier, process, obeys);
+  /// Adds a running copy. It ends `endsAfter` a request to end, or never.
+  void copy(std::int32_t process, std::optional<Seconds> endsAfter) {
+    platform.runningApplications.add(identifier, process, endsAfter);
   }
 
-  /// Takes over. Returns how long that took.
+  /// Takes over and returns how long that took.
   double takeOver() {
     const Date before = platform.clock.now();
     SingleInstance::takeOver(platform.platform());
@@ -37,7 +40,7 @@ protected:
   TestPlatform platform;
 };
 
-TEST_F(SingleInstanceTest, programOutsideABundleTakesNothingOver) {
+TEST_F(SingleInstanceTest, programOutsideBundleEndsNoCopy) {
   platform.bundle.setIdentifier(std::nullopt);
   copy(200, Seconds(0));
   EXPECT_EQ(takeOver(), 0.0);
@@ -60,12 +63,12 @@ TEST_F(SingleInstanceTest, olderCopyIsAskedToEnd) {
               ElementsAre("Driftmark: quitting 1 already-running instance(s)"));
 }
 
-TEST_F(SingleInstanceTest, copyThatEndsAtOnceIsNotWaitedFor) {
+TEST_F(SingleInstanceTest, copyThatEndsAtOnceCostsNoWait) {
   copy(200, Seconds(0));
   EXPECT_EQ(takeOver(), 0.0);
 }
 
-TEST_F(SingleInstanceTest, copyThatIgnoresTheRequestIsKilledAfterThreeSeconds) {
+TEST_F(SingleInstanceTest, copyThatIgnoresRequestIsKilledAfterThreeSeconds) {
   copy(200, std::nullopt);
   copy(300, Seconds(1));
   copy(400, std::nullopt);

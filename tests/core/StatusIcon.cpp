@@ -1,3 +1,5 @@
+// What the status item shows, and when it is redrawn.
+
 #include "core/ControllerTest.h"
 
 #include <gmock/gmock.h>
@@ -36,14 +38,14 @@ TEST_F(ControllerTest, monitorAndUpdateChecksAreStarted) {
               ElementsAre(TestMainQueue::TimerSettings{Seconds(86400), Seconds(3600)}));
 }
 
-TEST_F(ControllerTest, systemThatGivesNoItemIsTolerated) {
+TEST_F(ControllerTest, controllerWorksWithoutStatusItem) {
   platform.statusBar.decline();
   show();
   upload("/a", "50%");
   EXPECT_THAT(takeLog(), testing::Contains("Driftmark: state -> uploading"));
 }
 
-TEST_F(ControllerTest, shutdownEndsTheMonitors) {
+TEST_F(ControllerTest, shutdownEndsMonitors) {
   show();
   const auto children = platform.childProcesses.children();
   ASSERT_THAT(children, testing::SizeIs(2));
@@ -53,7 +55,7 @@ TEST_F(ControllerTest, shutdownEndsTheMonitors) {
   EXPECT_TRUE(statusBar().hasItem());
 }
 
-TEST_F(ControllerTest, nothingIsDrawnOnceTheControllerIsGone) {
+TEST_F(ControllerTest, releasedControllerDrawsNothing) {
   show();
   const auto child = platform.childProcesses.children(itemMonitor).at(0);
   child->print(" o /a \u2191 50%\r\n");
@@ -63,7 +65,7 @@ TEST_F(ControllerTest, nothingIsDrawnOnceTheControllerIsGone) {
   EXPECT_EQ(statusBar().title(), "");
 }
 
-TEST_F(StatusIconTest, everyStateHasItsSymbolAndWords) {
+TEST_F(StatusIconTest, everyStateHasSymbolAndToolTip) {
   upload("/a");
   expectIcon("icloud.and.arrow.up", "", "iCloud Drive: uploading");
   download("/b");
@@ -75,7 +77,7 @@ TEST_F(StatusIconTest, everyStateHasItsSymbolAndWords) {
   expectIcon("exclamationmark.icloud", "", "iCloud Drive: attention needed");
 }
 
-TEST_F(StatusIconTest, finishedTransferHoldsItsDirectionForThreeSeconds) {
+TEST_F(StatusIconTest, finishedTransferHoldsDirectionForThreeSeconds) {
   upload("/a");
   finish("/a");
   advance(3.0);
@@ -84,7 +86,7 @@ TEST_F(StatusIconTest, finishedTransferHoldsItsDirectionForThreeSeconds) {
   expectIcon("icloud", "", "iCloud Drive: idle");
 }
 
-TEST_F(StatusIconTest, syncingNamesTheSizeOfASingleTransfer) {
+TEST_F(StatusIconTest, syncingShowsSizeOfSingleTransfer) {
   global(fraction("0.5", "1200000"));
   expectIcon("arrow.clockwise.icloud", "", "iCloud Drive: syncing 1200000 bytes");
 }
@@ -105,7 +107,7 @@ TEST_F(StatusIconTest, progressIsRounded) {
   expectIcon("icloud.and.arrow.up", "0%", "iCloud Drive: uploading 0%");
 }
 
-TEST_F(StatusIconTest, absentProgressClearsTheTitle) {
+TEST_F(StatusIconTest, absentProgressClearsTitle) {
   upload("/a", "42%");
   upload("/a");
   expectIcon("icloud.and.arrow.up", "", "iCloud Drive: uploading");
@@ -117,7 +119,7 @@ TEST_F(StatusIconTest, unknownSymbolFallsBack) {
   expectIcon("icloud", "", "iCloud Drive: uploading");
 }
 
-TEST_F(StatusIconTest, redrawsInOneStateLogNothing) {
+TEST_F(StatusIconTest, redrawInSameStateLogsNothing) {
   upload("/a", "10%");
   EXPECT_THAT(takeLog(), testing::Contains("Driftmark: state -> uploading"));
   for (int percent = 11; percent < 20; ++percent)
@@ -134,7 +136,7 @@ TEST_F(StatusIconTest, eachChangeOfStateIsLogged) {
               testing::IsSupersetOf({"Driftmark: state -> both", "Driftmark: state -> uploading"}));
 }
 
-TEST_F(StatusIconTest, linesThatChangeNothingShownDrawNothing) {
+TEST_F(StatusIconTest, lineThatChangesNothingVisibleDrawsNothing) {
   upload("/a", "50%");
   const int before = statusBar().changes();
   for (int i = 0; i < 1000; ++i) {

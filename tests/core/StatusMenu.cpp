@@ -1,3 +1,5 @@
+// What the menu shows, section by section.
+
 #include "core/ControllerTest.h"
 
 #include <gmock/gmock.h>
@@ -21,7 +23,7 @@ class StatusMenuTest : public ControllerTest {
 protected:
   void SetUp() override { show(); }
 
-  /// The opened menu without its storage line and the fixed items behind.
+  /// Opens the menu and returns its lines above the storage line.
   Lines upperPart() {
     open();
     Lines lines = menu();
@@ -32,18 +34,18 @@ protected:
     return lines;
   }
 
-  /// Lets the transfers in flight stall for `seconds`.
-  void stall(double seconds) { platform.clock.jump(Seconds(seconds)); }
+  /// Lets `seconds` pass without an update of the transfers in flight.
+  void stallFor(double seconds) { platform.clock.jump(Seconds(seconds)); }
 };
 
-TEST_F(StatusMenuTest, idleMenuHasTheFixedItemsOnly) {
+TEST_F(StatusMenuTest, idleMenuHasOnlyFixedItems) {
   open();
   Lines expected{"[iCloud Drive: Up to Date]", "---", "[Checking iCloud storage…]"};
   expected.insert(expected.end(), fixedItems.begin(), fixedItems.end());
   EXPECT_EQ(menu(), expected);
 }
 
-TEST_F(StatusMenuTest, headlineNamesTheState) {
+TEST_F(StatusMenuTest, headlineNamesState) {
   upload("/a");
   EXPECT_EQ(upperPart().at(0), "[iCloud Drive: Uploading…]");
   download("/b");
@@ -58,7 +60,7 @@ TEST_F(StatusMenuTest, headlineNamesTheState) {
   EXPECT_EQ(upperPart().at(0), "[iCloud Drive: Attention Needed]");
 }
 
-TEST_F(StatusMenuTest, shortcutsAreThoseOfOpeningAndQuitting) {
+TEST_F(StatusMenuTest, onlyOpeningAndQuittingHaveShortcuts) {
   open();
   EXPECT_EQ(menuItem("Open iCloud Drive").keyEquivalent, "o");
   EXPECT_EQ(menuItem("Quit Driftmark").keyEquivalent, "q");
@@ -70,7 +72,7 @@ TEST_F(StatusMenuTest, shortcutsAreThoseOfOpeningAndQuitting) {
 
 // ---- transfers ----
 
-TEST_F(StatusMenuTest, downloadShowsItsRoundedPercentage) {
+TEST_F(StatusMenuTest, downloadShowsRoundedPercentage) {
   download("/Reports/q3.pdf", "37.6%");
   EXPECT_THAT(upperPart(),
               ElementsAre("[iCloud Drive: Downloading…]", "---", "q3.pdf  —  downloading 38%"));
@@ -80,22 +82,22 @@ TEST_F(StatusMenuTest, downloadShowsItsRoundedPercentage) {
   EXPECT_EQ(row.keyEquivalent, "");
 }
 
-TEST_F(StatusMenuTest, uploadWithoutPercentageShowsItsDirection) {
+TEST_F(StatusMenuTest, uploadWithoutPercentageShowsDirection) {
   upload("/a.txt");
   EXPECT_THAT(upperPart(), testing::Contains("a.txt  —  uploading"));
   EXPECT_EQ(menuItem("a.txt").symbol, (Symbol{"arrow.up.circle", "uploading"}));
 }
 
-TEST_F(StatusMenuTest, stalledTransferSaysSo) {
+TEST_F(StatusMenuTest, stalledTransferIsMarked) {
   download("/q3.pdf", "37.6%");
-  stall(301);
+  stallFor(301);
   EXPECT_THAT(upperPart(), ElementsAre("[iCloud Drive: Attention Needed]", "---",
                                        "q3.pdf  —  stalled · downloading 38%"));
   EXPECT_EQ(menuItem("q3.pdf").symbol,
             (Symbol{"exclamationmark.circle", "stalled · downloading 38%"}));
 }
 
-TEST_F(StatusMenuTest, fifteenNewestTransfersAreShown) {
+TEST_F(StatusMenuTest, fifteenMostRecentlyUpdatedTransfersAreShown) {
   for (int i = 1; i <= 20; ++i) {
     upload("/" + std::to_string(i));
     platform.clock.jump(Seconds(1));
@@ -106,7 +108,7 @@ TEST_F(StatusMenuTest, fifteenNewestTransfersAreShown) {
   EXPECT_EQ(upperPart(), expected);
 }
 
-TEST_F(StatusMenuTest, namesAreShownAsTheyAre) {
+TEST_F(StatusMenuTest, namesAreShownUnchanged) {
   for (const std::string name : {"a_b.txt", "R&D", " leading", "\u202eabc", "100%", "a  b"}) {
     upload("/" + name);
     open();
@@ -117,9 +119,9 @@ TEST_F(StatusMenuTest, namesAreShownAsTheyAre) {
 
 // ---- restart ----
 
-TEST_F(StatusMenuTest, longStallOffersTheRestart) {
+TEST_F(StatusMenuTest, longStallOffersRestart) {
   upload("/a");
-  stall(659);
+  stallFor(659);
   EXPECT_THAT(upperPart(),
               ElementsAre("[iCloud Drive: Attention Needed]", "---", "a  —  stalled · uploading",
                           "Restart iCloud Sync…  —  no progress for 10 min"));
@@ -129,11 +131,11 @@ TEST_F(StatusMenuTest, longStallOffersTheRestart) {
 
 TEST_F(StatusMenuTest, shortStallOffersNoRestart) {
   upload("/a");
-  stall(600);
+  stallFor(600);
   EXPECT_THAT(upperPart(), testing::Not(testing::Contains(testing::StartsWith("Restart"))));
 }
 
-TEST_F(ControllerTest, minutesOfAStallAreCutOff) {
+TEST_F(ControllerTest, minutesOfStallAreRoundedDown) {
   platform.environment.set("DRIFTMARK_STALL_SECS", "10");
   show();
   upload("/a");
@@ -145,9 +147,9 @@ TEST_F(ControllerTest, minutesOfAStallAreCutOff) {
   EXPECT_THAT(menu(), testing::Contains("Restart iCloud Sync…  —  no progress for 5 min"));
 }
 
-TEST_F(StatusMenuTest, restartNeedsATransferInFlight) {
+TEST_F(StatusMenuTest, restartIsOfferedOnlyWithTransferInFlight) {
   upload("/a");
-  stall(10000);
+  stallFor(10000);
   finish("/a");
   EXPECT_THAT(upperPart(), testing::Not(testing::Contains(testing::StartsWith("Restart"))));
 }
@@ -165,7 +167,7 @@ TEST_F(StatusMenuTest, statusReportIsSummed) {
   EXPECT_EQ(row.toolTip, "/Users/ada/Library/Mobile Documents/com~apple~CloudDocs/Photos");
 }
 
-TEST_F(StatusMenuTest, directionWithoutJobsIsNotNamed) {
+TEST_F(StatusMenuTest, directionWithoutJobsIsOmitted) {
   confirm("Under /A\n> upload{1} active\n> upload{2} active\n> upload{3} active\n");
   EXPECT_THAT(upperPart(), testing::Contains("[3 uploading]"));
   confirm("Under /A\n> downloader{1} downloading: 1\n");
@@ -194,7 +196,7 @@ TEST_F(StatusMenuTest, globalTransfersAreSummed) {
               ElementsAre("[iCloud Drive: Syncing…]", "---", "[2 transfers · 5096 bytes]"));
 }
 
-TEST_F(StatusMenuTest, transfersStandInForAnySummary) {
+TEST_F(StatusMenuTest, transfersReplaceSummary) {
   confirm("Under /A\n> upload{1} active\n");
   download("/b");
   EXPECT_THAT(upperPart(), ElementsAre("[iCloud Drive: Downloading…]", "---", "b  —  downloading"));
@@ -202,7 +204,7 @@ TEST_F(StatusMenuTest, transfersStandInForAnySummary) {
 
 // ---- issues ----
 
-TEST_F(StatusMenuTest, tenIssuesAreShownInTheOrderOfTheirPaths) {
+TEST_F(StatusMenuTest, tenIssuesAreShownInPathOrder) {
   for (const char* const name : {"b", "a", "C", "é", "aa", "B", "a b", "z", "y", "x", "w", "v"})
     item("/" + std::string(name), " \u2601 Upload Error 28");
   Lines expected{"[iCloud Drive: Attention Needed]", "---", "[Sync Issues]"};
@@ -212,7 +214,7 @@ TEST_F(StatusMenuTest, tenIssuesAreShownInTheOrderOfTheirPaths) {
   EXPECT_EQ(menuItem("B").symbol, (Symbol{"exclamationmark.triangle", "Upload Error 28"}));
 }
 
-TEST_F(StatusMenuTest, issueTextIsCutToSixtyCharacters) {
+TEST_F(StatusMenuTest, issueTextIsTruncatedToSixtyCharacters) {
   const std::string text = "Upload Error " + std::string(87, 'x');
   item("/a", " \u2601 " + text);
   EXPECT_THAT(upperPart(), testing::Contains("a  —  " + text.substr(0, 60)));
@@ -220,7 +222,7 @@ TEST_F(StatusMenuTest, issueTextIsCutToSixtyCharacters) {
 
 // ---- recent activity ----
 
-TEST_F(StatusMenuTest, finishedTransfersShowTheirTime) {
+TEST_F(StatusMenuTest, finishedTransfersShowTime) {
   upload("/a");
   finish("/a");
   platform.clock.jump(Seconds(60));
@@ -232,7 +234,7 @@ TEST_F(StatusMenuTest, finishedTransfersShowTheirTime) {
   EXPECT_EQ(menuItem("a").symbol, (Symbol{"checkmark.circle", "180 s ago"}));
 }
 
-TEST_F(StatusMenuTest, evictionSaysThatADownloadWasRemoved) {
+TEST_F(StatusMenuTest, evictionIsShownAsRemovedDownload) {
   item("/a", " \u2601");
   item("/a", " \u2601 not downloaded");
   platform.clock.jump(Seconds(120));
@@ -240,7 +242,7 @@ TEST_F(StatusMenuTest, evictionSaysThatADownloadWasRemoved) {
   EXPECT_EQ(menuItem("a").symbol, (Symbol{"icloud.slash", "removed download 120 s ago"}));
 }
 
-TEST_F(StatusMenuTest, sectionsComeInTheirOrder) {
+TEST_F(StatusMenuTest, sectionsKeepOrder) {
   upload("/done");
   finish("/done");
   item("/broken", " \u2601 Upload Error 28");
@@ -252,14 +254,14 @@ TEST_F(StatusMenuTest, sectionsComeInTheirOrder) {
 
 // ---- storage ----
 
-TEST_F(StatusMenuTest, openingAsksForTheQuota) {
+TEST_F(StatusMenuTest, openingRequestsQuota) {
   const std::size_t before = platform.childProcesses.runs(quotaReport).size();
   platform.statusBar.open();
   platform.settle();
   EXPECT_EQ(platform.childProcesses.runs(quotaReport).size(), before + 1);
 }
 
-TEST_F(StatusMenuTest, quotaRetitlesTheStorageLineOfTheOpenMenuOnly) {
+TEST_F(StatusMenuTest, quotaRetitlesOnlyStorageLineOfOpenMenu) {
   platform.childProcesses.script(quotaReport, "4096 bytes of quota remaining");
   platform.statusBar.open();
   Lines expected = menu();
@@ -279,7 +281,7 @@ TEST_F(StatusMenuTest, knownQuotaIsShownAtOnce) {
 
 // ---- launch at login ----
 
-TEST_F(StatusMenuTest, checkMarkShowsTheLoginItemsState) {
+TEST_F(StatusMenuTest, checkMarkShowsLoginItemStatus) {
   for (const auto status : {LoginItem::Status::notRegistered, LoginItem::Status::requiresApproval,
                             LoginItem::Status::notFound, LoginItem::Status::enabled}) {
     platform.loginItem.setStatus(status);

@@ -1,3 +1,5 @@
+// When updates are checked for, and what each outcome shows.
+
 #include "UpdateTest.h"
 #include "update/Manifest.h"
 
@@ -14,39 +16,39 @@ using testing::IsEmpty;
 
 using UpdateCheckerTest = UpdateTest;
 
-TEST_F(UpdateCheckerTest, manifestLiesAtTheMakersHost) {
+TEST_F(UpdateCheckerTest, manifestIsAtVendorsHost) {
   EXPECT_THAT(checker->manifestURL(), testing::StartsWith("https://"));
   EXPECT_THAT(checker->manifestURL(), testing::EndsWith("/driftmark/appcast.json"));
 }
 
-TEST_F(UpdateCheckerTest, settingChangesTheAddress) {
+TEST_F(UpdateCheckerTest, settingChangesManifestUrl) {
   platform.userDefaults.setString("UpdateManifestURL", "https://other.example/beta.json");
   EXPECT_EQ(checker->manifestURL(), "https://other.example/beta.json");
 }
 
-TEST_F(UpdateCheckerTest, settingThatIsNoTextIsIgnored) {
+TEST_F(UpdateCheckerTest, settingThatIsNotTextIsIgnored) {
   platform.userDefaults.setBoolean("UpdateManifestURL", true);
   EXPECT_THAT(checker->manifestURL(), testing::EndsWith("/driftmark/appcast.json"));
 }
 
 using UpdateCheckerDeathTest = UpdateTest;
 
-TEST_F(UpdateCheckerDeathTest, settingThatIsNoAddressEndsTheProgram) {
+TEST_F(UpdateCheckerDeathTest, settingThatIsNotUrlEndsProgram) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   platform.userDefaults.setString("UpdateManifestURL", "not an address");
   EXPECT_DEATH(checker->check(true), "the setting UpdateManifestURL is not an address");
 }
 
-TEST_F(UpdateCheckerTest, versionIsTheBundles) {
+TEST_F(UpdateCheckerTest, versionIsThatOfBundle) {
   EXPECT_EQ(checker->currentVersion(), "1.0");
 }
 
-TEST_F(UpdateCheckerTest, versionOutsideABundleIsZero) {
+TEST_F(UpdateCheckerTest, versionOutsideBundleIsZero) {
   platform.bundle = TestBundle();
   EXPECT_EQ(checker->currentVersion(), "0");
 }
 
-TEST_F(UpdateCheckerTest, firstCheckComesAfterHalfAMinute) {
+TEST_F(UpdateCheckerTest, firstCheckRunsAfterThirtySeconds) {
   checker->start();
   platform.mainQueue.advance(29.999s);
   EXPECT_EQ(platform.httpClient.fetches().size(), 0U);
@@ -54,7 +56,7 @@ TEST_F(UpdateCheckerTest, firstCheckComesAfterHalfAMinute) {
   EXPECT_EQ(platform.httpClient.fetches().size(), 1U);
 }
 
-TEST_F(UpdateCheckerTest, furtherChecksComeDaily) {
+TEST_F(UpdateCheckerTest, furtherChecksRunDaily) {
   checker->start();
   EXPECT_THAT(platform.mainQueue.timers(),
               ElementsAre(TestMainQueue::TimerSettings{Seconds(86400), Seconds(3600)}));
@@ -66,20 +68,20 @@ TEST_F(UpdateCheckerTest, furtherChecksComeDaily) {
   EXPECT_THAT(platform.dialogs.take(), IsEmpty());
 }
 
-TEST_F(UpdateCheckerTest, secondStartReplacesTheTimer) {
+TEST_F(UpdateCheckerTest, secondStartReplacesTimer) {
   checker->start();
   checker->start();
   EXPECT_EQ(platform.mainQueue.timers().size(), 1U);
 }
 
-TEST_F(UpdateCheckerTest, scheduledChecksDoNothingOnceTheCheckerIsGone) {
+TEST_F(UpdateCheckerTest, releasedCheckerDoesNotCheck) {
   checker->start();
   checker.reset();
   platform.mainQueue.advance(Seconds(200000));
   EXPECT_THAT(platform.httpClient.fetches(), IsEmpty());
 }
 
-TEST_F(UpdateCheckerTest, requestGoesPastTheCacheAndWaitsAMinute) {
+TEST_F(UpdateCheckerTest, requestBypassesCacheAndTimesOutAfterMinute) {
   checker->check(false);
   ASSERT_EQ(platform.httpClient.fetches().size(), 1U);
   const auto& [request, maxBodySize] = platform.httpClient.fetches()[0];
@@ -89,7 +91,7 @@ TEST_F(UpdateCheckerTest, requestGoesPastTheCacheAndWaitsAMinute) {
   EXPECT_EQ(maxBodySize, maxManifestSize);
 }
 
-TEST_F(UpdateCheckerTest, checkWhileAnAnswerIsAwaitedIsIgnored) {
+TEST_F(UpdateCheckerTest, checkDuringPendingReplyIsIgnored) {
   checker->check(true);
   checker->check(true);
   checker->check(false);
@@ -103,14 +105,14 @@ TEST_F(UpdateCheckerTest, checkWhileAnAnswerIsAwaitedIsIgnored) {
   EXPECT_EQ(platform.httpClient.fetches().size(), 2U);
 }
 
-TEST_F(UpdateCheckerTest, checkMayBeginWhileAnAlertIsOpen) {
+TEST_F(UpdateCheckerTest, checkMayBeginWhileAlertIsOpen) {
   platform.dialogs.onShow([&](const Alert&) { checker->check(true); });
   checker->check(true);
   reply(manifest("1.0"));
   EXPECT_EQ(platform.httpClient.fetches().size(), 2U);
 }
 
-TEST_F(UpdateCheckerTest, automaticCheckThatFindsNothingNewerOnlyLogs) {
+TEST_F(UpdateCheckerTest, automaticCheckWithoutUpdateOnlyLogs) {
   checker->check(false);
   reply(manifest("1.0"));
   EXPECT_THAT(takeLog(), ElementsAre("Driftmark: up to date (1.0)"));
@@ -118,7 +120,7 @@ TEST_F(UpdateCheckerTest, automaticCheckThatFindsNothingNewerOnlyLogs) {
   EXPECT_EQ(platform.application.activations(), 0);
 }
 
-TEST_F(UpdateCheckerTest, requestedCheckSaysThatNothingIsNewer) {
+TEST_F(UpdateCheckerTest, requestedCheckReportsUpToDate) {
   checker->check(true);
   reply(manifest("0.9"));
   EXPECT_THAT(takeLog(), ElementsAre("Driftmark: up to date (1.0)"));
@@ -137,7 +139,7 @@ TEST_F(UpdateCheckerTest, automaticCheckThatFailsOnlyLogs) {
   EXPECT_EQ(platform.application.activations(), 0);
 }
 
-TEST_F(UpdateCheckerTest, requestedCheckShowsTheTransportsError) {
+TEST_F(UpdateCheckerTest, requestedCheckShowsTransportError) {
   checker->check(true);
   platform.httpClient.fail({"The network is unreachable."});
   platform.settle();
@@ -148,7 +150,7 @@ TEST_F(UpdateCheckerTest, requestedCheckShowsTheTransportsError) {
   EXPECT_EQ(platform.application.activations(), 1);
 }
 
-TEST_F(UpdateCheckerTest, errorPageIsAnUnreadableManifest) {
+TEST_F(UpdateCheckerTest, errorPageIsUnreadableManifest) {
   checker->check(true);
   reply("<html><body><h1>404 Not Found</h1></body></html>");
   EXPECT_THAT(takeLog(), ElementsAre("Driftmark: update check failed: unreadable manifest"));
@@ -157,7 +159,7 @@ TEST_F(UpdateCheckerTest, errorPageIsAnUnreadableManifest) {
                   "Could not check for updates", "The update information was unreadable.", {}}));
 }
 
-TEST_F(UpdateCheckerTest, newerVersionIsOfferedWhoeverAsked) {
+TEST_F(UpdateCheckerTest, newerVersionIsOfferedByEveryCheck) {
   for (const bool interactive : {false, true}) {
     checker->check(interactive);
     reply(manifest("1.5"));
@@ -169,7 +171,7 @@ TEST_F(UpdateCheckerTest, newerVersionIsOfferedWhoeverAsked) {
   EXPECT_EQ(platform.application.activations(), 2);
 }
 
-TEST_F(UpdateCheckerTest, notesFollowAfterABlankLine) {
+TEST_F(UpdateCheckerTest, notesFollowBlankLine) {
   checker->check(false);
   reply(manifest("1.5", R"(, "notes": "Fewer wake-ups.\nA new icon.")"));
   EXPECT_EQ(platform.dialogs.take().at(0).informativeText,
@@ -182,7 +184,7 @@ TEST_F(UpdateCheckerTest, emptyNotesAddNothing) {
   EXPECT_EQ(platform.dialogs.take().at(0).informativeText, "You have 1.0.");
 }
 
-TEST_F(UpdateCheckerTest, laterRemembersNothing) {
+TEST_F(UpdateCheckerTest, declinedVersionIsOfferedAgain) {
   checker->check(false);
   reply(manifest("1.5"));
   EXPECT_THAT(platform.httpClient.downloads(), IsEmpty());
@@ -192,14 +194,14 @@ TEST_F(UpdateCheckerTest, laterRemembersNothing) {
   EXPECT_EQ(platform.dialogs.take().size(), 1U);
 }
 
-TEST_F(UpdateCheckerTest, agreementStartsTheDownload) {
+TEST_F(UpdateCheckerTest, agreementStartsDownload) {
   platform.dialogs.answer(0);
   checker->check(false);
   reply(manifest("1.5"));
   EXPECT_THAT(platform.httpClient.downloads(), ElementsAre(archiveURL));
 }
 
-TEST_F(UpdateCheckerTest, replyAfterTheCheckerIsGoneIsDropped) {
+TEST_F(UpdateCheckerTest, replyAfterReleaseIsDropped) {
   checker->check(true);
   checker.reset();
   reply(manifest("1.5"));

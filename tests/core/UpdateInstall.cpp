@@ -1,3 +1,5 @@
+// How an update is downloaded, verified and installed, and how each step fails.
+
 #include "UpdateTest.h"
 
 #include <algorithm>
@@ -11,7 +13,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// A user who agrees to version 1.5. The tools do their work unless a test says otherwise.
+/// A user who agrees to version 1.5. The tools succeed unless a test makes them fail.
 class UpdateInstallTest : public UpdateTest {
 protected:
   UpdateInstallTest() {
@@ -37,7 +39,7 @@ protected:
     takeLog();
   }
 
-  /// Agrees and lets the download end well.
+  /// Agrees and completes the download.
   void install() {
     agree();
     platform.fileSystem.add(downloaded);
@@ -45,12 +47,12 @@ protected:
     platform.settle();
   }
 
-  /// What is said after a failure.
+  /// The alerts after a failure.
   static auto failed(const std::string& details) {
     return ElementsAre(Alert{"Update failed", details, {}});
   }
 
-  /// The running copy stands, nothing was logged, and the program goes on.
+  /// Checks that the running copy exists, nothing was logged, and the program continues.
   void expectUntouched() {
     EXPECT_TRUE(platform.fileSystem.fileExists(running));
     EXPECT_THAT(takeLog(), IsEmpty());
@@ -67,15 +69,15 @@ protected:
   const std::string newBundle = work + "/Driftmark.app";
   const std::string oldCopy = work + "/Driftmark-old.app";
 
-  /// What unpacking brings.
+  /// The path that unpacking creates.
   std::string unpacked = newBundle;
 
   const Arguments unpack{"-xk", zip, work};
-  const Arguments checkSeal{"--verify", "--deep", "--strict", newBundle};
+  const Arguments checkSignature{"--verify", "--deep", "--strict", newBundle};
   const Arguments describe{"-dv", newBundle};
 };
 
-TEST_F(UpdateInstallTest, stepsComeInTheirOrder) {
+TEST_F(UpdateInstallTest, updateRunsItsStepsInOrder) {
   install();
   EXPECT_THAT(operations(),
               ElementsAre("remove " + zip, "move " + downloaded + " to " + zip, "remove " + work,
@@ -90,7 +92,7 @@ TEST_F(UpdateInstallTest, stepsComeInTheirOrder) {
   EXPECT_EQ(platform.application.terminateRequests(), 1);
 }
 
-TEST_F(UpdateInstallTest, shellOpensTheNewBundleLater) {
+TEST_F(UpdateInstallTest, shellOpensNewBundleAfterDelay) {
   install();
   ASSERT_EQ(platform.childProcesses.detached().size(), 1U);
   const ToolCommand shell = platform.childProcesses.detached()[0];
@@ -107,7 +109,7 @@ TEST_F(UpdateInstallTest, pathIsQuotedButNotEscaped) {
             "sleep 0.5; /usr/bin/open \"/Applications/My \"Drift\".app\"");
 }
 
-TEST_F(UpdateInstallTest, shellThatDoesNotStartIsIgnored) {
+TEST_F(UpdateInstallTest, shellLaunchErrorIsIgnored) {
   platform.childProcesses.failLaunches({"-c", "sleep 0.5; /usr/bin/open \"" + running + "\""},
                                        {LaunchError::Stage::launch, "No shell"});
   install();
@@ -115,7 +117,7 @@ TEST_F(UpdateInstallTest, shellThatDoesNotStartIsIgnored) {
   EXPECT_THAT(platform.dialogs.take(), IsEmpty());
 }
 
-TEST_F(UpdateInstallTest, oldCopyAndArchiveStayBehind) {
+TEST_F(UpdateInstallTest, oldCopyAndArchiveAreKept) {
   install();
   EXPECT_TRUE(platform.fileSystem.fileExists(oldCopy));
   EXPECT_TRUE(platform.fileSystem.fileExists(zip));
@@ -131,14 +133,14 @@ TEST_F(UpdateInstallTest, leftoversOfEarlierUpdatesAreReplaced) {
   EXPECT_EQ(platform.application.terminateRequests(), 1);
 }
 
-TEST_F(UpdateInstallTest, outputOfTheToolsIsDiscardedButForTheTeam) {
+TEST_F(UpdateInstallTest, toolOutputIsDiscardedExceptForTeam) {
   install();
   EXPECT_EQ(platform.childProcesses.runs(unpack).at(0)->output(), ToolOutput::discard);
-  EXPECT_EQ(platform.childProcesses.runs(checkSeal).at(0)->output(), ToolOutput::discard);
+  EXPECT_EQ(platform.childProcesses.runs(checkSignature).at(0)->output(), ToolOutput::discard);
   EXPECT_EQ(platform.childProcesses.runs(describe).at(0)->output(), ToolOutput::captureError);
 }
 
-TEST_F(UpdateInstallTest, failedDownloadShowsTheTransportsError) {
+TEST_F(UpdateInstallTest, failedDownloadShowsTransportError) {
   agree();
   platform.httpClient.failDownload({"The connection was lost."});
   platform.settle();
@@ -148,7 +150,7 @@ TEST_F(UpdateInstallTest, failedDownloadShowsTheTransportsError) {
   expectUntouched();
 }
 
-TEST_F(UpdateInstallTest, downloadThatCannotBeStagedIsAFailure) {
+TEST_F(UpdateInstallTest, downloadThatCannotBeStagedIsReported) {
   platform.fileSystem.fail("move " + downloaded + " to " + zip, "No space left.");
   install();
   EXPECT_THAT(platform.dialogs.take(), failed("Could not download the update."));
@@ -156,7 +158,7 @@ TEST_F(UpdateInstallTest, downloadThatCannotBeStagedIsAFailure) {
   expectUntouched();
 }
 
-TEST_F(UpdateInstallTest, workFolderThatCannotBeMadeIsAFailure) {
+TEST_F(UpdateInstallTest, workFolderThatCannotBeMadeIsReported) {
   platform.fileSystem.fail("create " + work, "No space left.");
   install();
   EXPECT_THAT(platform.dialogs.take(), failed("No space left."));
@@ -164,13 +166,13 @@ TEST_F(UpdateInstallTest, workFolderThatCannotBeMadeIsAFailure) {
   expectUntouched();
 }
 
-TEST_F(UpdateInstallTest, workFolderThatCannotBeRemovedIsNoFailure) {
+TEST_F(UpdateInstallTest, workFolderThatCannotBeRemovedIsIgnored) {
   platform.fileSystem.fail("remove " + work, "Busy.");
   install();
   EXPECT_EQ(platform.application.terminateRequests(), 1);
 }
 
-TEST_F(UpdateInstallTest, archiveThatCannotBeUnpackedIsAFailure) {
+TEST_F(UpdateInstallTest, archiveThatCannotBeUnpackedIsReported) {
   platform.childProcesses.script(unpack, ToolResult{"", 1});
   install();
   EXPECT_THAT(platform.dialogs.take(), failed("The update archive could not be unpacked."));
@@ -178,14 +180,14 @@ TEST_F(UpdateInstallTest, archiveThatCannotBeUnpackedIsAFailure) {
   expectUntouched();
 }
 
-TEST_F(UpdateInstallTest, unpackerThatDoesNotStartIsAFailure) {
+TEST_F(UpdateInstallTest, unpackerLaunchErrorIsReported) {
   platform.childProcesses.failLaunches(unpack, {LaunchError::Stage::launch, "No such tool"});
   install();
   EXPECT_THAT(platform.dialogs.take(), failed("No such tool"));
   expectUntouched();
 }
 
-TEST_F(UpdateInstallTest, bundleInASubfolderIsNotFound) {
+TEST_F(UpdateInstallTest, bundleInSubfolderIsNotFound) {
   unpacked = work + "/release/Driftmark.app";
   install();
   EXPECT_THAT(platform.dialogs.take(), failed("The update archive did not contain Driftmark.app."));
@@ -193,22 +195,23 @@ TEST_F(UpdateInstallTest, bundleInASubfolderIsNotFound) {
   expectUntouched();
 }
 
-TEST_F(UpdateInstallTest, brokenSealEndsTheCheckAtItsFirstStep) {
-  platform.childProcesses.script(checkSeal, ToolResult{"", 1});
+TEST_F(UpdateInstallTest, invalidSignatureEndsVerificationAtFirstStep) {
+  platform.childProcesses.script(checkSignature, ToolResult{"", 1});
   install();
   EXPECT_THAT(platform.dialogs.take(), failed("The update's code signature is invalid."));
   EXPECT_THAT(platform.childProcesses.runs(describe), IsEmpty());
   expectUntouched();
 }
 
-TEST_F(UpdateInstallTest, sealCheckThatDoesNotStartIsAFailure) {
-  platform.childProcesses.failLaunches(checkSeal, {LaunchError::Stage::launch, "No such tool"});
+TEST_F(UpdateInstallTest, verifierLaunchErrorIsReported) {
+  platform.childProcesses.failLaunches(checkSignature,
+                                       {LaunchError::Stage::launch, "No such tool"});
   install();
   EXPECT_THAT(platform.dialogs.take(), failed("No such tool"));
   expectUntouched();
 }
 
-TEST_F(UpdateInstallTest, anotherTeamIsRefused) {
+TEST_F(UpdateInstallTest, signatureOfOtherTeamIsRefused) {
   for (const std::string description :
        {"TeamIdentifier=AAAAAAAAAA", "TeamIdentifier=not set", "", "TeamIdentifier=t4n8rw2kqz",
         "TeamIdentifier=T4N8RW2KQZ\xff"}) {
@@ -220,20 +223,20 @@ TEST_F(UpdateInstallTest, anotherTeamIsRefused) {
   }
 }
 
-TEST_F(UpdateInstallTest, statusOfTheTeamQuestionIsNotLookedAt) {
+TEST_F(UpdateInstallTest, exitStatusOfTeamQueryIsIgnored) {
   platform.childProcesses.script(describe, ToolResult{"xTeamIdentifier=T4N8RW2KQZx", 1});
   install();
   EXPECT_EQ(platform.application.terminateRequests(), 1);
 }
 
-TEST_F(UpdateInstallTest, teamQuestionThatDoesNotStartIsAFailure) {
+TEST_F(UpdateInstallTest, teamQueryLaunchErrorIsReported) {
   platform.childProcesses.failLaunches(describe, {LaunchError::Stage::launch, "No such tool"});
   install();
   EXPECT_THAT(platform.dialogs.take(), failed("No such tool"));
   expectUntouched();
 }
 
-TEST_F(UpdateInstallTest, runningCopyThatCannotBeMovedStays) {
+TEST_F(UpdateInstallTest, runningCopyThatCannotBeMovedIsKept) {
   platform.fileSystem.fail("move " + running + " to " + oldCopy, "Not permitted.");
   install();
   EXPECT_THAT(platform.dialogs.take(), failed("Not permitted."));
@@ -241,7 +244,7 @@ TEST_F(UpdateInstallTest, runningCopyThatCannotBeMovedStays) {
   expectUntouched();
 }
 
-TEST_F(UpdateInstallTest, oldCopyComesBackWhenTheNewOneCannotBePlaced) {
+TEST_F(UpdateInstallTest, oldCopyIsRestoredWhenNewOneCannotBePlaced) {
   platform.fileSystem.fail("move " + newBundle + " to " + running, "No space left.");
   install();
   EXPECT_THAT(platform.dialogs.take(), failed("No space left."));
@@ -249,7 +252,7 @@ TEST_F(UpdateInstallTest, oldCopyComesBackWhenTheNewOneCannotBePlaced) {
   expectUntouched();
 }
 
-TEST_F(UpdateInstallTest, failureToComeBackIsNotWhatIsShown) {
+TEST_F(UpdateInstallTest, failedRestoreShowsOriginalError) {
   platform.fileSystem.fail("move " + newBundle + " to " + running, "No space left.");
   platform.fileSystem.fail("move " + oldCopy + " to " + running, "Not permitted.");
   install();
@@ -258,7 +261,7 @@ TEST_F(UpdateInstallTest, failureToComeBackIsNotWhatIsShown) {
   EXPECT_EQ(platform.application.terminateRequests(), 0);
 }
 
-TEST_F(UpdateInstallTest, secondAgreementStartsASecondDownload) {
+TEST_F(UpdateInstallTest, secondAgreementStartsSecondDownload) {
   agree();
   agree();
   EXPECT_EQ(platform.httpClient.downloads().size(), 2U);
@@ -271,7 +274,7 @@ TEST_F(UpdateInstallTest, secondAgreementStartsASecondDownload) {
   EXPECT_TRUE(platform.fileSystem.fileExists(running));
 }
 
-TEST_F(UpdateInstallTest, downloadIsStagedEvenWhenTheCheckerIsGone) {
+TEST_F(UpdateInstallTest, downloadIsStagedEvenAfterRelease) {
   agree();
   checker.reset();
   platform.fileSystem.add(downloaded);

@@ -21,12 +21,12 @@ protected:
     checker = UpdateChecker::make(platform.platform());
   }
 
-  /// A manifest document of a version that lies at `archiveURL`.
+  /// A manifest document of a version whose archive is at `archiveURL`.
   static std::string manifest(const std::string& version, const std::string& more = {}) {
     return R"({"version": ")" + version + R"(", "url": ")" + archiveURL + "\"" + more + "}";
   }
 
-  /// Replies to the oldest waiting check and lets the checker handle the reply.
+  /// Replies to the oldest pending check and lets the checker handle the reply.
   void reply(const std::string& document) {
     platform.httpClient.reply(document);
     platform.settle();

@@ -1,3 +1,5 @@
+// When the move to Applications is offered, its steps, and how each fails.
+
 #include "install/UserInstall.h"
 
 #include "support/TestPlatform.h"
@@ -34,7 +36,7 @@ protected:
 
   bool offer() { return UserInstall::offerIfNeeded(platform.platform()); }
 
-  /// The offer as it is put to a user who runs the program from `location`.
+  /// The offer to a user who runs the program from `location`.
   static Alert question(const std::string& location) {
     return {"Move Driftmark to your Applications folder?",
             "Driftmark is running from " + location +
@@ -52,7 +54,7 @@ protected:
 
   std::vector<std::string> operations() { return platform.fileSystem.takeOperations(); }
 
-  /// The copy to `target` ends with this status.
+  /// Makes the copy to `target` end with this status.
   void copyingEnds(const std::string& target, int status) {
     platform.childProcesses.script({bundle, target}, ToolResult{"", status});
   }
@@ -65,7 +67,7 @@ protected:
   const std::string own = "/Users/ada/Applications/Driftmark.app";
 };
 
-TEST_F(UserInstallTest, nothingIsOfferedInAnApplicationsFolder) {
+TEST_F(UserInstallTest, nothingIsOfferedInApplicationsFolder) {
   for (const std::string& path : {shared, own}) {
     runFrom(path);
     EXPECT_FALSE(offer());
@@ -74,7 +76,7 @@ TEST_F(UserInstallTest, nothingIsOfferedInAnApplicationsFolder) {
   EXPECT_EQ(platform.application.activations(), 0);
 }
 
-TEST_F(UserInstallTest, subfoldersOfAnApplicationsFolderAreNoApplicationsFolder) {
+TEST_F(UserInstallTest, subfolderOfApplicationsFolderGetsOffer) {
   for (const std::string folder :
        {"/Applications/Utilities", "/Applications2", "/Library/Applications"}) {
     runFrom(folder + "/Driftmark.app");
@@ -84,19 +86,19 @@ TEST_F(UserInstallTest, subfoldersOfAnApplicationsFolderAreNoApplicationsFolder)
   }
 }
 
-TEST_F(UserInstallTest, offerNamesTheFolder) {
+TEST_F(UserInstallTest, offerNamesFolder) {
   EXPECT_FALSE(offer());
   EXPECT_THAT(platform.dialogs.take(), ElementsAre(question("~/Downloads")));
   EXPECT_EQ(platform.application.activations(), 1);
 }
 
-TEST_F(UserInstallTest, offerNamesAFolderOutsideTheHomeInFull) {
+TEST_F(UserInstallTest, offerNamesFolderOutsideHomeInFull) {
   runFrom("/Users/adam/Downloads/Driftmark.app");
   offer();
   EXPECT_THAT(platform.dialogs.take(), ElementsAre(question("/Users/adam/Downloads")));
 }
 
-TEST_F(UserInstallTest, offerNamesTheHomeItself) {
+TEST_F(UserInstallTest, offerNamesHomeItself) {
   runFrom("/Users/ada/Driftmark.app");
   offer();
   EXPECT_THAT(platform.dialogs.take(), ElementsAre(question("~")));
@@ -108,7 +110,7 @@ TEST_F(UserInstallTest, offerNamesNoTranslocatedFolder) {
   EXPECT_THAT(platform.dialogs.take(), ElementsAre(question("a temporary location")));
 }
 
-TEST_F(UserInstallTest, declinedOfferNeverComesAgain) {
+TEST_F(UserInstallTest, declinedOfferIsNotRepeated) {
   EXPECT_FALSE(offer());
   EXPECT_TRUE(skips());
   EXPECT_EQ(platform.dialogs.take().size(), 1U);
@@ -119,14 +121,14 @@ TEST_F(UserInstallTest, declinedOfferNeverComesAgain) {
   EXPECT_THAT(platform.dialogs.take(), IsEmpty());
 }
 
-TEST_F(UserInstallTest, offerThatNobodyAnsweredComesAgain) {
+TEST_F(UserInstallTest, unansweredOfferIsRepeated) {
   platform.dialogs.leaveUnanswered();
   EXPECT_FALSE(offer());
   EXPECT_FALSE(skips());
   EXPECT_THAT(operations(), IsEmpty());
 }
 
-TEST_F(UserInstallTest, stepsComeInTheirOrder) {
+TEST_F(UserInstallTest, moveRunsItsStepsInOrder) {
   platform.dialogs.answer(0);
   EXPECT_TRUE(offer());
   EXPECT_THAT(operations(),
@@ -151,7 +153,7 @@ TEST_F(UserInstallTest, translocatedCopyIsNotTrashed) {
   EXPECT_TRUE(platform.fileSystem.fileExists(bundle));
 }
 
-TEST_F(UserInstallTest, copyThatCannotBeTrashedStays) {
+TEST_F(UserInstallTest, copyThatCannotBeTrashedIsKept) {
   platform.fileSystem.fail("trash " + bundle, "No trash.");
   platform.dialogs.answer(0);
   EXPECT_TRUE(offer());
@@ -159,7 +161,7 @@ TEST_F(UserInstallTest, copyThatCannotBeTrashedStays) {
   EXPECT_EQ(platform.application.terminateRequests(), 1);
 }
 
-TEST_F(UserInstallTest, folderOfTheUserComesSecond) {
+TEST_F(UserInstallTest, userFolderIsTriedSecond) {
   copyingEnds(shared, 1);
   platform.dialogs.answer(0);
   EXPECT_TRUE(offer());
@@ -172,7 +174,7 @@ TEST_F(UserInstallTest, folderOfTheUserComesSecond) {
             "sleep 0.5; /usr/bin/open \"" + own + "\"");
 }
 
-TEST_F(UserInstallTest, folderThatCannotBeMadeIsTriedAllTheSame) {
+TEST_F(UserInstallTest, folderThatCannotBeMadeIsStillTried) {
   platform.fileSystem.fail("create /Applications", "It is there.");
   platform.dialogs.answer(0);
   EXPECT_TRUE(offer());
@@ -189,7 +191,7 @@ TEST_F(UserInstallTest, olderCopyIsRemovedFirst) {
                                         "trash " + bundle));
 }
 
-TEST_F(UserInstallTest, olderCopyThatCannotBeRemovedSendsItToTheNextFolder) {
+TEST_F(UserInstallTest, nextFolderIsTriedWhenOlderCopyCannotBeRemoved) {
   platform.fileSystem.add(shared);
   platform.fileSystem.fail("remove " + shared, "Not permitted.");
   platform.dialogs.answer(0);
@@ -208,7 +210,7 @@ TEST_F(UserInstallTest, lastRemovalErrorIsShown) {
   EXPECT_THAT(platform.dialogs.take(), ElementsAre(question("~/Downloads"), failure("Locked.")));
 }
 
-TEST_F(UserInstallTest, copyThatFailsInBothFoldersLeavesTheProgramWhereItIs) {
+TEST_F(UserInstallTest, failureInBothFoldersLeavesProgramInPlace) {
   copyingEnds(shared, 1);
   copyingEnds(own, 2);
   platform.dialogs.answer(0);
@@ -220,7 +222,7 @@ TEST_F(UserInstallTest, copyThatFailsInBothFoldersLeavesTheProgramWhereItIs) {
   EXPECT_THAT(platform.childProcesses.detached(), IsEmpty());
 }
 
-TEST_F(UserInstallTest, failureIsNotADecline) {
+TEST_F(UserInstallTest, failureDoesNotCountAsDecline) {
   copyingEnds(shared, 1);
   copyingEnds(own, 1);
   platform.dialogs.answer(0);
@@ -231,7 +233,7 @@ TEST_F(UserInstallTest, failureIsNotADecline) {
   EXPECT_EQ(platform.dialogs.take().at(0), question("~/Downloads"));
 }
 
-TEST_F(UserInstallTest, copierThatDoesNotStartIsAFailure) {
+TEST_F(UserInstallTest, copierLaunchErrorIsReported) {
   platform.childProcesses.failAllLaunches({LaunchError::Stage::launch, "No such tool"});
   platform.dialogs.answer(0);
   EXPECT_FALSE(offer());
@@ -244,14 +246,14 @@ TEST_F(UserInstallTest, quarantineThatCannotBeRemovedIsIgnored) {
   EXPECT_TRUE(offer());
 }
 
-TEST_F(UserInstallTest, quarantineToolThatDoesNotStartIsIgnored) {
+TEST_F(UserInstallTest, quarantineToolLaunchErrorIsIgnored) {
   platform.childProcesses.failLaunches({"-dr", "com.apple.quarantine", shared},
                                        {LaunchError::Stage::launch, "No such tool"});
   platform.dialogs.answer(0);
   EXPECT_TRUE(offer());
 }
 
-TEST_F(UserInstallTest, shellThatDoesNotStartIsIgnored) {
+TEST_F(UserInstallTest, shellLaunchErrorIsIgnored) {
   platform.childProcesses.failLaunches({"-c", "sleep 0.5; /usr/bin/open \"" + shared + "\""},
                                        {LaunchError::Stage::launch, "No shell"});
   platform.dialogs.answer(0);

@@ -1,3 +1,5 @@
+// How versions are compared.
+
 #include "update/Version.h"
 
 #include <gtest/gtest.h>
@@ -33,7 +35,7 @@ TEST(VersionTest, emptyPiecesAreDropped) {
   }
 }
 
-TEST(VersionTest, whatIsNoNumberCountsAsZero) {
+TEST(VersionTest, pieceThatIsNotNumberCountsAsZero) {
   EXPECT_FALSE(isNewer("1.x", "1.0"));
   EXPECT_FALSE(isNewer("1.2-beta", "1.0"));
   EXPECT_TRUE(isNewer("1.1", "1.2-beta"));
@@ -44,7 +46,7 @@ TEST(VersionTest, whatIsNoNumberCountsAsZero) {
   EXPECT_TRUE(isNewer("1.9223372036854775807", "1.9223372036854775806"));
 }
 
-TEST(VersionTest, oneSignIsPartOfANumber) {
+TEST(VersionTest, oneSignIsPartOfNumber) {
   EXPECT_FALSE(isNewer("1.-1", "1"));
   EXPECT_TRUE(isNewer("1", "1.-1"));
   EXPECT_FALSE(isNewer("1.+2", "1.2"));

@@ -7,7 +7,7 @@
 
 namespace driftmark::test {
 
-/// An application whose run is what the test makes of it.
+/// An application whose run is defined by the test.
 class TestApplication final : public Application {
 public:
   void becomeAccessory() override { isAccessory_ = true; }
@@ -21,7 +21,7 @@ public:
   bool isTerminating() const override { return terminateRequests_ > 0; }
   std::int32_t processIdentifier() const override { return processIdentifier_; }
 
-  /// What happens between the start and the end of a run.
+  /// Sets what happens between the start and the end of a run.
   void onRun(std::function<void()> handler) { onRun_ = std::move(handler); }
 
   void setProcessIdentifier(std::int32_t identifier) { processIdentifier_ = identifier; }

@@ -25,16 +25,11 @@ void TestBackgroundQueue::async(QualityOfService quality, Task task) {
   {
     const std::lock_guard lock(mutex_);
     qualities_.push_back(quality);
-    if (mode_ == Mode::wait) {
+    if (mode_ == Mode::wait)
       tasks_.push_back(std::move(task));
-      return;
-    }
-    if (mode_ == Mode::thread) {
+    else
       threads_.emplace_back(std::move(task));
-      return;
-    }
   }
-  task();
 }
 
 bool TestBackgroundQueue::runNext() {

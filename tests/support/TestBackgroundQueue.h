@@ -15,8 +15,7 @@ class TestBackgroundQueue final : public BackgroundQueue {
 public:
   enum class Mode {
     wait,   ///< tasks wait until `runAll` or `runNext`
-    atOnce, ///< a task runs inside the call that hands it over
-    thread, ///< every task gets a thread of its own, joined by `join` or the destructor
+    thread, ///< every task gets its own thread, joined by `join` or the destructor
   };
 
   TestBackgroundQueue() = default;
@@ -24,7 +23,7 @@ public:
   TestBackgroundQueue& operator=(const TestBackgroundQueue&) = delete;
   ~TestBackgroundQueue() override;
 
-  /// How tasks that are handed over from now on run.
+  /// Sets how tasks run that are added from now on.
   void setMode(Mode mode);
 
   void async(QualityOfService quality, Task task) override;
@@ -38,13 +37,13 @@ public:
   /// Waits for all threads of `Mode::thread`.
   void join();
 
-  /// Drops everything that waits.
+  /// Drops all waiting tasks.
   void clear();
 
-  /// How many tasks wait.
+  /// The number of waiting tasks.
   std::size_t waiting() const;
 
-  /// The quality that each task was handed over with, oldest first.
+  /// The quality of service of each added task, oldest first.
   std::vector<QualityOfService> qualities() const;
 
 private:

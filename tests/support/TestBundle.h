@@ -8,7 +8,7 @@
 
 namespace driftmark::test {
 
-/// A bundle as the test describes it; at first it lies in the Applications folder and says nothing.
+/// A bundle as the test describes it; at first it is in the Applications folder and has no values.
 class TestBundle final : public Bundle {
 public:
   std::string path() const override { return path_; }

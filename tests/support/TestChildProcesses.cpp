@@ -133,7 +133,7 @@ private:
 TestChildProcesses::TestChildProcesses(MainQueue& mainQueue) : mainQueue_(mainQueue) {}
 
 TestChildProcesses::~TestChildProcesses() {
-  // Whoever still holds a child keeps it alive, but not what its handlers hold.
+  // A child that is still held elsewhere stays alive, but its handlers are released here.
   for (const auto& child : children_) {
     child->onData_ = nullptr;
     child->onExit_ = nullptr;

@@ -20,8 +20,8 @@ namespace driftmark::test {
 
 using Arguments = std::vector<std::string>;
 
-/// A spawned child as the test sees and plays it. What it prints and its exit reach the program
-/// through the main queue: output first, waiting output in one chunk, then the exit, once.
+/// A spawned child that the test controls. Its output and its exit reach the program through the
+/// main queue: output first, waiting output in one chunk, then the exit, once.
 class TestChild : public std::enable_shared_from_this<TestChild> {
 public:
   TestChild(MainQueue& mainQueue, ToolCommand command, std::int32_t identifier,
@@ -30,10 +30,10 @@ public:
   const ToolCommand& command() const { return command_; }
   std::int32_t identifier() const { return identifier_; }
 
-  /// Writes `bytes` to the terminal as they are. Main thread only.
+  /// Writes `bytes` to the terminal unchanged. Main thread only.
   void print(std::string_view bytes);
 
-  /// Ends. Main thread only; once, and nothing is printed afterwards.
+  /// Ends the child. Main thread only; once, and nothing is printed afterwards.
   void exit();
 
   /// Terminate requests are counted but do not end the child.
@@ -80,7 +80,7 @@ private:
   bool exitReported_ = false;
 };
 
-/// A prepared run as the test sees it. Any thread.
+/// The test's view of a prepared run. Any thread.
 class TestRun {
 public:
   TestRun(ToolCommand command, ToolOutput output) : command_(std::move(command)), output_(output) {}
@@ -108,7 +108,7 @@ private:
   std::weak_ptr<ToolRun> object_;
 };
 
-/// Child processes that the test plays.
+/// Child processes that the test controls.
 class TestChildProcesses final : public ChildProcesses {
 public:
   /// A signal's number as an exit status.
@@ -130,12 +130,12 @@ public:
   /// Called with the command of each run when it is launched, on its thread.
   void onRun(std::function<void(const ToolCommand&)> handler) { onRun_ = std::move(handler); }
 
-  /// Runs with these arguments leave `result` from now on. Without this they leave nothing.
+  /// Sets the result of runs with these arguments. Without one they print nothing and exit with 0.
   void script(const Arguments& arguments, ToolResult result);
   void script(const Arguments& arguments, std::string output);
 
-  /// Runs with these arguments hang until `release`, `releaseAll` or a terminate request; ended by
-  /// the request they leave `printed` only.
+  /// Runs with these arguments hang until `release`, `releaseAll` or a terminate request; when
+  /// the request ends them, their output is `printed`.
   void hang(const Arguments& arguments, std::string printed = {});
   void release(const Arguments& arguments);
   void releaseAll();
@@ -144,20 +144,20 @@ public:
   void failLaunches(const Arguments& arguments, LaunchError error);
   void failAllLaunches(LaunchError error);
 
-  /// Takes all failures back.
+  /// Removes all failures.
   void allowLaunches();
 
   /// The spawned children, oldest first: all, or those with these arguments.
   std::vector<std::shared_ptr<TestChild>> children() const;
   std::vector<std::shared_ptr<TestChild>> children(const Arguments& arguments) const;
 
-  /// The youngest child with these arguments. The program must have spawned one.
+  /// The child with these arguments that was spawned last. There must be one.
   TestChild& child(const Arguments& arguments) const;
 
   /// The commands of all attempts to spawn, failed ones included.
   std::vector<ToolCommand> spawnAttempts() const;
 
-  /// What was launched and let go of, oldest first; failed attempts are left out.
+  /// The commands that were launched detached, oldest first, without failed attempts.
   std::vector<ToolCommand> detached() const;
 
   /// The prepared runs, oldest first: all, or those with these arguments.

@@ -8,8 +8,10 @@
 
 namespace driftmark::test {
 
-/// A clock that moves only under the test's control. It throws when it is read without end and
-/// nothing moves it: the reader waits for a moment that never comes.
+/// A wall clock that moves only under the test's control. To let time pass in a test, use
+/// `TestMainQueue::advance`, which moves this clock and runs the tasks that become due. The clock
+/// throws when it is read without end and nothing moves it: the reader waits for a moment that
+/// never comes.
 class TestClock final : public Clock {
 public:
   Date now() const override {
@@ -18,12 +20,13 @@ public:
     return Date(Date::duration(ticks_.fetch_add(tick_)));
   }
 
-  /// Moves forward by `duration`.
+  /// Moves forward by `duration`. Called by the program, which would block its thread.
   void sleep(Seconds duration) override { jump(duration); }
 
-  /// Moves forward or back without running what waits in the queue: the wall clock was set.
+  /// Sets the clock forward or back by `distance`. No waiting task runs.
   void jump(Seconds distance) { move(std::chrono::round<Date::duration>(distance)); }
 
+  /// For `TestMainQueue`.
   void move(Date::duration distance) {
     ticks_ += distance.count();
     if (distance.count() != 0)

@@ -10,10 +10,10 @@
 
 namespace driftmark::test {
 
-/// Cloud files in memory: a walk comes by what the test listed for a folder, in that order.
+/// Cloud files in memory: a walk visits the items that the test listed for a folder, in that order.
 class TestCloudFiles final : public CloudFiles {
 public:
-  /// A file that an eviction would free, `bytes` in size.
+  /// A downloaded file of the cloud that takes `bytes`.
   static WalkEntry downloaded(std::string path, std::int64_t bytes) {
     return {.path = std::move(path),
             .values = ResourceValues{.isRegularFile = true,
@@ -22,25 +22,26 @@ public:
                                      .totalFileAllocatedSize = bytes}};
   }
 
-  /// What a walk of `folder` comes by from now on.
+  /// Sets the items that a walk of `folder` visits.
   void list(const std::string& folder, std::vector<WalkEntry> entries) {
     const std::scoped_lock lock(mutex_);
     entries_[folder] = std::move(entries);
   }
 
-  /// Lets every eviction of the file at `path` fail so.
+  /// Makes every eviction of the file at `path` fail with this description.
   void failEviction(const std::string& path, std::string description) {
     const std::scoped_lock lock(mutex_);
     failures_[path] = std::move(description);
   }
 
-  /// The files whose eviction was asked for, in that order, failed ones included; forgotten here.
+  /// Returns the files whose eviction was requested, in order, failed ones included, and clears the
+  /// list.
   std::vector<std::string> takeEvictions() {
     const std::scoped_lock lock(mutex_);
     return std::exchange(evictions_, {});
   }
 
-  /// The folders that were walked, which are forgotten here.
+  /// Returns the walked folders and clears the list.
   std::vector<std::string> takeWalks() {
     const std::scoped_lock lock(mutex_);
     return std::exchange(walks_, {});

@@ -12,8 +12,8 @@
 
 namespace driftmark::test {
 
-/// Dialogs that answer as told and keep what they showed. Without an answer in store an alert is
-/// closed, which counts as its last button.
+/// Dialogs that give prepared answers and record what they showed. Without a prepared answer an
+/// alert is closed, which counts as its last button.
 class TestDialogs final : public Dialogs {
 public:
   std::optional<std::size_t> runModal(const Alert& alert) override {
@@ -32,29 +32,29 @@ public:
     return std::exchange(folder_, std::nullopt);
   }
 
-  /// The next folder panel gets this answer; without one in store nothing is chosen.
+  /// Prepares the answer of the next folder panel; without one nothing is chosen.
   void choose(std::string folder) { folder_ = std::move(folder); }
 
-  /// All folder panels so far, which are forgotten here.
+  /// Returns all folder panels so far and clears the list.
   std::vector<FolderPanel> takeFolderPanels() { return std::exchange(folderPanels_, {}); }
 
   void orderFrontAboutPanel(const std::string& credits) override {
     aboutPanels_.push_back(credits);
   }
 
-  /// The credits of every about panel that was asked for.
+  /// The credits of every about panel that was shown.
   const std::vector<std::string>& aboutPanels() const { return aboutPanels_; }
 
-  /// The next alert without an answer in store gets this one.
+  /// Prepares the answer of the next alert that has none.
   void answer(std::size_t button) { answers_.emplace_back(button); }
 
-  /// The next alert without an answer in store closes unanswered, as when the application ends.
+  /// Makes the next alert without a prepared answer close unanswered, as when the application ends.
   void leaveUnanswered() { answers_.emplace_back(std::nullopt); }
 
   /// Called while an alert is open.
   void onShow(std::function<void(const Alert&)> handler) { onShow_ = std::move(handler); }
 
-  /// All alerts so far, which are forgotten here.
+  /// Returns all alerts so far and clears the list.
   std::vector<Alert> take() { return std::exchange(shown_, {}); }
 
 private:

@@ -9,7 +9,7 @@
 
 namespace driftmark::test {
 
-/// An environment of its own, empty at first.
+/// An environment in memory, empty at first.
 class TestEnvironment final : public Environment {
 public:
   std::optional<std::string> variable(const std::string& name) const override {

@@ -11,8 +11,8 @@
 
 namespace driftmark::test {
 
-/// A file system of paths in memory, compared byte by byte. Folders above an item need not be made.
-/// The operations that change something are kept, in words such as "move /a to /b".
+/// A file system of paths in memory, compared byte by byte. An item needs no folders above it. The
+/// operations that change something are recorded as text such as "move /a to /b".
 class TestFileSystem final : public FileSystem {
 public:
   bool fileExists(const std::string& path) const override {
@@ -81,19 +81,19 @@ public:
     items_.erase(path);
   }
 
-  /// The operation in these words fails with this description from now on.
+  /// Makes the operation with this text fail with this description.
   void fail(const std::string& operation, std::string description) {
     const std::lock_guard lock(mutex_);
     failures_[operation] = std::move(description);
   }
 
-  /// Puts the words of something else among the operations.
+  /// Records another event among the operations.
   void note(std::string event) {
     const std::lock_guard lock(mutex_);
     operations_.push_back(std::move(event));
   }
 
-  /// Answers yes for every path from now on.
+  /// Makes every path exist.
   void pretendEverythingExists() {
     const std::lock_guard lock(mutex_);
     everythingExists_ = true;
@@ -104,20 +104,20 @@ public:
     home_ = std::move(home);
   }
 
-  /// How often `fileExists` was asked.
+  /// The number of `fileExists` calls.
   int questions() const {
     const std::lock_guard lock(mutex_);
     return questions_;
   }
 
-  /// The operations tried so far, which are forgotten here.
+  /// Returns the attempted operations and clears the list.
   std::vector<std::string> takeOperations() {
     const std::lock_guard lock(mutex_);
     return std::exchange(operations_, {});
   }
 
 private:
-  /// Paths, each with the path that it links to; "" for an item that is no link.
+  /// Paths, each with the target of its link; "" for an item that is not a link.
   using Items = std::map<std::string, std::string>;
 
   bool resolves(const std::string& path) const {
@@ -132,7 +132,7 @@ private:
                                       : std::optional(PlatformError{failure->second});
   }
 
-  /// Takes an item out with all that it holds.
+  /// Removes and returns an item with its contents.
   Items take(const std::string& path) {
     Items taken;
     for (auto item = items_.begin(); item != items_.end();) {

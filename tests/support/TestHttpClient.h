@@ -9,7 +9,7 @@
 
 namespace driftmark::test {
 
-/// A client that keeps what is asked for until the test replies. Handlers are called in the call of
+/// A client that keeps requests until the test replies. Handlers are called inside the call of
 /// `reply…`, on the thread of that call.
 class TestHttpClient final : public HttpClient {
 public:
@@ -28,17 +28,17 @@ public:
     waitingDownloads_.push_back(std::move(onReply));
   }
 
-  /// All requests so far, the oldest first.
+  /// All requests so far, oldest first.
   const std::vector<Fetch>& fetches() const { return fetches_; }
   const std::vector<std::string>& downloads() const { return downloads_; }
 
-  /// Replies to the oldest request that waits. There must be one.
+  /// Replies to the oldest pending request. There must be one.
   void reply(std::string bytes) { replyTo(waitingFetches_, Body{std::move(bytes)}); }
   void fail(PlatformError error) { replyTo(waitingFetches_, std::move(error)); }
   void replyFile(std::string path) { replyTo(waitingDownloads_, File{std::move(path)}); }
   void failDownload(PlatformError error) { replyTo(waitingDownloads_, std::move(error)); }
 
-  /// How many requests wait for a reply.
+  /// The number of pending requests.
   std::size_t waiting() const { return waitingFetches_.size() + waitingDownloads_.size(); }
 
 private:

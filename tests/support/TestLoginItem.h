@@ -26,10 +26,10 @@ public:
     return failure_;
   }
 
-  /// The system changes the status by itself.
+  /// Changes the status as the system does.
   void setStatus(Status status) { status_ = status; }
 
-  /// Both operations fail from now on.
+  /// Makes both operations fail.
   void fail(std::string description) { failure_ = {std::move(description)}; }
 
   int registrations() const { return registrations_; }

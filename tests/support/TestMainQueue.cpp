@@ -38,7 +38,7 @@ struct TestMainQueue::Core {
     std::uint64_t timer = 0; ///< 0 for a one-shot task
   };
 
-  using Key = std::pair<Date::duration, std::uint64_t>; ///< due time, order of handing over
+  using Key = std::pair<Date::duration, std::uint64_t>; ///< due time, order of adding
 
   mutable std::mutex mutex;
   Date::duration elapsed{};
@@ -86,7 +86,7 @@ TestMainQueue::~TestMainQueue() {
 }
 
 void TestMainQueue::clear() {
-  // A dropped task may own what owns a timer, or hand over another task.
+  // A dropped task may own an object that owns a timer, or add another task.
   for (int round = 0; round < maxRoundsOfClear; ++round) {
     std::map<Core::Key, Core::Entry> dropped;
     {

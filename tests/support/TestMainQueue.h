@@ -9,12 +9,12 @@
 
 namespace driftmark::test {
 
-/// A main queue on virtual time. Nothing runs but inside `runAll`, `advance` and `advanceToNext`;
-/// what is due runs in the order of its due times, and in the order of handing over where those are
-/// equal. Moving the queue's time moves the clock. A call that would run tasks without end throws.
+/// A main queue on virtual time. Tasks run only inside `runAll`, `advance` and `advanceToNext`, in
+/// the order of their due times, and in the order of adding where those are equal. The clock moves
+/// with the time of the queue. A call that would run tasks without end throws.
 class TestMainQueue final : public MainQueue {
 public:
-  /// What a timer was made with.
+  /// The settings of a timer.
   struct TimerSettings {
     Seconds interval;
     Seconds tolerance;
@@ -30,22 +30,23 @@ public:
   void after(Seconds delay, Task task) override;
   std::unique_ptr<Timer> repeat(Seconds interval, Seconds tolerance, Task task) override;
 
-  /// Runs everything that is due now, and what that hands over for now. Returns how many tasks ran.
+  /// Runs all tasks that are due now, and those that they add for now. Returns how many ran.
   std::size_t runAll();
 
-  /// Moves time on by `distance`, running what becomes due at its due time. Returns how many ran.
+  /// Lets `distance` pass and runs each task that becomes due at its due time. Returns how many
+  /// ran.
   std::size_t advance(Seconds distance);
 
-  /// Moves time to the next due time and runs what is due then; false when nothing waits.
+  /// Lets time pass until the next task is due and runs the tasks due then; false when none waits.
   bool advanceToNext();
 
-  /// Drops everything that waits.
+  /// Drops all waiting tasks.
   void clear();
 
   /// The remaining delays of all waiting one-shot tasks, earliest first.
   std::vector<Seconds> waiting() const;
 
-  /// The settings of all living timers, oldest first.
+  /// The settings of all timers that exist, oldest first.
   std::vector<TimerSettings> timers() const;
 
 private:

@@ -9,7 +9,7 @@ namespace driftmark::test {
 TestPlatform::~TestPlatform() {
   childProcesses.releaseAll();
   backgroundQueue.join();
-  // Waiting tasks may own what owns parts of the other ports.
+  // Waiting tasks may own objects that use the other ports.
   backgroundQueue.clear();
   mainQueue.clear();
 }

@@ -25,7 +25,7 @@
 
 namespace driftmark::test {
 
-/// Every port in memory, under the test's control. Make it before what uses it.
+/// Every port in memory, under the test's control. Make it before the objects that use it.
 class TestPlatform {
 public:
   TestPlatform() = default;
@@ -56,12 +56,12 @@ public:
             .cloudFiles = cloudFiles};
   }
 
-  /// Runs waiting background and main-queue tasks, without moving time, until none is left. Throws
+  /// Runs background and main-queue tasks, without moving time, until none is left. Throws
   /// when the two queues keep handing each other tasks.
   void settle();
 
-  /// Moves virtual time from event to event until `done`; gives threads a chance where nothing
-  /// waits in the queue. False when the deadline of ten real seconds is missed.
+  /// Moves virtual time from event to event until `done`; yields to other threads while no task
+  /// waits. False after ten real seconds.
   bool runUntil(const std::function<bool()>& done);
 
   TestClock clock;

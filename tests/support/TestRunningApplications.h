@@ -12,7 +12,7 @@
 
 namespace driftmark::test {
 
-/// Processes that the test plays. Signals are kept in words such as "terminate 17".
+/// Processes that the test controls. Signals are recorded as text such as "terminate 17".
 class TestRunningApplications final : public RunningApplications {
 public:
   explicit TestRunningApplications(const Clock& clock) : clock_(clock) {}
@@ -27,8 +27,9 @@ public:
 
   void sendTerminate(std::int32_t process) override {
     signals_.push_back("terminate " + std::to_string(process));
-    if (const auto copy = processes_.find(process); copy != processes_.end() && copy->second.obeys)
-      copy->second.endsAt = later(clock_.now(), *copy->second.obeys);
+    if (const auto copy = processes_.find(process);
+        copy != processes_.end() && copy->second.endsAfter)
+      copy->second.endsAt = later(clock_.now(), *copy->second.endsAfter);
   }
 
   void sendKill(std::int32_t process) override {
@@ -41,18 +42,19 @@ public:
            !(copy->second.endsAt && *copy->second.endsAt <= clock_.now());
   }
 
-  /// A process of the application; it ends so long after a request to end, or never.
-  void add(const std::string& identifier, std::int32_t process, std::optional<Seconds> obeys) {
+  /// Adds a process of the application. It ends `endsAfter` a request to end; without a value it
+  /// ignores requests.
+  void add(const std::string& identifier, std::int32_t process, std::optional<Seconds> endsAfter) {
     copies_.emplace_back(identifier, process);
-    processes_[process] = {obeys, std::nullopt};
+    processes_[process] = {endsAfter, std::nullopt};
   }
 
-  /// All signals so far, which are forgotten here.
+  /// Returns all signals so far and clears the list.
   std::vector<std::string> take() { return std::exchange(signals_, {}); }
 
 private:
   struct Process {
-    std::optional<Seconds> obeys;
+    std::optional<Seconds> endsAfter;
     std::optional<Date> endsAt;
   };
 

@@ -12,7 +12,7 @@
 
 namespace driftmark::test {
 
-/// Signals that the test sends.
+/// Signals sent by the test.
 class TestSignals final : public Signals {
 public:
   explicit TestSignals(MainQueue& mainQueue) : mainQueue_(mainQueue) {}
@@ -27,10 +27,10 @@ public:
 
   bool isIgnored(QuitSignal signal) const { return ignored_.contains(signal); }
 
-  /// Whether a source waits for the signal.
+  /// Whether a source observes the signal.
   bool isWatched(QuitSignal signal) const { return handlers_.contains(signal); }
 
-  /// Delivers the signal, which a source must wait for or which must be ignored.
+  /// Delivers the signal. It must be observed by a source or ignored.
   void send(QuitSignal signal) {
     const auto handler = handlers_.find(signal);
     if (handler == handlers_.end()) {

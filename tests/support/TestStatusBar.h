@@ -12,7 +12,7 @@
 
 namespace driftmark::test {
 
-/// A menu bar with room for one item, as the test sees it. What it shows outlives the item.
+/// A menu bar for one item. Its contents can be read even after the item is released.
 class TestStatusBar final : public StatusBar {
 public:
   std::unique_ptr<StatusItem> makeStatusItem() override {
@@ -21,13 +21,13 @@ public:
     return std::make_unique<Item>(*this);
   }
 
-  /// Gives no item from now on.
+  /// Makes the menu bar give no item.
   void decline() { declines_ = true; }
 
-  /// From now on the system has no symbol of this name.
+  /// Removes the symbol of this name from the system.
   void forget(std::string symbol) { unknown_ = std::move(symbol); }
 
-  /// Whether an item is up.
+  /// Whether an item is shown.
   bool hasItem() const { return item_ != nullptr; }
 
   /// The shown symbol; its name is empty when there is none.
@@ -35,7 +35,7 @@ public:
   const std::string& title() const { return title_; }
   const std::string& toolTip() const { return toolTip_; }
 
-  /// How often a setter was called with another value than before.
+  /// The number of setter calls that changed a value.
   int changes() const { return changes_; }
 
   /// Opens the menu as the user does. There must be one.
@@ -45,10 +45,11 @@ public:
     return menu_;
   }
 
-  /// The menu opened last.
+  /// The menu that was opened last.
   const Menu& menu() const { return menu_; }
 
-  /// Chooses the item of the menu opened last whose title begins so. There must be one.
+  /// Chooses the item whose title begins with `title` in the menu that was opened last. There must
+  /// be one.
   void choose(std::string_view title) const {
     for (const MenuItem& item : menu_) {
       if (item.kind != MenuItem::Kind::command || !item.title.starts_with(title))

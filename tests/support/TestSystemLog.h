@@ -11,7 +11,7 @@
 
 namespace driftmark::test {
 
-/// A log that keeps its lines.
+/// A log in memory.
 class TestSystemLog final : public SystemLog {
 public:
   void log(std::string_view line) override {
@@ -25,7 +25,7 @@ public:
     return lines_;
   }
 
-  /// The lines, which are forgotten here.
+  /// Returns the lines and clears the log.
   std::vector<std::string> take() {
     const std::lock_guard lock(mutex_);
     return std::exchange(lines_, {});

@@ -6,8 +6,8 @@
 
 namespace driftmark::test {
 
-/// Texts in a fixed plain form: byte counts as "4096 bytes"; an address is any text that is not
-/// empty and has no space in it; times as "120 s ago"; characters are bytes.
+/// Texts in a fixed plain form: byte counts are "4096 bytes", times "120 s ago"; a URL is any text
+/// that is not empty and contains no space; characters are bytes.
 class TestSystemText final : public SystemText {
 public:
   std::string byteCount(std::int64_t bytes) const override {

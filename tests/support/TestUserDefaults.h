@@ -25,7 +25,7 @@ public:
 
   void setString(const std::string& key, std::string value) { values_[key] = std::move(value); }
 
-  /// Whether the setting was set to anything.
+  /// Whether the setting has a value.
   bool has(const std::string& key) const { return values_.contains(key); }
 
 private:

@@ -8,7 +8,7 @@
 
 namespace driftmark::test {
 
-/// A desktop that only keeps what it is asked for, in words such as "open /a".
+/// A workspace that only records requests as text such as "open /a".
 class TestWorkspace final : public Workspace {
 public:
   void activateFileViewerSelecting(const std::string& path) override {
@@ -16,7 +16,7 @@ public:
   }
   void open(const std::string& path) override { requests_.push_back("open " + path); }
 
-  /// All requests so far, which are forgotten here.
+  /// Returns all requests so far and clears the list.
   std::vector<std::string> take() { return std::exchange(requests_, {}); }
 
 private:

@@ -10,7 +10,7 @@ namespace driftmark::test {
 
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(BackgroundQueueContract);
 
-TEST_P(BackgroundQueueContract, everyTaskRunsOnceWhateverItsQuality) {
+TEST_P(BackgroundQueueContract, everyTaskRunsOnce) {
   std::mutex mutex;
   std::multiset<int> ran;
   for (int task = 0; task < 100; ++task)
@@ -29,7 +29,7 @@ TEST_P(BackgroundQueueContract, everyTaskRunsOnceWhateverItsQuality) {
     EXPECT_EQ(ran.count(task), 1U) << task;
 }
 
-TEST_P(BackgroundQueueContract, tasksMayBeHandedOverByTasksAndByOtherThreads) {
+TEST_P(BackgroundQueueContract, tasksMayBeAddedByTasksAndOtherThreads) {
   std::atomic<int> ran = 0;
   std::thread other([&] {
     queue().async(QualityOfService::utility,
@@ -39,8 +39,8 @@ TEST_P(BackgroundQueueContract, tasksMayBeHandedOverByTasksAndByOtherThreads) {
   EXPECT_TRUE(waitUntil([&] { return ran == 1; }));
 }
 
-TEST_P(BackgroundQueueContract, blockedTaskDoesNotHoldUpTheNext) {
-  // Owned by the tasks: they may still be on their way out when the test is done.
+TEST_P(BackgroundQueueContract, blockedTaskDoesNotDelayNext) {
+  // The tasks own it: they may still be returning when the test is over.
   struct Meeting {
     std::mutex mutex;
     std::condition_variable changed;
@@ -62,7 +62,7 @@ TEST_P(BackgroundQueueContract, blockedTaskDoesNotHoldUpTheNext) {
       << "the second task did not run while the first waited for it";
 }
 
-TEST_P(BackgroundQueueContract, destructionWaitsForWhatRunsAndDropsWhatWaits) {
+TEST_P(BackgroundQueueContract, destructionWaitsForRunningTasksAndDropsOthers) {
   const auto token = std::make_shared<int>(0);
   std::atomic<int> started = 0;
   std::atomic<int> finished = 0;
@@ -77,7 +77,7 @@ TEST_P(BackgroundQueueContract, destructionWaitsForWhatRunsAndDropsWhatWaits) {
   EXPECT_EQ(token.use_count(), 1);
 }
 
-TEST_P(BackgroundQueueContract, whatATaskHoldsIsReleasedOnceItHasRun) {
+TEST_P(BackgroundQueueContract, taskIsReleasedAfterItHasRun) {
   const auto token = std::make_shared<int>(0);
   std::atomic<bool> ran = false;
   queue().async(QualityOfService::utility, [token, &ran] { ran = true; });

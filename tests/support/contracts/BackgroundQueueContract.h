@@ -17,8 +17,7 @@ public:
 
   virtual BackgroundQueue& queue() = 0;
 
-  /// Waits until `done`, which other threads make true; false when a generous deadline passes
-  /// first.
+  /// Waits until `done` returns true, because of other threads; false after a long timeout.
   virtual bool waitUntil(const std::function<bool()>& done) = 0;
 
   /// Destroys the queue.

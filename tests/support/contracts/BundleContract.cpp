@@ -10,7 +10,7 @@ TEST_P(BundleContract, pathIsAbsoluteWithoutTrailingSlash) {
   EXPECT_TRUE(path.ends_with(".app")) << path;
 }
 
-TEST_P(BundleContract, propertyListIsAsked) {
+TEST_P(BundleContract, valuesAreThoseOfPropertyList) {
   EXPECT_EQ(bundle().identifier(), "com.example.program");
   EXPECT_EQ(bundle().information("CFBundleShortVersionString"), "1.2");
 }

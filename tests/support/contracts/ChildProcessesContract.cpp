@@ -71,7 +71,7 @@ void ChildProcessesContract::drain() {
 
 // ---- children on a terminal ----
 
-TEST_P(ChildProcessesContract, outputArrivesInOrderAndThenTheExitOnce) {
+TEST_P(ChildProcessesContract, outputArrivesInOrderBeforeSingleExit) {
   const auto spawned = spawn({"print", "one ", "print", "two ", "print", "three"});
   ASSERT_TRUE(spawned);
   ASSERT_TRUE(runUntil([&] { return spawned->exits > 0; }));
@@ -82,7 +82,7 @@ TEST_P(ChildProcessesContract, outputArrivesInOrderAndThenTheExitOnce) {
   EXPECT_FALSE(spawned->calledElsewhere);
 }
 
-TEST_P(ChildProcessesContract, outputArrivesWhileTheChildRuns) {
+TEST_P(ChildProcessesContract, outputArrivesWhileChildRuns) {
   const auto spawned = spawn({"print", "ready\n", "wait"});
   ASSERT_TRUE(spawned);
   ASSERT_TRUE(runUntil([&] { return spawned->output == "ready\n"; }));
@@ -92,7 +92,7 @@ TEST_P(ChildProcessesContract, outputArrivesWhileTheChildRuns) {
   EXPECT_TRUE(runUntil([&] { return spawned->exits == 1; }));
 }
 
-TEST_P(ChildProcessesContract, errorOutputComesTheSameWay) {
+TEST_P(ChildProcessesContract, errorOutputArrivesToo) {
   const auto spawned = spawn({"print", "out ", "print-error", "error ", "print", "out again"});
   ASSERT_TRUE(spawned);
   ASSERT_TRUE(runUntil([&] { return spawned->exits > 0; }));
@@ -107,14 +107,14 @@ TEST_P(ChildProcessesContract, silentChildOnlyExits) {
   EXPECT_TRUE(spawned->chunks.empty());
 }
 
-TEST_P(ChildProcessesContract, bytesOtherThanLineEndsPassUnchanged) {
+TEST_P(ChildProcessesContract, bytesOtherThanLineEndsAreUnchanged) {
   const auto spawned = spawn({"print-bytes", "00ff801b5b316dc3e2980941"});
   ASSERT_TRUE(spawned);
   ASSERT_TRUE(runUntil([&] { return spawned->exits > 0; }));
   EXPECT_EQ(spawned->output, "\0\xff\x80\x1b[1m\xc3\xe2\x98\tA"s);
 }
 
-TEST_P(ChildProcessesContract, argumentsReachTheToolUnchanged) {
+TEST_P(ChildProcessesContract, argumentsReachToolUnchanged) {
   const std::string text = " two  spaces 'quotes\" $HOME \\ caf\u00e9 \u2601 *";
   const auto spawned = spawn({"print", text, "print", "", "print", "|end"});
   ASSERT_TRUE(spawned);
@@ -122,7 +122,7 @@ TEST_P(ChildProcessesContract, argumentsReachTheToolUnchanged) {
   EXPECT_EQ(spawned->output, text + "|end");
 }
 
-TEST_P(ChildProcessesContract, muchOutputArrivesWholeInBoundedChunks) {
+TEST_P(ChildProcessesContract, largeOutputArrivesCompletelyInBoundedChunks) {
   constexpr std::size_t count = 20000;
   const std::string line = "a line of some forty-eight bytes, line end here\n";
   const auto spawned = spawn({"print-many", std::to_string(count), line, "print", "last"});
@@ -139,7 +139,7 @@ TEST_P(ChildProcessesContract, muchOutputArrivesWholeInBoundedChunks) {
   EXPECT_LE(*largest, ChildProcesses::maxChunkSize);
 }
 
-TEST_P(ChildProcessesContract, runningChildHasAnIdentifierOfItsOwn) {
+TEST_P(ChildProcessesContract, runningChildHasUniqueIdentifier) {
   const auto first = spawn({"wait"});
   const auto second = spawn({"wait"});
   ASSERT_TRUE(first && second);
@@ -153,7 +153,7 @@ TEST_P(ChildProcessesContract, runningChildHasAnIdentifierOfItsOwn) {
   EXPECT_TRUE(runUntil([&] { return first->exits == 1 && second->exits == 1; }));
 }
 
-TEST_P(ChildProcessesContract, childNoLongerRunsWhenItsExitIsReported) {
+TEST_P(ChildProcessesContract, childNoLongerRunsWhenExitIsReported) {
   const auto spawned = spawn({"print", "x"});
   ASSERT_TRUE(spawned);
   ASSERT_TRUE(runUntil([&] { return spawned->exits > 0; }));
@@ -162,7 +162,7 @@ TEST_P(ChildProcessesContract, childNoLongerRunsWhenItsExitIsReported) {
   EXPECT_GT(spawned->child.process->identifier(), 0);
 }
 
-TEST_P(ChildProcessesContract, terminateRequestEndsAWaitingChild) {
+TEST_P(ChildProcessesContract, terminateRequestEndsWaitingChild) {
   const auto spawned = spawn({"print", "ready", "wait"});
   ASSERT_TRUE(spawned);
   ASSERT_TRUE(runUntil([&] { return spawned->output == "ready"; }));
@@ -175,7 +175,7 @@ TEST_P(ChildProcessesContract, terminateRequestEndsAWaitingChild) {
   EXPECT_EQ(spawned->exits, 1);
 }
 
-TEST_P(ChildProcessesContract, lastWordsOfATerminatedChildArriveBeforeItsExit) {
+TEST_P(ChildProcessesContract, lastOutputOfTerminatedChildArrivesBeforeExit) {
   const auto spawned = spawn({"print", "ready ", "print-when-terminated", "goodbye"});
   ASSERT_TRUE(spawned);
   ASSERT_TRUE(runUntil([&] { return spawned->output == "ready "; }));
@@ -208,7 +208,7 @@ TEST_P(ChildProcessesContract, releasedHandleGetsNothingMore) {
   EXPECT_EQ(spawned->exits, 1);
 }
 
-TEST_P(ChildProcessesContract, handlersMayReleaseTheirOwnHandle) {
+TEST_P(ChildProcessesContract, dataHandlerMayReleaseHandle) {
   const auto child = std::make_shared<TerminalChild>();
   const auto finished = std::make_shared<bool>(false);
   const auto calls = std::make_shared<int>(0);
@@ -230,7 +230,7 @@ TEST_P(ChildProcessesContract, handlersMayReleaseTheirOwnHandle) {
   EXPECT_EQ(*calls, 1);
 }
 
-TEST_P(ChildProcessesContract, exitHandlerMayReleaseTheHandle) {
+TEST_P(ChildProcessesContract, exitHandlerMayReleaseHandle) {
   const auto child = std::make_shared<TerminalChild>();
   const auto output = std::make_shared<std::string>();
   const auto exits = std::make_shared<int>(0);
@@ -251,7 +251,7 @@ TEST_P(ChildProcessesContract, exitHandlerMayReleaseTheHandle) {
   EXPECT_EQ(*exits, 1);
 }
 
-TEST_P(ChildProcessesContract, releasedProcessObjectDoesNotEndTheChild) {
+TEST_P(ChildProcessesContract, releasedProcessObjectDoesNotEndChild) {
   const auto spawned = spawn({"print-many", "20000", "still writing\n", "print", "done"});
   ASSERT_TRUE(spawned);
   spawned->child.process.reset();
@@ -260,7 +260,7 @@ TEST_P(ChildProcessesContract, releasedProcessObjectDoesNotEndTheChild) {
   EXPECT_EQ(spawned->output.size(), 20000U * 14 + 4);
 }
 
-TEST_P(ChildProcessesContract, handlersAreLetGoAfterTheExit) {
+TEST_P(ChildProcessesContract, handlersAreReleasedAfterExit) {
   const auto token = std::make_shared<int>(0);
   bool exited = false;
   {
@@ -273,7 +273,7 @@ TEST_P(ChildProcessesContract, handlersAreLetGoAfterTheExit) {
   EXPECT_TRUE(runUntil([&] { return token.use_count() == 1; }));
 }
 
-TEST_P(ChildProcessesContract, childrenDoNotMixTheirOutput) {
+TEST_P(ChildProcessesContract, outputOfChildrenIsNotMixed) {
   const auto first = spawn({"print-many", "2000", "aaaaaaa\n"});
   const auto second = spawn({"print-many", "2000", "bbbbbbb\n"});
   ASSERT_TRUE(first && second);
@@ -284,7 +284,7 @@ TEST_P(ChildProcessesContract, childrenDoNotMixTheirOutput) {
   EXPECT_EQ(second->output.find('a'), std::string::npos);
 }
 
-TEST_P(ChildProcessesContract, oneChildsEndLeavesTheOtherAlone) {
+TEST_P(ChildProcessesContract, endOfOneChildDoesNotAffectOther) {
   const auto first = spawn({"print", "ready", "wait"});
   const auto second = spawn({"print", "ready ", "print-when-terminated", "goodbye"});
   ASSERT_TRUE(first && second);
@@ -298,7 +298,7 @@ TEST_P(ChildProcessesContract, oneChildsEndLeavesTheOtherAlone) {
   EXPECT_EQ(second->output, "ready goodbye");
 }
 
-TEST_P(ChildProcessesContract, childAndRunReadNothingFromTheNullDevice) {
+TEST_P(ChildProcessesContract, childAndRunReadNothingFromNullDevice) {
   const auto spawned = spawn({"print-input-size"});
   ASSERT_TRUE(spawned);
   ASSERT_TRUE(runUntil([&] { return spawned->exits > 0; }));
@@ -306,7 +306,7 @@ TEST_P(ChildProcessesContract, childAndRunReadNothingFromTheNullDevice) {
   EXPECT_EQ(run({"print-input-size"}).output, "0");
 }
 
-TEST_P(ChildProcessesContract, toolThatCannotBeStartedIsALaunchErrorAndCallsNothing) {
+TEST_P(ChildProcessesContract, toolThatCannotBeStartedIsLaunchErrorWithoutCalls) {
   for (const ToolCommand& command : {subject_->missingTool(), subject_->forbiddenTool()}) {
     const auto token = std::make_shared<int>(0);
     const auto result = childProcesses().spawn(
@@ -323,23 +323,23 @@ TEST_P(ChildProcessesContract, toolThatCannotBeStartedIsALaunchErrorAndCallsNoth
 
 // ---- runs ----
 
-TEST_P(ChildProcessesContract, runReturnsTheWholeOutputByteForByte) {
+TEST_P(ChildProcessesContract, runReturnsCompleteOutput) {
   const ToolResult result = run({"print", "line\r\n\n", "print-bytes", "00ff0a", "print", "end"});
   EXPECT_EQ(result.output, "line\r\n\n\0\xff\nend"s);
   EXPECT_EQ(result.exitStatus, 0);
 }
 
-TEST_P(ChildProcessesContract, runLeavesErrorOutputOut) {
+TEST_P(ChildProcessesContract, runDiscardsErrorOutput) {
   EXPECT_EQ(run({"print", "out", "print-error", "error", "print", "put"}).output, "output");
 }
 
-TEST_P(ChildProcessesContract, runTellsTheExitCode) {
+TEST_P(ChildProcessesContract, runReturnsExitCode) {
   const ToolResult result = run({"print", "x", "exit", "42"});
   EXPECT_EQ(result.exitStatus, 42);
   EXPECT_EQ(result.output, "x");
 }
 
-TEST_P(ChildProcessesContract, runTellsTheSignalThatEndedTheTool) {
+TEST_P(ChildProcessesContract, runReturnsSignalThatEndedTool) {
   EXPECT_EQ(run({"print", "x", "raise", std::to_string(sigkill)}).exitStatus, sigkill);
 }
 
@@ -350,13 +350,13 @@ TEST_P(ChildProcessesContract, discardedOutputIsEmpty) {
   EXPECT_EQ(result.exitStatus, 7);
 }
 
-TEST_P(ChildProcessesContract, runReadsMoreThanAPipeHolds) {
+TEST_P(ChildProcessesContract, runReadsMoreThanPipeCapacity) {
   const ToolResult result = run({"print-many", "100000", "0123456789", "exit", "1"});
   EXPECT_EQ(result.output.size(), 1'000'000U);
   EXPECT_EQ(result.exitStatus, 1);
 }
 
-TEST_P(ChildProcessesContract, runOfAToolThatCannotBeStartedIsALaunchError) {
+TEST_P(ChildProcessesContract, runThatCannotBeStartedIsLaunchError) {
   for (const ToolCommand& command : {subject_->missingTool(), subject_->forbiddenTool()}) {
     const auto toolRun = childProcesses().prepare(command, ToolOutput::capture);
     const auto result = toolRun->run();
@@ -370,7 +370,7 @@ TEST_P(ChildProcessesContract, runOfAToolThatCannotBeStartedIsALaunchError) {
   }
 }
 
-TEST_P(ChildProcessesContract, preparedRunIsNotLaunchedYet) {
+TEST_P(ChildProcessesContract, preparedRunIsNotLaunched) {
   const auto toolRun = prepare({"print", "x"});
   EXPECT_FALSE(toolRun->isRunning());
   EXPECT_EQ(toolRun->identifier(), 0);
@@ -384,7 +384,7 @@ TEST_P(ChildProcessesContract, preparedRunIsNotLaunchedYet) {
   toolRun->terminate();
 }
 
-TEST_P(ChildProcessesContract, terminateRequestEndsARunOnAnotherThread) {
+TEST_P(ChildProcessesContract, terminateRequestEndsRunOnOtherThread) {
   const auto toolRun = prepare({"wait"});
   std::variant<ToolResult, LaunchError> result;
   std::thread background([&] { result = toolRun->run(); });
@@ -399,7 +399,7 @@ TEST_P(ChildProcessesContract, terminateRequestEndsARunOnAnotherThread) {
   EXPECT_FALSE(toolRun->isRunning());
 }
 
-TEST_P(ChildProcessesContract, terminatedRunKeepsWhatWasPrintedBefore) {
+TEST_P(ChildProcessesContract, terminatedRunKeepsEarlierOutput) {
   const auto toolRun = prepare({"print", "half a rep", "wait"});
   std::variant<ToolResult, LaunchError> result;
   std::thread background([&] { result = toolRun->run(); });
@@ -412,7 +412,7 @@ TEST_P(ChildProcessesContract, terminatedRunKeepsWhatWasPrintedBefore) {
   EXPECT_TRUE(output == "half a rep" || output.empty()) << output;
 }
 
-TEST_P(ChildProcessesContract, runsOnSeveralThreadsKeepTheirResultsApart) {
+TEST_P(ChildProcessesContract, runsOnSeveralThreadsKeepOwnResults) {
   constexpr std::size_t count = 6;
   std::array<std::shared_ptr<ToolRun>, count> runs;
   for (std::size_t number = 0; number < count; ++number)
@@ -443,7 +443,7 @@ TEST_P(ChildProcessesContract, detachedToolIsLaunched) {
   EXPECT_FALSE(childProcesses().launchDetached(subject_->tool({})).has_value());
 }
 
-TEST_P(ChildProcessesContract, detachedToolThatCannotBeStartedIsALaunchError) {
+TEST_P(ChildProcessesContract, detachedToolThatCannotBeStartedIsLaunchError) {
   for (const ToolCommand& command : {subject_->missingTool(), subject_->forbiddenTool()}) {
     const auto error = childProcesses().launchDetached(command);
     ASSERT_TRUE(error.has_value());
@@ -452,7 +452,7 @@ TEST_P(ChildProcessesContract, detachedToolThatCannotBeStartedIsALaunchError) {
   }
 }
 
-TEST_P(ChildProcessesContract, runReleasedWithoutBeingRunStartsNothing) {
+TEST_P(ChildProcessesContract, releasedRunStartsNothing) {
   auto toolRun = prepare({"print", "never"});
   const std::weak_ptr<ToolRun> weak = toolRun;
   toolRun.reset();
@@ -460,7 +460,7 @@ TEST_P(ChildProcessesContract, runReleasedWithoutBeingRunStartsNothing) {
   EXPECT_TRUE(weak.expired());
 }
 
-TEST_P(ChildProcessesContract, runsAndChildrenDoNotDisturbEachOther) {
+TEST_P(ChildProcessesContract, runsAndChildrenDoNotAffectEachOther) {
   const auto spawned = spawn({"print", "ready ", "print-when-terminated", "goodbye"});
   ASSERT_TRUE(spawned);
   for (int number = 0; number < 5; ++number)

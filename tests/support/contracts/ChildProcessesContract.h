@@ -14,16 +14,16 @@ namespace driftmark::test {
 
 /// Child processes under test, on the main thread, with a helper tool.
 ///
-/// The helper tool takes steps as its arguments and carries them out in order, each output written
-/// at once and completely; after the last step it ends with exit code 0.
+/// The arguments of the helper tool are steps, which it executes in order. It writes each output at
+/// once and completely. After the last step it ends with exit code 0.
 ///
 ///   print TEXT                   writes TEXT to standard output
 ///   print-error TEXT             writes TEXT to standard error
 ///   print-bytes HEX              writes the bytes that HEX names, two digits each
 ///   print-many COUNT TEXT        writes TEXT COUNT times to standard output
-///   print-input-size             reads standard input to its end, writes how many bytes came
-///   print-when-terminated TEXT   waits for SIGTERM, writes TEXT, goes on with the next step;
-///                                a SIGTERM that comes before this step is not lost
+///   print-input-size             reads standard input to its end, writes the number of bytes
+///   print-when-terminated TEXT   waits for SIGTERM, writes TEXT, continues with the next step;
+///                                a SIGTERM that arrives before this step is not lost
 ///   wait                         waits until a signal ends it
 ///   exit STATUS                  ends with this exit code
 ///   raise SIGNAL                 ends by this signal, given as a number
@@ -33,10 +33,10 @@ public:
 
   virtual ChildProcesses& childProcesses() = 0;
 
-  /// Runs the main queue until `done`; false when a generous deadline passes first.
+  /// Runs the main queue until `done`; false after a long timeout.
   virtual bool runUntil(const std::function<bool()>& done) = 0;
 
-  /// Runs `task` on the main queue after everything handed over so far.
+  /// Runs `task` on the main queue after all tasks added so far.
   virtual void async(std::function<void()> task) = 0;
 
   /// The helper tool with these steps.
@@ -54,7 +54,7 @@ class ChildProcessesContract
 protected:
   using Steps = std::vector<std::string>;
 
-  /// A spawned child and what came from it.
+  /// A spawned child and its output.
   struct Spawned {
     TerminalChild child;
     std::string output; ///< without the carriage returns that the terminal adds
@@ -77,7 +77,7 @@ protected:
   /// Runs the helper tool to its end; a failed launch fails the test.
   ToolResult run(const Steps& steps, ToolOutput output = ToolOutput::capture);
 
-  /// Lets everything run that is on its way to the main queue.
+  /// Runs all tasks that are added to the main queue until now.
   void drain();
 
   std::unique_ptr<ChildProcessesSubject> subject_ = GetParam().make();

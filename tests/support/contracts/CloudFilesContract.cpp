@@ -39,7 +39,7 @@ TEST_P(CloudFilesContract, emptyAndMissingFoldersHaveNoItems) {
   EXPECT_TRUE(paths(cloudFiles(), inFolder("missing")).empty());
 }
 
-TEST_P(CloudFilesContract, everyItemBelowIsComeByOnce) {
+TEST_P(CloudFilesContract, everyItemBelowFolderIsVisitedOnce) {
   for (const char* const folder : {"folder", "folder/deeper", "folder/Some.app", "empty"})
     subject_->addFolder(inFolder(folder));
   for (const char* const file :
@@ -51,7 +51,7 @@ TEST_P(CloudFilesContract, everyItemBelowIsComeByOnce) {
                     inFolder("folder/deeper/three down"), inFolder("folder/Some.app/inside")}));
 }
 
-TEST_P(CloudFilesContract, onlyWhatIsBelowTheFolderIsComeBy) {
+TEST_P(CloudFilesContract, onlyItemsBelowFolderAreVisited) {
   subject_->addFolder(inFolder("one"));
   subject_->addFolder(inFolder("one more"));
   addCurrent("one/in");
@@ -59,7 +59,7 @@ TEST_P(CloudFilesContract, onlyWhatIsBelowTheFolderIsComeBy) {
   EXPECT_EQ(paths(cloudFiles(), inFolder("one")), std::vector{inFolder("one/in")});
 }
 
-TEST_P(CloudFilesContract, fileOfTheCloudTellsHowItStands) {
+TEST_P(CloudFilesContract, cloudFileReportsDownloadingStatus) {
   for (const auto status : {DownloadingStatus::notDownloaded, DownloadingStatus::downloaded,
                             DownloadingStatus::current}) {
     const std::string path = inFolder("file " + std::to_string(static_cast<int>(status)));
@@ -71,7 +71,7 @@ TEST_P(CloudFilesContract, fileOfTheCloudTellsHowItStands) {
   }
 }
 
-TEST_P(CloudFilesContract, fileOutsideTheCloudHasNoStatus) {
+TEST_P(CloudFilesContract, fileOutsideCloudHasNoStatus) {
   subject_->addFile(inFolder("file"), std::nullopt);
   const ResourceValues found = values(cloudFiles(), subject_->folder())[inFolder("file")];
   EXPECT_EQ(found.isRegularFile, true);
@@ -79,7 +79,7 @@ TEST_P(CloudFilesContract, fileOutsideTheCloudHasNoStatus) {
   EXPECT_EQ(found.downloadingStatus, std::nullopt);
 }
 
-TEST_P(CloudFilesContract, contentsTakeUpSpaceWhereTheyAre) {
+TEST_P(CloudFilesContract, onlyLocalContentsTakeSpace) {
   subject_->addFile(inFolder("here"), DownloadingStatus::current);
   subject_->addFile(inFolder("there"), DownloadingStatus::notDownloaded);
   auto found = values(cloudFiles(), subject_->folder());
@@ -87,12 +87,12 @@ TEST_P(CloudFilesContract, contentsTakeUpSpaceWhereTheyAre) {
   EXPECT_EQ(found[inFolder("there")].totalFileAllocatedSize, 0);
 }
 
-TEST_P(CloudFilesContract, folderIsNoRegularFile) {
+TEST_P(CloudFilesContract, folderIsNotRegularFile) {
   subject_->addFolder(inFolder("folder"));
   EXPECT_EQ(values(cloudFiles(), subject_->folder())[inFolder("folder")].isRegularFile, false);
 }
 
-TEST_P(CloudFilesContract, itemsComeOnTheThreadOfTheWalkWhichManyMayHave) {
+TEST_P(CloudFilesContract, parallelWalksVisitOnTheirOwnThreads) {
   for (const char* const file : {"a", "b", "c"})
     addCurrent(file);
   std::array<std::vector<std::thread::id>, 4> visitors;
@@ -112,7 +112,7 @@ TEST_P(CloudFilesContract, itemsComeOnTheThreadOfTheWalkWhichManyMayHave) {
     EXPECT_EQ(visitors.at(index), std::vector(3, walkers.at(index)));
 }
 
-TEST_P(CloudFilesContract, evictionIsDoneOrSaysWhyNot) {
+TEST_P(CloudFilesContract, evictionSucceedsOrReturnsError) {
   addCurrent("file");
   addCurrent("busy");
   subject_->refuseToEvict(inFolder("busy"));

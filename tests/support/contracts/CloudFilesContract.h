@@ -18,15 +18,15 @@ public:
 
   virtual CloudFiles& cloudFiles() = 0;
 
-  /// An empty folder of this test's own, without a trailing slash.
+  /// An empty folder for this test alone, without a trailing slash.
   virtual std::string folder() = 0;
 
-  /// Make an item below the folder, named by its whole path: a folder, and a file of some bytes
-  /// that is in the cloud, or is not.
+  /// Make an item below the folder, named by its whole path: a folder, or a file of some bytes. A
+  /// file without a status is not in the cloud.
   virtual void addFolder(const std::string& path) = 0;
   virtual void addFile(const std::string& path, std::optional<DownloadingStatus> status) = 0;
 
-  /// Lets the eviction of a file fail.
+  /// Makes the eviction of a file fail.
   virtual void refuseToEvict(const std::string& path) = 0;
 };
 

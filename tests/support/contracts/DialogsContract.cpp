@@ -4,14 +4,14 @@ namespace driftmark::test {
 
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(DialogsContract);
 
-TEST_P(DialogsContract, chosenButtonIsToldByItsIndex) {
+TEST_P(DialogsContract, chosenButtonIsReturnedAsIndex) {
   for (std::size_t button = 0; button < 3; ++button) {
     subject_->willPress(button);
     EXPECT_EQ(show({"A", "B", "C"}), button);
   }
 }
 
-TEST_P(DialogsContract, closedAlertCountsAsItsLastButton) {
+TEST_P(DialogsContract, closedAlertCountsAsLastButton) {
   subject_->willClose();
   EXPECT_EQ(show({"A", "B", "C"}), 2U);
   subject_->willClose();
@@ -25,17 +25,17 @@ TEST_P(DialogsContract, alertWithoutButtonsCanBeAcknowledgedAndClosed) {
   EXPECT_EQ(show({}), 0U);
 }
 
-TEST_P(DialogsContract, chosenFolderIsToldByItsPath) {
+TEST_P(DialogsContract, chosenFolderIsReturnedAsPath) {
   subject_->willChoose(subject_->folderInside());
   EXPECT_EQ(chooseFolder(), subject_->folderInside());
 }
 
-TEST_P(DialogsContract, folderThatThePanelOpenedAtIsToldAsItWasNamed) {
+TEST_P(DialogsContract, confirmedStartFolderIsReturnedUnchanged) {
   subject_->willConfirm();
   EXPECT_EQ(chooseFolder(), subject_->folder());
 }
 
-TEST_P(DialogsContract, cancelledPanelHasNoFolder) {
+TEST_P(DialogsContract, cancelledPanelReturnsNoFolder) {
   subject_->willCancel();
   EXPECT_EQ(chooseFolder(), std::nullopt);
 }

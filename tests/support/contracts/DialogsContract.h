@@ -20,16 +20,16 @@ public:
 
   virtual Dialogs& dialogs() = 0;
 
-  /// The next alert is answered by its button of this index, or closed.
+  /// The user presses the button of this index in the next alert, or closes it.
   virtual void willPress(std::size_t button) = 0;
   virtual void willClose() = 0;
 
-  /// A folder that there is, without a trailing slash, and one in it.
+  /// An existing folder, without a trailing slash, and one inside it.
   virtual std::string folder() = 0;
   virtual std::string folderInside() = 0;
 
-  /// In the next folder panel a folder is chosen, or the one that it opened at is confirmed, or
-  /// nothing is chosen.
+  /// In the next folder panel the user chooses a folder, confirms the one that it opened at, or
+  /// cancels.
   virtual void willChoose(const std::string& folder) = 0;
   virtual void willConfirm() = 0;
   virtual void willCancel() = 0;

@@ -4,12 +4,12 @@ namespace driftmark::test {
 
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(EnvironmentContract);
 
-TEST_P(EnvironmentContract, variableThatIsNotSetIsAbsent) {
+TEST_P(EnvironmentContract, unsetVariableIsAbsent) {
   subject_->unset("DRIFTMARK_CONTRACT_TEST");
   EXPECT_EQ(environment().variable("DRIFTMARK_CONTRACT_TEST"), std::nullopt);
 }
 
-TEST_P(EnvironmentContract, variableHasTheValueItWasSetTo) {
+TEST_P(EnvironmentContract, setVariableHasItsValue) {
   subject_->set("DRIFTMARK_CONTRACT_TEST", "90.5");
   EXPECT_EQ(environment().variable("DRIFTMARK_CONTRACT_TEST"), "90.5");
 }
@@ -19,13 +19,13 @@ TEST_P(EnvironmentContract, emptyValueIsPresent) {
   EXPECT_EQ(environment().variable("DRIFTMARK_CONTRACT_TEST"), "");
 }
 
-TEST_P(EnvironmentContract, valueIsHandedOutByteForByte) {
+TEST_P(EnvironmentContract, valueKeepsEveryByte) {
   const std::string value = " spaces = kept\n\xc3\xa9\xff ";
   subject_->set("DRIFTMARK_CONTRACT_TEST", value);
   EXPECT_EQ(environment().variable("DRIFTMARK_CONTRACT_TEST"), value);
 }
 
-TEST_P(EnvironmentContract, nameIsComparedWhole) {
+TEST_P(EnvironmentContract, nameIsComparedExactly) {
   subject_->set("DRIFTMARK_CONTRACT_TEST_LONGER", "other");
   subject_->unset("DRIFTMARK_CONTRACT_TEST");
   EXPECT_EQ(environment().variable("DRIFTMARK_CONTRACT_TEST"), std::nullopt);

@@ -6,7 +6,7 @@ using namespace std::string_literals;
 
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(FileSystemContract);
 
-TEST_P(FileSystemContract, fileExistsFromItsCreationToItsRemoval) {
+TEST_P(FileSystemContract, fileExistsFromCreationToRemoval) {
   const std::string path = inFolder("report.pdf");
   EXPECT_FALSE(fileSystem().fileExists(path));
   subject_->createFile(path);
@@ -21,7 +21,7 @@ TEST_P(FileSystemContract, folderExists) {
   EXPECT_TRUE(fileSystem().fileExists(inFolder("nested")));
 }
 
-TEST_P(FileSystemContract, linkExistsWhenItsTargetDoes) {
+TEST_P(FileSystemContract, linkExistsWhenTargetExists) {
   subject_->createLink(inFolder("link"), inFolder("target"));
   EXPECT_FALSE(fileSystem().fileExists(inFolder("link")));
   subject_->createFile(inFolder("target"));
@@ -37,7 +37,7 @@ TEST_P(FileSystemContract, namesInAnyScriptAreFound) {
   }
 }
 
-TEST_P(FileSystemContract, whatCannotBeDeterminedIsAbsent) {
+TEST_P(FileSystemContract, pathThatCannotBeCheckedIsAbsent) {
   subject_->createFile(inFolder("file"));
   EXPECT_FALSE(fileSystem().fileExists(""));
   EXPECT_FALSE(fileSystem().fileExists(inFolder("file/below")));
@@ -45,19 +45,19 @@ TEST_P(FileSystemContract, whatCannotBeDeterminedIsAbsent) {
   EXPECT_FALSE(fileSystem().fileExists(inFolder("missing/below")));
 }
 
-TEST_P(FileSystemContract, pathWithANulIsNotThePathBeforeIt) {
+TEST_P(FileSystemContract, pathWithNulIsNotTruncated) {
   subject_->createFile(inFolder("file"));
   EXPECT_FALSE(fileSystem().fileExists(inFolder("file\0more"s)));
 }
 
-TEST_P(FileSystemContract, homeIsAnAbsolutePathWithoutTrailingSlash) {
+TEST_P(FileSystemContract, homeIsAbsoluteWithoutTrailingSlash) {
   const std::string home = fileSystem().homeDirectory();
   ASSERT_FALSE(home.empty());
   EXPECT_EQ(home.front(), '/');
   EXPECT_NE(home.back(), '/');
 }
 
-TEST_P(FileSystemContract, madeFolderExistsAndMayBeMadeAgain) {
+TEST_P(FileSystemContract, folderMayBeMadeTwice) {
   const std::string path = inFolder("above/folder");
   EXPECT_FALSE(fileSystem().createDirectory(path).has_value());
   EXPECT_TRUE(fileSystem().fileExists(path));
@@ -66,7 +66,7 @@ TEST_P(FileSystemContract, madeFolderExistsAndMayBeMadeAgain) {
   EXPECT_TRUE(fileSystem().fileExists(path + "/file"));
 }
 
-TEST_P(FileSystemContract, removedFolderIsGoneWithAllThatItHolds) {
+TEST_P(FileSystemContract, folderIsRemovedWithContents) {
   subject_->createFolder(inFolder("folder"));
   subject_->createFile(inFolder("folder/file"));
   subject_->createFile(inFolder("folder2"));
@@ -76,7 +76,7 @@ TEST_P(FileSystemContract, removedFolderIsGoneWithAllThatItHolds) {
   EXPECT_TRUE(fileSystem().fileExists(inFolder("folder2")));
 }
 
-TEST_P(FileSystemContract, removedLinkLeavesItsTarget) {
+TEST_P(FileSystemContract, removedLinkKeepsTarget) {
   subject_->createFile(inFolder("target"));
   subject_->createLink(inFolder("link"), inFolder("target"));
   EXPECT_FALSE(fileSystem().removeItem(inFolder("link")).has_value());
@@ -84,7 +84,7 @@ TEST_P(FileSystemContract, removedLinkLeavesItsTarget) {
   EXPECT_TRUE(fileSystem().fileExists(inFolder("target")));
 }
 
-TEST_P(FileSystemContract, movedFolderIsAtItsNewPlaceAlone) {
+TEST_P(FileSystemContract, movedFolderIsOnlyAtNewPath) {
   subject_->createFolder(inFolder("from"));
   subject_->createFile(inFolder("from/file"));
   EXPECT_FALSE(fileSystem().moveItem(inFolder("from"), inFolder("to")).has_value());
@@ -92,7 +92,7 @@ TEST_P(FileSystemContract, movedFolderIsAtItsNewPlaceAlone) {
   EXPECT_FALSE(fileSystem().fileExists(inFolder("from")));
 }
 
-TEST_P(FileSystemContract, moveToATakenPlaceIsAnErrorAndMovesNothing) {
+TEST_P(FileSystemContract, moveToExistingPathIsErrorAndMovesNothing) {
   subject_->createFile(inFolder("from"));
   subject_->createFolder(inFolder("to"));
   const auto error = fileSystem().moveItem(inFolder("from"), inFolder("to"));
@@ -109,7 +109,7 @@ TEST_P(FileSystemContract, trashedItemIsGone) {
   EXPECT_FALSE(fileSystem().fileExists(inFolder("item")));
 }
 
-TEST_P(FileSystemContract, missingItemIsAnErrorWithWords) {
+TEST_P(FileSystemContract, missingItemIsDescribedError) {
   const std::string path = inFolder("missing");
   for (const auto& error : {fileSystem().removeItem(path), fileSystem().trashItem(path),
                             fileSystem().moveItem(path, inFolder("to"))}) {
@@ -119,14 +119,14 @@ TEST_P(FileSystemContract, missingItemIsAnErrorWithWords) {
   EXPECT_FALSE(fileSystem().fileExists(inFolder("to")));
 }
 
-TEST_P(FileSystemContract, temporaryFolderStaysTheSameAndEndsInASlash) {
+TEST_P(FileSystemContract, temporaryFolderIsConstantWithTrailingSlash) {
   const std::string path = fileSystem().temporaryDirectory();
   EXPECT_TRUE(path.starts_with('/')) << path;
   EXPECT_TRUE(path.ends_with('/')) << path;
   EXPECT_EQ(fileSystem().temporaryDirectory(), path);
 }
 
-TEST_P(FileSystemContract, unknownWriteErrorHasWords) {
+TEST_P(FileSystemContract, unknownWriteErrorIsDescribed) {
   EXPECT_FALSE(fileSystem().unknownWriteError().description.empty());
 }
 

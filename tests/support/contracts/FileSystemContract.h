@@ -17,7 +17,7 @@ public:
 
   virtual FileSystem& fileSystem() = 0;
 
-  /// An empty folder of this test's own, without a trailing slash.
+  /// An empty folder for this test alone, without a trailing slash.
   virtual std::string folder() = 0;
 
   virtual void createFile(const std::string& path) = 0;

@@ -7,7 +7,7 @@ namespace driftmark::test {
 
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(HttpClientContract);
 
-TEST_P(HttpClientContract, bodyComesOnceAndNeverInsideTheCall) {
+TEST_P(HttpClientContract, bodyArrivesOnceAfterCallReturned) {
   std::vector<std::string> replies;
   client().fetch({.url = subject_->urlOf("body")}, maxBodySize, [&](const auto& reply) {
     replies.push_back(std::get<HttpClient::Body>(reply).bytes);
@@ -17,7 +17,7 @@ TEST_P(HttpClientContract, bodyComesOnceAndNeverInsideTheCall) {
   EXPECT_EQ(replies, std::vector<std::string>{"body"});
 }
 
-TEST_P(HttpClientContract, downloadedFileHoldsTheBody) {
+TEST_P(HttpClientContract, downloadedFileHoldsBody) {
   std::optional<std::string> contents;
   client().download(subject_->urlOf("archive"), [&](const auto& reply) {
     contents = subject_->contentsOf(std::get<HttpClient::File>(reply).path);
@@ -27,7 +27,7 @@ TEST_P(HttpClientContract, downloadedFileHoldsTheBody) {
   EXPECT_EQ(contents, "archive");
 }
 
-TEST_P(HttpClientContract, unreachableServerIsAnErrorWithWords) {
+TEST_P(HttpClientContract, unreachableServerIsDescribedError) {
   std::vector<std::string> errors;
   const auto keepError = [&](const auto& reply) {
     errors.push_back(std::get<PlatformError>(reply).description);
@@ -41,7 +41,7 @@ TEST_P(HttpClientContract, unreachableServerIsAnErrorWithWords) {
     EXPECT_FALSE(error.empty());
 }
 
-TEST_P(HttpClientContract, requestsDoNotMixTheirReplies) {
+TEST_P(HttpClientContract, requestsGetTheirOwnReplies) {
   std::vector<std::string> bodies(3);
   for (std::size_t number = 0; number < bodies.size(); ++number)
     client().fetch({.url = subject_->urlOf("body " + std::to_string(number))}, maxBodySize,

@@ -18,16 +18,16 @@ public:
 
   virtual HttpClient& client() = 0;
 
-  /// An address that is answered with this body.
+  /// A URL whose reply has this body.
   virtual std::string urlOf(const std::string& body) = 0;
 
-  /// An address that nobody answers at.
+  /// A URL without a server.
   virtual std::string unreachableUrl() = 0;
 
-  /// What a downloaded file holds.
+  /// The contents of a downloaded file.
   virtual std::string contentsOf(const std::string& file) = 0;
 
-  /// Runs the main queue until `done`; false when a generous deadline passes first.
+  /// Runs the main queue until `done`; false after a long timeout.
   virtual bool runUntil(const std::function<bool()>& done) = 0;
 };
 

@@ -23,7 +23,7 @@ bool MainQueueContract::pass(Seconds duration) {
   return runUntil([over] { return *over; });
 }
 
-TEST_P(MainQueueContract, tasksRunInTheOrderOfHandingOver) {
+TEST_P(MainQueueContract, tasksRunInOrderOfAdding) {
   std::string order;
   for (char letter = 'a'; letter <= 'z'; ++letter)
     queue().async([&order, letter] { order += letter; });
@@ -31,7 +31,7 @@ TEST_P(MainQueueContract, tasksRunInTheOrderOfHandingOver) {
   EXPECT_EQ(order, "abcdefghijklmnopqrstuvwxyz");
 }
 
-TEST_P(MainQueueContract, taskNeverRunsInsideTheCallThatHandsItOver) {
+TEST_P(MainQueueContract, taskNeverRunsInsideCallThatAddsIt) {
   bool ran = false;
   queue().async([&] { ran = true; });
   EXPECT_FALSE(ran);
@@ -43,7 +43,7 @@ TEST_P(MainQueueContract, taskNeverRunsInsideTheCallThatHandsItOver) {
   EXPECT_TRUE(runUntil([&] { return delayedRan; }));
 }
 
-TEST_P(MainQueueContract, taskHandedOverByATaskRunsAfterThoseThatWait) {
+TEST_P(MainQueueContract, taskAddedByTaskRunsAfterWaitingOnes) {
   std::string order;
   queue().async([&] {
     queue().async([&] { order += "nested"; });
@@ -54,7 +54,7 @@ TEST_P(MainQueueContract, taskHandedOverByATaskRunsAfterThoseThatWait) {
   EXPECT_EQ(order, "first second nested");
 }
 
-TEST_P(MainQueueContract, tasksFromOtherThreadsRunOnTheQueuesThreadInTheirThreadsOrder) {
+TEST_P(MainQueueContract, tasksFromOtherThreadsRunOnQueueThreadInOrder) {
   constexpr int threadCount = 4;
   constexpr int tasksPerThread = 250;
   std::vector<std::vector<int>> seen(threadCount);
@@ -82,7 +82,7 @@ TEST_P(MainQueueContract, tasksFromOtherThreadsRunOnTheQueuesThreadInTheirThread
     EXPECT_EQ(tasks, inOrder);
 }
 
-TEST_P(MainQueueContract, delayedTaskRunsOnceAndNoSoonerThanItsDelay) {
+TEST_P(MainQueueContract, delayedTaskRunsOnceAfterItsDelay) {
   int runs = 0;
   const Seconds start = subject_->elapsed();
   std::optional<Seconds> ranAt;
@@ -96,7 +96,7 @@ TEST_P(MainQueueContract, delayedTaskRunsOnceAndNoSoonerThanItsDelay) {
   EXPECT_EQ(runs, 1);
 }
 
-TEST_P(MainQueueContract, shorterDelayRunsFirstThoughHandedOverLater) {
+TEST_P(MainQueueContract, shorterDelayRunsFirst) {
   std::string order;
   queue().after(shortWhile * 8, [&] { order += "long"; });
   queue().after(shortWhile, [&] { order += "short "; });
@@ -104,7 +104,7 @@ TEST_P(MainQueueContract, shorterDelayRunsFirstThoughHandedOverLater) {
   EXPECT_EQ(order, "short long");
 }
 
-TEST_P(MainQueueContract, delayedTaskLetsOthersRunMeanwhile) {
+TEST_P(MainQueueContract, otherTasksRunDuringDelay) {
   std::string order;
   queue().after(shortWhile, [&] { order += "delayed"; });
   queue().async([&] { order += "soon "; });
@@ -112,7 +112,7 @@ TEST_P(MainQueueContract, delayedTaskLetsOthersRunMeanwhile) {
   EXPECT_EQ(order, "soon delayed");
 }
 
-TEST_P(MainQueueContract, timerRunsAgainAndAgainAndNeverEarly) {
+TEST_P(MainQueueContract, timerRepeatsAndIsNeverEarly) {
   const Seconds start = subject_->elapsed();
   std::vector<Seconds> moments;
   const auto timer =
@@ -124,13 +124,13 @@ TEST_P(MainQueueContract, timerRunsAgainAndAgainAndNeverEarly) {
               shortWhile.count() * static_cast<double>(turn + 1) - 0.001);
 }
 
-TEST_P(MainQueueContract, timerWithToleranceRunsToo) {
+TEST_P(MainQueueContract, timerWithToleranceRepeats) {
   int runs = 0;
   const auto timer = queue().repeat(shortWhile, shortWhile / 2, [&] { ++runs; });
   EXPECT_TRUE(runUntil([&] { return runs >= 3; }));
 }
 
-TEST_P(MainQueueContract, destroyedTimerRunsNoMore) {
+TEST_P(MainQueueContract, destroyedTimerStops) {
   int runs = 0;
   auto timer = queue().repeat(shortWhile, Seconds(0), [&] { ++runs; });
   ASSERT_TRUE(runUntil([&] { return runs == 2; }));
@@ -139,7 +139,7 @@ TEST_P(MainQueueContract, destroyedTimerRunsNoMore) {
   EXPECT_EQ(runs, 2);
 }
 
-TEST_P(MainQueueContract, timerDestroyedBeforeItsFirstTurnNeverRuns) {
+TEST_P(MainQueueContract, timerDestroyedBeforeFirstRunNeverRuns) {
   int runs = 0;
   auto timer = queue().repeat(shortWhile, Seconds(0), [&] { ++runs; });
   timer.reset();
@@ -147,7 +147,7 @@ TEST_P(MainQueueContract, timerDestroyedBeforeItsFirstTurnNeverRuns) {
   EXPECT_EQ(runs, 0);
 }
 
-TEST_P(MainQueueContract, timersOwnTaskMayDestroyIt) {
+TEST_P(MainQueueContract, timerMayBeDestroyedByItsOwnTask) {
   int runs = 0;
   const auto token = std::make_shared<int>(7);
   int tokenAfterwards = 0;
@@ -176,7 +176,7 @@ TEST_P(MainQueueContract, timersAreIndependent) {
   EXPECT_EQ(fast, fastBefore);
 }
 
-TEST_P(MainQueueContract, whatATaskHoldsIsReleasedOnceItHasRun) {
+TEST_P(MainQueueContract, taskIsReleasedAfterItHasRun) {
   const auto token = std::make_shared<int>(0);
   queue().async([token] {});
   queue().after(shortWhile, [token] {});
@@ -187,7 +187,7 @@ TEST_P(MainQueueContract, whatATaskHoldsIsReleasedOnceItHasRun) {
   EXPECT_TRUE(runUntil([&] { return token.use_count() == 1; }));
 }
 
-TEST_P(MainQueueContract, tasksThatStillWaitAreDroppedWithTheQueue) {
+TEST_P(MainQueueContract, waitingTasksAreDroppedWithQueue) {
   const auto token = std::make_shared<int>(0);
   bool ran = false;
   queue().async([token, &ran] { ran = true; });

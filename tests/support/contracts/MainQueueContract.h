@@ -17,10 +17,10 @@ public:
 
   virtual MainQueue& queue() = 0;
 
-  /// Runs the queue until `done`; false when a generous deadline passes first.
+  /// Runs the queue until `done`; false after a long timeout.
   virtual bool runUntil(const std::function<bool()>& done) = 0;
 
-  /// Time as the queue sees it, never set back.
+  /// The time of the queue, which never goes back.
   virtual Seconds elapsed() const = 0;
 
   /// Destroys the queue.

@@ -4,7 +4,7 @@ namespace driftmark::test {
 
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(SignalsContract);
 
-TEST_P(SignalsContract, eachSignalReachesItsOwnSource) {
+TEST_P(SignalsContract, signalReachesItsOwnSource) {
   int terminations = 0;
   int interrupts = 0;
   const auto terminate = signals().makeSource(QuitSignal::terminate, [&] { ++terminations; });
@@ -17,7 +17,7 @@ TEST_P(SignalsContract, eachSignalReachesItsOwnSource) {
   EXPECT_EQ(terminations, 1);
 }
 
-TEST_P(SignalsContract, handlerRunsFromTheQueue) {
+TEST_P(SignalsContract, handlerRunsFromMainQueue) {
   int calls = 0;
   const auto source = signals().makeSource(QuitSignal::terminate, [&] { ++calls; });
   subject_->send(QuitSignal::terminate);

@@ -17,10 +17,10 @@ public:
 
   virtual Signals& signals() = 0;
 
-  /// Sends the signal to this program, whose death it must not be.
+  /// Sends the signal to this process, which must survive it.
   virtual void send(QuitSignal signal) = 0;
 
-  /// Lets the main queue run until `done`; false when that takes too long.
+  /// Runs the main queue until `done`; false after a long timeout.
   virtual bool runUntil(const std::function<bool()>& done) = 0;
 };
 

@@ -7,7 +7,7 @@
 
 namespace driftmark::test {
 
-/// Makes the subject of one contract test: a fixture around a fake or a real adapter. Instantiate a
+/// Makes the subject of a contract test: a fixture around a fake or an adapter. Instantiate a
 /// contract in one source of a test program:
 ///
 ///   INSTANTIATE_TEST_SUITE_P(Fake, ClockContract, Values(subject<ClockSubject,

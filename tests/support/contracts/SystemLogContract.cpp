@@ -9,12 +9,12 @@ using Lines = std::vector<std::string>;
 
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(SystemLogContract);
 
-TEST_P(SystemLogContract, lineIsWrittenExactlyAsGiven) {
+TEST_P(SystemLogContract, lineIsWrittenUnchanged) {
   systemLog().log("Driftmark: uploading report.pdf");
   EXPECT_EQ(subject_->lines(1), Lines{"Driftmark: uploading report.pdf"});
 }
 
-TEST_P(SystemLogContract, linesKeepTheirOrder) {
+TEST_P(SystemLogContract, linesKeepOrder) {
   Lines expected;
   for (int number = 0; number < 100; ++number) {
     expected.push_back("Driftmark: line " + std::to_string(number));
@@ -23,12 +23,12 @@ TEST_P(SystemLogContract, linesKeepTheirOrder) {
   EXPECT_EQ(subject_->lines(expected.size()), expected);
 }
 
-TEST_P(SystemLogContract, textIsNotTakenForAFormat) {
+TEST_P(SystemLogContract, textIsNotUsedAsFormat) {
   systemLog().log("Driftmark: uploading 100% %s %d %@ %n.txt");
   EXPECT_EQ(subject_->lines(1), Lines{"Driftmark: uploading 100% %s %d %@ %n.txt"});
 }
 
-TEST_P(SystemLogContract, namesInAnyScriptStayWhole) {
+TEST_P(SystemLogContract, namesInAnyScriptAreUnchanged) {
   const std::string line = "Driftmark: uploading \u5199\u771f caf\u00e9 \U0001f4c4.txt";
   systemLog().log(line);
   EXPECT_EQ(subject_->lines(1), Lines{line});
@@ -40,14 +40,14 @@ TEST_P(SystemLogContract, longLineStaysOneLine) {
   EXPECT_EQ(subject_->lines(1), Lines{line});
 }
 
-TEST_P(SystemLogContract, lineThatIsPartOfALongerTextEndsWhereItEnds) {
+TEST_P(SystemLogContract, lineEndsWithItsView) {
   const std::string text = "Driftmark: synced a.txt (upload) and more";
   systemLog().log(std::string_view(text).substr(0, 32));
   systemLog().log("Driftmark: next");
   EXPECT_EQ(subject_->lines(2), (Lines{"Driftmark: synced a.txt (upload)", "Driftmark: next"}));
 }
 
-TEST_P(SystemLogContract, linesOfSeveralThreadsDoNotMix) {
+TEST_P(SystemLogContract, linesOfSeveralThreadsAreNotMixed) {
   constexpr int threadCount = 4;
   constexpr int linesPerThread = 50;
   std::vector<std::thread> threads;

@@ -19,8 +19,7 @@ public:
 
   virtual SystemLog& systemLog() = 0;
 
-  /// The first `count` lines written so far, without their line ends; fewer when a generous
-  /// deadline passes first.
+  /// The first `count` lines written so far, without their line ends; fewer after a long timeout.
   virtual std::vector<std::string> lines(std::size_t count) = 0;
 };
 

@@ -11,7 +11,7 @@ namespace driftmark::test {
 
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(SystemTextContract);
 
-TEST_P(SystemTextContract, sizesThatDifferGreatlyReadDifferently) {
+TEST_P(SystemTextContract, differentSizesHaveDifferentTexts) {
   const std::vector<std::int64_t> sizes{0, 4096, 1'200'000, 3'400'000'000, 5'600'000'000'000};
   std::set<std::string> texts;
   for (const std::int64_t size : sizes)
@@ -20,7 +20,7 @@ TEST_P(SystemTextContract, sizesThatDifferGreatlyReadDifferently) {
   EXPECT_FALSE(texts.contains(""));
 }
 
-TEST_P(SystemTextContract, everyCountHasOneLineOfText) {
+TEST_P(SystemTextContract, everyByteCountIsOneLine) {
   for (const std::int64_t size :
        {std::int64_t(0), std::int64_t(1), std::int64_t(-1),
         std::numeric_limits<std::int64_t>::max(), std::numeric_limits<std::int64_t>::min()}) {
@@ -30,7 +30,7 @@ TEST_P(SystemTextContract, everyCountHasOneLineOfText) {
   }
 }
 
-TEST_P(SystemTextContract, sameCountReadsTheSameOnEveryThread) {
+TEST_P(SystemTextContract, byteCountIsSameOnEveryThread) {
   const std::string here = text().byteCount(123'456'789);
   std::string there;
   std::thread other([&] { there = text().byteCount(123'456'789); });
@@ -38,7 +38,7 @@ TEST_P(SystemTextContract, sameCountReadsTheSameOnEveryThread) {
   EXPECT_EQ(there, here);
 }
 
-TEST_P(SystemTextContract, addressIsToldFromOtherText) {
+TEST_P(SystemTextContract, urlIsDistinguishedFromOtherText) {
   for (const char* const address :
        {"https://example.com/appcast.json", "https://example.com:8443/a?b=c#d", "appcast.json",
         "../up/a.zip", "https://[::1]/", "mailto:someone@example.com", "a%20b"})

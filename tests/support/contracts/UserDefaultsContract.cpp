@@ -9,7 +9,7 @@ TEST_P(UserDefaultsContract, nothingIsSetAtFirst) {
   EXPECT_FALSE(userDefaults().boolean("Key"));
 }
 
-TEST_P(UserDefaultsContract, keptValueIsReadBack) {
+TEST_P(UserDefaultsContract, storedValueIsReadBack) {
   userDefaults().setBoolean("Key", true);
   EXPECT_TRUE(userDefaults().boolean("Key"));
   EXPECT_FALSE(userDefaults().boolean("Other"));
@@ -17,21 +17,21 @@ TEST_P(UserDefaultsContract, keptValueIsReadBack) {
   EXPECT_FALSE(userDefaults().boolean("Key"));
 }
 
-TEST_P(UserDefaultsContract, changesOfTheUserAreSeenAtOnce) {
+TEST_P(UserDefaultsContract, changesByUserAreVisibleAtOnce) {
   for (const std::string value : {"https://example.com/a b", "", "line\nend \"\\ \u2601"}) {
     subject_->setString("Address", value);
     EXPECT_EQ(userDefaults().string("Address"), value);
   }
 }
 
-TEST_P(UserDefaultsContract, valuesOfAnotherKindCountAsNotSet) {
+TEST_P(UserDefaultsContract, valuesOfOtherKindCountAsNotSet) {
   userDefaults().setBoolean("Switch", true);
   subject_->setString("Address", "true");
   EXPECT_EQ(userDefaults().string("Switch"), std::nullopt);
   EXPECT_FALSE(userDefaults().boolean("Address"));
 }
 
-TEST_P(UserDefaultsContract, keepingASettingLeavesTheOthers) {
+TEST_P(UserDefaultsContract, storingSettingKeepsOthers) {
   subject_->setString("Address", "x");
   userDefaults().setBoolean("One", true);
   userDefaults().setBoolean("Two", true);
