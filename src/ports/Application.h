@@ -32,7 +32,7 @@ public:
   /// itself.
   virtual void run() = 0;
 
-  /// Brings the application to the front, whatever other application is active.
+  /// Activates the application, whatever other application is active.
   virtual void activateIgnoringOtherApplications() = 0;
 
   /// Asks for the orderly end. Returns at once, so the caller continues first; asking again is

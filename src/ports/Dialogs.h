@@ -46,8 +46,8 @@ public:
   virtual std::optional<std::string> chooseFolder(const FolderPanel& panel) = 0;
 
   /// Shows the about panel: name, icon and version of the bundle, and `credits` below, which are
-  /// lines of plain text in small letters. Returns at once; a panel that is already open comes to
-  /// the front.
+  /// lines of plain text in small letters. Returns at once; a panel that is already open is
+  /// raised.
   virtual void orderFrontAboutPanel(const std::string& credits) = 0;
 };
 

@@ -50,7 +50,7 @@ std::size_t TestBackgroundQueue::runAll() {
   while (runNext())
     if (++count == maxTasksInOneCall)
       throw std::runtime_error("the background queue has run " + std::to_string(count) +
-                               " tasks in one call and more wait: a task is handed over again and "
+                               " tasks in one call and more wait: a task is added again and "
                                "again");
   return count;
 }

@@ -166,7 +166,7 @@ std::size_t TestMainQueue::runUpTo(Date::duration target) {
     if (count == maxTasksInOneCall) {
       core_->running = false;
       throw std::runtime_error("the main queue has run " + std::to_string(count) +
-                               " tasks in one call and more are due: a task is handed over again "
+                               " tasks in one call and more are due: a task is added again "
                                "and again");
     }
     task();

@@ -267,5 +267,15 @@ TEST_F(MoveToApplications, signalDuringOfferEndsProgramWithoutMove) {
   EXPECT_THAT(machine_.settings(), Not(HasSubstr("skipUserApplicationsInstall")));
 }
 
+/// The first state is logged when the interface starts.
+TEST_F(MoveToApplications, signalDuringOfferStartsNothing) {
+  RunningCopy copy = machine_.start(machine_.placeBundle(downloads(), "1.0"));
+  copy.driver.awaitAlert();
+  copy.process.signal(SIGTERM);
+  copy.driver.awaitEnd();
+  EXPECT_EQ(awaitExit(copy.process), 0);
+  EXPECT_THAT(copy.log.readToEnd(), Not(HasSubstr("state -> ")));
+}
+
 } // namespace
 } // namespace driftmark::test

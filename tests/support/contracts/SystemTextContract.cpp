@@ -39,10 +39,10 @@ TEST_P(SystemTextContract, byteCountIsSameOnEveryThread) {
 }
 
 TEST_P(SystemTextContract, urlIsDistinguishedFromOtherText) {
-  for (const char* const address :
+  for (const char* const url :
        {"https://example.com/appcast.json", "https://example.com:8443/a?b=c#d", "appcast.json",
         "../up/a.zip", "https://[::1]/", "mailto:someone@example.com", "a%20b"})
-    EXPECT_TRUE(text().isUrl(address)) << address;
+    EXPECT_TRUE(text().isUrl(url)) << url;
   for (const char* const other : {"", "https://exam ple.com/", "not an address", "a b"})
     EXPECT_FALSE(text().isUrl(other)) << other;
 }
