@@ -80,7 +80,7 @@ private:
   }
 
   Iterator place(Entries& taken) {
-    const Iterator entry = taken.begin();
+    const auto entry = taken.begin();
     const bool isYoungest = entries_.empty() || !(entry->date() < entries_.back().date());
     entries_.splice(isYoungest ? entries_.end() : search(entry->date()), taken);
     lastPlaced_ = entry;
@@ -94,7 +94,7 @@ private:
   /// Starts from the place found last: after the clock was set back, the places lie close to each
   /// other but not at the end.
   Iterator search(Date date) {
-    Iterator at = lastPlaced_;
+    auto at = lastPlaced_;
     while (at != entries_.end() && !(date < at->date()))
       ++at;
     while (at != entries_.begin() && date < std::prev(at)->date())
