@@ -90,7 +90,7 @@ const exceptions = [
   { words: /^(ItemVisitor|visitors?_?)$/, files: /FolderWalk|CloudFiles/, reason: 'the visitor of a walk' },
   { words: /grace_?period/i, reason: 'the term itself' },
   { words: /address/i,
-    files: /LocalSocket|LocalPort|PlainServer|SessionBus|Session\.cpp|ScreenReader|TestMachine\.cpp/,
+    files: /LocalSocket|LocalPort|PlainServer|SessionBus|Session\.cpp|ScreenReader|TestMachine\.cpp|Sandbox\.cpp|platform\/main\.cpp/,
     reason: 'addresses of sockets, of buses and in memory' },
   { words: /^(AddressSanitizer|SockAct|__SANITIZE_ADDRESS__|QHostAddress)$/, reason: 'names of others' },
   { words: /^XAUTHORITY$/, reason: "the X server's variable" },

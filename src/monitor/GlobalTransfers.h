@@ -17,7 +17,7 @@ public:
   /// `window` is how long a transfer counts after its last report.
   explicit GlobalTransfers(Seconds window) : window_(window) {}
 
-  /// A transfer of `total` bytes goes on. True when it is new.
+  /// A transfer of `total` bytes continues. True when it is new.
   bool report(std::int64_t total, Date now);
 
   /// The transfer of `total` bytes, if there is one, has finished.

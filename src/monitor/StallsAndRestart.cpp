@@ -1,5 +1,5 @@
-// When a transfer counts as stalled, when a restart of the sync daemon is offered, and what the
-// restart does.
+// After which time a transfer is stalled (`Transfers` finds those that are), when a restart of the
+// sync daemon is offered, and what the restart does.
 
 #include "monitor/SyncMonitor.h"
 #include "ports/Environment.h"

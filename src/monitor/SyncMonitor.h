@@ -98,7 +98,7 @@ public:
   /// Asks every child process to end. A monitor that exits from now on is not restarted.
   void stop();
 
-  // LineParser.cpp
+  // ItemChanges.cpp
 
   /// The transfers in flight.
   const Transfers& active() const { return active_; }
@@ -191,7 +191,7 @@ private:
       "brctl monitor -g", {"monitor", "-g", "-i"}, &SyncMonitor::parseGlobal, {}, {}, {}};
   bool stopping_ = false;
 
-  // LineParser.cpp
+  // ItemChanges.cpp
   /// The last known local state of a path.
   enum class KnownState : KnownItems::Value { current = 1, evicted = 2 };
   /// A line that was read and is to be applied.

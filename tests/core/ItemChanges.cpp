@@ -11,7 +11,7 @@ const std::string docs = "/com~apple~CloudDocs";
 const std::string cloud = " \u2601";
 const std::string notDownloaded = " \u2601 not downloaded";
 
-class LineParserTest : public MonitorTest {
+class ItemChangesTest : public MonitorTest {
 protected:
   void SetUp() override { start(); }
 
@@ -37,7 +37,7 @@ protected:
 
 // ---- cleaning ----
 
-TEST_F(LineParserTest, colouredProgressLineWithCarriageReturnStartsAnUpload) {
+TEST_F(ItemChangesTest, colouredProgressLineWithCarriageReturnStartsAnUpload) {
   EXPECT_EQ(print("\x1b[1m o " + docs + "/a.txt \u2191 45%\r\n"), 1);
   ASSERT_TRUE(active(docs + "/a.txt"));
   const ActiveItem& upload = transfer(docs + "/a.txt");
@@ -48,7 +48,7 @@ TEST_F(LineParserTest, colouredProgressLineWithCarriageReturnStartsAnUpload) {
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading a.txt");
 }
 
-TEST_F(LineParserTest, colourSequencesAreRemovedAnywhereInTheLine) {
+TEST_F(ItemChangesTest, colourSequencesAreRemovedAnywhereInTheLine) {
   EXPECT_TRUE(
       line("\x1b[0;1m \x1b[mo\x1b[32m /fold\x1b[1;31mer/a.txt\x1b[0m \u2191\x1b[;m 4\x1b[0m5%"));
   ASSERT_TRUE(active("/folder/a.txt"));
@@ -56,7 +56,7 @@ TEST_F(LineParserTest, colourSequencesAreRemovedAnywhereInTheLine) {
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading a.txt");
 }
 
-TEST_F(LineParserTest, lineIsCleanedEvenAfterAFolderWithAnEscape) {
+TEST_F(ItemChangesTest, lineIsCleanedEvenAfterAFolderWithAnEscape) {
   // The first folder after cleaning has the same bytes as the second one before cleaning.
   EXPECT_FALSE(line(" o /A\x1b\x1b[m[1mB/x \u2601"));
   EXPECT_FALSE(line(" o /A\x1b[1mB/y \u2601"));
@@ -64,7 +64,7 @@ TEST_F(LineParserTest, lineIsCleanedEvenAfterAFolderWithAnEscape) {
   EXPECT_EQ(onlyLogLine(), "Driftmark: evicted y");
 }
 
-TEST_F(LineParserTest, otherEscapeSequencesAreKept) {
+TEST_F(ItemChangesTest, otherEscapeSequencesAreKept) {
   EXPECT_FALSE(line("\x1b[2K o /a.txt \u2191 45%"));
   EXPECT_FALSE(line("\x1b[1 o /a.txt \u2191 45%"));
   expectNothingHappened();
@@ -72,31 +72,31 @@ TEST_F(LineParserTest, otherEscapeSequencesAreKept) {
   EXPECT_TRUE(active("/a\x1b[K.txt"));
 }
 
-TEST_F(LineParserTest, removedColourSequenceMayLeaveAnother) {
+TEST_F(ItemChangesTest, removedColourSequenceMayLeaveAnother) {
   EXPECT_TRUE(line(" o /a\x1b[\x1b[0m1m.txt \u2191 1%"));
   EXPECT_TRUE(active("/a\x1b[1m.txt"));
 }
 
-TEST_F(LineParserTest, carriageReturnsAreRemovedFromBothEndsOnly) {
+TEST_F(ItemChangesTest, carriageReturnsAreRemovedFromBothEndsOnly) {
   EXPECT_TRUE(line("\r\r o /a\rb.txt \u2191 45%\r\r"));
   ASSERT_TRUE(active("/a\rb.txt"));
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading a\rb.txt");
 }
 
-TEST_F(LineParserTest, carriageReturnsAfterColoursCountAsTrailing) {
+TEST_F(ItemChangesTest, carriageReturnsAfterColoursCountAsTrailing) {
   item("/a.txt", " \u2191 1%");
   EXPECT_EQ(print("\x1b[1m\r\x1b[0m o /a.txt\r\x1b[0m\r\n"), 1);
   EXPECT_FALSE(active("/a.txt"));
   EXPECT_EQ(latest().path, full("/a.txt"));
 }
 
-TEST_F(LineParserTest, spacesAtTheEndDoNotHideTheBareCloud) {
+TEST_F(ItemChangesTest, spacesAtTheEndDoNotHideTheBareCloud) {
   item("/a.txt", " \u2191 1%");
   EXPECT_TRUE(item("/a.txt", " \u2601 \t "));
   EXPECT_FALSE(active("/a.txt"));
 }
 
-TEST_F(LineParserTest, carriageReturnBeforeATrailingSpaceBelongsToTheState) {
+TEST_F(ItemChangesTest, carriageReturnBeforeATrailingSpaceBelongsToTheState) {
   item("/a.txt", " \u2191 1%");
   takeLog();
   EXPECT_FALSE(item("/a.txt", " \u2601\r "));
@@ -106,7 +106,7 @@ TEST_F(LineParserTest, carriageReturnBeforeATrailingSpaceBelongsToTheState) {
 
 // ---- item lines only ----
 
-TEST_F(LineParserTest, linesWithoutTheItemPrefixAreIgnored) {
+TEST_F(ItemChangesTest, linesWithoutTheItemPrefixAreIgnored) {
   for (const std::string& text :
        {""s, " "s, "o /x \u2601"s, " o x \u2601"s, "  o /x \u2191 1%"s, " O /x \u2191 1%"s,
         " o  /x \u2191 1%"s, "\to /x \u2191 1%"s, " o"s, " o "s, " i /x \u2191 1%"s,
@@ -117,40 +117,40 @@ TEST_F(LineParserTest, linesWithoutTheItemPrefixAreIgnored) {
   EXPECT_EQ(monitor->tally().itemLines, 0U);
 }
 
-TEST_F(LineParserTest, itemPrefixInsideAPathIsPartOfThePath) {
+TEST_F(ItemChangesTest, itemPrefixInsideAPathIsPartOfThePath) {
   EXPECT_TRUE(line(" o /a o /b.txt \u2191 1%"));
   EXPECT_TRUE(active("/a o /b.txt"));
 }
 
 // ---- splitting ----
 
-TEST_F(LineParserTest, uploadSeparatorIsTriedBeforeTheCloud) {
+TEST_F(ItemChangesTest, uploadSeparatorIsTriedBeforeTheCloud) {
   EXPECT_TRUE(line(" o /p \u2601 x \u2191 1%"));
   ASSERT_TRUE(active("/p \u2601 x"));
   EXPECT_EQ(transfer("/p \u2601 x").direction, Direction::upload);
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading p \u2601 x");
 }
 
-TEST_F(LineParserTest, firstOfSeveralSeparatorsSplits) {
+TEST_F(ItemChangesTest, firstOfSeveralSeparatorsSplits) {
   EXPECT_TRUE(line(" o /a \u2191 b \u2191 7%"));
   EXPECT_TRUE(active("/a"));
   EXPECT_TRUE(line(" o /b \u2601 \u2601 \u2193 7%"));
   EXPECT_TRUE(active("/b"));
 }
 
-TEST_F(LineParserTest, cloudNeedsASpaceOnlyBeforeIt) {
+TEST_F(ItemChangesTest, cloudNeedsASpaceOnlyBeforeIt) {
   EXPECT_TRUE(line(" o /a.txt \u2601\u219350%"));
   ASSERT_TRUE(active("/a.txt"));
   EXPECT_EQ(transfer("/a.txt").direction, Direction::download);
   EXPECT_EQ(transfer("/a.txt").percent, 50.0);
 }
 
-TEST_F(LineParserTest, cloudInsideANameWithoutSpaceDoesNotSplit) {
+TEST_F(ItemChangesTest, cloudInsideANameWithoutSpaceDoesNotSplit) {
   EXPECT_TRUE(line(" o /my\u2601.txt \u2601 \u2193 50%"));
   EXPECT_TRUE(active("/my\u2601.txt"));
 }
 
-TEST_F(LineParserTest, arrowWithoutBothSpacesDoesNotSplit) {
+TEST_F(ItemChangesTest, arrowWithoutBothSpacesDoesNotSplit) {
   EXPECT_TRUE(line(" o /a\u2191b.txt \u2191 1%"));
   EXPECT_TRUE(active("/a\u2191b.txt"));
   EXPECT_FALSE(line(" o /c.txt \u2191"));
@@ -159,38 +159,38 @@ TEST_F(LineParserTest, arrowWithoutBothSpacesDoesNotSplit) {
   EXPECT_TRUE(active("/c.txt"));
 }
 
-TEST_F(LineParserTest, downArrowAloneDoesNotSplit) {
+TEST_F(ItemChangesTest, downArrowAloneDoesNotSplit) {
   EXPECT_FALSE(line(" o /a.txt \u2193 5%"));
   EXPECT_TRUE(monitor->active().empty());
   EXPECT_TRUE(isKnownCurrent("/a.txt \u2193 5%"));
 }
 
-TEST_F(LineParserTest, separatorAfterTheFirstSlashLeavesTheRootAsPath) {
+TEST_F(ItemChangesTest, separatorAfterTheFirstSlashLeavesTheRootAsPath) {
   EXPECT_TRUE(line(" o / \u2191 5%"));
   EXPECT_TRUE(active("/"));
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading /");
 }
 
-TEST_F(LineParserTest, otherSymbolsOfTheSameBlocksDoNotSplit) {
+TEST_F(ItemChangesTest, otherSymbolsOfTheSameBlocksDoNotSplit) {
   EXPECT_FALSE(line(" o /a.txt \u2602 \u2192 \u2190 \u2600 5%"));
   EXPECT_TRUE(isKnownCurrent("/a.txt \u2602 \u2192 \u2190 \u2600 5%"));
 }
 
 // ---- names ----
 
-TEST_F(LineParserTest, nameIsTheLastComponent) {
+TEST_F(ItemChangesTest, nameIsTheLastComponent) {
   item(docs + "/deep/er/report final.pdf", " \u2191 1%");
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading report final.pdf");
 }
 
-TEST_F(LineParserTest, trailingSlashesDoNotCountForTheNameButForThePath) {
+TEST_F(ItemChangesTest, trailingSlashesDoNotCountForTheNameButForThePath) {
   EXPECT_TRUE(item("/folder//", " \u2191 1%"));
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading folder");
   EXPECT_TRUE(active("/folder//"));
   EXPECT_FALSE(active("/folder"));
 }
 
-TEST_F(LineParserTest, pathsAreComparedByteForByte) {
+TEST_F(ItemChangesTest, pathsAreComparedByteForByte) {
   const std::string composed = "/caf\u00e9.txt";
   const std::string decomposed = "/cafe\u0301.txt";
   for (const std::string& path :
@@ -205,13 +205,13 @@ TEST_F(LineParserTest, pathsAreComparedByteForByte) {
   EXPECT_TRUE(isKnownCurrent(composed));
 }
 
-TEST_F(LineParserTest, namesInAnyScriptAreLoggedUnchanged) {
+TEST_F(ItemChangesTest, namesInAnyScriptAreLoggedUnchanged) {
   item("/\u5199\u771f \U0001f468\u200d\U0001f469\u200d\U0001f467/e\u0301t\u00e9 \U0001f4c4.txt",
        " \u2191 1%");
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading e\u0301t\u00e9 \U0001f4c4.txt");
 }
 
-TEST_F(LineParserTest, nulIsACharacterLikeAnother) {
+TEST_F(ItemChangesTest, nulIsACharacterLikeAnother) {
   EXPECT_TRUE(line(" o /a\0b.txt \u2191 5%"s));
   EXPECT_TRUE(active("/a\0b.txt"s));
   EXPECT_FALSE(active("/a"));
@@ -221,7 +221,7 @@ TEST_F(LineParserTest, nulIsACharacterLikeAnother) {
 
 // ---- ignored items ----
 
-TEST_F(LineParserTest, hiddenFilesAreIgnored) {
+TEST_F(ItemChangesTest, hiddenFilesAreIgnored) {
   EXPECT_FALSE(item(docs + "/.DS_Store", cloud));
   EXPECT_FALSE(item(docs + "/.hidden.txt", " \u2191 5%"));
   EXPECT_FALSE(item(docs + "/.hidden/", " \u2601 \u2193 5%"));
@@ -230,7 +230,7 @@ TEST_F(LineParserTest, hiddenFilesAreIgnored) {
   expectNothingHappened();
 }
 
-TEST_F(LineParserTest, itemsInTheTrashAreIgnored) {
+TEST_F(ItemChangesTest, itemsInTheTrashAreIgnored) {
   EXPECT_FALSE(line(" o " + docs + "/.Trash/x \u2193 3%"));
   EXPECT_FALSE(item(docs + "/.Trash/x", " \u2191 3%"));
   EXPECT_FALSE(item(docs + "/.Trashes/f", cloud));
@@ -239,27 +239,27 @@ TEST_F(LineParserTest, itemsInTheTrashAreIgnored) {
   expectNothingHappened();
 }
 
-TEST_F(LineParserTest, onlyTheLastComponentMakesAFileHidden) {
+TEST_F(ItemChangesTest, onlyTheLastComponentMakesAFileHidden) {
   EXPECT_TRUE(item(docs + "/.cache/f.bin", " \u2601 \u2193 5%"));
   EXPECT_TRUE(active(docs + "/.cache/f.bin"));
   EXPECT_FALSE(line(" o " + docs + "/.cache/g.bin \u2193 5%"));
   EXPECT_TRUE(isKnownCurrent(docs + "/.cache/g.bin \u2193 5%"));
 }
 
-TEST_F(LineParserTest, trashMarkerIsCaseSensitiveAndNeedsItsSlash) {
+TEST_F(ItemChangesTest, trashMarkerIsCaseSensitiveAndNeedsItsSlash) {
   EXPECT_TRUE(item("/x.Trash/a.txt", " \u2191 1%"));
   EXPECT_TRUE(item("/.trash/a.txt", " \u2191 1%"));
   EXPECT_EQ(monitor->active().size(), 2U);
 }
 
-TEST_F(LineParserTest, trashMarkerAfterThePathDoesNotCount) {
+TEST_F(ItemChangesTest, trashMarkerAfterThePathDoesNotCount) {
   EXPECT_TRUE(item("/a.txt", " \u2191 1% /.Trash"));
   EXPECT_TRUE(active("/a.txt"));
 }
 
 // ---- direction and percentage ----
 
-TEST_F(LineParserTest, downloadLineWithoutPercentageMakesItAbsentAndRefreshes) {
+TEST_F(ItemChangesTest, downloadLineWithoutPercentageMakesItAbsentAndRefreshes) {
   EXPECT_TRUE(item(docs + "/b.mov", " \u2601 \u2193 12.5%"));
   ASSERT_TRUE(active(docs + "/b.mov"));
   EXPECT_EQ(transfer(docs + "/b.mov").direction, Direction::download);
@@ -273,19 +273,19 @@ TEST_F(LineParserTest, downloadLineWithoutPercentageMakesItAbsentAndRefreshes) {
   EXPECT_EQ(takeLog(), Lines{});
 }
 
-TEST_F(LineParserTest, everyProgressLineRefreshesEvenWithoutProgress) {
+TEST_F(ItemChangesTest, everyProgressLineRefreshesEvenWithoutProgress) {
   item("/a.txt", " \u2191 10%");
   platform.clock.jump(Seconds(7));
   EXPECT_TRUE(item("/a.txt", " \u2191 10%"));
   EXPECT_EQ(transfer("/a.txt").lastUpdate, now());
 }
 
-TEST_F(LineParserTest, lineWithBothArrowsIsAnUpload) {
+TEST_F(ItemChangesTest, lineWithBothArrowsIsAnUpload) {
   EXPECT_TRUE(item("/a.txt", " \u2601 \u2193\u2191 5%"));
   EXPECT_EQ(transfer("/a.txt").direction, Direction::upload);
 }
 
-TEST_F(LineParserTest, laterLineDecidesTheDirectionWithoutLoggingAgain) {
+TEST_F(ItemChangesTest, laterLineDecidesTheDirectionWithoutLoggingAgain) {
   item("/a.txt", " \u2191 10%");
   takeLog();
   EXPECT_TRUE(item("/a.txt", " \u2601 \u2193 20%"));
@@ -294,7 +294,7 @@ TEST_F(LineParserTest, laterLineDecidesTheDirectionWithoutLoggingAgain) {
   EXPECT_EQ(takeLog(), Lines{});
 }
 
-TEST_F(LineParserTest, transferThatStartsAgainIsLoggedAgain) {
+TEST_F(ItemChangesTest, transferThatStartsAgainIsLoggedAgain) {
   item("/a.txt", " \u2191 10%");
   item("/a.txt", cloud);
   takeLog();
@@ -302,7 +302,7 @@ TEST_F(LineParserTest, transferThatStartsAgainIsLoggedAgain) {
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading a.txt");
 }
 
-TEST_F(LineParserTest, percentageIsTheFirstOfTheRemainder) {
+TEST_F(ItemChangesTest, percentageIsTheFirstOfTheRemainder) {
   const std::vector<std::pair<std::string, std::optional<double>>> cases{
       {" \u2191 45%", 45.0},
       {" \u2191 45.25%", 45.25},
@@ -332,18 +332,18 @@ TEST_F(LineParserTest, percentageIsTheFirstOfTheRemainder) {
   }
 }
 
-TEST_F(LineParserTest, percentageInsideThePathDoesNotCount) {
+TEST_F(ItemChangesTest, percentageInsideThePathDoesNotCount) {
   EXPECT_TRUE(item("/50%/60%.txt", " \u2601 \u2193"));
   EXPECT_EQ(transfer("/50%/60%.txt").percent, std::nullopt);
 }
 
-TEST_F(LineParserTest, percentageOfManyDigitsIsReadAsFarAsItConverts) {
+TEST_F(ItemChangesTest, percentageOfManyDigitsIsReadAsFarAsItConverts) {
   EXPECT_TRUE(item("/a.txt", " \u2191 33.33333333333333333333333333333333%"));
   ASSERT_TRUE(transfer("/a.txt").percent);
   EXPECT_DOUBLE_EQ(*transfer("/a.txt").percent, 100.0 / 3);
 }
 
-TEST_F(LineParserTest, progressLineClearsAnIssue) {
+TEST_F(ItemChangesTest, progressLineClearsAnIssue) {
   item("/a.txt", " \u2601 Upload Error 28");
   ASSERT_EQ(issue("/a.txt"), "Upload Error 28");
   takeLog();
@@ -352,7 +352,7 @@ TEST_F(LineParserTest, progressLineClearsAnIssue) {
   EXPECT_EQ(onlyLogLine(), "Driftmark: uploading a.txt");
 }
 
-TEST_F(LineParserTest, progressLineClearsNoOtherIssue) {
+TEST_F(ItemChangesTest, progressLineClearsNoOtherIssue) {
   item("/a.txt", " \u2601 Upload Error 28");
   item("/b.txt", " \u2191 1%");
   EXPECT_EQ(issue("/a.txt"), "Upload Error 28");
@@ -360,7 +360,7 @@ TEST_F(LineParserTest, progressLineClearsNoOtherIssue) {
 
 // ---- in sync ----
 
-TEST_F(LineParserTest, bareCloudCompletesATransfer) {
+TEST_F(ItemChangesTest, bareCloudCompletesATransfer) {
   item(docs + "/b.mov", " \u2601 \u2193 12.5%");
   takeLog();
   EXPECT_TRUE(item(docs + "/b.mov", cloud));
@@ -376,7 +376,7 @@ TEST_F(LineParserTest, bareCloudCompletesATransfer) {
   EXPECT_EQ(takeLog(), Lines{});
 }
 
-TEST_F(LineParserTest, lineWithoutSeparatorCompletesATransfer) {
+TEST_F(ItemChangesTest, lineWithoutSeparatorCompletesATransfer) {
   item(docs + "/f.txt", " \u2191 99%");
   takeLog();
   EXPECT_TRUE(item(docs + "/f.txt", ""));
@@ -384,7 +384,7 @@ TEST_F(LineParserTest, lineWithoutSeparatorCompletesATransfer) {
   EXPECT_EQ(onlyLogLine(), "Driftmark: synced f.txt (upload)");
 }
 
-TEST_F(LineParserTest, stateLineOfAnIdleItemOnlySetsItsKnownState) {
+TEST_F(ItemChangesTest, stateLineOfAnIdleItemOnlySetsItsKnownState) {
   EXPECT_FALSE(item("/a.txt", cloud));
   EXPECT_FALSE(item("/b.txt", ""));
   expectNothingHappened();
@@ -392,14 +392,14 @@ TEST_F(LineParserTest, stateLineOfAnIdleItemOnlySetsItsKnownState) {
   EXPECT_TRUE(isKnownCurrent("/b.txt"));
 }
 
-TEST_F(LineParserTest, completedTransferIsKnownAsCurrent) {
+TEST_F(ItemChangesTest, completedTransferIsKnownAsCurrent) {
   item("/a.txt", " \u2191 99%");
   item("/a.txt", cloud);
   EXPECT_TRUE(isKnownCurrent("/a.txt"));
   EXPECT_EQ(monitor->recent().size(), 1U);
 }
 
-TEST_F(LineParserTest, stateLineThatClearsAnIssueIsAChange) {
+TEST_F(ItemChangesTest, stateLineThatClearsAnIssueIsAChange) {
   item("/a.txt", " \u2601 Upload Error 28");
   takeLog();
   EXPECT_TRUE(item("/a.txt", cloud));
@@ -411,13 +411,13 @@ TEST_F(LineParserTest, stateLineThatClearsAnIssueIsAChange) {
 
 // ---- not downloaded ----
 
-TEST_F(LineParserTest, firstNotDownloadedLineOfAPathIsNoEvent) {
+TEST_F(ItemChangesTest, firstNotDownloadedLineOfAPathIsNoEvent) {
   EXPECT_FALSE(item(docs + "/c.txt", notDownloaded));
   EXPECT_FALSE(item(docs + "/c.txt", notDownloaded));
   expectNothingHappened();
 }
 
-TEST_F(LineParserTest, itemSeenInSyncAndThenNotDownloadedIsEvicted) {
+TEST_F(ItemChangesTest, itemSeenInSyncAndThenNotDownloadedIsEvicted) {
   item(docs + "/c.txt", notDownloaded);
   item(docs + "/c.txt", cloud);
   EXPECT_TRUE(item(docs + "/c.txt", notDownloaded));
@@ -432,7 +432,7 @@ TEST_F(LineParserTest, itemSeenInSyncAndThenNotDownloadedIsEvicted) {
   EXPECT_EQ(takeLog(), Lines{});
 }
 
-TEST_F(LineParserTest, evictionIsReportedAgainAfterTheItemWasInSyncAgain) {
+TEST_F(ItemChangesTest, evictionIsReportedAgainAfterTheItemWasInSyncAgain) {
   for (int round = 0; round < 3; ++round) {
     item("/c.txt", cloud);
     EXPECT_TRUE(item("/c.txt", notDownloaded));
@@ -441,7 +441,7 @@ TEST_F(LineParserTest, evictionIsReportedAgainAfterTheItemWasInSyncAgain) {
   EXPECT_EQ(monitor->recent().size(), 1U);
 }
 
-TEST_F(LineParserTest, markerCountsAnywhereInTheState) {
+TEST_F(ItemChangesTest, markerCountsAnywhereInTheState) {
   item("/c.txt", cloud);
   EXPECT_TRUE(item("/c.txt", " \u2601 (error: not downloaded, 12 KB)"));
   EXPECT_EQ(latest().kind, RecentKind::evicted);
@@ -449,19 +449,19 @@ TEST_F(LineParserTest, markerCountsAnywhereInTheState) {
   EXPECT_EQ(onlyLogLine(), "Driftmark: evicted c.txt");
 }
 
-TEST_F(LineParserTest, markerIsCaseSensitive) {
+TEST_F(ItemChangesTest, markerIsCaseSensitive) {
   item("/c.txt", cloud);
   EXPECT_FALSE(item("/c.txt", " \u2601 Not Downloaded"));
   EXPECT_EQ(onlyLogLine(), "Driftmark: unrecognized state \"Not Downloaded\" for c.txt");
   EXPECT_TRUE(monitor->recent().empty());
 }
 
-TEST_F(LineParserTest, markerInThePathDoesNotCount) {
+TEST_F(ItemChangesTest, markerInThePathDoesNotCount) {
   EXPECT_FALSE(item("/not downloaded.txt", cloud));
   EXPECT_TRUE(isKnownCurrent("/not downloaded.txt"));
 }
 
-TEST_F(LineParserTest, notDownloadedLineCancelsADownload) {
+TEST_F(ItemChangesTest, notDownloadedLineCancelsADownload) {
   item("/c.txt", " \u2601 \u2193 5%");
   takeLog();
   EXPECT_TRUE(item("/c.txt", notDownloaded));
@@ -472,7 +472,7 @@ TEST_F(LineParserTest, notDownloadedLineCancelsADownload) {
   EXPECT_FALSE(isKnownCurrent("/c.txt"));
 }
 
-TEST_F(LineParserTest, notDownloadedLineOfAnUploadIsLoggedAsCancelledToo) {
+TEST_F(ItemChangesTest, notDownloadedLineOfAnUploadIsLoggedAsCancelledToo) {
   item("/c.txt", cloud);
   item("/c.txt", " \u2191 5%");
   takeLog();
@@ -483,14 +483,14 @@ TEST_F(LineParserTest, notDownloadedLineOfAnUploadIsLoggedAsCancelledToo) {
   EXPECT_FALSE(isKnownCurrent("/c.txt"));
 }
 
-TEST_F(LineParserTest, itemInSyncAfterACancelledDownloadIsKnownAsCurrent) {
+TEST_F(ItemChangesTest, itemInSyncAfterACancelledDownloadIsKnownAsCurrent) {
   item("/c.txt", " \u2601 \u2193 5%");
   item("/c.txt", notDownloaded);
   item("/c.txt", cloud);
   EXPECT_TRUE(isKnownCurrent("/c.txt"));
 }
 
-TEST_F(LineParserTest, notDownloadedLineThatClearsAnIssueIsAChange) {
+TEST_F(ItemChangesTest, notDownloadedLineThatClearsAnIssueIsAChange) {
   item("/c.txt", " \u2601 conflict");
   takeLog();
   EXPECT_TRUE(item("/c.txt", notDownloaded));
@@ -501,7 +501,7 @@ TEST_F(LineParserTest, notDownloadedLineThatClearsAnIssueIsAChange) {
 
 // ---- unrecognized states and issues ----
 
-TEST_F(LineParserTest, errorStateIsLoggedOnceAsUnrecognizedAndOnceAsIssue) {
+TEST_F(ItemChangesTest, errorStateIsLoggedOnceAsUnrecognizedAndOnceAsIssue) {
   EXPECT_TRUE(item(docs + "/d.txt", " \u2601 Upload Error 28"));
   EXPECT_EQ(issue(docs + "/d.txt"), "Upload Error 28");
   EXPECT_EQ(takeLog(), (Lines{"Driftmark: unrecognized state \"Upload Error 28\" for d.txt",
@@ -511,7 +511,7 @@ TEST_F(LineParserTest, errorStateIsLoggedOnceAsUnrecognizedAndOnceAsIssue) {
   EXPECT_EQ(monitor->issues().size(), 1U);
 }
 
-TEST_F(LineParserTest, waitingStateIsLoggedTheFirstTimeAnyPathShowsIt) {
+TEST_F(ItemChangesTest, waitingStateIsLoggedTheFirstTimeAnyPathShowsIt) {
   EXPECT_FALSE(item(docs + "/e.txt", " \u2601 waiting"));
   EXPECT_EQ(onlyLogLine(), "Driftmark: unrecognized state \"waiting\" for e.txt");
   EXPECT_FALSE(item(docs + "/e.txt", " \u2601 waiting"));
@@ -520,7 +520,7 @@ TEST_F(LineParserTest, waitingStateIsLoggedTheFirstTimeAnyPathShowsIt) {
   EXPECT_TRUE(monitor->issues().empty());
 }
 
-TEST_F(LineParserTest, stateTextIsTheTrimmedTextAfterTheCloud) {
+TEST_F(ItemChangesTest, stateTextIsTheTrimmedTextAfterTheCloud) {
   item("/a", " \u2601\t \t one");
   item("/b", " \u2601two \t");
   item("/c", " \u2601  three  words  ");
@@ -533,7 +533,7 @@ TEST_F(LineParserTest, stateTextIsTheTrimmedTextAfterTheCloud) {
                               "Driftmark: unrecognized state \"four \u2601\" for e"}));
 }
 
-TEST_F(LineParserTest, stateTextsAreComparedWithoutTheirMarkAndSpaces) {
+TEST_F(ItemChangesTest, stateTextsAreComparedWithoutTheirMarkAndSpaces) {
   EXPECT_FALSE(item("/a", " \u2601 one"));
   EXPECT_FALSE(item("/a", " \u2601one"));
   EXPECT_FALSE(item("/a", " \u2601\tone "));
@@ -543,14 +543,14 @@ TEST_F(LineParserTest, stateTextsAreComparedWithoutTheirMarkAndSpaces) {
   EXPECT_EQ(takeLog().size(), 2U);
 }
 
-TEST_F(LineParserTest, stateTextsThatDifferInTheirBytesAreDistinct) {
+TEST_F(ItemChangesTest, stateTextsThatDifferInTheirBytesAreDistinct) {
   item("/a", " \u2601 caf\u00e9");
   item("/a", " \u2601 cafe\u0301");
   item("/a", " \u2601 Caf\u00e9");
   EXPECT_EQ(takeLog().size(), 3U);
 }
 
-TEST_F(LineParserTest, issueWordsAreFoundInAnyCaseInsideOtherWords) {
+TEST_F(ItemChangesTest, issueWordsAreFoundInAnyCaseInsideOtherWords) {
   const std::vector<std::string> states{"ERROR", "Uploaderrors", "ConflictED copy", "CONFLICT",
                                         "eRRoR and conflict"};
   for (const std::string& state : states) {
@@ -562,7 +562,7 @@ TEST_F(LineParserTest, issueWordsAreFoundInAnyCaseInsideOtherWords) {
   EXPECT_EQ(issue("/b.txt"), "");
 }
 
-TEST_F(LineParserTest, issueWithAnotherTextReplacesTheOldOne) {
+TEST_F(ItemChangesTest, issueWithAnotherTextReplacesTheOldOne) {
   item("/a.txt", " \u2601 Upload Error 28");
   takeLog();
   EXPECT_TRUE(item("/a.txt", " \u2601 Upload Error 29"));
@@ -574,7 +574,7 @@ TEST_F(LineParserTest, issueWithAnotherTextReplacesTheOldOne) {
   EXPECT_EQ(monitor->issues().size(), 1U);
 }
 
-TEST_F(LineParserTest, sameStateIsAnIssueOfEveryPathThatShowsIt) {
+TEST_F(ItemChangesTest, sameStateIsAnIssueOfEveryPathThatShowsIt) {
   EXPECT_TRUE(item("/a.txt", " \u2601 conflict"));
   EXPECT_TRUE(item("/b.txt", " \u2601 conflict"));
   EXPECT_EQ(takeLog(), (Lines{"Driftmark: unrecognized state \"conflict\" for a.txt",
@@ -583,7 +583,7 @@ TEST_F(LineParserTest, sameStateIsAnIssueOfEveryPathThatShowsIt) {
   EXPECT_EQ(monitor->issues().size(), 2U);
 }
 
-TEST_F(LineParserTest, clearedIssueThatReturnsIsLoggedOnlyAsIssue) {
+TEST_F(ItemChangesTest, clearedIssueThatReturnsIsLoggedOnlyAsIssue) {
   item("/a.txt", " \u2601 conflict");
   item("/a.txt", cloud);
   takeLog();
@@ -591,7 +591,7 @@ TEST_F(LineParserTest, clearedIssueThatReturnsIsLoggedOnlyAsIssue) {
   EXPECT_EQ(onlyLogLine(), "Driftmark: sync issue on a.txt: conflict");
 }
 
-TEST_F(LineParserTest, unrecognizedStateDoesNotChangeAnActiveTransfer) {
+TEST_F(ItemChangesTest, unrecognizedStateDoesNotChangeAnActiveTransfer) {
   item("/a.txt", " \u2191 30%");
   const Date updated = now();
   platform.clock.jump(Seconds(5));
@@ -601,7 +601,7 @@ TEST_F(LineParserTest, unrecognizedStateDoesNotChangeAnActiveTransfer) {
   EXPECT_EQ(transfer("/a.txt").lastUpdate, updated);
 }
 
-TEST_F(LineParserTest, issueDoesNotChangeAnActiveTransfer) {
+TEST_F(ItemChangesTest, issueDoesNotChangeAnActiveTransfer) {
   item("/a.txt", " \u2191 30%");
   const Date updated = now();
   platform.clock.jump(Seconds(5));
@@ -611,13 +611,13 @@ TEST_F(LineParserTest, issueDoesNotChangeAnActiveTransfer) {
   EXPECT_EQ(issue("/a.txt"), "Upload Error 28");
 }
 
-TEST_F(LineParserTest, unrecognizedStateThatIsNoIssueKeepsTheIssue) {
+TEST_F(ItemChangesTest, unrecognizedStateThatIsNoIssueKeepsTheIssue) {
   item("/a.txt", " \u2601 Upload Error 28");
   EXPECT_FALSE(item("/a.txt", " \u2601 waiting"));
   EXPECT_EQ(issue("/a.txt"), "Upload Error 28");
 }
 
-TEST_F(LineParserTest, unrecognizedStateDoesNotChangeTheKnownState) {
+TEST_F(ItemChangesTest, unrecognizedStateDoesNotChangeTheKnownState) {
   item("/a.txt", " \u2601 waiting");
   EXPECT_FALSE(isKnownCurrent("/a.txt"));
   item("/b.txt", cloud);
@@ -625,7 +625,7 @@ TEST_F(LineParserTest, unrecognizedStateDoesNotChangeTheKnownState) {
   EXPECT_TRUE(isKnownCurrent("/b.txt"));
 }
 
-TEST_F(LineParserTest, progressLineDoesNotChangeTheKnownState) {
+TEST_F(ItemChangesTest, progressLineDoesNotChangeTheKnownState) {
   item("/a.txt", cloud);
   item("/a.txt", " \u2191 5%");
   platform.mainQueue.advance(Seconds(30));
@@ -633,7 +633,7 @@ TEST_F(LineParserTest, progressLineDoesNotChangeTheKnownState) {
   EXPECT_TRUE(isKnownCurrent("/a.txt"));
 }
 
-TEST_F(LineParserTest, statesAreRememberedAcrossARestartOfBrctl) {
+TEST_F(ItemChangesTest, statesAreRememberedAcrossARestartOfBrctl) {
   item("/a.txt", " \u2601 waiting");
   item("/b.txt", cloud);
   items().exit();
@@ -644,7 +644,7 @@ TEST_F(LineParserTest, statesAreRememberedAcrossARestartOfBrctl) {
   EXPECT_TRUE(isKnownCurrent("/b.txt"));
 }
 
-TEST_F(LineParserTest, knownStatesOfManyPathsAreKeptApart) {
+TEST_F(ItemChangesTest, knownStatesOfManyPathsAreKeptApart) {
   constexpr int count = 5000;
   std::string listing;
   for (int number = 0; number < count; ++number)
@@ -660,7 +660,7 @@ TEST_F(LineParserTest, knownStatesOfManyPathsAreKeptApart) {
 
 // ---- diagnosis ----
 
-TEST_F(LineParserTest, tallyCountsLinesAndTheirEffects) {
+TEST_F(ItemChangesTest, tallyCountsLinesAndTheirEffects) {
   print("header\r\n"
         " o /a.txt \u2191 1%\r\n"
         " o /a.txt \u2191 2%\r\n"
