@@ -1,7 +1,8 @@
 // What the main queue on Qt's event loop promises beyond the contract of its port.
 
-#include "harness/qt/EventLoop.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
+
+#include "harness/qt/EventLoop.h"
 
 #include <chrono>
 #include <functional>
