@@ -53,6 +53,7 @@ TEST(LinuxMainQueue, tasksFromManyThreadsAllRun) {
   LinuxMainQueue queue;
   int ran = 0;
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int thread = 0; thread < 4; ++thread)
     threads.emplace_back([&] {
       for (int task = 0; task < 5'000; ++task)
