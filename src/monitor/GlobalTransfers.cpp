@@ -26,13 +26,12 @@ void GlobalTransfers::finish(std::int64_t total) {
 }
 
 void GlobalTransfers::prune(Date now) {
-  moveBorder(now);
-  while (transfers_.oldCount() > 0)
+  while (!empty() && !counts(transfers_.entries().front(), now))
     finish(transfers_.entries().front().total);
 }
 
 std::optional<GlobalActivity> GlobalTransfers::activity(Date now) const {
-  moveBorder(now);
+  transfers_.moveBorder([&](const Transfer& transfer) { return !counts(transfer, now); });
   const std::size_t count = transfers_.recentCount();
   if (count == 0)
     return std::nullopt;
@@ -40,11 +39,6 @@ std::optional<GlobalActivity> GlobalTransfers::activity(Date now) const {
   if (bytes > std::numeric_limits<std::int64_t>::max())
     fatalError("the sizes of the global transfers exceed 64 bits");
   return GlobalActivity{static_cast<int>(count), static_cast<std::int64_t>(bytes)};
-}
-
-void GlobalTransfers::moveBorder(Date now) const {
-  const Date cutoff = earlier(now, window_);
-  transfers_.moveBorder([&](const Transfer& transfer) { return transfer.lastReport <= cutoff; });
 }
 
 } // namespace driftmark

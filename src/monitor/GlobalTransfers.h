@@ -47,7 +47,9 @@ private:
     WideInteger bytes = 0;
   };
 
-  void moveBorder(Date now) const;
+  bool counts(const Transfer& transfer, Date now) const {
+    return transfer.lastReport > earlier(now, window_);
+  }
 
   using List = AgedList<Transfer, Totals>;
   const Seconds window_;

@@ -27,39 +27,24 @@ void KnownItems::prefetch(const Fingerprint& path) const {
 KnownItems::Value KnownItems::exchange(const Fingerprint& path, Value value, Value kept) {
   const std::size_t number = segmentNumber(path);
   Segment& segment = segments_[number];
+  if (isFull(segment.count, segment.capacity))
+    grow(number);
   const auto word0 = static_cast<std::uint32_t>(path.low);
   const auto word1 = static_cast<std::uint32_t>(path.low >> 32);
   const std::uint32_t word2 = static_cast<std::uint32_t>(path.high) << 3;
-  if (segment.capacity > 0) {
-    for (std::uint32_t at = place(word1, segment);; at = at + 1 < segment.capacity ? at + 1 : 0) {
-      Slot& slot = segment.slots[at];
-      const std::uint32_t before = slot.word2 & valueMask;
-      if (before == 0) {
-        if (isFull(segment.count, segment.capacity))
-          break;
-        slot = {word0, word1, word2 | value};
-        ++segment.count;
-        return 0;
-      }
-      if (slot.word0 == word0 && slot.word1 == word1 && slot.word2 - before == word2) {
-        slot.word2 = word2 | value | (before & kept);
-        return static_cast<Value>(before);
-      }
+  for (std::uint32_t at = place(word1, segment);; at = at + 1 < segment.capacity ? at + 1 : 0) {
+    Slot& slot = segment.slots[at];
+    const std::uint32_t before = slot.word2 & valueMask;
+    if (before == 0) {
+      slot = {word0, word1, word2 | value};
+      ++segment.count;
+      return 0;
+    }
+    if (slot.word0 == word0 && slot.word1 == word1 && slot.word2 - before == word2) {
+      slot.word2 = word2 | value | (before & kept);
+      return static_cast<Value>(before);
     }
   }
-  grow(number);
-  freeSlot(segment, word1) = {word0, word1, word2 | value};
-  ++segment.count;
-  return 0;
-}
-
-/// The first empty slot at or behind the place of `word1`; there is one.
-KnownItems::Slot& KnownItems::freeSlot(const Segment& segment, std::uint32_t word1) {
-  std::uint32_t at = place(word1, segment);
-  while ((segment.slots[at].word2 & valueMask) != 0)
-    if (++at == segment.capacity)
-      at = 0;
-  return segment.slots[at];
 }
 
 /// Makes a segment half as large again. The first sizes are spread over that range, so that the
@@ -76,8 +61,12 @@ void KnownItems::grow(std::size_t number) {
   larger.slots = std::make_unique<Slot[]>(larger.capacity);
   for (std::uint32_t at = 0; at < segment.capacity; ++at) {
     const Slot& slot = segment.slots[at];
-    if ((slot.word2 & valueMask) != 0)
-      freeSlot(larger, slot.word1) = slot;
+    if ((slot.word2 & valueMask) == 0)
+      continue;
+    std::uint32_t free = place(slot.word1, larger);
+    while ((larger.slots[free].word2 & valueMask) != 0)
+      free = free + 1 < larger.capacity ? free + 1 : 0;
+    larger.slots[free] = slot;
   }
   segment = std::move(larger);
 }

@@ -46,7 +46,6 @@ private:
   static std::uint32_t place(std::uint32_t word1, const Segment& segment) {
     return static_cast<std::uint32_t>(std::uint64_t{word1} * segment.capacity >> 32);
   }
-  static Slot& freeSlot(const Segment& segment, std::uint32_t word1);
   void grow(std::size_t number);
 
   std::array<Segment, std::size_t{1} << segmentBits> segments_;
