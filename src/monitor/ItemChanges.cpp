@@ -29,7 +29,7 @@ bool namesAnIssue(std::string_view state) {
 /// their paths in `knownState_`, each of which is a cache miss.
 bool SyncMonitor::parse(Lines lines) {
   for (std::size_t i = 0; i < lines.size(); ++i) {
-    ReadLine& read = readLines_.at(i);
+    ReadLine& read = readLines_[i];
     read.item = readItemLine(lines[i], read.storage);
     if (read.item.path.empty())
       continue;
@@ -38,8 +38,8 @@ bool SyncMonitor::parse(Lines lines) {
   }
   bool changed = false;
   for (std::size_t i = 0; i < lines.size(); ++i) {
-    changed |= apply(readLines_.at(i));
-    clearScratch(readLines_.at(i).storage);
+    changed |= apply(readLines_[i]);
+    clearScratch(readLines_[i].storage);
   }
   clearScratch(fullPath_);
   return changed;

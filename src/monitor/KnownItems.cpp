@@ -1,4 +1,4 @@
-// How the state of millions of items is remembered in some sixteen bytes each.
+// How the state of millions of items is remembered in some seventeen bytes each.
 
 #include "monitor/KnownItems.h"
 

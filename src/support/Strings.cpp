@@ -24,13 +24,6 @@ void appendEscaped(std::string& text, char byte) {
 
 } // namespace
 
-void clearScratch(std::string& text) {
-  constexpr std::size_t maxKeptCapacity = 4096;
-  if (text.capacity() > maxKeptCapacity)
-    std::string().swap(text);
-  text.clear();
-}
-
 std::string_view trimmed(std::string_view text) {
   const std::size_t first = text.find_first_not_of(" \t");
   if (first == std::string_view::npos)

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "support/KeyedHash.h"
+
 #include <cstddef>
-#include <functional>
 #include <string>
 #include <string_view>
 
@@ -10,16 +11,21 @@ namespace driftmark {
 /// Hashes strings for containers that are searched by `std::string_view` too.
 struct StringHash {
   using is_transparent = void;
-  std::size_t operator()(std::string_view text) const {
-    return std::hash<std::string_view>()(text);
-  }
+  std::size_t operator()(std::string_view text) const { return hash(text).low; }
+
+  KeyedHash hash;
 };
 
 /// `text` without the spaces and tabs at both ends.
 std::string_view trimmed(std::string_view text);
 
 /// Empties a text that is only a place to work in, and gives the memory of an exceptional one back.
-void clearScratch(std::string& text);
+inline void clearScratch(std::string& text) {
+  constexpr std::size_t maxKeptCapacity = 4096;
+  if (text.capacity() > maxKeptCapacity)
+    std::string().swap(text);
+  text.clear();
+}
 
 /// `text` as one line: control characters other than the tab are written as "\n", "\r" or, in
 /// hexadecimal, like "\x1b".

@@ -3,7 +3,6 @@
 #include "support/Utf8.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -31,26 +30,6 @@ constexpr std::string_view replacementCharacter = "\uFFFD";
 
 bool isAscii(char byte) {
   return static_cast<unsigned char>(byte) < 0x80;
-}
-
-/// Sixteen bytes that the processor compares at once.
-using Block [[gnu::vector_size(16)]] = unsigned char;
-
-Block loadBlock(const char* from) {
-  Block block;
-  std::memcpy(&block, from, sizeof block);
-  return block;
-}
-
-/// The plain length of the sixteen bytes from `from` on. Reads 17 bytes.
-std::size_t plainLengthOfBlock(const char* from) {
-  const Block here = loadBlock(from);
-  const Block next = loadBlock(from + 1);
-  const Block marks = (here & 0x80) | reinterpret_cast<Block>(here == '\x1b') |
-                      (reinterpret_cast<Block>(here == '/') & reinterpret_cast<Block>(next == '.'));
-  std::array<std::uint64_t, 2> words{};
-  std::memcpy(words.data(), &marks, sizeof marks);
-  return words[0] != 0 ? bytesBelow(words[0]) : 8 + bytesBelow(words[1]);
 }
 
 } // namespace
@@ -106,17 +85,6 @@ std::size_t asciiLength(std::string_view bytes) {
     if (const std::uint64_t marks = loadWord(bytes.data() + at) & highBits; marks != 0)
       return at + bytesBelow(marks);
   while (at < bytes.size() && isAscii(bytes[at]))
-    ++at;
-  return at;
-}
-
-std::size_t plainLength(std::string_view bytes) {
-  std::size_t at = 0;
-  for (; bytes.size() - at > sizeof(Block); at += sizeof(Block))
-    if (const std::size_t length = plainLengthOfBlock(bytes.data() + at); length < sizeof(Block))
-      return at + length;
-  while (at < bytes.size() && isAscii(bytes[at]) && bytes[at] != '\x1b' &&
-         !(bytes[at] == '/' && bytes.substr(at + 1).starts_with('.')))
     ++at;
   return at;
 }
