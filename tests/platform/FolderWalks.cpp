@@ -123,7 +123,7 @@ TEST_F(FolderWalks, folderIsVisitedBeforeItsContents) {
 TEST_F(FolderWalks, folderOfThousandsIsReadCompletely) {
   std::set<std::string> made;
   for (int number = 0; number < 3000; ++number) {
-    const std::string name = "a name that takes some room in a buffer " + std::to_string(number);
+    const std::string name = "a name that takes some space in a buffer " + std::to_string(number);
     makeFile("folder/" + name);
     made.insert("folder/" + name);
   }
@@ -175,10 +175,10 @@ TEST_F(FolderWalks, namesAreBytes) {
   const std::vector<std::string> names{"\xff\xfe", "caf\xe9", "line\nend", "\xe2\x98\x81 ☁", "..."};
   for (const std::string& name : names) {
     makeFolder(name);
-    drive_.addFile(name + "/" + name, "current");
+    drive_.addFile(std::string(name).append("/").append(name), "current");
   }
   for (const std::string& name : names) {
-    const auto values = drive_.valuesOf(name + "/" + name);
+    const auto values = drive_.valuesOf(std::string(name).append("/").append(name));
     ASSERT_TRUE(values.has_value()) << name;
     EXPECT_EQ(values->downloadingStatus, DownloadingStatus::current) << name;
   }
