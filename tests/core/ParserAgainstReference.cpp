@@ -1,13 +1,10 @@
 #include "core/MonitorTest.h"
-#include "reference/ReferenceMonitor.h"
+#include "reference/TimedReference.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <map>
-#include <optional>
 #include <random>
-#include <set>
 #include <string>
 
 namespace driftmark::test {
@@ -120,58 +117,6 @@ private:
   std::string folder_; ///< of the next lines, mostly
 };
 
-/// The reference monitor, and the moments at which the real one sweeps and redraws.
-class Reference {
-public:
-  explicit Reference(Date now) { clock_.set(now); }
-
-  void addFile(const std::string& path) { files_.insert(path); }
-
-  void ingest(const std::string& chunk) {
-    const std::size_t started = monitor_.started();
-    const std::size_t finished = monitor_.finished();
-    changes_ += monitor_.ingest(chunk) ? 1 : 0;
-    if (monitor_.started() > started && !nextSweep_)
-      nextSweep_ = later(clock_.now(), sweepInterval);
-    for (std::size_t count = monitor_.finished() - finished; count > 0; --count)
-      redraws_.insert(later(clock_.now(), holdRedrawDelay));
-  }
-
-  /// Moves time on. Sweeps and redraws happen when they are due.
-  void advance(Seconds distance) {
-    const Date target = later(clock_.now(), distance);
-    while (nextSweep_ && *nextSweep_ <= target) {
-      clock_.set(*nextSweep_);
-      monitor_.sweep([this](const std::string& path) { return files_.contains(path); });
-      nextSweep_.reset();
-      if (!monitor_.active().empty())
-        nextSweep_ = later(clock_.now(), sweepInterval);
-      ++changes_;
-    }
-    clock_.set(target);
-    while (!redraws_.empty() && *redraws_.begin() <= target) {
-      redraws_.erase(redraws_.begin());
-      ++changes_;
-    }
-  }
-
-  const ReferenceMonitor& monitor() const { return monitor_; }
-  Lines takeLog() { return log_.take(); }
-  int changes() const { return changes_; }
-
-private:
-  static constexpr Seconds sweepInterval{30};
-  static constexpr Seconds holdRedrawDelay{3.1};
-
-  TestClock clock_;
-  TestSystemLog log_;
-  ReferenceMonitor monitor_{clock_, log_, "/Users/ada"};
-  std::set<std::string> files_;
-  std::optional<Date> nextSweep_;
-  std::multiset<Date> redraws_;
-  int changes_ = 0;
-};
-
 class ParserAgainstReferenceTest : public MonitorTest,
                                    public testing::WithParamInterface<unsigned> {
 protected:
@@ -183,40 +128,12 @@ protected:
     });
     return lines;
   }
-
-  /// Whether the model is that of the reference.
-  testing::AssertionResult agrees(const Reference& reference) const {
-    const ReferenceMonitor& expected = reference.monitor();
-    if (monitor->active().size() != expected.active().size())
-      return testing::AssertionFailure() << "the number of active transfers differs";
-    for (const auto& [path, item] : expected.active()) {
-      const ActiveItem* const actual = monitor->active().find(path);
-      if (!actual)
-        return testing::AssertionFailure() << path << " is not active";
-      if (actual->path != path || actual->direction != item.direction ||
-          actual->percent != item.percent || actual->lastUpdate != item.lastUpdate)
-        return testing::AssertionFailure() << "the transfer of " << path << " differs";
-    }
-    if (std::map<std::string, std::string>(monitor->issues().begin(), monitor->issues().end()) !=
-        std::map<std::string, std::string>(expected.issues().begin(), expected.issues().end()))
-      return testing::AssertionFailure() << "issues differ";
-    const auto sameEvent = [](const CompletedItem& a, const CompletedItem& b) {
-      return a.path == b.path && a.kind == b.kind && a.date == b.date;
-    };
-    if (!std::equal(monitor->recent().begin(), monitor->recent().end(), expected.recent().begin(),
-                    expected.recent().end(), sameEvent))
-      return testing::AssertionFailure() << "recent differs";
-    if (changes != reference.changes())
-      return testing::AssertionFailure()
-             << changes << " changes notified instead of " << reference.changes();
-    return testing::AssertionSuccess();
-  }
 };
 
 TEST_P(ParserAgainstReferenceTest, modelsAgreeAfterEveryChunk) {
   start();
   LineGenerator generator(GetParam());
-  Reference reference(now());
+  TimedReference reference(now());
   for (int number = 0; number < 150; ++number) {
     const std::string path = generator.path();
     addFile(path);
@@ -235,7 +152,8 @@ TEST_P(ParserAgainstReferenceTest, modelsAgreeAfterEveryChunk) {
     platform.mainQueue.runAll();
     reference.ingest(chunk);
     ASSERT_EQ(takeModelLog(), reference.takeLog()) << testing::PrintToString(recently);
-    ASSERT_TRUE(agrees(reference)) << testing::PrintToString(recently);
+    ASSERT_EQ(difference(*monitor, reference), "") << testing::PrintToString(recently);
+    ASSERT_EQ(changes, reference.changes()) << testing::PrintToString(recently);
 
     if (generator.oneIn(10)) {
       if (generator.oneIn(10))
@@ -250,7 +168,8 @@ TEST_P(ParserAgainstReferenceTest, modelsAgreeAfterEveryChunk) {
       std::sort(log.begin(), log.end());
       std::sort(expected.begin(), expected.end());
       ASSERT_EQ(log, expected);
-      ASSERT_TRUE(agrees(reference));
+      ASSERT_EQ(difference(*monitor, reference), "");
+      ASSERT_EQ(changes, reference.changes());
     }
   }
   EXPECT_GT(monitor->tally().transfersFinished, 100U);

@@ -5,8 +5,10 @@
 #include "support/Regex.h"
 
 #include <algorithm>
-#include <array>
+#include <cmath>
+#include <cstdlib>
 #include <optional>
+
 namespace driftmark {
 namespace {
 
@@ -117,7 +119,9 @@ bool ReferenceMonitor::progressed(const std::string& path, const std::string& na
   issues_.erase(path);
   std::optional<double> percent;
   if (std::smatch match; std::regex_search(remainder, match, percentPattern))
-    percent = std::stod(match[1].str());
+    percent = std::strtod(match[1].str().c_str(), nullptr);
+  if (percent && std::isinf(*percent)) // too large for a double
+    percent.reset();
   if (!active_.contains(path)) {
     const std::string verb = direction == Direction::upload ? "uploading" : "downloading";
     log_.log("Driftmark: " + verb + ' ' + name);
@@ -170,6 +174,7 @@ bool ReferenceMonitor::settled(const std::string& path, const std::string& name,
   }
   const bool upload = direction == Direction::upload;
   addRecent(path, upload ? RecentKind::upload : RecentKind::download);
+  lastFinished_ = recent_.front();
   log_.log("Driftmark: synced " + lastComponent(path) + (upload ? " (upload)" : " (download)"));
   ++finished_;
   return true;

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -33,6 +34,9 @@ public:
   const std::unordered_map<std::string, std::string>& issues() const { return issues_; }
   const std::vector<CompletedItem>& recent() const { return recent_; }
 
+  /// The transfer that finished last.
+  const std::optional<CompletedItem>& lastFinished() const { return lastFinished_; }
+
   /// How many transfers have started and finished so far.
   std::size_t started() const { return started_; }
   std::size_t finished() const { return finished_; }
@@ -54,6 +58,7 @@ private:
   std::unordered_map<std::string, bool> isEvicted_; ///< for every path whose state is known
   std::unordered_set<std::string> loggedUnknownStates_;
   std::vector<CompletedItem> recent_;
+  std::optional<CompletedItem> lastFinished_;
   std::size_t started_ = 0;
   std::size_t finished_ = 0;
 };
