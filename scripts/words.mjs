@@ -5,6 +5,7 @@ import { execFileSync } from 'node:child_process';
 import { readFileSync } from 'node:fs';
 import { basename, dirname, extname, resolve } from 'node:path';
 import { fileURLToPath } from 'node:url';
+import { commentsAndStrings } from './commentsAndStrings.mjs';
 
 const usage = `usage: scripts/words.mjs [FILE...]
 
@@ -125,12 +126,11 @@ function isException(word, file, text) {
 // Separates a C++ or JavaScript source into code and the rest, with the same lines. Strings count as
 // prose: names are not read in them.
 function separate(text) {
-  const pattern = /\/\/[^\n]*|\/\*[^]*?\*\/|R"([^(\s]*)\([^]*?\)\1"|"(?:[^"\\\n]|\\.)*"|(?<![0-9a-fA-F])'(?:[^'\\\n]|\\.)*'|`(?:[^`\\]|\\.)*`/g;
   const blank = (part) => part.replace(/[^\n]/g, ' ');
   let code = '';
   let other = '';
   let end = 0;
-  for (const match of text.matchAll(pattern)) {
+  for (const match of text.matchAll(commentsAndStrings)) {
     const before = text.slice(end, match.index);
     end = match.index + match[0].length;
     const isInclude = /#\s*(include|import)\s*$/.test(before);
