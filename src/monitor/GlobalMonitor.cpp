@@ -7,23 +7,18 @@
 
 namespace driftmark {
 
-bool SyncMonitor::parseGlobal(Lines lines) {
-  bool changed = false;
-  for (const std::string_view line : lines)
-    if (const auto report = readGlobalLine(line))
-      changed |= applyGlobal(*report);
-  return changed;
-}
-
-/// True when global activity began or ended with this report.
-bool SyncMonitor::applyGlobal(const GlobalLine& line) {
+/// True when global activity began or ended with this line.
+bool SyncMonitor::parseGlobal(std::string_view line) {
+  const auto report = readGlobalLine(line);
+  if (!report)
+    return false;
   const bool before = globalActivity().has_value();
   globalEvents_.prune(ports_.clock.now());
-  if (line.isFinished) {
-    globalEvents_.finish(line.total);
+  if (report->isFinished) {
+    globalEvents_.finish(report->total);
   } else {
-    if (globalEvents_.report(line.total, ports_.clock.now()))
-      log({"global transfer started (", ports_.text.byteCount(line.total), ")"});
+    if (globalEvents_.report(report->total, ports_.clock.now()))
+      log({"global transfer started (", ports_.text.byteCount(report->total), ")"});
     scheduleGlobalExpiry();
     startPolling();
   }

@@ -25,23 +25,25 @@ bool namesAnIssue(std::string_view state) {
 
 } // namespace
 
-/// All lines are read before the first is applied: meanwhile the processor loads the places of
-/// their paths in `knownState_`, each of which is a cache miss.
-bool SyncMonitor::parse(Lines lines) {
-  for (std::size_t i = 0; i < lines.size(); ++i) {
-    ReadLine& read = readLines_[i];
-    read.item = readItemLine(lines[i], read.storage);
-    if (read.item.path.empty())
-      continue;
-    read.fingerprint = fingerprint_(read.item.path);
+/// Some lines are read before the first of them is applied: meanwhile the processor loads the
+/// places of their paths in `knownState_`, each of which is a cache miss.
+bool SyncMonitor::parse(std::string_view line) {
+  ReadLine& read = readLines_[readCount_++];
+  read.item = readItemLine(line, read.storage);
+  if (!read.item.path.empty()) {
+    read.fingerprint = pathHash_.fingerprint(read.item.path);
     knownState_.prefetch(read.fingerprint);
   }
+  return readCount_ == readLines_.size() && applyReadLines();
+}
+
+bool SyncMonitor::applyReadLines() {
   bool changed = false;
-  for (std::size_t i = 0; i < lines.size(); ++i) {
+  for (std::size_t i = 0; i < readCount_; ++i) {
     changed |= apply(readLines_[i]);
     clearScratch(readLines_[i].storage);
   }
-  clearScratch(fullPath_);
+  readCount_ = 0;
   return changed;
 }
 
@@ -63,9 +65,9 @@ bool SyncMonitor::apply(const ReadLine& line) {
 /// A transfer starts or continues.
 bool SyncMonitor::applyProgress(const ReadLine& line) {
   const ItemLine& item = line.item;
-  const std::string_view full = fullPath(item.path);
-  clearIssue(full);
-  if (active_.update(full, item.direction, item.percent, ports_.clock.now())) {
+  const ItemPath path = pathOf(line);
+  clearIssue(path);
+  if (active_.update(path, item.direction, item.percent, ports_.clock.now())) {
     log({item.direction == Direction::upload ? "uploading" : "downloading", " ",
          lastPathComponent(item.path)});
     ++tally_.transfersStarted;
@@ -88,7 +90,7 @@ bool SyncMonitor::applyUnrecognized(const ReadLine& line) {
   if (!namesAnIssue(state))
     return false;
   knownState_.exchange(line.fingerprint, trackedMark, knownStateMask);
-  std::string& issue = issues_[std::string(fullPath(line.item.path))];
+  std::string& issue = issues_[std::string(pathOf(line))];
   if (issue == state)
     return false;
   issue = state;
@@ -99,7 +101,6 @@ bool SyncMonitor::applyUnrecognized(const ReadLine& line) {
 
 /// The item is in sync or only in iCloud.
 bool SyncMonitor::applySettled(const ReadLine& line) {
-  const std::string_view path = line.item.path;
   const bool evicted = line.item.kind == ItemLine::Kind::evicted;
   const KnownState state = evicted ? KnownState::evicted : KnownState::current;
   const KnownItems::Value before =
@@ -110,11 +111,12 @@ bool SyncMonitor::applySettled(const ReadLine& line) {
   if (!tracked && !(evicted && wasCurrent))
     return false;
 
-  const std::string_view full = fullPath(path);
-  const bool issueCleared = tracked && clearIssue(full);
-  const auto finished = tracked ? active_.remove(full) : std::nullopt;
+  const ItemPath path = pathOf(line);
+  const std::string_view name = lastPathComponent(path.printed);
+  const bool issueCleared = tracked && clearIssue(path);
+  const auto finished = tracked ? active_.remove(path) : std::nullopt;
   if (finished && evicted) {
-    log({"download cancelled ", lastPathComponent(path)});
+    log({"download cancelled ", name});
     ++tally_.downloadsCancelled;
     return true;
   }
@@ -124,22 +126,20 @@ bool SyncMonitor::applySettled(const ReadLine& line) {
   }
   if (!evicted || !wasCurrent)
     return issueCleared;
-  addRecent(full, RecentKind::evicted);
-  log({"evicted ", lastPathComponent(path)});
+  addRecent(std::string(path), RecentKind::evicted);
+  log({"evicted ", name});
   ++tally_.evictions;
   return true;
 }
 
-/// The path in the file system; valid until the next call.
-std::string_view SyncMonitor::fullPath(std::string_view path) {
-  fullPath_.assign(mobileDocs_).append(path);
-  return fullPath_;
+ItemPath SyncMonitor::pathOf(const ReadLine& line) const {
+  return {mobileDocs_, line.item.path, line.fingerprint.low};
 }
 
-bool SyncMonitor::clearIssue(std::string_view fullPath) {
+bool SyncMonitor::clearIssue(const ItemPath& path) {
   if (issues_.empty())
     return false;
-  const auto found = issues_.find(fullPath);
+  const auto found = issues_.find(path);
   if (found == issues_.end())
     return false;
   issues_.erase(found);

@@ -60,10 +60,10 @@ Marks findMarks(std::string_view line) {
   Marks marks;
   marks.uploadSeparator = marks.cloudSeparator = line.size();
   marks.lastUpArrow = marks.lastDownArrow = line.size();
-  for (std::size_t at = plainLength(line); at < line.size();) {
+  for (std::size_t at = findMark(line, 0); at < line.size();) {
     if (isAscii(line[at])) {
       (line[at] == escape ? marks.hasEscape : marks.hasHiddenName) = true;
-      at += 1 + plainLength(line.substr(at + 1));
+      at = findMark(line, at + 1);
       continue;
     }
     const std::size_t length = utf8SequenceLength(line.substr(at));
@@ -75,7 +75,7 @@ Marks findMarks(std::string_view line) {
       record(line, at, marks);
     at += length;
     if (at < line.size() && isAscii(line[at]))
-      at += plainLength(line.substr(at));
+      at = findMark(line, at);
   }
   return marks;
 }

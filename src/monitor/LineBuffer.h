@@ -2,9 +2,7 @@
 
 #include "support/Strings.h"
 
-#include <array>
 #include <cstddef>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -14,48 +12,31 @@ namespace driftmark {
 /// their number is not limited. Each byte is examined once, however small the chunks are.
 class LineBuffer {
 public:
-  static constexpr std::size_t maxLines = 16; ///< that are handed over at once
-
-  /// Takes the next bytes of the stream and calls `handle(std::span<const std::string_view>)` with
-  /// the lines that they complete, in order, some at a time, without their newlines. The lines are
-  /// valid during the call, which must not call
-  /// `append`.
-  template <class Handler> void append(std::string_view chunk, Handler&& handle) {
+  /// Takes the next bytes of the stream and calls `handle(std::string_view)` with each line that
+  /// they complete, in order, without its newline. The lines are valid until `finish()`, which is
+  /// called once after the last. Neither may call `append`.
+  template <class Handle, class Finish>
+  void append(std::string_view chunk, Handle&& handle, Finish&& finish) {
+    std::size_t end = chunk.find('\n');
+    if (end == std::string_view::npos) {
+      pending_.append(chunk);
+      return;
+    }
     if (!pending_.empty()) {
-      const std::size_t end = chunk.find('\n');
-      pending_.append(chunk.substr(0, end));
-      if (end == std::string_view::npos)
-        return;
-      const std::string_view line = pending_;
-      handle(std::span(&line, 1));
-      clearScratch(pending_);
+      handle(std::string_view(pending_.append(chunk.substr(0, end))));
+      chunk.remove_prefix(end + 1);
+      end = chunk.find('\n');
+    }
+    for (; end != std::string_view::npos; end = chunk.find('\n')) {
+      handle(chunk.substr(0, end));
       chunk.remove_prefix(end + 1);
     }
-    std::array<std::string_view, maxLines> lines;
-    std::size_t count = 0;
-    for (std::size_t end = chunk.find('\n'); end != std::string_view::npos;
-         end = chunk.find('\n')) {
-      lines[count++] = chunk.substr(0, end);
-      if (chunk.size() > readAhead + 64) {
-        __builtin_prefetch(chunk.data() + readAhead);
-        __builtin_prefetch(chunk.data() + readAhead + 64);
-      }
-      chunk.remove_prefix(end + 1);
-      if (count == maxLines) {
-        handle(std::span<const std::string_view>(lines));
-        count = 0;
-      }
-    }
-    if (count > 0)
-      handle(std::span<const std::string_view>(lines.data(), count));
+    finish();
+    clearScratch(pending_);
     pending_.append(chunk);
   }
 
 private:
-  /// The search for newlines outruns the processor's own loading of a chunk, which stops while a
-  /// batch is handled.
-  static constexpr std::size_t readAhead = 4096;
-
   std::string pending_;
 };
 

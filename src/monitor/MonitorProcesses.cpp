@@ -68,7 +68,9 @@ std::optional<TerminalChild> SyncMonitor::spawn(const std::vector<std::string>& 
 
 void SyncMonitor::ingest(std::string_view chunk, MonitorChild& child) {
   bool changed = false;
-  child.lineBuffer.append(chunk, [&](Lines lines) { changed |= (this->*child.parse)(lines); });
+  child.lineBuffer.append(
+      chunk, [&](std::string_view line) { changed |= (this->*child.parse)(line); },
+      [&] { changed |= applyReadLines(); });
   if (changed)
     notify();
 }

@@ -12,6 +12,7 @@
 #include "ports/ChildProcesses.h"
 #include "ports/Clock.h"
 #include "ports/MainQueue.h"
+#include "support/Paths.h"
 #include "support/Strings.h"
 
 #include <array>
@@ -21,7 +22,6 @@
 #include <initializer_list>
 #include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -35,7 +35,6 @@ class Environment;
 class FileSystem;
 class SystemLog;
 class SystemText;
-struct GlobalLine;
 
 /// The model of iCloud Drive activity: runs `brctl`, reads its output, and answers what the
 /// interface shows. One instance lives as long as the application, held by a shared pointer. Main
@@ -44,7 +43,7 @@ class SyncMonitor : public std::enable_shared_from_this<SyncMonitor> {
   struct Private {}; ///< only `make` can pass one
 
 public:
-  using Issues = std::unordered_map<std::string, std::string, StringHash, std::equal_to<>>;
+  using Issues = std::unordered_map<std::string, std::string, ItemPathHash, std::equal_to<>>;
 
   /// The part of the platform that a monitor needs.
   struct Ports {
@@ -168,12 +167,11 @@ private:
   const Seconds stalledAfter_;
 
   // MonitorProcesses.cpp
-  using Lines = std::span<const std::string_view>;
   /// One of the two long-running monitors.
   struct MonitorChild {
     std::string title; ///< as the log names it
     std::vector<std::string> arguments;
-    bool (SyncMonitor::*parse)(Lines lines); ///< at most `LineBuffer::maxLines`; true for a change
+    bool (SyncMonitor::*parse)(std::string_view line); ///< true for a change
     std::shared_ptr<ChildProcess> process;
     std::unique_ptr<ReadHandle> masterHandle;
     LineBuffer lineBuffer;
@@ -200,21 +198,22 @@ private:
     Fingerprint fingerprint; ///< of the item's path
     std::string storage;     ///< of the text of a coloured line
   };
-  bool parse(Lines lines);
+  bool parse(std::string_view line);
+  bool applyReadLines();
   bool apply(const ReadLine& line);
   bool applyProgress(const ReadLine& line);
   bool applyUnrecognized(const ReadLine& line);
   bool applySettled(const ReadLine& line);
-  std::string_view fullPath(std::string_view path);
-  bool clearIssue(std::string_view fullPath);
+  ItemPath pathOf(const ReadLine& line) const;
+  bool clearIssue(const ItemPath& path);
 
-  Transfers active_{stalledAfter_};
-  Issues issues_;
+  const ItemPathHash pathHash_{{}, mobileDocs_.size()};
+  Transfers active_{stalledAfter_, pathHash_};
+  Issues issues_{0, pathHash_};
   std::unordered_set<std::string, StringHash, std::equal_to<>> loggedUnknownStates_;
-  KeyedHash fingerprint_;
   KnownItems knownState_; ///< by the printed path, since all of them share `mobileDocs_`
-  std::array<ReadLine, LineBuffer::maxLines> readLines_;
-  std::string fullPath_; ///< `mobileDocs_` and the path at hand
+  std::array<ReadLine, 16> readLines_;
+  std::size_t readCount_ = 0;
   MonitorTally tally_;
 
   // FinishedTransfers.cpp
@@ -237,8 +236,7 @@ private:
   static Seconds stallThreshold(const Environment& environment);
 
   // GlobalMonitor.cpp
-  bool parseGlobal(Lines lines);
-  bool applyGlobal(const GlobalLine& line);
+  bool parseGlobal(std::string_view line);
   void scheduleGlobalExpiry();
 
   GlobalTransfers globalEvents_{globalWindow};

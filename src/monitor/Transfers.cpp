@@ -29,46 +29,37 @@ Seconds age(const ActiveItem& item, Date now) {
 
 } // namespace
 
-void Transfers::Live::count(const ActiveItem& item, int sign) {
-  (item.direction == Direction::upload ? uploads : downloads) += sign;
-  if (!item.percent)
+void Transfers::Live::count(const Entry& entry, int sign) {
+  (entry.direction == Direction::upload ? uploads : downloads) += sign;
+  if (!entry.percent)
     return;
   measured += sign;
-  if (const auto value = millionthsOf(*item.percent))
-    millionths += sign * *value;
-  else
-    uncountable += sign;
+  millionths += sign * entry.millionths.value_or(0);
+  uncountable += entry.millionths ? 0 : sign;
 }
 
-const ActiveItem* Transfers::find(std::string_view path) const {
-  const auto found = byPath_.find(path);
-  return found == byPath_.end() ? nullptr : &*found->second;
-}
-
-bool Transfers::update(std::string_view path, Direction direction, std::optional<double> percent,
-                       Date now) {
-  if (const auto found = byPath_.find(path); found != byPath_.end()) {
-    items_.update(found->second, [&](Entry& entry) {
-      entry.direction = direction;
-      entry.percent = percent;
-      entry.lastUpdate = now;
-    });
-    return false;
-  }
-  const auto added = items_.insert({{std::string(path), direction, percent, now}, ++lastNumber_});
+void Transfers::add(ActiveItem item) {
+  const auto millionths = item.percent ? millionthsOf(*item.percent) : std::nullopt;
+  const auto added = items_.insert({std::move(item), millionths, ++lastNumber_});
   byPath_.emplace(added->path, added);
   byArrival_.emplace_hint(byArrival_.end(), added->number, added);
-  return true;
 }
 
-std::optional<ActiveItem> Transfers::remove(std::string_view path) {
-  const auto found = byPath_.find(path);
-  if (found == byPath_.end())
-    return std::nullopt;
+void Transfers::change(List::Iterator entry, Direction direction, std::optional<double> percent,
+                       Date now) {
+  items_.update(entry, [&](Entry& changed) {
+    changed.direction = direction;
+    changed.percent = percent;
+    changed.millionths = percent ? millionthsOf(*percent) : std::nullopt;
+    changed.lastUpdate = now;
+  });
+}
+
+ActiveItem Transfers::take(ByPath::iterator found) {
   const auto entry = found->second;
   byPath_.erase(found);
   byArrival_.erase(entry->number);
-  ActiveItem item = *entry;
+  ActiveItem item = std::move(*entry);
   items_.erase(entry);
   return item;
 }

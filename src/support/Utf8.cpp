@@ -34,27 +34,6 @@ bool isAscii(char byte) {
 
 } // namespace
 
-std::size_t utf8SequenceLength(std::string_view bytes) {
-  const auto at = [&](std::size_t index) { return static_cast<unsigned char>(bytes[index]); };
-  const auto continues = [&](std::size_t index) { return (at(index) & 0xC0U) == 0x80U; };
-  if (bytes.empty() || at(0) < 0xC2)
-    return 0;
-  if (at(0) < 0xE0)
-    return bytes.size() >= 2 && continues(1) ? 2 : 0;
-  if (at(0) < 0xF0) {
-    if (bytes.size() < 3 || !continues(1) || !continues(2))
-      return 0;
-    const bool overlong = at(0) == 0xE0 && at(1) < 0xA0;
-    const bool surrogate = at(0) == 0xED && at(1) >= 0xA0;
-    return overlong || surrogate ? 0 : 3;
-  }
-  if (at(0) > 0xF4 || bytes.size() < 4 || !continues(1) || !continues(2) || !continues(3))
-    return 0;
-  const bool overlong = at(0) == 0xF0 && at(1) < 0x90;
-  const bool beyond = at(0) == 0xF4 && at(1) >= 0x90;
-  return overlong || beyond ? 0 : 4;
-}
-
 bool isUtf8(std::string_view bytes) {
   for (;;) {
     bytes.remove_prefix(asciiLength(bytes));

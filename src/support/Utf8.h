@@ -17,45 +17,82 @@ bool isUtf8(std::string_view bytes);
 /// `bytes` with every byte that belongs to no well-formed UTF-8 sequence replaced by U+FFFD.
 std::string wellFormed(std::string_view bytes);
 
-/// The length of the well-formed UTF-8 sequence of two to four bytes at the start of `bytes`; 0
-/// when there is none.
-std::size_t utf8SequenceLength(std::string_view bytes);
-
 /// How many bytes at the start of `bytes` are ASCII.
 std::size_t asciiLength(std::string_view bytes);
 
 // Inline, since every line of a listing passes through it several times.
 
+/// The length of the well-formed UTF-8 sequence of two to four bytes at the start of `bytes`; 0
+/// when there is none.
+inline std::size_t utf8SequenceLength(std::string_view bytes) {
+  const auto at = [&](std::size_t index) { return static_cast<unsigned char>(bytes[index]); };
+  const auto continues = [&](std::size_t index) { return (at(index) & 0xC0U) == 0x80U; };
+  if (bytes.empty() || at(0) < 0xC2)
+    return 0;
+  if (at(0) < 0xE0)
+    return bytes.size() >= 2 && continues(1) ? 2 : 0;
+  if (at(0) < 0xF0) {
+    if (bytes.size() < 3 || !continues(1) || !continues(2))
+      return 0;
+    const bool overlong = at(0) == 0xE0 && at(1) < 0xA0;
+    const bool surrogate = at(0) == 0xED && at(1) >= 0xA0;
+    return overlong || surrogate ? 0 : 3;
+  }
+  if (at(0) > 0xF4 || bytes.size() < 4 || !continues(1) || !continues(2) || !continues(3))
+    return 0;
+  const bool overlong = at(0) == 0xF0 && at(1) < 0x90;
+  const bool beyond = at(0) == 0xF4 && at(1) >= 0x90;
+  return overlong || beyond ? 0 : 4;
+}
+
 /// Sixteen bytes that the processor compares at once.
 using Block [[gnu::vector_size(16)]] = unsigned char;
+constexpr std::size_t blockSize = sizeof(Block);
 
 inline Block loadBlock(const char* from) {
   Block block;
-  std::memcpy(&block, from, sizeof block);
+  std::memcpy(&block, from, blockSize);
   return block;
 }
 
-/// The plain length of the sixteen bytes from `from` on. Reads 17 bytes.
-inline std::size_t plainLengthOfBlock(const char* from) {
-  const Block here = loadBlock(from);
-  const Block next = loadBlock(from + 1);
-  const Block marks = (here & 0x80) | reinterpret_cast<Block>(here == '\x1b') |
-                      (reinterpret_cast<Block>(here == '/') & reinterpret_cast<Block>(next == '.'));
+/// The marks of `findMark` among the sixteen bytes from `at` on: in the byte of each its highest
+/// bit or all, and 0 in the others.
+inline std::array<std::uint64_t, 2> marksOfBlock(std::string_view text, std::size_t at) {
+  const Block here = loadBlock(text.data() + at);
+  const Block before = loadBlock(text.data() + (at > 0 ? at - 1 : 0));
+  const Block marks =
+      (here & 0x80) | reinterpret_cast<Block>(here == '\x1b') |
+      (reinterpret_cast<Block>(here == '.') & reinterpret_cast<Block>(before == '/'));
   std::array<std::uint64_t, 2> words{};
-  std::memcpy(words.data(), &marks, sizeof marks);
-  const int bits = words[0] != 0 ? std::countr_zero(words[0]) : 64 + std::countr_zero(words[1]);
+  std::memcpy(words.data(), &marks, blockSize);
+  return words;
+}
+
+/// The place of the first mark; `blockSize` when there is none.
+inline std::size_t firstMark(const std::array<std::uint64_t, 2>& marks) {
+  const int bits = marks[0] != 0 ? std::countr_zero(marks[0]) : 64 + std::countr_zero(marks[1]);
   return static_cast<std::size_t>(bits) / 8;
 }
 
-/// How many bytes at the start of `bytes` are ASCII, and neither the escape character nor a "/"
-/// that a "." follows: what needs a closer look in a line with paths and colours.
-inline std::size_t plainLength(std::string_view bytes) {
-  std::size_t at = 0;
-  for (; bytes.size() - at > sizeof(Block); at += sizeof(Block))
-    if (const std::size_t length = plainLengthOfBlock(bytes.data() + at); length < sizeof(Block))
-      return at + length;
-  while (at < bytes.size() && static_cast<unsigned char>(bytes[at]) < 0x80 && bytes[at] != '\x1b' &&
-         !(bytes[at] == '/' && bytes.substr(at + 1).starts_with('.')))
+/// The first byte of `text` from `at` on that needs a closer look in a line with paths and colours:
+/// what is not ASCII, the escape character, and a "." after a "/". The length of the text when
+/// there is none. Reads nothing outside the text.
+inline std::size_t findMark(std::string_view text, std::size_t at) {
+  for (; text.size() - at >= blockSize; at += blockSize)
+    if (const auto marks = marksOfBlock(text, at); (marks[0] | marks[1]) != 0)
+      return at + firstMark(marks);
+  if (at < text.size() && text.size() >= blockSize) {
+    // The last block of the text, without its bytes before `at`.
+    const std::size_t start = text.size() - blockSize;
+    const std::size_t skipped = at - start;
+    auto marks = marksOfBlock(text, start);
+    if (skipped >= 8)
+      marks[0] = 0;
+    marks[skipped / 8] &= ~std::uint64_t{0} << skipped % 8 * 8;
+    return start + firstMark(marks);
+  }
+  while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80 && text[at] != '\x1b' &&
+         !(text[at] == '.' && at > 0 && text[at - 1] == '/'))
     ++at;
   return at;
 }

@@ -1,6 +1,6 @@
 #include "monitor/LineBuffer.h"
 
-#include <span>
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -16,10 +16,21 @@ using testing::IsEmpty;
 
 std::vector<std::string> linesOf(LineBuffer& buffer, std::string_view chunk) {
   std::vector<std::string> lines;
-  buffer.append(chunk, [&](std::span<const std::string_view> some) {
-    EXPECT_LE(some.size(), LineBuffer::maxLines);
-    lines.insert(lines.end(), some.begin(), some.end());
-  });
+  std::vector<std::string_view> views;
+  bool finished = false;
+  buffer.append(
+      chunk,
+      [&](std::string_view line) {
+        EXPECT_FALSE(finished);
+        views.push_back(line);
+        lines.emplace_back(line);
+      },
+      [&] {
+        EXPECT_FALSE(finished);
+        finished = true;
+        EXPECT_TRUE(std::equal(views.begin(), views.end(), lines.begin(), lines.end()));
+      });
+  EXPECT_EQ(finished, !lines.empty());
   return lines;
 }
 

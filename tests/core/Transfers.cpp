@@ -55,6 +55,27 @@ TEST_F(TransfersTest, updateOfAKnownPathReplacesIt) {
   EXPECT_EQ(transfers.size(), 1U);
 }
 
+TEST_F(TransfersTest, pathInTwoPartsNamesTheSameTransfer) {
+  const ItemPathHash hash{{}, 5};
+  Transfers inFolder(stalledAfter, hash);
+  const ItemPath path{"/home", "/a", hash.fingerprint("/a").low};
+  EXPECT_TRUE(inFolder.update(path, Direction::upload, 12.0, at(1)));
+  EXPECT_FALSE(inFolder.update("/home/a", Direction::upload, 13.0, at(2)));
+  EXPECT_EQ(inFolder.begin()->path, "/home/a");
+  ASSERT_NE(inFolder.find(path), nullptr);
+  EXPECT_EQ(inFolder.find(path)->percent, 13.0);
+  EXPECT_TRUE(inFolder.remove(path));
+  EXPECT_EQ(inFolder.find("/home/a"), nullptr);
+}
+
+TEST_F(TransfersTest, pathsWithTheSameHashAreDifferentTransfers) {
+  for (const char* const printed : {"/a", "/b", "/home/a"})
+    EXPECT_TRUE(transfers.update(ItemPath{"/home", printed, 1}, Direction::upload, {}, at(1)));
+  EXPECT_EQ(transfers.size(), 3U);
+  EXPECT_EQ(transfers.remove(ItemPath{"/home", "/b", 1})->path, "/home/b");
+  EXPECT_FALSE(transfers.remove(ItemPath{"/root", "/a", 1}));
+}
+
 TEST_F(TransfersTest, mostRecentlyUpdatedIsFirst) {
   update("/a", 1);
   update("/b", 2);

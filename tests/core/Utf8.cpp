@@ -10,7 +10,7 @@ namespace {
 
 using namespace std::string_literals;
 
-/// Texts with `middle` at every distance from the start and the end of a word.
+/// Texts with `middle` at every distance from the start and the end of a block.
 std::vector<std::string> placed(const std::string& middle) {
   std::vector<std::string> texts;
   for (std::size_t before = 0; before < 18; ++before)
@@ -56,13 +56,22 @@ TEST(Utf8Test, asciiEndsAtTheFirstOtherByte) {
   EXPECT_EQ(asciiLength("\x1b[1m\0/\x7f"s), 7U);
 }
 
-TEST(Utf8Test, plainTextEndsWhereACloserLookIsNeeded) {
-  for (const std::string& stop : {"\u2601"s, "\xff"s, "\x1b"s, "/."s})
-    for (const std::string& text : placed(stop))
-      ASSERT_EQ(plainLength(text), text.find(stop)) << testing::PrintToString(text);
+TEST(Utf8Test, markIsFoundWhereACloserLookIsNeeded) {
+  for (const std::string& mark : {"\u2601"s, "\xff"s, "\x1b"s, "/."s})
+    for (const std::string& text : placed(mark)) {
+      const std::size_t expected = text.find(mark) + (mark == "/." ? 1 : 0);
+      for (std::size_t at = 0; at <= expected; ++at)
+        ASSERT_EQ(findMark(text, at), expected) << testing::PrintToString(text) << " from " << at;
+    }
   for (const std::string& plain : {"/"s, "."s, "/x."s, "./"s, "\x1a\x1c\0\x7f"s})
     for (const std::string& text : placed(plain))
-      ASSERT_EQ(plainLength(text), text.size()) << testing::PrintToString(text);
+      ASSERT_EQ(findMark(text, 0), text.size()) << testing::PrintToString(text);
+}
+
+TEST(Utf8Test, marksBeforeTheStartAreNotFoundAgain) {
+  for (const std::string& text : placed("\x1b"))
+    for (std::size_t at = text.find('\x1b') + 1; at <= text.size(); ++at)
+      ASSERT_EQ(findMark(text, at), text.size()) << testing::PrintToString(text) << " from " << at;
 }
 
 } // namespace
