@@ -55,11 +55,11 @@ inline Block loadBlock(const char* from) {
   return block;
 }
 
-/// The marks of `findMark` among the sixteen bytes from `at` on: in the byte of each its highest
-/// bit or all, and 0 in the others.
-inline std::array<std::uint64_t, 2> marksOfBlock(std::string_view text, std::size_t at) {
-  const Block here = loadBlock(text.data() + at);
-  const Block before = loadBlock(text.data() + (at > 0 ? at - 1 : 0));
+/// The marks of `findMark` among the sixteen bytes from `from` on: in the byte of each its highest
+/// bit or all, and 0 in the others. Reads the byte before, too.
+inline std::array<std::uint64_t, 2> marksOfBlock(const char* from) {
+  const Block here = loadBlock(from);
+  const Block before = loadBlock(from - 1);
   const Block marks =
       (here & 0x80) | reinterpret_cast<Block>(here == '\x1b') |
       (reinterpret_cast<Block>(here == '.') & reinterpret_cast<Block>(before == '/'));
@@ -78,21 +78,29 @@ inline std::size_t firstMark(const std::array<std::uint64_t, 2>& marks) {
 /// what is not ASCII, the escape character, and a "." after a "/". The length of the text when
 /// there is none. Reads nothing outside the text.
 inline std::size_t findMark(std::string_view text, std::size_t at) {
+  const auto isMark = [&](std::size_t place) {
+    return static_cast<unsigned char>(text[place]) >= 0x80 || text[place] == '\x1b' ||
+           (text[place] == '.' && place > 0 && text[place - 1] == '/');
+  };
+  if (at == 0) {
+    if (text.empty() || isMark(0))
+      return 0;
+    at = 1;
+  }
   for (; text.size() - at >= blockSize; at += blockSize)
-    if (const auto marks = marksOfBlock(text, at); (marks[0] | marks[1]) != 0)
+    if (const auto marks = marksOfBlock(text.data() + at); (marks[0] | marks[1]) != 0)
       return at + firstMark(marks);
-  if (at < text.size() && text.size() >= blockSize) {
+  if (at < text.size() && text.size() > blockSize) {
     // The last block of the text, without its bytes before `at`.
     const std::size_t start = text.size() - blockSize;
     const std::size_t skipped = at - start;
-    auto marks = marksOfBlock(text, start);
+    auto marks = marksOfBlock(text.data() + start);
     if (skipped >= 8)
       marks[0] = 0;
     marks[skipped / 8] &= ~std::uint64_t{0} << skipped % 8 * 8;
     return start + firstMark(marks);
   }
-  while (at < text.size() && static_cast<unsigned char>(text[at]) < 0x80 && text[at] != '\x1b' &&
-         !(text[at] == '.' && at > 0 && text[at - 1] == '/'))
+  while (at < text.size() && !isMark(at))
     ++at;
   return at;
 }

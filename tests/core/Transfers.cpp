@@ -68,12 +68,16 @@ TEST_F(TransfersTest, pathInTwoPartsNamesTheSameTransfer) {
   EXPECT_EQ(inFolder.find("/home/a"), nullptr);
 }
 
-TEST_F(TransfersTest, pathsWithTheSameHashAreDifferentTransfers) {
-  for (const char* const printed : {"/a", "/b", "/home/a"})
-    EXPECT_TRUE(transfers.update(ItemPath{"/home", printed, 1}, Direction::upload, {}, at(1)));
-  EXPECT_EQ(transfers.size(), 3U);
-  EXPECT_EQ(transfers.remove(ItemPath{"/home", "/b", 1})->path, "/home/b");
-  EXPECT_FALSE(transfers.remove(ItemPath{"/root", "/a", 1}));
+TEST_F(TransfersTest, pathWithTheSameHashIsAnotherTransfer) {
+  const ItemPathHash hash{{}, 5};
+  Transfers inFolder(stalledAfter, hash);
+  const std::uint64_t sameHash = hash.fingerprint("/a").low;
+  inFolder.update("/home/a", Direction::upload, {}, at(1));
+  EXPECT_NE(inFolder.find(ItemPath{"/home", "/a", sameHash}), nullptr);
+  for (const ItemPath& other :
+       {ItemPath{"/home", "/b", sameHash}, ItemPath{"/root", "/a", sameHash},
+        ItemPath{"/home", "/a/a", sameHash}, ItemPath{"/home", "", sameHash}})
+    EXPECT_FALSE(inFolder.remove(other)) << std::string(other);
 }
 
 TEST_F(TransfersTest, mostRecentlyUpdatedIsFirst) {
