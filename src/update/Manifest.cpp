@@ -23,6 +23,9 @@ std::optional<std::string> requiredText(const json& object, const char* key) {
 } // namespace
 
 std::optional<Manifest> decodeManifest(std::string_view document, const SystemText& text) {
+  // The library takes a zero byte for the end of the document.
+  if (document.find('\0') != std::string_view::npos)
+    return std::nullopt;
   const json object = json::parse(document, nullptr, /*allow_exceptions=*/false);
   if (!object.is_object())
     return std::nullopt;

@@ -74,6 +74,13 @@ TEST(ManifestTest, otherDocumentsAreRefused) {
     EXPECT_FALSE(decode(document)) << document;
 }
 
+TEST(ManifestTest, documentDoesNotEndAtAZeroByte) {
+  const std::string document = "{\"version\": \"1.5\", \"url\": \"" + url + "\"}";
+  ASSERT_TRUE(decode(document));
+  for (const std::string& more : {std::string(1, '\0'), std::string("\0 and more", 10)})
+    EXPECT_FALSE(decode(document + more)) << more.size() << " bytes behind the object";
+}
+
 TEST(ManifestTest, deepNestingIsRefused) {
   const std::size_t depth = maxManifestSize / 2;
   EXPECT_FALSE(decode(std::string(depth, '[')));
