@@ -11,10 +11,6 @@ std::string named(const Transfer& transfer) {
          transfer.path + "\"";
 }
 
-std::size_t numberOf(const TimelineEvent& event) {
-  return std::visit([](const auto& what) { return what.step; }, event.what);
-}
-
 // One second, and one more for every ten megabytes.
 Transfer downloadOf(const Item& item) {
   constexpr std::uint64_t bytesPerMillisecond = 10'000;
@@ -132,14 +128,13 @@ void Player::startTransfer(ItemId id, Transfer transfer, Milliseconds at) {
   cloud_.drive.beginTransfer(id, transfer.direction);
   const std::size_t number = scenario_.steps.size() + extraTransfers_.size();
   addTransferEvents(events_, number, at, transfer);
-  std::stable_sort(
-      events_.begin() + static_cast<std::ptrdiff_t>(nextEvent_), events_.end(),
-      [](const TimelineEvent& left, const TimelineEvent& right) { return left.at < right.at; });
+  sortByTime(events_, nextEvent_);
   extraTransfers_.push_back(std::move(transfer));
   transfers_[id] = number;
 }
 
-void Player::perform(const TimelineEvent& event) {
+// A copy, since a step may replace the events.
+void Player::perform(TimelineEvent event) {
   try {
     std::visit([this](const auto& what) { apply(what); }, event.what);
   } catch (const std::exception& problem) {

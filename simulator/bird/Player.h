@@ -73,7 +73,7 @@ public:
   Milliseconds elapsed(Clock::time_point now) const;
 
 private:
-  void perform(const TimelineEvent& event);
+  void perform(TimelineEvent event);
   void fail(const TimelineEvent& event, const std::string& problem);
   void startTransfer(ItemId id, Transfer transfer, Milliseconds at);
   Transfer interruptedTransfer(const Item& item) const;
@@ -105,6 +105,8 @@ private:
   void run(const AwaitMonitors& action);
   void run(const Print& action) { host_.print(action.feed, action.bytes); }
   void run(const EndScenario& action);
+  void run(const RepeatSteps& action);
+  void dropComingSteps();
   void restore(const Action& action);
   ItemId itemOf(const std::string& path) const;
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 namespace icloud {
 
@@ -74,14 +75,31 @@ void Player::run(const AwaitMonitors& /*action*/) {
 }
 
 // The transfers that clients or a restart started continue.
-void Player::run(const EndScenario& /*action*/) {
-  const auto belongsToStep = [this](const TimelineEvent& event) {
-    return std::visit([](const auto& what) { return what.step; }, event.what) <
-           scenario_.steps.size();
-  };
+void Player::dropComingSteps() {
   const auto coming = events_.begin() + static_cast<std::ptrdiff_t>(nextEvent_);
-  events_.erase(std::remove_if(coming, events_.end(), belongsToStep), events_.end());
+  events_.erase(std::remove_if(coming, events_.end(),
+                               [this](const TimelineEvent& event) {
+                                 return numberOf(event) < scenario_.steps.size();
+                               }),
+                events_.end());
+}
+
+void Player::run(const EndScenario& /*action*/) {
+  dropComingSteps();
   host_.report("end", "");
+}
+
+void Player::run(const RepeatSteps& /*action*/) {
+  dropComingSteps();
+  const Milliseconds length = scenario_.length();
+  std::vector<TimelineEvent> events = timelineOf(scenario_);
+  for (; nextEvent_ < events_.size(); ++nextEvent_)
+    events.push_back({events_[nextEvent_].at - length, events_[nextEvent_].what});
+  sortByTime(events);
+  events_ = std::move(events);
+  nextEvent_ = 0;
+  progress_.nextStep = 0;
+  *progress_.origin += length;
 }
 
 // Everything else is in the states of the files on disk.

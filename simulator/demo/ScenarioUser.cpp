@@ -84,8 +84,8 @@ void ScenarioUser::run() {
         driverListener_.awaitProgram(), context_,
         [this](const std::string& text) { report(Report::Kind::observation, text); },
         [this](const std::string& text) { report(Report::Kind::menu, text); });
-    for (const UserStep& step : steps_)
-      execute(userSteps, step);
+    while (nextStep_ < steps_.size())
+      execute(userSteps, steps_[nextStep_]);
     report(Report::Kind::finished, "");
   } catch (const Stopped&) {
   } catch (const std::exception& error) {
@@ -96,13 +96,17 @@ void ScenarioUser::run() {
 void ScenarioUser::execute(UserSteps& userSteps, const UserStep& step) {
   std::visit(Overloaded{[this](const AwaitLine& action) { await(action); },
                         [this](const Pause& action) { pause(action.duration); },
+                        [](const RepeatUserSteps&) {},
                         [&](const auto& action) {
                           report(Report::Kind::step, step.text);
                           userSteps(action);
                         }},
              step.action);
   const std::lock_guard lock(mutex_);
-  ++nextStep_;
+  const bool repeats = std::holds_alternative<RepeatUserSteps>(step.action);
+  if (repeats && isStopping_)
+    throw Stopped();
+  nextStep_ = repeats ? 0 : nextStep_ + 1;
 }
 
 void ScenarioUser::await(const AwaitLine& step) {

@@ -115,8 +115,12 @@ struct Print {
 
 struct EndScenario {};
 
-using Action = std::variant<MakeFolder, MakeFiles, Transfer, GlobalTransfer, SetState, ClearState,
-                            Evict, CancelDownload, Lock, Vanish, AddJobs, ClearJobs, SetQuota,
-                            KillMonitors, KillDaemon, AwaitMonitors, Print, EndScenario>;
+/// Starts the steps again, with the scenario's clock back at zero.
+struct RepeatSteps {};
+
+using Action =
+    std::variant<MakeFolder, MakeFiles, Transfer, GlobalTransfer, SetState, ClearState, Evict,
+                 CancelDownload, Lock, Vanish, AddJobs, ClearJobs, SetQuota, KillMonitors,
+                 KillDaemon, AwaitMonitors, Print, EndScenario, RepeatSteps>;
 
 } // namespace icloud

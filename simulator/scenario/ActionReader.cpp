@@ -200,6 +200,8 @@ Action ActionReader::readCloudAction(const std::string& verb, ScenarioLine& line
     return readReplay(line);
   if (verb == "end")
     return EndScenario{};
+  if (verb == "repeat")
+    return RepeatSteps{};
   line.fail("unknown verb \"" + verb + "\"");
 }
 

@@ -36,6 +36,10 @@ bool belongsToInitialState(const Step& step) {
          does<SetState>(step) || does<SetQuota>(step) || does<Lock>(step);
 }
 
+bool endsScenario(const Step& step) {
+  return does<EndScenario>(step) || does<RepeatSteps>(step);
+}
+
 /// Collects the parts of a scenario line by line.
 class ScenarioParser {
 public:
@@ -109,6 +113,9 @@ void ScenarioParser::readExpectation(ScenarioLine& line, Expectation::Kind kind)
 }
 
 void ScenarioParser::readUserStep(ScenarioLine& line) {
+  if (!scenario_.user.empty() &&
+      std::holds_alternative<RepeatUserSteps>(scenario_.user.back().action))
+    line.fail("no step of the user may follow \"repeats\"");
   UserStep step{{}, line.number(), line.remainder()};
   step.action = readUserAction(line);
   scenario_.user.push_back(std::move(step));
@@ -162,14 +169,14 @@ void ScenarioParser::append(Step step, const ScenarioLine& line) {
     return;
   }
   checkTime(*step.at, line);
-  hasEnd_ = does<EndScenario>(step);
+  hasEnd_ = endsScenario(step);
   steps.push_back(std::move(step));
 }
 
 Scenario ScenarioParser::finish() {
   std::stable_sort(scenario_.steps.begin(), scenario_.steps.end(),
                    [](const Step& left, const Step& right) { return left.at < right.at; });
-  if (!hasEnd_ || !does<EndScenario>(scenario_.steps.back()))
+  if (!hasEnd_ || !endsScenario(scenario_.steps.back()))
     throw ScenarioError(scenario_.file, lineNumber_, "the scenario has no end, as in: at 60s end");
   return std::move(scenario_);
 }

@@ -40,6 +40,15 @@ void addGlobal(Events& events, std::size_t step, Milliseconds begin,
 
 } // namespace
 
+std::size_t numberOf(const TimelineEvent& event) {
+  return std::visit([](const auto& what) { return what.step; }, event.what);
+}
+
+void sortByTime(Events& events, std::size_t first) {
+  std::stable_sort(events.begin() + static_cast<std::ptrdiff_t>(first), events.end(),
+                   [](const auto& left, const auto& right) { return left.at < right.at; });
+}
+
 void addTransferEvents(Events& events, std::size_t step, Milliseconds begin,
                        const Transfer& transfer) {
   const Milliseconds end = partOf(transfer.duration, transfer.endsAt);
@@ -68,8 +77,7 @@ std::vector<TimelineEvent> timelineOf(const Scenario& scenario) {
     else if (const auto* global = std::get_if<GlobalTransfer>(&step.action))
       addGlobal(events, index, at, *global);
   }
-  std::stable_sort(events.begin(), events.end(),
-                   [](const auto& left, const auto& right) { return left.at < right.at; });
+  sortByTime(events);
   return events;
 }
 

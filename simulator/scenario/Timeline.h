@@ -42,6 +42,12 @@ struct TimelineEvent {
   std::variant<RunStep, TransferTick, TransferPause, TransferEnd, GlobalTick> what;
 };
 
+/// The number of the step or transfer that an event belongs to.
+std::size_t numberOf(const TimelineEvent& event);
+
+/// Orders the events from number `first` on by their times. Those of one moment keep their order.
+void sortByTime(std::vector<TimelineEvent>& events, std::size_t first = 0);
+
 /// Appends the events of transfer number `step`, which begins at `begin` on the scenario's clock.
 void addTransferEvents(std::vector<TimelineEvent>& events, std::size_t step, Milliseconds begin,
                        const Transfer& transfer);

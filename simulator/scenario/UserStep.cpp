@@ -65,7 +65,7 @@ struct Verb {
   UserAction (*read)(ScenarioLine&);
 };
 
-constexpr std::array<Verb, 13> verbs{{
+constexpr std::array<Verb, 14> verbs{{
     {"awaits", readAwait},
     {"pauses", [](ScenarioLine& line) -> UserAction { return Pause{line.duration("a duration")}; }},
     {"opens", readOpen},
@@ -81,6 +81,7 @@ constexpr std::array<Verb, 13> verbs{{
     {"measures", readMeasure},
     {"shot", readScreenshot},
     {"reads", readRead},
+    {"repeats", [](ScenarioLine&) -> UserAction { return RepeatUserSteps{}; }},
 }};
 
 } // namespace

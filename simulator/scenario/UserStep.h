@@ -75,6 +75,9 @@ struct TakeScreenshot {
   std::string name;
 };
 
+/// Starts the steps again. Nothing follows it.
+struct RepeatUserSteps {};
+
 /// Reports what the open menu shows.
 struct ReadMenu {};
 
@@ -83,7 +86,7 @@ struct ReadStrip {};
 
 using UserAction = std::variant<AwaitLine, AwaitExit, Pause, OpenMenu, CloseMenu, ChooseEntry,
                                 FindEntry, SeeText, PressButton, PressKey, PickFolder, OpenFile,
-                                MeasureDisk, TakeScreenshot, ReadMenu, ReadStrip>;
+                                MeasureDisk, TakeScreenshot, ReadMenu, ReadStrip, RepeatUserSteps>;
 
 /// One line of a scenario that its user carries out.
 struct UserStep {

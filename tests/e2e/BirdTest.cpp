@@ -79,6 +79,38 @@ TEST(Bird, clockStopsWhileAwaitingMonitors) {
   EXPECT_THAT(system.bird().output().readUntil(" end\n"), HasSubstr("\n0.1 end\n"));
 }
 
+TEST(Bird, scenarioRepeats) {
+  SimulatedSystem system;
+  system.play("file \"a\" 1KB\n"
+              "at 0s upload \"a\" over 50ms\n"
+              "at 60ms error \"a\"\n"
+              "at 80ms clear \"a\"\n"
+              "at 100ms repeat\n",
+              "");
+  const std::string reported = system.bird().output().readUntil(" clear \"a\"\n", 3);
+  EXPECT_THAT(reported, testing::Not(HasSubstr("trouble")));
+}
+
+TEST(Bird, resumedDaemonGoesOnRepeating) {
+  SimulatedSystem system;
+  system.play("file \"a\" 1KB\nat 0s upload \"a\" over 50ms\nat 100ms repeat\n", "");
+  system.bird().output().readUntil(" repeat\n");
+  system.killBird();
+  system.resume();
+  const std::string reported = system.bird().output().readUntil("\"a\" is finished\n", 2);
+  EXPECT_THAT(reported, testing::Not(HasSubstr("trouble")));
+}
+
+/// A download for a client lasts a second: ten rounds.
+TEST(Bird, downloadForClientOutlivesRound) {
+  SimulatedSystem system;
+  system.play("file \"far\" 1KB remote\nat 100ms repeat\n", "");
+  const auto far = system.sandbox().drive() / "far";
+  EXPECT_EQ(system.runBrctl({"download", far}).exitStatus, 0);
+  system.bird().output().readUntil("the download of \"far\" is finished");
+  expectDownloaded(far, 1000);
+}
+
 TEST(Bird, sigtermEndsDaemonAndRemovesSocket) {
   SimulatedSystem system;
   system.play("at 60s end\n");

@@ -137,7 +137,8 @@ const std::vector<Mistake> mistakes{
     {"user pauses long", "not a duration such as"},
     {R"(user finds "a" unticked)", "nothing more was expected here: unticked"},
     {"user reads minds", R"(expected "menu" at minds)"},
-    {R"(user shot "a/b")", "part of a file's name"}};
+    {R"(user shot "a/b")", "part of a file's name"},
+    {"user repeats menu", "nothing more was expected here: menu"}};
 
 TEST(Scenario, mistakeIsReportedWithFileAndLine) {
   for (const Mistake& mistake : mistakes) {
@@ -161,6 +162,14 @@ TEST(Scenario, initialStateAfterFirstStepIsRefused) {
 TEST(Scenario, stepAfterEndIsRefused) {
   EXPECT_THAT(problemOf("at 2s end\nat 3s no-jobs\n"),
               HasSubstr("a.scenario:2: no step may follow"));
+}
+
+TEST(Scenario, repetitionIsAnEnd) {
+  EXPECT_EQ(problemOf("at 2s repeat\n"), "none");
+  EXPECT_THAT(problemOf("at 2s repeat\nat 3s no-jobs\n"),
+              HasSubstr("a.scenario:2: no step may follow"));
+  EXPECT_THAT(problemOf("user pauses 1s\nuser repeats\nuser opens menu\nat 2s end\n"),
+              HasSubstr("a.scenario:3: no step of the user may follow"));
 }
 
 TEST(Scenario, scenarioWithoutEndIsRefused) {
