@@ -1,11 +1,11 @@
 // What the program costs when it starts and while it idles.
 
 #include "Benches.h"
-#include "ProcessCost.h"
 #include "Stopwatch.h"
 #include "demo/Sandbox.h"
 #include "process/ChildProcess.h"
 #include "process/Pipe.h"
+#include "process/ProcessCost.h"
 
 #include <chrono>
 #include <fstream>
@@ -141,20 +141,20 @@ void benchIdle(const QuietSandbox& sandbox, Figures& figures, std::ostream& note
   const icloud::ChildProcess bare(sandbox.bare());
   const pid_t process = program.process().identifier();
   std::this_thread::sleep_for(settlingTime);
-  const double memory = residentMemory(process);
-  const double bareMemory = residentMemory(bare.identifier());
+  const double memory = icloud::residentMemory(process);
+  const double bareMemory = icloud::residentMemory(bare.identifier());
   figures["idle_rss_over_bare"] = memory / bareMemory;
   notes << "idle: program " << memory / 1024 << " MiB, bare " << bareMemory / 1024 << " MiB\n";
 
   program.await();
   std::this_thread::sleep_for(settlingTime);
-  const ProcessCost before = costOf(process);
+  const icloud::ProcessCost before = icloud::costOf(process);
   std::this_thread::sleep_for(idleTime);
-  const ProcessCost after = costOf(process);
+  const icloud::ProcessCost after = icloud::costOf(process);
   figures["idle_cpu_ms_30s"] = static_cast<double>(after.nanoseconds - before.nanoseconds) / 1e6;
   figures["idle_switches_30s"] =
       static_cast<double>(after.voluntarySwitches - before.voluntarySwitches);
-  figures["rss_after_check_over_bare"] = residentMemory(process) / bareMemory;
+  figures["rss_after_check_over_bare"] = icloud::residentMemory(process) / bareMemory;
   program.process().end(gracePeriod);
 }
 

@@ -71,8 +71,8 @@ struct ProcessStat {
 
 // The second field of a stat file is the name in parentheses, the fourth the parent. The result
 // is empty when the process no longer exists.
-ProcessStat readStat(const std::filesystem::path& folder) {
-  std::ifstream stream(folder / "stat");
+ProcessStat readStat(pid_t process) {
+  std::ifstream stream("/proc/" + std::to_string(process) + "/stat");
   std::string text(4096, '\0');
   stream.read(text.data(), static_cast<std::streamsize>(text.size()));
   text.resize(static_cast<std::size_t>(stream.gcount()));
@@ -88,21 +88,26 @@ ProcessStat readStat(const std::filesystem::path& folder) {
 
 std::vector<Orphan> childrenExcept(const std::vector<pid_t>& known) {
   std::vector<Orphan> children;
-  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-    const std::string name = entry.path().filename();
-    pid_t identifier = 0;
-    const auto parsed = std::from_chars(name.data(), name.data() + name.size(), identifier);
-    if (parsed.ec != std::errc{} || parsed.ptr != name.data() + name.size() ||
-        std::find(known.begin(), known.end(), identifier) != known.end())
-      continue;
-    const ProcessStat stat = readStat(entry.path());
-    if (stat.parent == getpid())
-      children.push_back({identifier, stat.name});
-  }
+  for (const pid_t child : childrenOf(getpid()))
+    if (std::find(known.begin(), known.end(), child) == known.end())
+      children.push_back({child, readStat(child).name});
   return children;
 }
 
 } // namespace
+
+std::vector<pid_t> childrenOf(pid_t parent) {
+  std::vector<pid_t> children;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    const std::string name = entry.path().filename();
+    pid_t process = 0;
+    const auto parsed = std::from_chars(name.data(), name.data() + name.size(), process);
+    if (parsed.ec == std::errc{} && parsed.ptr == name.data() + name.size() &&
+        readStat(process).parent == parent)
+      children.push_back(process);
+  }
+  return children;
+}
 
 Descriptor openProcess(pid_t process) {
   return Descriptor(static_cast<int>(syscall(SYS_pidfd_open, process, 0)));

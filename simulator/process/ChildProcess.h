@@ -65,6 +65,9 @@ std::string describeEnd(int status);
 /// exists.
 Descriptor openProcess(pid_t process);
 
+/// The children of a process, including those that ended and were not waited for.
+std::vector<pid_t> childrenOf(pid_t parent);
+
 /// A process whose parent ended before it.
 struct Orphan {
   pid_t identifier = 0;
