@@ -14,6 +14,7 @@
 #include <QAction>
 #include <QGuiApplication>
 #include <QHelpEvent>
+#include <QPixmapCache>
 #include <QScreen>
 #include <QTextDocument>
 #include <QToolTip>
@@ -279,6 +280,23 @@ TEST_F(DropDownMenuTest, retitlingWithoutEffectChangesNothing) {
   EXPECT_THAT(titles(), ElementsAre("Headline", "Storage"));
   item_.retitle(storage, "Other");
   EXPECT_GT(changes, 0);
+}
+
+/// The style keeps an image of every size in which it has drawn an arrow.
+TEST_F(DropDownMenuTest, scrollingMenusOfManyWidthsKeepNoImages) {
+  constexpr int kibibytes = 200;
+  const int limitBefore = QPixmapCache::cacheLimit();
+  QPixmapCache::setCacheLimit(kibibytes);
+  const QPixmapCache::Key oldest = QPixmapCache::insert(QPixmap(16, 16));
+  std::string title = "Row";
+  for (int opening = 0; opening < 40; ++opening) {
+    title += "m";
+    open(Menu(200, command(title)));
+    EXPECT_FALSE(menu().grab().isNull());
+    menu().close();
+  }
+  EXPECT_TRUE(oldest.isValid());
+  QPixmapCache::setCacheLimit(limitBefore);
 }
 
 TEST_F(DropDownMenuTest, retitledScrollingMenuStaysOnScreen) {

@@ -54,6 +54,16 @@ void drawCheckMark(const QStyleOption& option, QPainter& painter) {
   painter.restore();
 }
 
+/// The same in the middle square. The style keeps an image of every size of arrow, and that of a
+/// menu that scrolls is as wide as the menu.
+QStyleOption squared(const QStyleOption& option) {
+  QStyleOption square = option;
+  const int side = std::min(option.rect.width(), option.rect.height());
+  square.rect =
+      QStyle::alignedRect(option.direction, Qt::AlignCenter, QSize(side, side), option.rect);
+  return square;
+}
+
 /// The application's style, except that a menu that is too high scrolls and a check mark has no
 /// box.
 class MenuStyle final : public QProxyStyle {
@@ -64,10 +74,14 @@ public:
 
   void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                      const QWidget* widget) const override {
-    if (element == PE_IndicatorCheckBox)
+    if (element == PE_IndicatorCheckBox) {
       drawCheckMark(*option, *painter);
-    else
+    } else if (element == PE_IndicatorArrowUp || element == PE_IndicatorArrowDown) {
+      const QStyleOption square = squared(*option);
+      QProxyStyle::drawPrimitive(element, &square, painter, widget);
+    } else {
       QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
   }
 
   int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
