@@ -25,6 +25,12 @@ public:
     information_["CFBundleShortVersionString"] = std::move(version);
   }
 
+  /// Makes this a program outside a bundle.
+  void forgetInformation() {
+    identifier_.reset();
+    information_.clear();
+  }
+
 private:
   std::string path_ = "/Applications/Driftmark.app";
   std::optional<std::string> identifier_;

@@ -146,7 +146,7 @@ TestChildProcesses::spawn(const ToolCommand& command, DataHandler onData, ExitHa
   {
     const std::lock_guard lock(mutex_);
     spawnAttempts_.push_back(command);
-    if (auto error = failure(command.arguments))
+    if (auto error = failure(command.arguments, spawnFailure_))
       return *std::move(error);
     child = std::make_shared<TestChild>(mainQueue_, command, ++lastIdentifier_, std::move(onData),
                                         std::move(onExit));
@@ -170,7 +170,7 @@ std::shared_ptr<ToolRun> TestChildProcesses::prepare(const ToolCommand& command,
 
 std::optional<LaunchError> TestChildProcesses::launchDetached(const ToolCommand& command) {
   const std::lock_guard lock(mutex_);
-  if (auto error = failure(command.arguments))
+  if (auto error = failure(command.arguments, detachedFailure_))
     return error;
   detached_.push_back(command);
   return std::nullopt;
@@ -217,12 +217,36 @@ void TestChildProcesses::failAllLaunches(LaunchError error) {
 void TestChildProcesses::allowLaunches() {
   const std::lock_guard lock(mutex_);
   failures_.clear();
-  generalFailure_.reset();
+  for (auto* const each : {&generalFailure_, &spawnFailure_, &runFailure_, &detachedFailure_})
+    each->reset();
 }
 
-std::optional<LaunchError> TestChildProcesses::failure(const Arguments& arguments) const {
-  const auto found = failures_.find(arguments);
-  return found == failures_.end() ? generalFailure_ : found->second;
+void TestChildProcesses::failSpawns(LaunchError error) {
+  const std::lock_guard lock(mutex_);
+  spawnFailure_ = std::move(error);
+}
+
+void TestChildProcesses::failRuns(LaunchError error) {
+  const std::lock_guard lock(mutex_);
+  runFailure_ = std::move(error);
+}
+
+void TestChildProcesses::failDetached(LaunchError error) {
+  const std::lock_guard lock(mutex_);
+  detachedFailure_ = std::move(error);
+}
+
+void TestChildProcesses::exitRuns(int status) {
+  const std::lock_guard lock(mutex_);
+  runStatus_ = status;
+}
+
+std::optional<LaunchError>
+TestChildProcesses::failure(const Arguments& arguments,
+                            const std::optional<LaunchError>& ofOperation) const {
+  if (const auto found = failures_.find(arguments); found != failures_.end())
+    return found->second;
+  return ofOperation ? ofOperation : generalFailure_;
 }
 
 std::variant<ToolResult, LaunchError> TestChildProcesses::run(TestRun& run) {
@@ -230,7 +254,7 @@ std::variant<ToolResult, LaunchError> TestChildProcesses::run(TestRun& run) {
   if (run.wasLaunched())
     throw std::logic_error("a prepared run is run twice");
   const Arguments& arguments = run.command().arguments;
-  if (auto error = failure(arguments))
+  if (auto error = failure(arguments, runFailure_))
     return *std::move(error);
   run.identifier_ = ++lastIdentifier_;
   run.running_ = true;
@@ -248,6 +272,8 @@ std::variant<ToolResult, LaunchError> TestChildProcesses::run(TestRun& run) {
                   << " has hung for 30 seconds: nothing released it or asked it to end";
   const Script& script = scripts_[arguments];
   ToolResult result = script.result;
+  if (runStatus_)
+    result = {.output = {}, .exitStatus = *runStatus_};
   if (run.terminateRequests_ > 0)
     result = {.output = script.printedWhenTerminated, .exitStatus = terminated};
   if (run.output() == ToolOutput::discard)

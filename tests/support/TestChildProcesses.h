@@ -144,7 +144,15 @@ public:
   void failLaunches(const Arguments& arguments, LaunchError error);
   void failAllLaunches(LaunchError error);
 
-  /// Removes all failures.
+  /// The same for every `spawn`, for every run, or for every detached tool.
+  void failSpawns(LaunchError error);
+  void failRuns(LaunchError error);
+  void failDetached(LaunchError error);
+
+  /// Runs exit with this status and without output from now on, whatever their script.
+  void exitRuns(int status);
+
+  /// Removes all failures to start.
   void allowLaunches();
 
   /// The spawned children, oldest first: all, or those with these arguments.
@@ -176,7 +184,8 @@ private:
     std::string printedWhenTerminated;
   };
 
-  std::optional<LaunchError> failure(const Arguments& arguments) const;
+  std::optional<LaunchError> failure(const Arguments& arguments,
+                                     const std::optional<LaunchError>& ofOperation) const;
   std::variant<ToolResult, LaunchError> run(TestRun& run);
   void terminate(TestRun& run);
 
@@ -193,6 +202,10 @@ private:
   std::map<Arguments, Script> scripts_;
   std::map<Arguments, LaunchError> failures_;
   std::optional<LaunchError> generalFailure_;
+  std::optional<LaunchError> spawnFailure_;
+  std::optional<LaunchError> runFailure_;
+  std::optional<LaunchError> detachedFailure_;
+  std::optional<int> runStatus_;
 };
 
 } // namespace driftmark::test

@@ -2,8 +2,10 @@
 
 #include "ports/CloudFiles.h"
 
+#include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -34,6 +36,18 @@ public:
     failures_[path] = std::move(description);
   }
 
+  /// Makes every eviction fail with this description.
+  void failEvictions(std::string description) {
+    const std::scoped_lock lock(mutex_);
+    generalFailure_ = PlatformError{std::move(description)};
+  }
+
+  /// Makes walks visit what `change` makes of the items; without a value, no item.
+  void changeWalks(std::function<std::optional<WalkEntry>(WalkEntry)> change) {
+    const std::scoped_lock lock(mutex_);
+    change_ = std::move(change);
+  }
+
   /// Returns the files whose eviction was requested, in order, failed ones included, and clears the
   /// list.
   std::vector<std::string> takeEvictions() {
@@ -56,14 +70,15 @@ public:
         entries = found->second;
     }
     for (const WalkEntry& entry : entries)
-      visit(entry);
+      if (const auto visited = change_(entry))
+        visit(*visited);
   }
 
   std::optional<PlatformError> evict(const std::string& path) override {
     const std::scoped_lock lock(mutex_);
     evictions_.push_back(path);
     const auto failure = failures_.find(path);
-    return failure == failures_.end() ? std::nullopt
+    return failure == failures_.end() ? generalFailure_
                                       : std::optional(PlatformError{failure->second});
   }
 
@@ -71,6 +86,10 @@ private:
   mutable std::mutex mutex_;
   std::map<std::string, std::vector<WalkEntry>> entries_;
   std::map<std::string, std::string> failures_;
+  std::optional<PlatformError> generalFailure_;
+  std::function<std::optional<WalkEntry>(WalkEntry)> change_ = [](WalkEntry entry) {
+    return entry;
+  };
   std::vector<std::string> evictions_;
   mutable std::vector<std::string> walks_;
 };

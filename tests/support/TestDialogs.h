@@ -20,6 +20,8 @@ public:
     shown_.push_back(alert);
     if (onShow_)
       onShow_(alert);
+    if (unanswered_)
+      return std::nullopt;
     if (answers_.empty())
       return alert.buttons.empty() ? 0 : alert.buttons.size() - 1;
     const std::optional<std::size_t> answer = answers_.front();
@@ -29,6 +31,8 @@ public:
 
   std::optional<std::string> chooseFolder(const FolderPanel& panel) override {
     folderPanels_.push_back(panel);
+    if (unanswered_)
+      return std::nullopt;
     return std::exchange(folder_, std::nullopt);
   }
 
@@ -51,6 +55,9 @@ public:
   /// Makes the next alert without a prepared answer close unanswered, as when the application ends.
   void leaveUnanswered() { answers_.emplace_back(std::nullopt); }
 
+  /// Makes every alert close unanswered, and nothing be chosen in any folder panel.
+  void leaveAllUnanswered() { unanswered_ = true; }
+
   /// Called while an alert is open.
   void onShow(std::function<void(const Alert&)> handler) { onShow_ = std::move(handler); }
 
@@ -63,6 +70,7 @@ private:
   std::vector<FolderPanel> folderPanels_;
   std::optional<std::string> folder_;
   std::deque<std::optional<std::size_t>> answers_;
+  bool unanswered_ = false;
   std::function<void(const Alert&)> onShow_;
 };
 

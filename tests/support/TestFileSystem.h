@@ -18,7 +18,7 @@ public:
   bool fileExists(const std::string& path) const override {
     const std::lock_guard lock(mutex_);
     ++questions_;
-    return everythingExists_ || resolves(path);
+    return everythingExists_.value_or(resolves(path));
   }
 
   std::string homeDirectory() const override {
@@ -81,7 +81,8 @@ public:
     items_.erase(path);
   }
 
-  /// Makes the operation with this text fail with this description.
+  /// Makes the operation with this text fail with this description, or every operation that has
+  /// this first word, such as "move".
   void fail(const std::string& operation, std::string description) {
     const std::lock_guard lock(mutex_);
     failures_[operation] = std::move(description);
@@ -97,6 +98,12 @@ public:
   void pretendEverythingExists() {
     const std::lock_guard lock(mutex_);
     everythingExists_ = true;
+  }
+
+  /// Makes no path exist, as when that cannot be determined.
+  void pretendNothingExists() {
+    const std::lock_guard lock(mutex_);
+    everythingExists_ = false;
   }
 
   void setHome(std::string home) {
@@ -127,7 +134,9 @@ private:
 
   std::optional<PlatformError> begin(const std::string& operation) {
     operations_.push_back(operation);
-    const auto failure = failures_.find(operation);
+    auto failure = failures_.find(operation);
+    if (failure == failures_.end())
+      failure = failures_.find(operation.substr(0, operation.find(' ')));
     return failure == failures_.end() ? std::nullopt
                                       : std::optional(PlatformError{failure->second});
   }
@@ -150,7 +159,7 @@ private:
 
   mutable std::mutex mutex_;
   mutable int questions_ = 0;
-  bool everythingExists_ = false;
+  std::optional<bool> everythingExists_; ///< absent: as the items say
   Items items_;
   std::map<std::string, std::string> failures_;
   std::vector<std::string> operations_;

@@ -3,6 +3,7 @@
 #include "ports/HttpClient.h"
 
 #include <deque>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,10 +34,24 @@ public:
   const std::vector<std::string>& downloads() const { return downloads_; }
 
   /// Replies to the oldest pending request. There must be one.
-  void reply(std::string bytes) { replyTo(waitingFetches_, Body{std::move(bytes)}); }
+  void reply(std::string bytes) {
+    if (fetchFailure_)
+      fail(*fetchFailure_);
+    else
+      replyTo(waitingFetches_, Body{std::move(bytes)});
+  }
   void fail(PlatformError error) { replyTo(waitingFetches_, std::move(error)); }
-  void replyFile(std::string path) { replyTo(waitingDownloads_, File{std::move(path)}); }
+  void replyFile(std::string path) {
+    if (downloadFailure_)
+      failDownload(*downloadFailure_);
+    else
+      replyTo(waitingDownloads_, File{std::move(path)});
+  }
   void failDownload(PlatformError error) { replyTo(waitingDownloads_, std::move(error)); }
+
+  /// Makes every request of the kind fail, whatever the reply.
+  void failFetches(PlatformError error) { fetchFailure_ = std::move(error); }
+  void failDownloads(PlatformError error) { downloadFailure_ = std::move(error); }
 
   /// The number of pending requests.
   std::size_t waiting() const { return waitingFetches_.size() + waitingDownloads_.size(); }
@@ -51,6 +66,8 @@ private:
 
   std::vector<Fetch> fetches_;
   std::vector<std::string> downloads_;
+  std::optional<PlatformError> fetchFailure_;
+  std::optional<PlatformError> downloadFailure_;
   std::deque<FetchHandler> waitingFetches_;
   std::deque<DownloadHandler> waitingDownloads_;
 };

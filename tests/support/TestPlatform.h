@@ -25,6 +25,35 @@
 
 namespace driftmark::test {
 
+/// A failure that a port reports. The values of one port stand together.
+enum class Fault {
+  noTerminal, ///< `ChildProcesses`
+  noTerminalEnd,
+  noMonitor,
+  noTool,
+  failingTool,
+  noDetachedTool,
+  noWalk, ///< `CloudFiles`
+  noPathInWalk,
+  noValuesInWalk,
+  noEviction,
+  noAnswer,    ///< `Dialogs`
+  unknownFile, ///< `FileSystem`
+  noNewFolder,
+  noRemoval,
+  noMove,
+  noTrash,
+  noReply, ///< `HttpClient`
+  noDownload,
+  noRegistration, ///< `LoginItem`
+  noSignalSource, ///< `Signals`
+  lostSignal,     ///< `RunningApplications`
+  noStatusItem,   ///< `StatusBar`
+  noSymbol,
+  noStoredSetting, ///< `UserDefaults`
+  noBundle,        ///< `Bundle`
+};
+
 /// Every port in memory, under the test's control. Make it before the objects that use it.
 class TestPlatform {
 public:
@@ -55,6 +84,9 @@ public:
             .loginItem = loginItem,
             .cloudFiles = cloudFiles};
   }
+
+  /// Makes the port of this failure fail in this way from now on, as often as it is asked.
+  void switchOn(Fault fault);
 
   /// Runs background and main-queue tasks, without moving time, until none is left. Throws
   /// when the two queues keep handing each other tasks.

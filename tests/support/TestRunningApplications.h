@@ -28,7 +28,7 @@ public:
   void sendTerminate(std::int32_t process) override {
     signals_.push_back("terminate " + std::to_string(process));
     if (const auto copy = processes_.find(process);
-        copy != processes_.end() && copy->second.endsAfter)
+        !losesSignals_ && copy != processes_.end() && copy->second.endsAfter)
       copy->second.endsAt = later(clock_.now(), *copy->second.endsAfter);
   }
 
@@ -49,6 +49,9 @@ public:
     processes_[process] = {endsAfter, std::nullopt};
   }
 
+  /// Makes no signal reach a process.
+  void loseSignals() { losesSignals_ = true; }
+
   /// Returns all signals so far and clears the list.
   std::vector<std::string> take() { return std::exchange(signals_, {}); }
 
@@ -62,6 +65,7 @@ private:
   std::vector<std::pair<std::string, std::int32_t>> copies_;
   std::map<std::int32_t, Process> processes_;
   std::vector<std::string> signals_;
+  bool losesSignals_ = false;
 };
 
 } // namespace driftmark::test

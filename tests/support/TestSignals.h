@@ -21,9 +21,14 @@ public:
 
   std::unique_ptr<SignalSource> makeSource(QuitSignal signal,
                                            std::function<void()> handler) override {
+    if (refuses_)
+      return nullptr;
     handlers_[signal] = std::make_shared<const std::function<void()>>(std::move(handler));
     return std::make_unique<Source>(*this, signal);
   }
+
+  /// Makes the system give no sources.
+  void refuseSources() { refuses_ = true; }
 
   bool isIgnored(QuitSignal signal) const { return ignored_.contains(signal); }
 
@@ -58,6 +63,7 @@ private:
   };
 
   MainQueue& mainQueue_;
+  bool refuses_ = false;
   std::set<QuitSignal> ignored_;
   std::map<QuitSignal, std::shared_ptr<const std::function<void()>>> handlers_;
 };

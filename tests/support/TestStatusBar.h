@@ -27,6 +27,9 @@ public:
   /// Removes the symbol of this name from the system.
   void forget(std::string symbol) { unknown_ = std::move(symbol); }
 
+  /// Removes all symbols from the system.
+  void forgetSymbols() { knowsSymbols_ = false; }
+
   /// Whether an item is shown.
   bool hasItem() const { return item_ != nullptr; }
 
@@ -76,6 +79,8 @@ private:
       Symbol shown = symbol;
       if (shown.name == bar_.unknown_)
         shown.name = fallback;
+      if (!bar_.knowsSymbols_)
+        shown.name.clear();
       bar_.set(bar_.symbol_, shown);
     }
     void setTitle(const std::string& title) override { bar_.set(bar_.title_, title); }
@@ -103,6 +108,7 @@ private:
 
   bool declines_ = false;
   std::string unknown_;
+  bool knowsSymbols_ = true;
   StatusItem* item_ = nullptr;
   Symbol symbol_;
   std::string title_;

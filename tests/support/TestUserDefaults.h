@@ -21,7 +21,13 @@ public:
     return value && *value;
   }
 
-  void setBoolean(const std::string& key, bool value) override { values_[key] = value; }
+  void setBoolean(const std::string& key, bool value) override {
+    if (!refuses_)
+      values_[key] = value;
+  }
+
+  /// Makes the program's changes fail.
+  void refuseChanges() { refuses_ = true; }
 
   void setString(const std::string& key, std::string value) { values_[key] = std::move(value); }
 
@@ -34,6 +40,7 @@ private:
     return found == values_.end() ? nullptr : std::get_if<Value>(&found->second);
   }
 
+  bool refuses_ = false;
   std::map<std::string, std::variant<bool, std::string>> values_;
 };
 
