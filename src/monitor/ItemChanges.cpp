@@ -39,15 +39,16 @@ bool SyncMonitor::parse(std::string_view line) {
 
 bool SyncMonitor::applyReadLines() {
   bool changed = false;
+  const Date now = ports_.clock.now();
   for (std::size_t i = 0; i < readCount_; ++i) {
-    changed |= apply(readLines_[i]);
+    changed |= apply(readLines_[i], now);
     clearScratch(readLines_[i].storage);
   }
   readCount_ = 0;
   return changed;
 }
 
-bool SyncMonitor::apply(const ReadLine& line) {
+bool SyncMonitor::apply(const ReadLine& line, Date now) {
   using Kind = ItemLine::Kind;
   const Kind kind = line.item.kind;
   ++tally_.lines;
@@ -56,18 +57,18 @@ bool SyncMonitor::apply(const ReadLine& line) {
     return false;
   ++tally_.itemLines;
   if (kind == Kind::progress)
-    return applyProgress(line);
+    return applyProgress(line, now);
   if (kind == Kind::unrecognized)
     return applyUnrecognized(line);
   return kind != Kind::ignored && applySettled(line);
 }
 
 /// A transfer starts or continues.
-bool SyncMonitor::applyProgress(const ReadLine& line) {
+bool SyncMonitor::applyProgress(const ReadLine& line, Date now) {
   const ItemLine& item = line.item;
   const ItemPath path = pathOf(line);
   clearIssue(path);
-  if (active_.update(path, item.direction, item.percent, ports_.clock.now())) {
+  if (active_.update(path, item.direction, item.percent, now)) {
     log({item.direction == Direction::upload ? "uploading" : "downloading", " ",
          lastPathComponent(item.path)});
     ++tally_.transfersStarted;
@@ -137,9 +138,7 @@ ItemPath SyncMonitor::pathOf(const ReadLine& line) const {
 }
 
 bool SyncMonitor::clearIssue(const ItemPath& path) {
-  if (issues_.empty())
-    return false;
-  const auto found = issues_.find(path);
+  const auto found = issues_.empty() ? issues_.end() : issues_.find(path);
   if (found == issues_.end())
     return false;
   issues_.erase(found);

@@ -22,16 +22,17 @@ constexpr std::string_view downArrow = "\u2193";
 constexpr std::string_view evictedMarker = "not downloaded";
 constexpr char escape = '\x1b';
 
-/// The result of one scan of a line. A position is the length of the line when there is none. The
-/// positions of a line that is not UTF-8 are not valid.
+constexpr std::size_t none = std::string_view::npos;
+
+/// The result of one scan of a line. The positions of a line that is not UTF-8 are not valid.
 struct Marks {
   bool isUtf8 = true;
   bool hasEscape = false;
-  bool hasHiddenName = false;      ///< "/." somewhere
-  std::size_t uploadSeparator = 0; ///< the first " ↑ "
-  std::size_t cloudSeparator = 0;  ///< the first " ☁"
-  std::size_t lastUpArrow = 0;
-  std::size_t lastDownArrow = 0;
+  bool hasHiddenName = false;         ///< "/." somewhere
+  std::size_t uploadSeparator = none; ///< the first " ↑ "
+  std::size_t cloudSeparator = none;  ///< the first " ☁"
+  std::size_t lastUpArrow = none;
+  std::size_t lastDownArrow = none;
 };
 
 bool isAscii(char c) {
@@ -43,12 +44,11 @@ void record(std::string_view line, std::size_t at, Marks& marks) {
   const std::string_view here = line.substr(at);
   const bool afterSpace = at > 0 && line[at - 1] == ' ';
   if (here.starts_with(cloud)) {
-    if (afterSpace && marks.cloudSeparator == line.size())
+    if (afterSpace && marks.cloudSeparator == none)
       marks.cloudSeparator = at - 1;
   } else if (here.starts_with(upArrow)) {
     marks.lastUpArrow = at;
-    if (afterSpace && marks.uploadSeparator == line.size() &&
-        here.substr(upArrow.size()).starts_with(' '))
+    if (afterSpace && marks.uploadSeparator == none && here.substr(upArrow.size()).starts_with(' '))
       marks.uploadSeparator = at - 1;
   } else if (here.starts_with(downArrow)) {
     marks.lastDownArrow = at;
@@ -58,8 +58,6 @@ void record(std::string_view line, std::size_t at, Marks& marks) {
 /// Scans a line once.
 Marks findMarks(std::string_view line) {
   Marks marks;
-  marks.uploadSeparator = marks.cloudSeparator = line.size();
-  marks.lastUpArrow = marks.lastDownArrow = line.size();
   for (std::size_t at = findMark(line, 0); at < line.size();) {
     if (isAscii(line[at])) {
       (line[at] == escape ? marks.hasEscape : marks.hasHiddenName) = true;
@@ -130,9 +128,8 @@ ItemLine readItemLine(std::string_view line, std::string& storage) {
   if (!text.starts_with(itemPrefix))
     return item;
 
-  const auto exists = [&](std::size_t position) { return position < text.size(); };
   const std::size_t separator =
-      exists(marks.uploadSeparator) ? marks.uploadSeparator : marks.cloudSeparator;
+      marks.uploadSeparator != none ? marks.uploadSeparator : marks.cloudSeparator;
   const std::size_t split = std::min(separator, text.size());
   const std::size_t pathAt = itemPrefix.size() - 1;
   item.path = text.substr(pathAt, split - pathAt);
@@ -142,7 +139,7 @@ ItemLine readItemLine(std::string_view line, std::string& storage) {
   }
   const std::string_view remainder = text.substr(split);
   const auto isInRemainder = [&](std::size_t position) {
-    return exists(position) && position >= split;
+    return position != none && position >= split;
   };
   const bool isUpload = isInRemainder(marks.lastUpArrow);
   if (isUpload || isInRemainder(marks.lastDownArrow))

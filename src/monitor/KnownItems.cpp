@@ -20,8 +20,12 @@ bool isFull(std::uint32_t count, std::uint32_t capacity) {
 
 void KnownItems::prefetch(const Fingerprint& path) const {
   const Segment& segment = segments_[segmentNumber(path)];
-  if (segment.capacity > 0)
-    __builtin_prefetch(&segment.slots[place(static_cast<std::uint32_t>(path.low >> 32), segment)]);
+  if (segment.capacity == 0)
+    return;
+  const auto word1 = static_cast<std::uint32_t>(path.low >> 32);
+  const Slot* const slot = &segment.slots[place(word1, segment)];
+  __builtin_prefetch(slot);
+  __builtin_prefetch(slot + 3); // a search often goes beyond the first cache line
 }
 
 KnownItems::Value KnownItems::exchange(const Fingerprint& path, Value value, Value kept) {

@@ -200,8 +200,8 @@ private:
   };
   bool parse(std::string_view line);
   bool applyReadLines();
-  bool apply(const ReadLine& line);
-  bool applyProgress(const ReadLine& line);
+  bool apply(const ReadLine& line, Date now);
+  bool applyProgress(const ReadLine& line, Date now);
   bool applyUnrecognized(const ReadLine& line);
   bool applySettled(const ReadLine& line);
   ItemPath pathOf(const ReadLine& line) const;
