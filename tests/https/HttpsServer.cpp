@@ -73,8 +73,8 @@ public:
   Script& script() { return script_; }
 
 private:
-  /// The thread of the server. Its tasks come by a queue of ours, as ThreadSanitizer does not see
-  /// how Qt hands them over.
+  /// The thread of the server. A queue of ours hands its tasks over: ThreadSanitizer does not see
+  /// what Qt hands over.
   void run(std::promise<void>& started) {
     QEventLoop loop;
     LinuxMainQueue queue;
