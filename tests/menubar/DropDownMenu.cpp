@@ -282,9 +282,9 @@ TEST_F(DropDownMenuTest, retitlingWithoutEffectChangesNothing) {
   EXPECT_GT(changes, 0);
 }
 
-/// The style keeps an image of every size in which it has drawn an arrow.
-TEST_F(DropDownMenuTest, scrollingMenusOfManyWidthsKeepNoImages) {
-  constexpr int kibibytes = 200;
+/// The style keeps an image of an arrow for every size and every palette.
+TEST_F(DropDownMenuTest, imagesOfScrollingMenusDoNotAccumulate) {
+  constexpr int kibibytes = 20;
   const int limitBefore = QPixmapCache::cacheLimit();
   QPixmapCache::setCacheLimit(kibibytes);
   const QPixmapCache::Key oldest = QPixmapCache::insert(QPixmap(16, 16));

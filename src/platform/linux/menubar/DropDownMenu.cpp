@@ -54,13 +54,14 @@ void drawCheckMark(const QStyleOption& option, QPainter& painter) {
   painter.restore();
 }
 
-/// The same in the middle square. The style keeps an image of every size of arrow, and that of a
-/// menu that scrolls is as wide as the menu.
+/// The same in the middle square, in the application's palette. The style keeps an image of an
+/// arrow for every size and every palette, and each menu has a palette of its own.
 QStyleOption squared(const QStyleOption& option) {
   QStyleOption square = option;
   const int side = std::min(option.rect.width(), option.rect.height());
   square.rect =
       QStyle::alignedRect(option.direction, Qt::AlignCenter, QSize(side, side), option.rect);
+  square.palette = QApplication::palette();
   return square;
 }
 
