@@ -14,7 +14,7 @@ public:
   /// the folder that holds it.
   virtual std::string path() const = 0;
 
-  /// The bundle identifier; absent outside a bundle.
+  /// The bundle identifier; absent outside a bundle, so that `path` is no application then.
   virtual std::optional<std::string> identifier() const = 0;
 
   /// A text of the bundle's property list; absent when the key is missing or is no text.

@@ -11,6 +11,7 @@
 #include "update/UpdateChecker.h"
 
 #include <functional>
+#include <memory>
 #include <utility>
 #include <variant>
 
@@ -27,7 +28,10 @@ std::variant<std::string, PlatformError>
 stage(FileSystem& fileSystem, const std::variant<HttpClient::File, PlatformError>& reply) {
   if (const auto* const error = std::get_if<PlatformError>(&reply))
     return *error;
-  std::string archive = fileSystem.temporaryDirectory() + "Driftmark-update.zip";
+  const auto folder = fileSystem.temporaryDirectory();
+  if (const auto* const error = std::get_if<PlatformError>(&folder))
+    return *error;
+  std::string archive = std::get<std::string>(folder) + "Driftmark-update.zip";
   static_cast<void>(fileSystem.removeItem(archive));
   if (fileSystem.moveItem(std::get<HttpClient::File>(reply).path, archive))
     return PlatformError{"Could not download the update."};
@@ -37,6 +41,11 @@ stage(FileSystem& fileSystem, const std::variant<HttpClient::File, PlatformError
 } // namespace
 
 void UpdateChecker::download(const Manifest& manifest) {
+  // Outside a bundle the path to replace is that of a folder, with whatever else is in it.
+  if (!platform_.bundle.identifier()) {
+    activateAndAsk("Update failed", platform_.fileSystem.unknownWriteError().description);
+    return;
+  }
   auto deliver = weakly(shared_from_this(), std::mem_fn(&UpdateChecker::downloadArrived));
   platform_.httpClient.download(manifest.url, [platform = platform_, deliver](const auto& reply) {
     platform.mainQueue.async(
@@ -55,8 +64,17 @@ void UpdateChecker::downloadArrived(const std::variant<std::string, PlatformErro
 
 std::optional<PlatformError> UpdateChecker::install(const std::string& zip) const {
   FileSystem& fileSystem = platform_.fileSystem;
-  const std::string work = fileSystem.temporaryDirectory() + "Driftmark-update-" +
+  const auto temporary = fileSystem.temporaryDirectory();
+  if (const auto* const error = std::get_if<PlatformError>(&temporary))
+    return *error;
+  const std::string work = std::get<std::string>(temporary) + "Driftmark-update-" +
                            std::to_string(platform_.application.processIdentifier());
+  const std::string running = platform_.bundle.path();
+  const std::string oldCopy = work + "/Driftmark-old.app";
+  // An earlier swap failed, and the old copy could not go back.
+  if (fileSystem.itemExists(oldCopy) && !fileSystem.fileExists(running + "/Contents/Info.plist"))
+    return UpdateError{"The only copy of Driftmark is now at " + oldCopy +
+                       ". Move it back before you update."};
   static_cast<void>(fileSystem.removeItem(work));
   if (auto error = fileSystem.createDirectory(work))
     return error;
@@ -69,8 +87,7 @@ std::optional<PlatformError> UpdateChecker::install(const std::string& zip) cons
   if (auto error = verify(newBundle))
     return error;
 
-  const std::string running = platform_.bundle.path();
-  if (auto error = swap(newBundle, running, work + "/Driftmark-old.app"))
+  if (auto error = swap(newBundle, running, oldCopy))
     return error;
   log({"updated bundle at ", running, ", relaunching"});
   relaunch(platform_.childProcesses, running);
@@ -83,11 +100,12 @@ std::optional<PlatformError> UpdateChecker::swap(const std::string& newBundle,
                                                  const std::string& running,
                                                  const std::string& oldCopy) const {
   FileSystem& fileSystem = platform_.fileSystem;
-  if (auto error = fileSystem.moveItem(running, oldCopy))
-    return error;
+  auto moved = fileSystem.moveItemReversibly(running, oldCopy);
+  if (auto* const error = std::get_if<PlatformError>(&moved))
+    return std::move(*error);
   auto error = fileSystem.moveItem(newBundle, running);
   if (error)
-    static_cast<void>(fileSystem.moveItem(oldCopy, running));
+    static_cast<void>(std::get<std::unique_ptr<MovedItem>>(moved)->putBack());
   return error;
 }
 

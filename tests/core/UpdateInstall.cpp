@@ -19,6 +19,7 @@ protected:
   UpdateInstallTest() {
     platform.bundle.setPath(running);
     platform.fileSystem.add(running);
+    platform.fileSystem.add(running + "/Contents/Info.plist");
     platform.childProcesses.script({"-dv", newBundle},
                                    "Identifier=x\nTeamIdentifier=T4N8RW2KQZ\nSealed Resources\n");
     platform.childProcesses.onRun([this](const ToolCommand& command) {
@@ -26,8 +27,10 @@ protected:
       for (const std::string& argument : command.arguments)
         words += " " + argument;
       platform.fileSystem.note(words);
-      if (command.executable == "/usr/bin/ditto" && !unpacked.empty())
+      if (command.executable == "/usr/bin/ditto" && !unpacked.empty()) {
         platform.fileSystem.add(unpacked);
+        platform.fileSystem.add(unpacked + "/Contents/Info.plist");
+      }
     });
   }
 
@@ -259,6 +262,52 @@ TEST_F(UpdateInstallTest, failedRestoreShowsOriginalError) {
   EXPECT_THAT(platform.dialogs.take(), failed("No space left."));
   EXPECT_TRUE(platform.fileSystem.fileExists(oldCopy));
   EXPECT_EQ(platform.application.terminateRequests(), 0);
+}
+
+TEST_F(UpdateInstallTest, onlyCopyInWorkFolderIsNotErased) {
+  platform.fileSystem.fail("move " + newBundle + " to " + running, "No space left.");
+  platform.fileSystem.fail("move " + oldCopy + " to " + running, "Not permitted.");
+  install();
+  platform.dialogs.take();
+  operations();
+  platform.fileSystem.add(running); // a folder of another program's
+
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("The only copy of Driftmark is now at " + oldCopy +
+                                              ". Move it back before you update."));
+  EXPECT_THAT(operations(), ElementsAre("remove " + zip, "move " + downloaded + " to " + zip));
+  EXPECT_TRUE(platform.fileSystem.fileExists(oldCopy + "/Contents/Info.plist"));
+}
+
+TEST_F(UpdateInstallTest, updateIsTriedAgainAfterRestore) {
+  platform.fileSystem.fail("move " + newBundle + " to " + running, "No space left.");
+  install();
+  platform.fileSystem.fail("move " + newBundle + " to " + running, "Still no space.");
+  platform.dialogs.take();
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("Still no space."));
+  EXPECT_TRUE(platform.fileSystem.fileExists(running));
+}
+
+TEST_F(UpdateInstallTest, executableOutsideBundleDownloadsNothing) {
+  platform.bundle.setIdentifier(std::nullopt);
+  platform.dialogs.answer(0);
+  checker->check(false);
+  reply(manifest("1.5"));
+  EXPECT_EQ(platform.dialogs.take().back(),
+            (Alert{"Update failed", "The file could not be saved.", {}}));
+  takeLog();
+  EXPECT_THAT(platform.httpClient.downloads(), IsEmpty());
+  EXPECT_THAT(operations(), IsEmpty());
+  expectUntouched();
+}
+
+TEST_F(UpdateInstallTest, updateWithoutTemporaryFolderFails) {
+  platform.fileSystem.failTemporaryDirectory("It belongs to somebody else.");
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("It belongs to somebody else."));
+  EXPECT_THAT(operations(), IsEmpty());
+  expectUntouched();
 }
 
 TEST_F(UpdateInstallTest, secondAgreementStartsSecondDownload) {

@@ -6,6 +6,7 @@
 #include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <string>
+#include <variant>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -59,6 +60,10 @@ TEST_F(SystemRootFiles, slashMeansNoSystemRoot) {
 
 class TemporaryFiles : public FileSystemTest {
 protected:
+  static std::string folderOf(const LinuxFileSystem& files) {
+    return std::get<std::string>(files.temporaryDirectory());
+  }
+
   ScopedVariable variable_{"TMPDIR", folder_.path().string() + "/"};
   std::string usual_ = in("driftmark-" + std::to_string(geteuid()));
 };
@@ -66,18 +71,18 @@ protected:
 TEST_F(TemporaryFiles, folderIsPrivateAndKept) {
   const LinuxFileSystem files("");
   EXPECT_THAT(namesIn(folder_.path()), IsEmpty()) << "the folder is created on demand";
-  const std::string path = files.temporaryDirectory();
+  const std::string path = folderOf(files);
   EXPECT_EQ(path, usual_ + "/");
   EXPECT_TRUE(hasNoAccessForOthers(path));
-  EXPECT_EQ(files.temporaryDirectory(), path);
-  EXPECT_EQ(LinuxFileSystem("").temporaryDirectory(), path) << "all runs share it";
+  EXPECT_EQ(folderOf(files), path);
+  EXPECT_EQ(folderOf(LinuxFileSystem("")), path) << "all runs share it";
 }
 
 TEST_F(TemporaryFiles, removedFolderIsCreatedAgain) {
   const LinuxFileSystem files("");
-  const std::string path = files.temporaryDirectory();
+  const std::string path = folderOf(files);
   fs::remove(usual_);
-  EXPECT_EQ(files.temporaryDirectory(), path);
+  EXPECT_EQ(folderOf(files), path);
   EXPECT_TRUE(hasNoAccessForOthers(path));
 }
 
@@ -85,22 +90,43 @@ TEST_F(TemporaryFiles, folderThatOthersCanEnterIsNotUsed) {
   fs::create_directory(usual_);
   fs::permissions(usual_, fs::perms::all);
   const LinuxFileSystem files("");
-  const std::string path = files.temporaryDirectory();
+  const std::string path = folderOf(files);
   EXPECT_TRUE(path.starts_with(usual_ + "-")) << path;
   EXPECT_TRUE(hasNoAccessForOthers(path));
-  EXPECT_EQ(files.temporaryDirectory(), path);
+  EXPECT_EQ(folderOf(files), path);
 }
 
 TEST_F(TemporaryFiles, linkIsNotUsed) {
   fs::create_directory(in("target"));
   fs::permissions(in("target"), fs::perms::owner_all);
   fs::create_symlink(in("target"), usual_);
-  EXPECT_TRUE(LinuxFileSystem("").temporaryDirectory().starts_with(usual_ + "-"));
+  EXPECT_TRUE(folderOf(LinuxFileSystem("")).starts_with(usual_ + "-"));
+}
+
+TEST_F(TemporaryFiles, folderThatCannotBePrivateIsNotUsed) {
+  fs::create_directory(usual_);
+  fs::permissions(usual_, fs::perms::all);
+  fs::permissions(folder_.path(), fs::perms::owner_read | fs::perms::owner_exec);
+  {
+    const OrdinaryUser user({folder_.path()});
+    const LinuxFileSystem files("");
+    const auto folder = files.temporaryDirectory();
+    ASSERT_TRUE(std::holds_alternative<PlatformError>(folder)) << std::get<std::string>(folder);
+    EXPECT_THAT(std::get<PlatformError>(folder).description,
+                testing::EndsWith("couldn’t be made: Permission denied"));
+    fs::permissions(folder_.path(), fs::perms::owner_all);
+    EXPECT_TRUE(hasNoAccessForOthers(folderOf(files))) << "it is tried again";
+  }
+}
+
+TEST_F(TemporaryFiles, missingParentIsAnError) {
+  const ScopedVariable variable("TMPDIR", in("missing"));
+  EXPECT_TRUE(std::holds_alternative<PlatformError>(LinuxFileSystem("").temporaryDirectory()));
 }
 
 TEST_F(TemporaryFiles, relativeFolderIsNotUsed) {
   const ScopedVariable variable("TMPDIR", "relative");
-  EXPECT_TRUE(LinuxFileSystem("").temporaryDirectory().starts_with("/tmp/driftmark-"));
+  EXPECT_TRUE(folderOf(LinuxFileSystem("")).starts_with("/tmp/driftmark-"));
 }
 
 // Folders and removal

@@ -16,6 +16,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include <QSslCertificate>
@@ -95,9 +96,13 @@ protected:
     return outcome.value_or("");
   }
 
+  std::string temporaryFolder() const {
+    return std::get<std::string>(fileSystem_.temporaryDirectory());
+  }
+
   std::vector<std::string> temporaryFiles() const {
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(fileSystem_.temporaryDirectory()))
+    for (const auto& entry : std::filesystem::directory_iterator(temporaryFolder()))
       names.push_back(entry.path().filename().string());
     return names;
   }
@@ -303,8 +308,14 @@ TEST_F(LinuxHttpClientTest, downloadIsPrivateFileRemovedAfterHandler) {
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
   });
   ASSERT_TRUE(runUntil([&] { return !file.empty(); }));
-  EXPECT_TRUE(file.starts_with(fileSystem_.temporaryDirectory()));
+  EXPECT_TRUE(file.starts_with(temporaryFolder()));
   EXPECT_TRUE(runUntil([&] { return temporaryFiles().empty(); }));
+}
+
+TEST_F(LinuxHttpClientTest, downloadWithoutTemporaryFolderIsErrorAndSendsNothing) {
+  const ScopedVariable nowhere("TMPDIR", folder_.path("missing"));
+  EXPECT_THAT(download(server_.url("/")), testing::EndsWith("No such file or directory"));
+  EXPECT_TRUE(server_.requests().empty());
 }
 
 TEST_F(LinuxHttpClientTest, movedDownloadIsKept) {

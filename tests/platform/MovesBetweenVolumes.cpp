@@ -8,10 +8,14 @@
 #include "platform/posix/files/FileItems.h"
 
 #include <array>
+#include <csignal>
 #include <fstream>
+#include <memory>
 #include <string>
+#include <variant>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -25,6 +29,29 @@ using testing::IsEmpty;
 
 constexpr std::array timedItems{"/Contents/MacOS/tool", "/link", "/Contents/MacOS", ""};
 constexpr timespec moment{1'000'000'000, 123'456'789};
+
+using Moved = std::unique_ptr<MovedItem>;
+
+/// As long as this object lives, no file of this process can grow beyond a size: the copy of a
+/// larger one fails as on a full volume.
+class FileSizeLimit {
+public:
+  explicit FileSizeLimit(rlim_t bytes) {
+    EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &before_), 0);
+    const rlimit limit{bytes, before_.rlim_max};
+    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+  ~FileSizeLimit() {
+    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before_), 0);
+    EXPECT_NE(std::signal(SIGXFSZ, handler_), SIG_ERR);
+  }
+
+private:
+  rlimit before_{};
+  void (*const handler_)(int) = std::signal(SIGXFSZ, SIG_IGN);
+};
 
 class MovesBetweenVolumes : public FileSystemTest {
 protected:
@@ -149,6 +176,50 @@ TEST_F(MovesBetweenVolumes, moveToMissingFolderFails) {
   EXPECT_EQ(words(files_.moveItem(in("A.app"), other_.path("missing/B.app"))),
             "“A.app” couldn’t be moved: No such file or directory");
   EXPECT_EQ(contentsOf(in("A.app/file")), "x");
+}
+
+TEST_F(MovesBetweenVolumes, originalIsKeptUntilMoveStands) {
+  makeTree(in("A.app"));
+  {
+    const auto moved = files_.moveItemReversibly(in("A.app"), other_.path("B.app"));
+    ASSERT_TRUE(std::holds_alternative<Moved>(moved));
+    expectTree(other_.path("B.app"));
+    EXPECT_FALSE(fs::exists(in("A.app")));
+    const auto names = namesIn(folder_.path());
+    ASSERT_THAT(names, ElementsAre(testing::StartsWith(".A.app-")));
+    expectTree(in(names[0]));
+  }
+  EXPECT_THAT(namesIn(folder_.path()), IsEmpty());
+  expectTree(other_.path("B.app"));
+}
+
+TEST_F(MovesBetweenVolumes, itemGoesBackWithoutSpaceForIt) {
+  makeTree(in("A.app"));
+  const auto moved = files_.moveItemReversibly(in("A.app"), other_.path("B.app"));
+  ASSERT_TRUE(std::holds_alternative<Moved>(moved));
+  {
+    makeTree(other_.path("C.app"));
+    const FileSizeLimit full(1000);
+    EXPECT_EQ(words(files_.moveItem(other_.path("C.app"), in("A.app"))),
+              "“C.app” couldn’t be moved: File too large");
+    EXPECT_EQ(words(std::get<Moved>(moved)->putBack()), "");
+  }
+  expectTree(in("A.app"));
+  EXPECT_THAT(namesIn(folder_.path()), ElementsAre("A.app"));
+  EXPECT_THAT(namesIn(other_.path()), ElementsAre("C.app"));
+}
+
+TEST_F(MovesBetweenVolumes, itemThatCannotGoBackIsAtBothPlaces) {
+  makeTree(in("A.app"));
+  {
+    const auto moved = files_.moveItemReversibly(in("A.app"), other_.path("B.app"));
+    ASSERT_TRUE(std::holds_alternative<Moved>(moved));
+    fs::create_directory(in("A.app"));
+    EXPECT_EQ(words(std::get<Moved>(moved)->putBack()), "“B.app” couldn’t be moved: File exists");
+  }
+  expectTree(other_.path("B.app"));
+  EXPECT_THAT(namesIn(folder_.path()),
+              testing::UnorderedElementsAre("A.app", testing::StartsWith(".A.app-")));
 }
 
 TEST_F(MovesBetweenVolumes, killedMoveLeavesWholeItemAtOneOfItsNames) {

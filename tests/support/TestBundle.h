@@ -8,7 +8,8 @@
 
 namespace driftmark::test {
 
-/// A bundle as the test describes it; at first it is in the Applications folder and has no values.
+/// A bundle as the test describes it; at first it is in the Applications folder and has an
+/// identifier alone.
 class TestBundle final : public Bundle {
 public:
   std::string path() const override { return path_; }
@@ -33,7 +34,7 @@ public:
 
 private:
   std::string path_ = "/Applications/Driftmark.app";
-  std::optional<std::string> identifier_;
+  std::optional<std::string> identifier_ = "com.example.driftmark";
   std::map<std::string, std::string> information_;
 };
 

@@ -4,15 +4,18 @@
 
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace driftmark::test {
 
-/// A file system of paths in memory, compared byte by byte. An item needs no folders above it. The
-/// operations that change something are recorded as text such as "move /a to /b".
+/// A file system of paths in memory, compared byte by byte. An item needs no folders above it, and
+/// a link is only followed as a whole path. The operations that change something are recorded as
+/// text such as "move /a to /b".
 class TestFileSystem final : public FileSystem {
 public:
   bool fileExists(const std::string& path) const override {
@@ -21,12 +24,27 @@ public:
     return everythingExists_.value_or(resolves(path));
   }
 
+  bool itemExists(const std::string& path) const override {
+    const std::lock_guard lock(mutex_);
+    return items_.contains(path);
+  }
+
+  bool areSameItem(const std::string& one, const std::string& other) const override {
+    const std::lock_guard lock(mutex_);
+    return resolves(one) && resolves(other) && targetOf(one) == targetOf(other);
+  }
+
   std::string homeDirectory() const override {
     const std::lock_guard lock(mutex_);
     return home_;
   }
 
-  std::string temporaryDirectory() const override { return "/private/tmp/ada/"; }
+  std::variant<std::string, PlatformError> temporaryDirectory() const override {
+    const std::lock_guard lock(mutex_);
+    if (temporaryError_)
+      return *temporaryError_;
+    return "/private/tmp/ada/";
+  }
 
   std::optional<PlatformError> createDirectory(const std::string& path) override {
     const std::lock_guard lock(mutex_);
@@ -55,6 +73,13 @@ public:
     for (auto& [path, target] : moved)
       items_[to + path.substr(from.size())] = std::move(target);
     return std::nullopt;
+  }
+
+  std::variant<std::unique_ptr<MovedItem>, PlatformError>
+  moveItemReversibly(const std::string& from, const std::string& to) override {
+    if (auto error = moveItem(from, to))
+      return *std::move(error);
+    return std::make_unique<TestMovedItem>(*this, from, to);
   }
 
   std::optional<PlatformError> trashItem(const std::string& path) override {
@@ -94,6 +119,12 @@ public:
     operations_.push_back(std::move(event));
   }
 
+  /// Makes the folder for temporary files unavailable.
+  void failTemporaryDirectory(std::string description) {
+    const std::lock_guard lock(mutex_);
+    temporaryError_ = PlatformError{std::move(description)};
+  }
+
   /// Makes every path exist.
   void pretendEverythingExists() {
     const std::lock_guard lock(mutex_);
@@ -126,6 +157,25 @@ public:
 private:
   /// Paths, each with the target of its link; "" for an item that is not a link.
   using Items = std::map<std::string, std::string>;
+
+  /// Goes back by a move that is recorded as such.
+  class TestMovedItem final : public MovedItem {
+  public:
+    TestMovedItem(TestFileSystem& fileSystem, std::string from, std::string to)
+        : fileSystem_(fileSystem), from_(std::move(from)), to_(std::move(to)) {}
+
+    std::optional<PlatformError> putBack() override { return fileSystem_.moveItem(to_, from_); }
+
+  private:
+    TestFileSystem& fileSystem_;
+    const std::string from_;
+    const std::string to_;
+  };
+
+  std::string targetOf(const std::string& path) const {
+    const std::string& target = items_.at(path);
+    return target.empty() ? path : target;
+  }
 
   bool resolves(const std::string& path) const {
     const auto item = items_.find(path);
@@ -160,6 +210,7 @@ private:
   mutable std::mutex mutex_;
   mutable int questions_ = 0;
   std::optional<bool> everythingExists_; ///< absent: as the items say
+  std::optional<PlatformError> temporaryError_;
   Items items_;
   std::map<std::string, std::string> failures_;
   std::vector<std::string> operations_;

@@ -6,6 +6,7 @@
 #include "update/StepTracer.h"
 #include "update/UpdateTest.h"
 
+#include <csignal>
 #include <optional>
 
 #include <sys/wait.h>
@@ -89,6 +90,19 @@ TEST_P(KilledUpdateAcrossVolumes, wholeBundleRemains) {
 
 INSTANTIATE_TEST_SUITE_P(BeforeStep, KilledUpdateAcrossVolumes,
                          testing::Range(1, updateStepsAcrossVolumes + 1));
+
+class KilledDownload : public UpdateTest {};
+
+TEST_F(KilledDownload, oldBundleRemains) {
+  release("1.1");
+  server_.serve(archivePath, {.isEndless = true});
+  RunningCopy copy = startInstalled();
+  agree(copy);
+  ASSERT_TRUE(server_.awaitSent(archivePath, 1));
+  copy.process.signal(SIGKILL);
+  EXPECT_TRUE(WIFSIGNALED(awaitExit(copy.process)));
+  EXPECT_EQ(treeAt(installed()), installedTree_);
+}
 
 constexpr int moveSteps = 10;
 

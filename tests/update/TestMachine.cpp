@@ -34,17 +34,6 @@ void installTools(const fs::path& root) {
   fs::copy(simulatedTools(), root, fs::copy_options::recursive);
 }
 
-void setVersion(const fs::path& bundle, const std::string& version) {
-  const fs::path file = bundle / "Contents/Info.plist";
-  std::string text = contentsOf(file);
-  const auto key = text.find("<key>CFBundleShortVersionString</key>");
-  const auto begin = text.find("<string>", key) + std::string("<string>").size();
-  const auto end = text.find("</string>", begin);
-  if (key == std::string::npos || end == std::string::npos)
-    throw std::runtime_error("the application names no version");
-  std::ofstream(file, std::ios::binary) << text.replace(begin, end - begin, version);
-}
-
 } // namespace
 
 TestMachine::TestMachine() : temporaryFiles_(folder() / "tmp") {
@@ -132,10 +121,29 @@ fs::path TestMachine::placeBundle(const fs::path& folder, const std::string& ver
   const fs::path bundle = folder / name;
   fs::copy(driftmarkBundle(), bundle,
            fs::copy_options::recursive | fs::copy_options::copy_symlinks);
-  setVersion(bundle, version);
+  setInformation(bundle, "CFBundleShortVersionString", version);
   sign(bundle);
   giveToUser(bundle);
   return bundle;
+}
+
+void TestMachine::setInformation(const fs::path& bundle, const std::string& key,
+                                 const std::string& value) {
+  const fs::path file = bundle / "Contents/Info.plist";
+  std::string text = contentsOf(file);
+  const auto found = text.find("<key>" + key + "</key>");
+  const auto begin = text.find("<string>", found) + std::string("<string>").size();
+  const auto end = text.find("</string>", begin);
+  if (found == std::string::npos || end == std::string::npos)
+    throw std::runtime_error("the application has no " + key);
+  std::ofstream(file, std::ios::binary) << text.replace(begin, end - begin, value);
+}
+
+void TestMachine::placeExecutable(const fs::path& folder) const {
+  const fs::path name = "Contents/MacOS/Driftmark";
+  fs::create_directories((folder / name).parent_path());
+  fs::copy(driftmarkBundle() / name, folder / name);
+  giveToUser(folder);
 }
 
 void TestMachine::sign(const fs::path& bundle, const std::string& identity) const {

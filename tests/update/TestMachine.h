@@ -65,6 +65,14 @@ public:
   std::filesystem::path placeBundle(const std::filesystem::path& folder, const std::string& version,
                                     const std::string& name = "Driftmark.app") const;
 
+  /// Replaces a text of a bundle's property list.
+  static void setInformation(const std::filesystem::path& bundle, const std::string& key,
+                             const std::string& value);
+
+  /// Puts the executable, without a bundle around it, into "Contents/MacOS" of `folder`: `start`
+  /// runs it there.
+  void placeExecutable(const std::filesystem::path& folder) const;
+
   /// Signs a bundle again after a change.
   void
   sign(const std::filesystem::path& bundle,

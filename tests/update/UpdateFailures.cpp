@@ -176,15 +176,32 @@ TEST_F(UpdateFailures, missingSignatureIsInvalid) {
   expectFailure(copy, "The update's code signature is invalid.");
 }
 
-TEST_F(UpdateFailures, signatureOfOtherTeamIsRefused) {
-  for (const char* identity : {"Developer ID Application: Elsewhere (ABCDE12345)", "-"}) {
-    const fs::path bundle = build("1.1");
-    machine_.sign(bundle, identity);
-    announce("1.1", pack(bundle));
-    RunningCopy copy = startInstalled();
-    expectFailure(copy, "The update was not signed by Tallowmere.");
-    quit(copy.driver);
-  }
+TEST_F(UpdateFailures, executableOutsideBundleDownloadsNothing) {
+  release("1.1");
+  const fs::path downloads = machine_.home() / "Downloads";
+  machine_.placeExecutable(downloads);
+  const Tree before = treeAt(downloads);
+  RunningCopy copy = startInstalled(downloads);
+  agree(copy);
+  expectAlert(copy.driver, "Update failed", "The file couldn’t be saved.");
+  EXPECT_THAT(requestedPaths(), testing::ElementsAre(manifestPath));
+  EXPECT_EQ(treeAt(downloads), before);
+}
+
+TEST_F(UpdateFailures, temporaryFolderThatCannotBePrivateIsNotUsed) {
+  release("1.1");
+  machine_.useUnprivilegedUser();
+  const fs::path shared = machine_.programsTemporaryFolder();
+  fs::create_directory(shared);
+  fs::permissions(shared, fs::perms::all);
+  fs::permissions(shared.parent_path(), fs::perms::owner_read | fs::perms::owner_exec);
+  RunningCopy copy = startInstalled();
+  agree(copy);
+  const icloud::Window alert = awaitAlert(copy.driver, "Update failed");
+  EXPECT_THAT(alert.texts.back(), testing::EndsWith("couldn’t be made: Permission denied"));
+  EXPECT_TRUE(fs::is_empty(shared));
+  fs::permissions(shared.parent_path(), fs::perms::owner_all);
+  EXPECT_THAT(requestedPaths(), testing::ElementsAre(manifestPath));
 }
 
 } // namespace

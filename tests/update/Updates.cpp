@@ -3,7 +3,12 @@
 #include "harness/OtherVolume.h"
 #include "harness/TemporaryFolder.h"
 #include "harness/Waiting.h"
+#include "update/StepTracer.h"
 #include "update/UpdateTest.h"
+
+#include <csignal>
+
+#include <sys/resource.h>
 
 namespace driftmark::test {
 namespace {
@@ -13,6 +18,19 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 class Updates : public UpdateTest {};
+
+/// As long as this object lives, programs are started with SIGXFSZ ignored: a write beyond a limit
+/// fails, like one on a full volume.
+class ProgramsIgnoreFileSizeSignal {
+public:
+  ProgramsIgnoreFileSizeSignal() = default;
+  ProgramsIgnoreFileSizeSignal(const ProgramsIgnoreFileSizeSignal&) = delete;
+  ProgramsIgnoreFileSizeSignal& operator=(const ProgramsIgnoreFileSizeSignal&) = delete;
+  ~ProgramsIgnoreFileSizeSignal() { EXPECT_NE(std::signal(SIGXFSZ, before_), SIG_ERR); }
+
+private:
+  void (*const before_)(int) = std::signal(SIGXFSZ, SIG_IGN);
+};
 
 TEST_F(Updates, acceptedUpdateIsInstalledAndRelaunched) {
   const Tree newTree = release("1.1", "Calmer waters.\n& <b>no</b> markup");
@@ -143,6 +161,60 @@ TEST_F(Updates, failedFirstMoveChangesNothing) {
                                                fs::perms::others_read | fs::perms::others_exec);
   RunningCopy copy = startInstalled();
   expectFailure(copy, "“Driftmark.app” couldn’t be moved: Permission denied");
+}
+
+TEST_F(Updates, bundleGoesBackWhenItsVolumeIsFull) {
+  const OtherVolume elsewhere;
+  if (!elsewhere.exists())
+    GTEST_SKIP() << "there is no second volume";
+  machine_.moveTemporaryFiles(elsewhere.path());
+  release("1.1");
+  const ProgramsIgnoreFileSizeSignal ignored;
+  RunningCopy copy = startInstalled();
+  const pid_t program = copy.process.identifier();
+  const fs::path oldCopy = machine_.workFolder(program) / "Driftmark-old.app";
+  const auto limitOnceCopied = [&](int /*step*/) {
+    // From here on no larger file can be written, as on a full volume.
+    const rlimit limit{1000, RLIM_INFINITY};
+    if (fs::exists(oldCopy))
+      prlimit(program, RLIMIT_FSIZE, &limit, nullptr);
+    return StepTracer::Verdict::proceed;
+  };
+  check(copy);
+  copy.driver.awaitAlert();
+  StepTracer tracer(program, limitOnceCopied);
+  if (!tracer.isTracing())
+    GTEST_SKIP() << "this system does not let a process trace another";
+  copy.driver.press("Install and Relaunch");
+  expectAlert(copy.driver, "Update failed", "“Driftmark.app” couldn’t be moved: File too large");
+  EXPECT_EQ(treeAt(installed()), installedTree_);
+  EXPECT_FALSE(fs::exists(oldCopy));
+  EXPECT_THAT(treeAt(machine_.applications()), testing::SizeIs(installedTree_.size() + 1));
+}
+
+TEST_F(Updates, onlyCopyInWorkFolderIsNotErased) {
+  release("1.1");
+  RunningCopy copy = startInstalled();
+  const fs::path oldCopy = machine_.workFolder(copy.process.identifier()) / "Driftmark-old.app";
+  const auto takePlace = [&](int /*step*/) {
+    if (!fs::exists(installed()))
+      fs::create_directory(installed());
+    return StepTracer::Verdict::proceed;
+  };
+  check(copy);
+  copy.driver.awaitAlert();
+  StepTracer tracer(copy.process.identifier(), takePlace);
+  if (!tracer.isTracing())
+    GTEST_SKIP() << "this system does not let a process trace another";
+  copy.driver.press("Install and Relaunch");
+  expectAlert(copy.driver, "Update failed", "“Driftmark.app” couldn’t be moved: File exists");
+  copy.driver.press("OK");
+  EXPECT_EQ(treeAt(oldCopy), installedTree_);
+
+  agree(copy);
+  const icloud::Window alert = awaitAlert(copy.driver, "Update failed");
+  EXPECT_THAT(alert.texts.back(), HasSubstr(oldCopy.string()));
+  EXPECT_EQ(treeAt(oldCopy), installedTree_);
 }
 
 // A folder without write permission cannot be moved into another one.

@@ -71,13 +71,19 @@ public:
 class MacFileSystem final : public FileSystem {
 public:
   bool fileExists(const std::string& path) const override;
+  bool itemExists(const std::string& path) const override;
+  bool areSameItem(const std::string& one, const std::string& other) const override;
   std::string homeDirectory() const override;
-  std::string temporaryDirectory() const override;
+  std::variant<std::string, PlatformError> temporaryDirectory() const override;
   std::optional<PlatformError> createDirectory(const std::string& path) override;
   std::optional<PlatformError> removeItem(const std::string& path) override;
 
   /// Between volumes, `moveTree` says what an interrupted move leaves.
   std::optional<PlatformError> moveItem(const std::string& from, const std::string& to) override;
+
+  /// Between volumes, see `moveTreeKeeping`.
+  std::variant<std::unique_ptr<MovedItem>, PlatformError>
+  moveItemReversibly(const std::string& from, const std::string& to) override;
 
   std::optional<PlatformError> trashItem(const std::string& path) override;
   PlatformError unknownWriteError() const override;

@@ -18,8 +18,10 @@ std::string MacBundle::path() const {
 }
 
 std::optional<std::string> MacBundle::identifier() const {
+  // The system also takes a folder with an executable and an Info.plist for a bundle.
   NSString* const identifier = NSBundle.mainBundle.bundleIdentifier;
-  return identifier != nil ? std::optional(string(identifier)) : std::nullopt;
+  const bool isBundle = identifier != nil && path().ends_with(".app");
+  return isBundle ? std::optional(string(identifier)) : std::nullopt;
 }
 
 std::optional<std::string> MacBundle::information(const std::string& key) const {

@@ -4,7 +4,11 @@
 #include "platform/macos/MacAdapters.h"
 #include "platform/posix/SystemErrors.h"
 #include "platform/posix/files/FileItems.h"
+#include "platform/posix/files/PosixMovedItem.h"
 #include "support/Paths.h"
+
+#include <cerrno>
+#include <utility>
 
 namespace driftmark {
 
@@ -24,12 +28,24 @@ bool MacFileSystem::fileExists(const std::string& path) const {
   return [manager() fileExistsAtPath:nsString(driftmark::path(fileUrl(path)))];
 }
 
+bool MacFileSystem::itemExists(const std::string& path) const {
+  return driftmark::itemExists(driftmark::path(fileUrl(path)));
+}
+
+bool MacFileSystem::areSameItem(const std::string& one, const std::string& other) const {
+  return driftmark::areSameItem(path(fileUrl(one)), path(fileUrl(other)));
+}
+
 std::string MacFileSystem::homeDirectory() const {
   return string(NSHomeDirectory());
 }
 
-std::string MacFileSystem::temporaryDirectory() const {
-  return std::string(withoutTrailingSlashes(string(NSTemporaryDirectory()))) + "/";
+/// The system's folder is private unless a variable names another one.
+std::variant<std::string, PlatformError> MacFileSystem::temporaryDirectory() const {
+  const std::string folder(withoutTrailingSlashes(string(NSTemporaryDirectory())));
+  if (!isPrivateFolder(folder))
+    return fileError(folder, "used", EACCES);
+  return folder + "/";
 }
 
 std::optional<PlatformError> MacFileSystem::createDirectory(const std::string& path) {
@@ -59,6 +75,17 @@ std::optional<PlatformError> MacFileSystem::moveItem(const std::string& from,
   NSError* error = nil;
   const bool done = [manager() moveItemAtURL:source toURL:target error:&error];
   return outcome(done, error);
+}
+
+std::variant<std::unique_ptr<MovedItem>, PlatformError>
+MacFileSystem::moveItemReversibly(const std::string& from, const std::string& to) {
+  std::string source = path(fileUrl(from));
+  std::string target = path(fileUrl(to));
+  if (areOnTwoVolumes(from, to))
+    return PosixMovedItem::move(std::move(source), std::move(target));
+  if (auto error = moveItem(from, to))
+    return *std::move(error);
+  return std::make_unique<PosixMovedItem>(std::move(source), std::move(target), "");
 }
 
 std::optional<PlatformError> MacFileSystem::trashItem(const std::string& path) {

@@ -1,5 +1,8 @@
 #include "support/contracts/FileSystemContract.h"
 
+#include <memory>
+#include <variant>
+
 namespace driftmark::test {
 
 using namespace std::string_literals;
@@ -26,6 +29,38 @@ TEST_P(FileSystemContract, linkExistsWhenTargetExists) {
   EXPECT_FALSE(fileSystem().fileExists(inFolder("link")));
   subject_->createFile(inFolder("target"));
   EXPECT_TRUE(fileSystem().fileExists(inFolder("link")));
+}
+
+TEST_P(FileSystemContract, linkToNothingIsItem) {
+  EXPECT_FALSE(fileSystem().itemExists(inFolder("link")));
+  subject_->createLink(inFolder("link"), inFolder("target"));
+  EXPECT_TRUE(fileSystem().itemExists(inFolder("link")));
+  subject_->createFile(inFolder("target"));
+  EXPECT_TRUE(fileSystem().itemExists(inFolder("target")));
+  EXPECT_TRUE(fileSystem().itemExists(inFolder("link")));
+  EXPECT_FALSE(fileSystem().itemExists(""));
+  EXPECT_FALSE(fileSystem().itemExists(inFolder("link\0more"s)));
+}
+
+TEST_P(FileSystemContract, pathsOfOneItemAreRecognized) {
+  subject_->createFile(inFolder("one"));
+  subject_->createFile(inFolder("other"));
+  subject_->createLink(inFolder("link"), inFolder("one"));
+  EXPECT_TRUE(fileSystem().areSameItem(inFolder("one"), inFolder("one")));
+  EXPECT_TRUE(fileSystem().areSameItem(inFolder("link"), inFolder("one")));
+  EXPECT_TRUE(fileSystem().areSameItem(inFolder("one"), inFolder("link")));
+  EXPECT_FALSE(fileSystem().areSameItem(inFolder("one"), inFolder("other")));
+  EXPECT_FALSE(fileSystem().areSameItem(inFolder("link"), inFolder("other")));
+}
+
+TEST_P(FileSystemContract, itemsThatDoNotExistAreNotTheSame) {
+  subject_->createFile(inFolder("file"));
+  subject_->createLink(inFolder("dangling"), inFolder("missing"));
+  for (const std::string& path : {inFolder("missing"), inFolder("dangling"), ""s}) {
+    EXPECT_FALSE(fileSystem().areSameItem(path, path)) << path;
+    EXPECT_FALSE(fileSystem().areSameItem(path, inFolder("file"))) << path;
+  }
+  EXPECT_FALSE(fileSystem().areSameItem(inFolder("file"), inFolder("file\0more"s)));
 }
 
 TEST_P(FileSystemContract, namesInAnyScriptAreFound) {
@@ -102,6 +137,33 @@ TEST_P(FileSystemContract, moveToExistingPathIsErrorAndMovesNothing) {
   EXPECT_TRUE(fileSystem().fileExists(inFolder("to")));
 }
 
+TEST_P(FileSystemContract, movedItemGoesBack) {
+  subject_->createFolder(inFolder("from"));
+  subject_->createFile(inFolder("from/file"));
+  const auto moved = fileSystem().moveItemReversibly(inFolder("from"), inFolder("to"));
+  ASSERT_TRUE(std::holds_alternative<std::unique_ptr<MovedItem>>(moved));
+  EXPECT_TRUE(fileSystem().fileExists(inFolder("to/file")));
+  EXPECT_FALSE(fileSystem().fileExists(inFolder("from")));
+  EXPECT_FALSE(std::get<std::unique_ptr<MovedItem>>(moved)->putBack().has_value());
+  EXPECT_TRUE(fileSystem().fileExists(inFolder("from/file")));
+  EXPECT_FALSE(fileSystem().fileExists(inFolder("to")));
+}
+
+TEST_P(FileSystemContract, movedItemStaysWhenItsOldPathIsTaken) {
+  subject_->createFolder(inFolder("from"));
+  subject_->createFile(inFolder("from/file"));
+  {
+    const auto moved = fileSystem().moveItemReversibly(inFolder("from"), inFolder("to"));
+    ASSERT_TRUE(std::holds_alternative<std::unique_ptr<MovedItem>>(moved));
+    subject_->createFile(inFolder("from"));
+    const auto error = std::get<std::unique_ptr<MovedItem>>(moved)->putBack();
+    ASSERT_TRUE(error.has_value());
+    EXPECT_FALSE(error->description.empty());
+  }
+  EXPECT_TRUE(fileSystem().fileExists(inFolder("to/file")));
+  EXPECT_TRUE(fileSystem().fileExists(inFolder("from")));
+}
+
 TEST_P(FileSystemContract, trashedItemIsGone) {
   subject_->createFolder(inFolder("item"));
   subject_->createFile(inFolder("item/file"));
@@ -116,14 +178,17 @@ TEST_P(FileSystemContract, missingItemIsDescribedError) {
     ASSERT_TRUE(error.has_value());
     EXPECT_FALSE(error->description.empty());
   }
+  const auto moved = fileSystem().moveItemReversibly(path, inFolder("to"));
+  ASSERT_TRUE(std::holds_alternative<PlatformError>(moved));
+  EXPECT_FALSE(std::get<PlatformError>(moved).description.empty());
   EXPECT_FALSE(fileSystem().fileExists(inFolder("to")));
 }
 
 TEST_P(FileSystemContract, temporaryFolderIsConstantWithTrailingSlash) {
-  const std::string path = fileSystem().temporaryDirectory();
+  const std::string path = std::get<std::string>(fileSystem().temporaryDirectory());
   EXPECT_TRUE(path.starts_with('/')) << path;
   EXPECT_TRUE(path.ends_with('/')) << path;
-  EXPECT_EQ(fileSystem().temporaryDirectory(), path);
+  EXPECT_EQ(std::get<std::string>(fileSystem().temporaryDirectory()), path);
 }
 
 TEST_P(FileSystemContract, unknownWriteErrorIsDescribed) {

@@ -263,9 +263,15 @@ void LinuxHttpClient::fetch(const Request& request, std::size_t maxBodySize, Fet
 }
 
 void LinuxHttpClient::download(const std::string& url, DownloadHandler onReply) {
+  const auto folder = fileSystem_.temporaryDirectory();
+  if (const auto* const error = std::get_if<PlatformError>(&folder)) {
+    QMetaObject::invokeMethod(
+        &transfers_, [onReply = std::move(onReply), error = *error] { onReply(error); },
+        Qt::QueuedConnection);
+    return;
+  }
   HttpTransfer::start(
-      {.url = url},
-      std::make_unique<BodyInFile>(fileSystem_.temporaryDirectory(), std::move(onReply)),
+      {.url = url}, std::make_unique<BodyInFile>(std::get<std::string>(folder), std::move(onReply)),
       transfers_);
 }
 

@@ -56,6 +56,24 @@ int renameExclusively(int fromFolder, const char* from, int toFolder, const char
   return error;
 }
 
+bool itemExists(const std::string& path) {
+  struct stat information {};
+  return lstat(path.c_str(), &information) == 0;
+}
+
+bool areSameItem(const std::string& one, const std::string& other) {
+  struct stat first {};
+  struct stat second {};
+  return stat(one.c_str(), &first) == 0 && stat(other.c_str(), &second) == 0 &&
+         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+bool isPrivateFolder(const std::string& path) {
+  struct stat information {};
+  return lstat(path.c_str(), &information) == 0 && S_ISDIR(information.st_mode) &&
+         information.st_uid == geteuid() && (information.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
 int listFolder(int folder, std::vector<std::string>& names) {
   // A separate descriptor, so that every listing starts at the beginning.
   const int separate = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);

@@ -25,6 +25,14 @@ int copyTree(const std::string& from, const std::string& to);
 /// error the item is still at `from`.
 int moveTree(const std::string& from, const std::string& to);
 
+/// Moves like `moveTree`, but a copy between volumes leaves the original, under a hidden name
+/// beside `from` that is returned in `kept`. After a move within a volume `kept` is empty.
+int moveTreeKeeping(const std::string& from, const std::string& to, std::string& kept);
+
+/// Undoes such a move by renaming: the item at `kept`, or at `to` when that is empty, is at `from`
+/// again. EEXIST when `from` is taken; nothing has changed then.
+int moveTreeBack(const std::string& from, const std::string& to, const std::string& kept);
+
 /// Whether the folders that hold the two items are known to be on different volumes.
 bool areOnTwoVolumes(const std::string& one, const std::string& other);
 
@@ -36,6 +44,15 @@ bool areOnTwoVolumes(const std::string& one, const std::string& other);
 int removeTree(const std::string& path);
 
 // FileCalls.cpp: what Linux and macOS do in different ways, or what takes several calls
+
+/// Whether an item has this name, a link to nothing included.
+bool itemExists(const std::string& path);
+
+/// Whether both paths lead to the same item, links followed. False unless both exist.
+bool areSameItem(const std::string& one, const std::string& other);
+
+/// Whether this is a folder of this user that nobody else can enter. A link is none.
+bool isPrivateFolder(const std::string& path);
 
 /// Renames an item. EEXIST when the new name is taken.
 int renameExclusively(int fromFolder, const char* from, int toFolder, const char* to);

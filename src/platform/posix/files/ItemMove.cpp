@@ -39,11 +39,6 @@ std::string hiddenSibling(const std::string& path) {
   return appendingPathComponent(deletingLastPathComponent(path), name);
 }
 
-bool exists(const std::string& path) {
-  struct stat information {};
-  return lstat(path.c_str(), &information) == 0;
-}
-
 int renameTree(const std::string& from, const std::string& to) {
   return renameExclusively(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str());
 }
@@ -58,7 +53,7 @@ void flushFolder(const std::string& path) {
 
 /// Makes the copy under the name `hidden`, then renames it: `to` appears as a whole.
 int placeCopy(const std::string& from, const std::string& to, const std::string& hidden) {
-  if (exists(to))
+  if (itemExists(to))
     return EEXIST;
   int error = copyTree(from, hidden);
   if (error == 0)
@@ -68,17 +63,18 @@ int placeCopy(const std::string& from, const std::string& to, const std::string&
   return error;
 }
 
-int moveBetweenVolumes(const std::string& from, const std::string& to) {
+int copyBetweenVolumes(const std::string& from, const std::string& to, std::string& kept) {
   const std::string incoming = hiddenSibling(to);
   if (const int error = placeCopy(from, to, incoming); error != 0)
     return error;
   flushFolder(deletingLastPathComponent(to));
 
-  const std::string outgoing = hiddenSibling(from);
-  const int error = renameTree(from, outgoing);
+  kept = hiddenSibling(from);
+  const int error = renameTree(from, kept);
   if (error == 0)
-    removeTree(outgoing);
-  else if (renameTree(to, incoming) == 0)
+    return 0;
+  kept.clear();
+  if (renameTree(to, incoming) == 0)
     removeTree(incoming);
   return error;
 }
@@ -86,10 +82,28 @@ int moveBetweenVolumes(const std::string& from, const std::string& to) {
 } // namespace
 
 int moveTree(const std::string& from, const std::string& to) {
+  std::string kept;
+  const int error = moveTreeKeeping(from, to, kept);
+  if (!kept.empty())
+    removeTree(kept);
+  return error;
+}
+
+int moveTreeKeeping(const std::string& from, const std::string& to, std::string& kept) {
   const std::string source(withoutTrailingSlashes(from));
   const std::string target(withoutTrailingSlashes(to));
+  kept.clear();
   const int error = renameTree(source, target);
-  return error == EXDEV ? moveBetweenVolumes(source, target) : error;
+  return error == EXDEV ? copyBetweenVolumes(source, target, kept) : error;
+}
+
+int moveTreeBack(const std::string& from, const std::string& to, const std::string& kept) {
+  const std::string source(withoutTrailingSlashes(from));
+  const std::string target(withoutTrailingSlashes(to));
+  const int error = renameTree(kept.empty() ? target : kept, source);
+  if (error == 0 && !kept.empty())
+    removeTree(target);
+  return error;
 }
 
 bool areOnTwoVolumes(const std::string& one, const std::string& other) {

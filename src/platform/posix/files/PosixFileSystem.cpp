@@ -5,6 +5,7 @@
 #include "platform/posix/PosixAdapters.h"
 #include "platform/posix/SystemErrors.h"
 #include "platform/posix/files/FileItems.h"
+#include "platform/posix/files/PosixMovedItem.h"
 #include "platform/posix/files/SystemRootPath.h"
 #include "support/Paths.h"
 
@@ -75,12 +76,10 @@ std::string temporaryParent() {
 }
 
 /// Makes the folder unless it exists. True when it is a folder that only this user can enter.
-bool isPrivateFolder(const std::string& path) {
+bool makePrivateFolder(const std::string& path) {
   if (mkdir(path.c_str(), S_IRWXU) != 0 && errno != EEXIST)
     return false;
-  struct stat information {};
-  return lstat(path.c_str(), &information) == 0 && S_ISDIR(information.st_mode) &&
-         information.st_uid == geteuid() && (information.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+  return isPrivateFolder(path);
 }
 
 std::optional<PlatformError> outcome(const std::string& path, std::string_view done, int error) {
@@ -89,15 +88,16 @@ std::optional<PlatformError> outcome(const std::string& path, std::string_view d
 
 } // namespace
 
-std::string TemporaryDirectory::path() {
+std::variant<std::string, PlatformError> TemporaryDirectory::path() {
   const std::lock_guard lock(mutex_);
   const std::string usual = temporaryParent() + "/driftmark-" + std::to_string(geteuid());
   if (path_.empty())
     path_ = usual;
-  if (!isPrivateFolder(path_)) {
+  if (!makePrivateFolder(path_)) {
     std::string fresh = usual + "-XXXXXX";
-    if (mkdtemp(fresh.data()))
-      path_ = fresh;
+    if (!mkdtemp(fresh.data()))
+      return fileError(usual, "made", errno);
+    path_ = fresh;
   }
   return path_ + "/";
 }
@@ -108,6 +108,14 @@ PosixFileSystem::PosixFileSystem(std::string systemRoot)
 bool PosixFileSystem::fileExists(const std::string& path) const {
   struct stat information {};
   return isPath(path) && stat(located(path).c_str(), &information) == 0;
+}
+
+bool PosixFileSystem::itemExists(const std::string& path) const {
+  return isPath(path) && driftmark::itemExists(located(path));
+}
+
+bool PosixFileSystem::areSameItem(const std::string& one, const std::string& other) const {
+  return isPath(one) && isPath(other) && driftmark::areSameItem(located(one), located(other));
 }
 
 std::optional<PlatformError> PosixFileSystem::createDirectory(const std::string& path) {
@@ -124,6 +132,13 @@ std::optional<PlatformError> PosixFileSystem::moveItem(const std::string& from,
                                                        const std::string& to) {
   const bool arePaths = isPath(from) && isPath(to);
   return outcome(from, "moved", arePaths ? moveTree(located(from), located(to)) : EINVAL);
+}
+
+std::variant<std::unique_ptr<MovedItem>, PlatformError>
+PosixFileSystem::moveItemReversibly(const std::string& from, const std::string& to) {
+  if (!isPath(from) || !isPath(to))
+    return fileError(from, "moved", EINVAL);
+  return PosixMovedItem::move(located(from), located(to));
 }
 
 PlatformError PosixFileSystem::unknownWriteError() const {

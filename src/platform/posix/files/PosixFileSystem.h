@@ -2,8 +2,11 @@
 
 #include "ports/FileSystem.h"
 
+#include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <variant>
 
 namespace driftmark {
 
@@ -13,8 +16,8 @@ namespace driftmark {
 class TemporaryDirectory {
 public:
   /// The path with a slash at its end, the same as long as the folder stays private. The folder
-  /// exists when this returns, unless none can be made at all.
-  std::string path();
+  /// exists when this returns. Fails when no private folder can be made.
+  std::variant<std::string, PlatformError> path();
 
 private:
   std::mutex mutex_;
@@ -30,13 +33,17 @@ public:
 
   /// A path that the system cannot take, such as one with a NUL, names nothing.
   bool fileExists(const std::string& path) const override;
+  bool itemExists(const std::string& path) const override;
+  bool areSameItem(const std::string& one, const std::string& other) const override;
 
   /// `HOME` at the time when this object was made; if that was not an absolute path, the folder in
   /// the user database. Empty when that folder is the root.
   std::string homeDirectory() const override { return homeDirectory_; }
 
   /// See `TemporaryDirectory`.
-  std::string temporaryDirectory() const override { return temporaryDirectory_.path(); }
+  std::variant<std::string, PlatformError> temporaryDirectory() const override {
+    return temporaryDirectory_.path();
+  }
 
   /// A link to a folder counts as a folder.
   std::optional<PlatformError> createDirectory(const std::string& path) override;
@@ -46,6 +53,10 @@ public:
 
   /// See `moveTree` for what an interrupted move between volumes leaves.
   std::optional<PlatformError> moveItem(const std::string& from, const std::string& to) override;
+
+  /// See `moveTreeKeeping`.
+  std::variant<std::unique_ptr<MovedItem>, PlatformError>
+  moveItemReversibly(const std::string& from, const std::string& to) override;
 
   PlatformError unknownWriteError() const override;
 
