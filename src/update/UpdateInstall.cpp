@@ -10,8 +10,10 @@
 #include "update/Manifest.h"
 #include "update/UpdateChecker.h"
 
+#include <algorithm>
 #include <functional>
 #include <memory>
+#include <string_view>
 #include <utility>
 #include <variant>
 
@@ -21,7 +23,8 @@ namespace {
 
 constexpr const char* codesign = "/usr/bin/codesign";
 constexpr const char* ditto = "/usr/bin/ditto";
-constexpr const char* vendorTeam = "TeamIdentifier=T4N8RW2KQZ";
+constexpr std::string_view teamKey = "TeamIdentifier=";
+constexpr std::string_view vendorTeam = "TeamIdentifier=T4N8RW2KQZ";
 
 /// Moves the downloaded file to the path that it is unpacked from. That path, or why there is none.
 std::variant<std::string, PlatformError>
@@ -36,6 +39,22 @@ stage(FileSystem& fileSystem, const std::variant<HttpClient::File, PlatformError
   if (fileSystem.moveItem(std::get<HttpClient::File>(reply).path, archive))
     return PlatformError{"Could not download the update."};
   return archive;
+}
+
+/// Whether the report of `codesign` names the vendor's team and no other. It also contains names
+/// that the signer chose, such as that of the executable, line ends included.
+bool namesVendorAlone(std::string_view report) {
+  bool isNamed = false;
+  while (!report.empty()) {
+    const std::string_view line = report.substr(0, report.find('\n'));
+    report.remove_prefix(std::min(line.size() + 1, report.size()));
+    if (!line.starts_with(teamKey))
+      continue;
+    if (line != vendorTeam)
+      return false;
+    isNamed = true;
+  }
+  return isNamed;
 }
 
 } // namespace
@@ -120,7 +139,7 @@ std::optional<PlatformError> UpdateChecker::verify(const std::string& bundle) co
   if (const auto* const error = std::get_if<LaunchError>(&described))
     return PlatformError{error->description};
   const std::string& description = std::get<ToolResult>(described).output;
-  if (!isUtf8(description) || description.find(vendorTeam) == std::string::npos)
+  if (!isUtf8(description) || !namesVendorAlone(description))
     return UpdateError{"The update was not signed by Tallowmere."};
   return std::nullopt;
 }
