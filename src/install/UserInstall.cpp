@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
@@ -63,14 +64,35 @@ Alert failure(const PlatformError& error) {
           {}};
 }
 
+/// Whether the bundle is the item at `path` or within it, however the paths are spelled.
+bool isAtOrIn(const FileSystem& fileSystem, const std::string& path, std::string bundle) {
+  while (!fileSystem.areSameItem(bundle, path)) {
+    std::string above = deletingLastPathComponent(bundle);
+    if (above.size() >= bundle.size())
+      return false;
+    bundle = std::move(above);
+  }
+  return true;
+}
+
+/// Removes an older copy, unless that would leave no copy to install.
+std::optional<PlatformError> removeOlderCopy(const Platform& platform, const std::string& target) {
+  FileSystem& fileSystem = platform.fileSystem;
+  if (!fileSystem.itemExists(target))
+    return std::nullopt;
+  const std::string bundle = platform.bundle.path();
+  if (!fileSystem.fileExists(bundle) || isAtOrIn(fileSystem, target, bundle))
+    return fileSystem.unknownWriteError();
+  return fileSystem.removeItem(target);
+}
+
 /// Copies the bundle into `folder`, replacing an older copy there.
 Installed installIn(const Platform& platform, const std::string& folder) {
   FileSystem& fileSystem = platform.fileSystem;
   const std::string target = appendingPathComponent(folder, "Driftmark.app");
   static_cast<void>(fileSystem.createDirectory(folder));
-  if (fileSystem.fileExists(target))
-    if (auto error = fileSystem.removeItem(target))
-      return *std::move(error);
+  if (auto error = removeOlderCopy(platform, target))
+    return *std::move(error);
 
   ChildProcesses& tools = platform.childProcesses;
   const auto copied =
@@ -101,6 +123,9 @@ Installed install(const Platform& platform) {
 } // namespace
 
 bool offerIfNeeded(const Platform& platform) {
+  // Outside a bundle the path is that of a folder, with whatever else is in it.
+  if (!platform.bundle.identifier())
+    return false;
   const std::string bundle = platform.bundle.path();
   const std::string parent = deletingLastPathComponent(bundle);
   if (isInApplicationsFolder(platform.fileSystem, parent) || platform.userDefaults.boolean(skipKey))

@@ -76,6 +76,15 @@ TEST_F(UserInstallTest, nothingIsOfferedInApplicationsFolder) {
   EXPECT_EQ(platform.application.activations(), 0);
 }
 
+TEST_F(UserInstallTest, executableOutsideBundleGetsNoOffer) {
+  platform.bundle.setIdentifier(std::nullopt);
+  runFrom("/Users/ada/Downloads");
+  EXPECT_FALSE(offer());
+  EXPECT_THAT(platform.dialogs.take(), IsEmpty());
+  EXPECT_THAT(operations(), IsEmpty());
+  EXPECT_FALSE(skips());
+}
+
 TEST_F(UserInstallTest, subfolderOfApplicationsFolderGetsOffer) {
   for (const std::string folder :
        {"/Applications/Utilities", "/Applications2", "/Library/Applications"}) {
@@ -191,6 +200,52 @@ TEST_F(UserInstallTest, olderCopyIsRemovedFirst) {
                                         "trash " + bundle));
 }
 
+TEST_F(UserInstallTest, linkToNothingIsRemovedFirst) {
+  platform.fileSystem.addLink(shared, "/Volumes/Away/Driftmark.app");
+  platform.dialogs.answer(0);
+  EXPECT_TRUE(offer());
+  EXPECT_EQ(operations().at(1), "remove " + shared);
+}
+
+TEST_F(UserInstallTest, runningBundleUnderOtherSpellingIsNotRemoved) {
+  platform.fileSystem.addLink(shared, bundle);
+  platform.dialogs.answer(0);
+  EXPECT_TRUE(offer());
+  EXPECT_THAT(operations(),
+              ElementsAre("create /Applications", "create /Users/ada/Applications",
+                          "run /usr/bin/ditto " + bundle + " " + own,
+                          "run /usr/bin/xattr -dr com.apple.quarantine " + own, "trash " + bundle));
+}
+
+TEST_F(UserInstallTest, runningBundleInBothFoldersStaysInPlace) {
+  platform.fileSystem.addLink(shared, bundle);
+  platform.fileSystem.addLink(own, bundle);
+  platform.dialogs.answer(0);
+  EXPECT_FALSE(offer());
+  EXPECT_THAT(platform.dialogs.take(),
+              ElementsAre(question("~/Downloads"), failure("The file could not be saved.")));
+  EXPECT_THAT(operations(), ElementsAre("create /Applications", "create /Users/ada/Applications"));
+}
+
+TEST_F(UserInstallTest, olderCopyThatHoldsRunningBundleIsNotRemoved) {
+  platform.fileSystem.add(shared);
+  runFrom(shared + "/Contents/Resources/Driftmark.app");
+  platform.dialogs.answer(0);
+  EXPECT_TRUE(offer());
+  EXPECT_THAT(operations(), testing::Not(testing::Contains("remove " + shared)));
+  EXPECT_EQ(platform.childProcesses.runs({bundle, own}).size(), 1U);
+}
+
+TEST_F(UserInstallTest, olderCopyStaysWhenRunningBundleIsGone) {
+  platform.fileSystem.add(shared);
+  platform.fileSystem.remove(bundle);
+  copyingEnds(own, 1);
+  platform.dialogs.answer(0);
+  EXPECT_FALSE(offer());
+  EXPECT_TRUE(platform.fileSystem.fileExists(shared));
+  EXPECT_EQ(platform.dialogs.take().back(), failure("The file could not be saved."));
+}
+
 TEST_F(UserInstallTest, nextFolderIsTriedWhenOlderCopyCannotBeRemoved) {
   platform.fileSystem.add(shared);
   platform.fileSystem.fail("remove " + shared, "Not permitted.");
@@ -220,6 +275,15 @@ TEST_F(UserInstallTest, failureInBothFoldersLeavesProgramInPlace) {
   EXPECT_TRUE(platform.fileSystem.fileExists(bundle));
   EXPECT_EQ(platform.application.terminateRequests(), 0);
   EXPECT_THAT(platform.childProcesses.detached(), IsEmpty());
+}
+
+TEST_F(UserInstallTest, olderCopyIsGoneAfterFailedCopy) {
+  platform.fileSystem.add(shared);
+  copyingEnds(shared, 1);
+  platform.dialogs.answer(0);
+  EXPECT_TRUE(offer());
+  EXPECT_FALSE(platform.fileSystem.fileExists(shared));
+  EXPECT_EQ(platform.childProcesses.runs({bundle, own}).size(), 1U);
 }
 
 TEST_F(UserInstallTest, failureDoesNotCountAsDecline) {

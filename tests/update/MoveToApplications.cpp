@@ -59,6 +59,22 @@ protected:
                                                  fs::perms::others_read | fs::perms::others_exec);
   }
 
+  /// Agrees to a move that cannot be done, and checks that nothing has changed.
+  void expectNothingMoved(const fs::path& bundle) {
+    const Tree before = treeAt(bundle);
+    RunningCopy copy = machine_.start(bundle);
+    copy.driver.awaitAlert();
+    copy.driver.press("Move and Reopen");
+    const icloud::Window alert = awaitAlert(copy.driver, "Could not move Driftmark");
+    EXPECT_THAT(alert.texts.back(), HasSubstr("(The file couldn’t be saved.)"));
+    copy.driver.press("OK");
+    expectStarted(copy.driver);
+    EXPECT_EQ(treeAt(bundle), before);
+    EXPECT_FALSE(fs::exists(machine_.trash()));
+    quit(copy.driver);
+    EXPECT_EQ(awaitExit(copy.process), 0);
+  }
+
   fs::path downloads() const { return machine_.home() / "Downloads"; }
   fs::path installed() const { return machine_.applications() / "Driftmark.app"; }
   fs::path installedAtHome() const { return machine_.home() / "Applications/Driftmark.app"; }
@@ -143,6 +159,44 @@ TEST_F(MoveToApplications, linkInPlaceOfOlderCopyIsRemovedNotFollowed) {
   EXPECT_EQ(treeAt(installed()), asDownloaded);
   EXPECT_EQ(treeAt(documents), before);
   end(opened);
+}
+
+TEST_F(MoveToApplications, linkToNothingInPlaceOfOlderCopyIsRemoved) {
+  fs::create_directory_symlink(machine_.home() / "Away", installed());
+  const fs::path bundle = machine_.placeBundle(downloads(), "1.0");
+  const Tree asDownloaded = treeAt(bundle);
+  RunningCopy copy = machine_.start(bundle);
+  copy.driver.awaitAlert();
+  icloud::UiDriver opened = move(copy);
+  expectRunsFrom(opened, installed());
+  EXPECT_EQ(treeAt(installed()), asDownloaded);
+  EXPECT_FALSE(fs::exists(machine_.home() / "Away"));
+  end(opened);
+}
+
+TEST_F(MoveToApplications, onlyCopyInLinkedApplicationsFolderStays) {
+  forbidApplications();
+  const fs::path disk = machine_.folder() / "a disk";
+  const fs::path bundle = machine_.placeBundle(disk, "1.0");
+  machine_.giveToUser(disk);
+  fs::create_directory_symlink(disk, machine_.home() / "Applications");
+  expectNothingMoved(bundle);
+}
+
+TEST_F(MoveToApplications, onlyCopyInLinkedHomeStays) {
+  forbidApplications();
+  const fs::path bundle = machine_.placeBundle(machine_.home() / "Applications", "1.0");
+  machine_.giveToUser(machine_.home());
+  fs::create_directory_symlink(machine_.home(), machine_.folder() / "linked home");
+  machine_.setVariable("HOME", machine_.folder() / "linked home");
+  expectNothingMoved(bundle);
+}
+
+TEST_F(MoveToApplications, executableOutsideBundleGetsNoOffer) {
+  machine_.placeExecutable(downloads());
+  RunningCopy copy = machine_.start(downloads());
+  expectStarted(copy.driver);
+  EXPECT_FALSE(fs::exists(installed()));
 }
 
 TEST_F(MoveToApplications, declinedOfferIsNotRepeated) {
