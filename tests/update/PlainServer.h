@@ -17,6 +17,9 @@ public:
   /// Whether a client has connected.
   bool hasClient() const;
 
+  /// Waits for a client. Throws TimedOut.
+  void awaitClient() const;
+
 private:
   LocalPort port_;
 };
