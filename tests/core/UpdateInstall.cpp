@@ -1,6 +1,6 @@
 // How an update is downloaded, verified and installed, and how each step fails.
 
-#include "UpdateTest.h"
+#include "UpdateInstallTest.h"
 
 #include <algorithm>
 #include <utility>
@@ -12,73 +12,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-/// A user who agrees to version 1.5. The tools succeed unless a test makes them fail.
-class UpdateInstallTest : public UpdateTest {
-protected:
-  UpdateInstallTest() {
-    platform.bundle.setPath(running);
-    platform.fileSystem.add(running);
-    platform.fileSystem.add(running + "/Contents/Info.plist");
-    platform.childProcesses.script({"-dv", newBundle},
-                                   "Identifier=x\nTeamIdentifier=T4N8RW2KQZ\nSealed Resources\n");
-    platform.childProcesses.onRun([this](const ToolCommand& command) {
-      std::string words = "run " + command.executable;
-      for (const std::string& argument : command.arguments)
-        words += " " + argument;
-      platform.fileSystem.note(words);
-      if (command.executable == "/usr/bin/ditto" && !unpacked.empty()) {
-        platform.fileSystem.add(unpacked);
-        platform.fileSystem.add(unpacked + "/Contents/Info.plist");
-      }
-    });
-  }
-
-  void agree() {
-    platform.dialogs.answer(0);
-    checker->check(false);
-    reply(manifest("1.5"));
-    platform.dialogs.take();
-    takeLog();
-  }
-
-  /// Agrees and completes the download.
-  void install() {
-    agree();
-    platform.fileSystem.add(downloaded);
-    platform.httpClient.replyFile(downloaded);
-    platform.settle();
-  }
-
-  /// The alerts after a failure.
-  static auto failed(const std::string& details) {
-    return ElementsAre(Alert{"Update failed", details, {}});
-  }
-
-  /// Checks that the running copy exists, nothing was logged, and the program continues.
-  void expectUntouched() {
-    EXPECT_TRUE(platform.fileSystem.fileExists(running));
-    EXPECT_THAT(takeLog(), IsEmpty());
-    EXPECT_EQ(platform.application.terminateRequests(), 0);
-    EXPECT_THAT(platform.childProcesses.detached(), IsEmpty());
-  }
-
-  Lines operations() { return platform.fileSystem.takeOperations(); }
-
-  const std::string running = "/Applications/Driftmark.app";
-  const std::string downloaded = "/private/var/download.tmp";
-  const std::string zip = "/private/tmp/ada/Driftmark-update.zip";
-  const std::string work = "/private/tmp/ada/Driftmark-update-4711";
-  const std::string newBundle = work + "/Driftmark.app";
-  const std::string oldCopy = work + "/Driftmark-old.app";
-
-  /// The path that unpacking creates.
-  std::string unpacked = newBundle;
-
-  const Arguments unpack{"-xk", zip, work};
-  const Arguments checkSignature{"--verify", "--deep", "--strict", newBundle};
-  const Arguments describe{"-dv", newBundle};
-};
 
 TEST_F(UpdateInstallTest, updateRunsItsStepsInOrder) {
   install();
@@ -195,95 +128,6 @@ TEST_F(UpdateInstallTest, bundleInSubfolderIsNotFound) {
   install();
   EXPECT_THAT(platform.dialogs.take(), failed("The update archive did not contain Driftmark.app."));
   EXPECT_EQ(platform.childProcesses.runs().size(), 1U);
-  expectUntouched();
-}
-
-TEST_F(UpdateInstallTest, invalidSignatureEndsVerificationAtFirstStep) {
-  platform.childProcesses.script(checkSignature, ToolResult{"", 1});
-  install();
-  EXPECT_THAT(platform.dialogs.take(), failed("The update's code signature is invalid."));
-  EXPECT_THAT(platform.childProcesses.runs(describe), IsEmpty());
-  expectUntouched();
-}
-
-TEST_F(UpdateInstallTest, verifierLaunchErrorIsReported) {
-  platform.childProcesses.failLaunches(checkSignature,
-                                       {LaunchError::Stage::launch, "No such tool"});
-  install();
-  EXPECT_THAT(platform.dialogs.take(), failed("No such tool"));
-  expectUntouched();
-}
-
-TEST_F(UpdateInstallTest, signatureOfOtherTeamIsRefused) {
-  for (const std::string description :
-       {"TeamIdentifier=AAAAAAAAAA", "TeamIdentifier=not set", "", "TeamIdentifier=t4n8rw2kqz",
-        "TeamIdentifier=T4N8RW2KQZ\xff"}) {
-    platform.childProcesses.script(describe, description);
-    install();
-    EXPECT_THAT(platform.dialogs.take(), failed("The update was not signed by Tallowmere."))
-        << description;
-    expectUntouched();
-  }
-}
-
-TEST_F(UpdateInstallTest, reportThatOnlyLooksLikeVendorsIsRefused) {
-  const std::string team = "TeamIdentifier=T4N8RW2KQZ";
-  const std::string adHoc = "TeamIdentifier=not set\n";
-  const std::string other = "TeamIdentifier=AAAAAAAAAA\n";
-  for (const std::string& report : {
-           // The names of executable and identifier are the signer's choice, line ends included.
-           "Executable=/x/" + team + "\nIdentifier=x\n" + adHoc,
-           "Executable=/x/\n" + team + "\nIdentifier=x\n" + adHoc,
-           "Executable=/x/A\nIdentifier=" + team + "\n" + other,
-           "Executable=/x/A\nIdentifier=x\n" + team + "\n" + other,
-           adHoc + team + "\n",
-           team + "\n" + adHoc + team + "\n",
-           // A line is the vendor's as a whole or not at all.
-           "x" + team,
-           " " + team,
-           "\t" + team,
-           "\r" + team,
-           team + "x",
-           team + " ",
-           team + "\r\n",
-           team + "\n" + team + "x\n",
-           team + "\n" + team + std::string(1, '\0') + "\n",
-           std::string("teamIdentifier=T4N8RW2KQZ"),
-           std::string("TeamIdentifier= T4N8RW2KQZ"),
-           std::string("TeamIdentifier=\nT4N8RW2KQZ"),
-           team + "\nTeamIdentifier=",
-           "Identifier=\xe2\x80\xa8" + team + "\n", // a line separator of Unicode ends no line
-           "Identifier=\f" + team + "\v" + team + "\n",
-       }) {
-    platform.childProcesses.script(describe, report);
-    install();
-    EXPECT_THAT(platform.dialogs.take(), failed("The update was not signed by Tallowmere."))
-        << report;
-    expectUntouched();
-  }
-}
-
-TEST_F(UpdateInstallTest, lineOfVendorsTeamIsEnough) {
-  for (const std::string report :
-       {"TeamIdentifier=T4N8RW2KQZ", "TeamIdentifier=T4N8RW2KQZ\nTeamIdentifier=T4N8RW2KQZ\n",
-        "Identifier=TeamIdentifier=AAAAAAAAAA\nTeamIdentifier=T4N8RW2KQZ\nx"}) {
-    platform.childProcesses.script(describe, report);
-    const int before = platform.application.terminateRequests();
-    install();
-    EXPECT_EQ(platform.application.terminateRequests(), before + 1) << report;
-  }
-}
-
-TEST_F(UpdateInstallTest, exitStatusOfTeamQueryIsIgnored) {
-  platform.childProcesses.script(describe, ToolResult{"TeamIdentifier=T4N8RW2KQZ\n", 1});
-  install();
-  EXPECT_EQ(platform.application.terminateRequests(), 1);
-}
-
-TEST_F(UpdateInstallTest, teamQueryLaunchErrorIsReported) {
-  platform.childProcesses.failLaunches(describe, {LaunchError::Stage::launch, "No such tool"});
-  install();
-  EXPECT_THAT(platform.dialogs.take(), failed("No such tool"));
   expectUntouched();
 }
 

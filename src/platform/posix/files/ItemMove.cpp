@@ -100,9 +100,12 @@ int moveTreeKeeping(const std::string& from, const std::string& to, std::string&
 int moveTreeBack(const std::string& from, const std::string& to, const std::string& kept) {
   const std::string source(withoutTrailingSlashes(from));
   const std::string target(withoutTrailingSlashes(to));
-  const int error = renameTree(kept.empty() ? target : kept, source);
-  if (error == 0 && !kept.empty())
-    removeTree(target);
+  if (kept.empty())
+    return renameTree(target, source);
+  const int error = renameTree(kept, source);
+  const std::string outgoing = hiddenSibling(target);
+  if (error == 0 && renameTree(target, outgoing) == 0)
+    removeTree(outgoing);
   return error;
 }
 
