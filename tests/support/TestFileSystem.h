@@ -26,7 +26,7 @@ public:
 
   bool itemExists(const std::string& path) const override {
     const std::lock_guard lock(mutex_);
-    return items_.contains(path);
+    return everythingExists_.value_or(items_.contains(path));
   }
 
   bool areSameItem(const std::string& one, const std::string& other) const override {

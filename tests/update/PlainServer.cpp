@@ -3,7 +3,6 @@
 #include "update/PlainServer.h"
 
 #include "common/SystemFailure.h"
-#include "harness/Waiting.h"
 #include "process/Pipe.h"
 
 #include <sys/socket.h>
@@ -21,10 +20,6 @@ std::string PlainServer::url() const {
 
 bool PlainServer::hasClient() const {
   return icloud::isReadableWithin(port_.socket.get(), std::chrono::milliseconds(0));
-}
-
-void PlainServer::awaitClient() const {
-  awaitReadable(port_.socket.get(), "a client");
 }
 
 } // namespace driftmark::test

@@ -17,9 +17,6 @@ public:
   /// Whether a client has connected.
   bool hasClient() const;
 
-  /// Waits for a client. Throws TimedOut.
-  void awaitClient() const;
-
 private:
   LocalPort port_;
 };

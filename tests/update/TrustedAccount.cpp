@@ -1,7 +1,6 @@
 // What the user's account decides: variables, settings and the names of folders.
 
 #include "harness/Waiting.h"
-#include "update/PlainServer.h"
 #include "update/UpdateTest.h"
 
 #include <cstdlib>
@@ -70,17 +69,6 @@ TEST_F(TrustedAccount, bundleChangedAfterItsCheckIsInstalled) {
   agree(copy);
   expectRelaunch(copy, installed(), "1.1");
   EXPECT_TRUE(fs::exists(installed() / "Contents/added"));
-}
-
-TEST_F(TrustedAccount, proxyOfEnvironmentIsAsked) {
-  const PlainServer proxy;
-  release("1.1");
-  machine_.setVariable("https_proxy", proxy.url());
-  machine_.setVariable("no_proxy", "");
-  RunningCopy copy = startInstalled();
-  check(copy);
-  proxy.awaitClient();
-  EXPECT_THAT(requestedPaths(), testing::IsEmpty());
 }
 
 } // namespace
