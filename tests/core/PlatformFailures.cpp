@@ -258,6 +258,8 @@ INSTANTIATE_TEST_SUITE_P(
         Failure{Fault::noEviction, "noEviction", "1 could not be evicted (see the log)"},
         Failure{Fault::noAnswer, "noAnswer", "", "evicting 1 files"},
         Failure{Fault::unknownFile, "unknownFile", "dropped vanished transfer film.mov"},
+        Failure{Fault::noTemporaryFolder, "noTemporaryFolder",
+                "Update failed: The folder is not private"},
         Failure{Fault::noNewFolder, "noNewFolder", "Update failed: The disk is full"},
         Failure{Fault::noRemoval, "noRemoval", "Could not move Driftmark"},
         Failure{Fault::noMove, "noMove", "Update failed: Could not download the update."},

@@ -31,7 +31,8 @@ public:
 
   bool areSameItem(const std::string& one, const std::string& other) const override {
     const std::lock_guard lock(mutex_);
-    return resolves(one) && resolves(other) && targetOf(one) == targetOf(other);
+    return everythingExists_.value_or(true) && resolves(one) && resolves(other) &&
+           targetOf(one) == targetOf(other);
   }
 
   std::string homeDirectory() const override {

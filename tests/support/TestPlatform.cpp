@@ -48,6 +48,8 @@ void TestPlatform::switchOn(Fault fault) {
     return dialogs.leaveAllUnanswered();
   case Fault::unknownFile:
     return fileSystem.pretendNothingExists();
+  case Fault::noTemporaryFolder:
+    return fileSystem.failTemporaryDirectory("The folder is not private");
   case Fault::noNewFolder:
     return fileSystem.fail("create", "The disk is full");
   case Fault::noRemoval:

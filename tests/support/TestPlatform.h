@@ -39,6 +39,7 @@ enum class Fault {
   noEviction,
   noAnswer,    ///< `Dialogs`
   unknownFile, ///< `FileSystem`
+  noTemporaryFolder,
   noNewFolder,
   noRemoval,
   noMove,
