@@ -23,6 +23,12 @@ void benchKnownState(Figures& figures, std::ostream& notes);
 /// transfers in flight.
 void benchEvents(Figures& figures, std::ostream& notes);
 
+// DelayBench.cpp
+
+/// Times many delayed tasks on the program's main queue: adding them, in any order of their due
+/// times, and running them.
+void benchDelays(Figures& figures, std::ostream& notes);
+
 // TerminalBench.cpp
 
 /// Times a listing that passes through a real pseudo-terminal into the program, against a loop that

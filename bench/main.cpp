@@ -30,6 +30,7 @@ int main(int argc, char** argv) {
     benchIngest(figures, std::cout);
     benchKnownState(figures, std::cout);
     benchEvents(figures, std::cout);
+    benchDelays(figures, std::cout);
     benchTerminal(figures, std::cout);
     benchMenu(figures, std::cout);
     benchSurvey(figures, std::cout);

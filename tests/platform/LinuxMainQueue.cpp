@@ -24,24 +24,27 @@ namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
-/// Counts the wake-ups of the event loop by a descriptor.
-class WakeupCounter final : public QObject {
+/// Counts the events of a type: `SockAct` for each wake-up by a descriptor, `Timer` by a timer.
+class EventCounter final : public QObject {
 public:
-  WakeupCounter() { QCoreApplication::instance()->installEventFilter(this); }
+  explicit EventCounter(QEvent::Type type) : type_(type) {
+    QCoreApplication::instance()->installEventFilter(this);
+  }
 
   bool eventFilter(QObject* /*watched*/, QEvent* event) override {
-    count_ += event->type() == QEvent::SockAct ? 1 : 0;
+    count_ += event->type() == type_ ? 1 : 0;
     return false;
   }
   int count() const { return count_; }
 
 private:
+  const QEvent::Type type_;
   int count_ = 0;
 };
 
 TEST(LinuxMainQueue, manyTasksTakeOneWakeup) {
   LinuxMainQueue queue;
-  const WakeupCounter counter;
+  const EventCounter counter(QEvent::SockAct);
   int ran = 0;
   for (int task = 0; task < 10'000; ++task)
     queue.async([&] { ++ran; });
@@ -121,7 +124,7 @@ TEST(LinuxMainQueue, loopSleepsWhenAllTasksHaveRun) {
   queue.async([&] { runFor(Seconds(0)); });
   queue.async([&] { ran = true; });
   ASSERT_TRUE(runUntil([&] { return ran; }));
-  const WakeupCounter counter;
+  const EventCounter counter(QEvent::SockAct);
   runFor(Seconds(0.02));
   EXPECT_EQ(counter.count(), 0);
 }
@@ -162,6 +165,27 @@ TEST(LinuxMainQueue, manyDelayedTasksAreNeverEarly) {
   }
   EXPECT_TRUE(runUntil([&] { return ran == count; }));
   EXPECT_EQ(early, 0);
+}
+
+TEST(LinuxMainQueue, delayedTasksShareOneTimer) {
+  LinuxMainQueue queue;
+  const EventCounter counter(QEvent::Timer);
+  int ran = 0;
+  for (int task = 0; task < 1000; ++task)
+    queue.after(Seconds(0), [&] { ++ran; });
+  ASSERT_TRUE(runUntil([&] { return ran == 1000; }));
+  EXPECT_EQ(counter.count(), 1);
+}
+
+TEST(LinuxMainQueue, emptyQueueHasNoTimer) {
+  LinuxMainQueue queue;
+  auto timer = queue.repeat(Seconds(0.001), Seconds(0), [] {});
+  timer.reset();
+  const EventCounter counter(QEvent::Timer);
+  const auto end = SteadyClock::now() + std::chrono::milliseconds(5);
+  while (SteadyClock::now() < end)
+    QCoreApplication::processEvents();
+  EXPECT_EQ(counter.count(), 0);
 }
 
 TEST(LinuxMainQueue, timersWithToleranceAreNeverEarlyAndKeepPace) {

@@ -13,6 +13,7 @@
 #include "ports/SystemText.h"
 #include "ports/UserDefaults.h"
 #include "ports/Workspace.h"
+#include "support/DelayedTasks.h"
 #include "support/WaitingTasks.h"
 
 #include <atomic>
@@ -99,8 +100,8 @@ public:
 
 /// The main queue on the run loop of the main thread, in all its common modes: tasks also run while
 /// a menu or something modal is open. `WaitingTasks` decides which tasks run in one turn of the
-/// loop. Delays do not include the time that the machine sleeps. A late repetition skips the times
-/// that it missed.
+/// loop, `DelayedTasks` when a delayed task is due. Delays do not include the time that the machine
+/// sleeps.
 class MacMainQueue final : public MainQueue {
 public:
   MacMainQueue();
@@ -111,11 +112,28 @@ public:
   std::unique_ptr<Timer> repeat(Seconds interval, Seconds tolerance, Task task) override;
 
 private:
+  /// One timer of the run loop, on the clock that stands still while the machine sleeps.
+  class RunLoopAlarm final : public DelayedTasks::Alarm {
+  public:
+    explicit RunLoopAlarm(MacMainQueue& queue) : queue_(queue) {}
+    RunLoopAlarm(const RunLoopAlarm&) = delete;
+    ~RunLoopAlarm() override { disarm(); }
+
+    DelayedTasks::Time now() const override;
+    void arm(DelayedTasks::Time due, DelayedTasks::Duration tolerance) override;
+    void disarm() override;
+
+  private:
+    MacMainQueue& queue_;
+    NSTimer* timer_ = nil; ///< nil unless armed
+  };
+
   void runTurn();
 
   CFRunLoopSourceRef source_;
-  NSMutableSet<NSTimer*>* const delayed_ = [[NSMutableSet alloc] init]; ///< main thread only
   WaitingTasks tasks_;
+  RunLoopAlarm alarm_{*this};
+  DelayedTasks delayed_{*this, alarm_};
 };
 
 /// The running applications of this user.

@@ -2,42 +2,34 @@
 
 #include "platform/macos/Bridge.h"
 #include "platform/macos/MacAdapters.h"
-#include "support/Weakly.h"
 
+#include <algorithm>
+#include <ctime>
 #include <utility>
 
 namespace driftmark {
 
-namespace {
-
-void start(NSTimer* timer) {
-  [NSRunLoop.mainRunLoop addTimer:timer forMode:NSRunLoopCommonModes];
+DelayedTasks::Time MacMainQueue::RunLoopAlarm::now() const {
+  return DelayedTasks::Time(clock_gettime_nsec_np(CLOCK_UPTIME_RAW));
 }
 
-/// Passes its task to the queue repeatedly while it exists.
-class RepeatingTimer final : public Timer {
-public:
-  RepeatingTimer(MainQueue& queue, Seconds interval, Seconds tolerance, MainQueue::Task task)
-      : task_(std::make_shared<const MainQueue::Task>(std::move(task))) {
-    MainQueue* const mainQueue = &queue;
-    const auto turn = weakly(task_, [](const MainQueue::Task& action) { action(); });
-    timer_ = [NSTimer timerWithTimeInterval:interval.count()
-                                    repeats:YES
-                                      block:^(NSTimer*) {
-                                        mainQueue->async(turn);
-                                      }];
-    timer_.tolerance = tolerance.count();
-    start(timer_);
-  }
-  RepeatingTimer(const RepeatingTimer&) = delete;
-  ~RepeatingTimer() override { [timer_ invalidate]; }
+/// A timer that has fired, or was replaced, is never used again.
+void MacMainQueue::RunLoopAlarm::arm(DelayedTasks::Time due, DelayedTasks::Duration tolerance) {
+  disarm();
+  DelayedTasks* const delayed = &queue_.delayed_;
+  timer_ = [NSTimer timerWithTimeInterval:std::max(Seconds(due - now()), Seconds(0)).count()
+                                  repeats:NO
+                                    block:^(NSTimer*) {
+                                      noThrow([delayed] { delayed->fire(); });
+                                    }];
+  timer_.tolerance = Seconds(tolerance).count();
+  [NSRunLoop.mainRunLoop addTimer:timer_ forMode:NSRunLoopCommonModes];
+}
 
-private:
-  const std::shared_ptr<const MainQueue::Task> task_;
-  NSTimer* timer_ = nil;
-};
-
-} // namespace
+void MacMainQueue::RunLoopAlarm::disarm() {
+  [timer_ invalidate];
+  timer_ = nil;
+}
 
 MacMainQueue::MacMainQueue()
     : tasks_([this] {
@@ -55,13 +47,8 @@ MacMainQueue::~MacMainQueue() {
   tasks_.close();
   CFRunLoopSourceInvalidate(source_);
   CFRelease(source_);
-  // Releasing a delayed task may call this queue.
-  while (delayed_.count > 0) {
-    @autoreleasepool {
-      NSTimer* const timer = [delayed_ anyObject];
-      [delayed_ removeObject:timer];
-      [timer invalidate];
-    }
+  @autoreleasepool {
+    delayed_.clear();
   }
 }
 
@@ -82,18 +69,11 @@ void MacMainQueue::runTurn() {
 }
 
 void MacMainQueue::after(Seconds delay, Task task) {
-  NSTimer* const timer = [NSTimer timerWithTimeInterval:delay.count()
-                                                repeats:NO
-                                                  block:^(NSTimer* fired) {
-                                                    [delayed_ removeObject:fired];
-                                                    async(task);
-                                                  }];
-  [delayed_ addObject:timer];
-  start(timer);
+  delayed_.after(delay, std::move(task));
 }
 
 std::unique_ptr<Timer> MacMainQueue::repeat(Seconds interval, Seconds tolerance, Task task) {
-  return std::make_unique<RepeatingTimer>(*this, interval, tolerance, std::move(task));
+  return delayed_.repeat(interval, tolerance, std::move(task));
 }
 
 } // namespace driftmark

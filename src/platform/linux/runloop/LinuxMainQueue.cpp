@@ -2,11 +2,8 @@
 
 #include "platform/linux/runloop/LinuxMainQueue.h"
 
-#include "support/Weakly.h"
-
 #include <algorithm>
 #include <chrono>
-#include <cstdint>
 #include <functional>
 #include <limits>
 #include <utility>
@@ -18,18 +15,7 @@ namespace driftmark {
 
 namespace {
 
-using SteadyClock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
-
-/// About thirty years: longer than this program runs, and safe to add to any moment.
-constexpr Seconds maxDelay{1e9};
-
-/// The duration in the clock's ticks, rounded up. Zero for a negative number and for NaN.
-SteadyClock::duration ticks(Seconds duration) {
-  if (!(duration > Seconds::zero()))
-    return {};
-  return std::chrono::ceil<SteadyClock::duration>(std::min(duration, maxDelay));
-}
 
 constexpr milliseconds maxWait{std::numeric_limits<int>::max()};
 
@@ -40,103 +26,47 @@ milliseconds coarseness(milliseconds wait) {
 
 } // namespace
 
-/// Calls back at a moment of the steady clock or soon after it, never before it.
-class LinuxMainQueue::DeadlineTimer final : public QObject {
+/// One timer of the event loop, on the steady clock. With enough tolerance it is a coarse one,
+/// which the system groups with others.
+class LinuxMainQueue::QtAlarm final : public QObject, public DelayedTasks::Alarm {
 public:
-  explicit DeadlineTimer(std::function<void()> onDue) : onDue_(std::move(onDue)) {}
+  explicit QtAlarm(std::function<void()> onFire) : onFire_(std::move(onFire)) {}
 
-  /// Waits for `due`. If `tolerance` is large enough, the system may delay this wake-up to group it
-  /// with others.
-  void arm(SteadyClock::time_point due, SteadyClock::duration tolerance = {});
+  DelayedTasks::Time now() const override {
+    return std::chrono::steady_clock::now().time_since_epoch();
+  }
+  void arm(DelayedTasks::Time due, DelayedTasks::Duration tolerance) override;
+  void disarm() override { timer_.stop(); }
 
 protected:
-  void timerEvent(QTimerEvent* event) override;
+  void timerEvent(QTimerEvent* /*event*/) override {
+    timer_.stop();
+    onFire_();
+  }
 
 private:
-  void wait();
-
-  const std::function<void()> onDue_;
-  SteadyClock::time_point due_;
-  SteadyClock::duration tolerance_{};
+  const std::function<void()> onFire_;
   QBasicTimer timer_;
 };
 
-void LinuxMainQueue::DeadlineTimer::arm(SteadyClock::time_point due,
-                                        SteadyClock::duration tolerance) {
-  due_ = due;
-  tolerance_ = tolerance;
-  wait();
-}
-
-void LinuxMainQueue::DeadlineTimer::wait() {
-  const auto remaining = std::chrono::ceil<milliseconds>(due_ - SteadyClock::now());
-  const milliseconds wait = std::max(remaining, milliseconds(0));
+void LinuxMainQueue::QtAlarm::arm(DelayedTasks::Time due, DelayedTasks::Duration tolerance) {
+  const auto wait = std::max(std::chrono::ceil<milliseconds>(due - now()), milliseconds(0));
   const milliseconds slack = coarseness(wait);
-  const bool coarse = wait > milliseconds(0) && tolerance_ >= 2 * slack;
+  const bool coarse = wait > milliseconds(0) && tolerance >= 2 * slack;
   const milliseconds span = std::min(coarse ? wait + slack : wait, maxWait);
   timer_.start(static_cast<int>(span.count()), coarse ? Qt::CoarseTimer : Qt::PreciseTimer, this);
 }
 
-void LinuxMainQueue::DeadlineTimer::timerEvent(QTimerEvent* /*event*/) {
-  if (SteadyClock::now() < due_) {
-    wait();
-    return;
-  }
-  timer_.stop();
-  onDue_();
-}
-
-/// The state of a repeating timer, kept alive by its Timer and while its task runs.
-class LinuxMainQueue::Repetition : public std::enable_shared_from_this<Repetition> {
-public:
-  Repetition(MainQueue& queue, Seconds interval, Seconds tolerance, Task task)
-      : queue_(queue), interval_(std::max<SteadyClock::duration>(ticks(interval), minInterval)),
-        tolerance_(ticks(tolerance)), task_(std::move(task)), due_(SteadyClock::now() + interval_),
-        timer_([this] { appendTurn(); }) {
-    timer_.arm(due_, tolerance_);
-  }
-
-private:
-  static constexpr milliseconds minInterval{1};
-
-  void appendTurn() {
-    queue_.async(weakly(shared_from_this(), [](Repetition& self) { self.runTurn(); }));
-  }
-
-  void runTurn() {
-    due_ += interval_ * ((SteadyClock::now() - due_) / interval_ + 1);
-    timer_.arm(due_, tolerance_);
-    task_();
-  }
-
-  MainQueue& queue_;
-  const SteadyClock::duration interval_;
-  const SteadyClock::duration tolerance_;
-  const Task task_;
-  SteadyClock::time_point due_;
-  DeadlineTimer timer_;
-};
-
-class LinuxMainQueue::RepeatingTimer final : public Timer {
-public:
-  explicit RepeatingTimer(std::shared_ptr<Repetition> repetition)
-      : repetition_(std::move(repetition)) {}
-
-private:
-  const std::shared_ptr<Repetition> repetition_;
-};
-
 LinuxMainQueue::LinuxMainQueue()
     : notifier_(wakeup_.descriptor(), QSocketNotifier::Read),
-      tasks_([this] { wakeup_.wake(); }, [this] { wakeup_.clear(); }) {
+      tasks_([this] { wakeup_.wake(); }, [this] { wakeup_.clear(); }),
+      alarm_(std::make_unique<QtAlarm>([this] { delayed_.fire(); })), delayed_(*this, *alarm_) {
   QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_, [this] { runTurn(); });
 }
 
 LinuxMainQueue::~LinuxMainQueue() {
   tasks_.close();
-  // Destroying what a task holds may use this queue.
-  while (!delayed_.empty())
-    std::list<DelayedTask>(std::move(delayed_)).clear();
+  delayed_.clear();
 }
 
 void LinuxMainQueue::async(Task task) {
@@ -151,21 +81,11 @@ void LinuxMainQueue::runTurn() {
 }
 
 void LinuxMainQueue::after(Seconds delay, Task task) {
-  const auto delayed = delayed_.insert(delayed_.end(), {std::move(task), nullptr});
-  delayed->timer = std::make_unique<DeadlineTimer>(
-      [this, delayed] { async([this, delayed] { runDelayed(delayed); }); });
-  delayed->timer->arm(SteadyClock::now() + ticks(delay));
-}
-
-void LinuxMainQueue::runDelayed(std::list<DelayedTask>::iterator delayed) {
-  const Task task = std::move(delayed->task);
-  delayed_.erase(delayed);
-  task();
+  delayed_.after(delay, std::move(task));
 }
 
 std::unique_ptr<Timer> LinuxMainQueue::repeat(Seconds interval, Seconds tolerance, Task task) {
-  return std::make_unique<RepeatingTimer>(
-      std::make_shared<Repetition>(*this, interval, tolerance, std::move(task)));
+  return delayed_.repeat(interval, tolerance, std::move(task));
 }
 
 } // namespace driftmark

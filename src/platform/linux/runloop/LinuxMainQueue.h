@@ -2,18 +2,18 @@
 
 #include "platform/posix/Threads.h"
 #include "ports/MainQueue.h"
+#include "support/DelayedTasks.h"
 #include "support/WaitingTasks.h"
 
-#include <list>
 #include <memory>
 
 #include <QSocketNotifier>
 
 namespace driftmark {
 
-/// The main queue on the Qt event loop of the thread that constructs it. Delays use the monotonic
-/// clock, with a precision of a millisecond. Delayed and repeated tasks join the other waiting
-/// tasks when they are due. A repetition whose task is late skips the turns that it missed.
+/// The main queue on the Qt event loop of the thread that constructs it. `WaitingTasks` decides
+/// which tasks run in one turn of the loop, `DelayedTasks` when a delayed task is due. Delays use
+/// the monotonic clock, with a precision of a millisecond.
 class LinuxMainQueue final : public MainQueue {
 public:
   /// Throws std::system_error when the system has no descriptors left.
@@ -27,23 +27,15 @@ public:
   std::unique_ptr<Timer> repeat(Seconds interval, Seconds tolerance, Task task) override;
 
 private:
-  class DeadlineTimer;
-  class Repetition;
-  class RepeatingTimer;
-
-  /// A task whose delay has not passed yet.
-  struct DelayedTask {
-    Task task;
-    std::unique_ptr<DeadlineTimer> timer;
-  };
+  class QtAlarm;
 
   void runTurn();
-  void runDelayed(std::list<DelayedTask>::iterator delayed);
 
   Wakeup wakeup_;
   QSocketNotifier notifier_;
   WaitingTasks tasks_;
-  std::list<DelayedTask> delayed_;
+  const std::unique_ptr<QtAlarm> alarm_;
+  DelayedTasks delayed_;
 };
 
 } // namespace driftmark
