@@ -38,7 +38,10 @@ std::unique_ptr<Timer> BenchMainQueue::repeat(Seconds /*interval*/, Seconds /*to
   return std::make_unique<IdleTimer>();
 }
 
-void BenchBackgroundQueue::async(QualityOfService /*quality*/, Task /*task*/) {}
+std::optional<PlatformError> BenchBackgroundQueue::async(QualityOfService /*quality*/,
+                                                         Task /*task*/) {
+  return std::nullopt;
+}
 
 std::variant<TerminalChild, LaunchError>
 BenchChildProcesses::spawn(const ToolCommand& command, DataHandler onData, ExitHandler /*onExit*/) {

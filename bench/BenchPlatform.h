@@ -41,7 +41,7 @@ public:
 
 class BenchBackgroundQueue : public BackgroundQueue {
 public:
-  void async(QualityOfService quality, Task task) override;
+  [[nodiscard]] std::optional<PlatformError> async(QualityOfService quality, Task task) override;
 };
 
 /// Starts no process: the bench hands the monitor its output.

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "ports/PlatformError.h"
+
 #include <functional>
+#include <optional>
 
 namespace driftmark {
 
@@ -15,8 +18,9 @@ public:
   virtual ~BackgroundQueue() = default;
 
   /// Runs `task` on a background thread. Tasks may run at the same time and in any order. The
-  /// destructor of the queue waits for running tasks and drops those that still wait. Any thread.
-  virtual void async(QualityOfService quality, Task task) = 0;
+  /// destructor of the queue waits for running tasks and drops those that still wait. Returns an
+  /// error when the system has no thread for the task, which is then dropped. Any thread.
+  [[nodiscard]] virtual std::optional<PlatformError> async(QualityOfService quality, Task task) = 0;
 };
 
 } // namespace driftmark

@@ -46,9 +46,10 @@ Alert report(std::size_t files, std::size_t failures, const std::string& size) {
 
 } // namespace
 
-/// Runs `work` on a background thread and `then`, with its result, on the main thread.
+/// Runs `work` on a background thread and `then`, with its result, on the main thread. Without a
+/// thread the run ends here.
 template <class Work, class Then> void StatusItemController::inBackground(Work work, Then then) {
-  platform_.backgroundQueue.async(
+  const auto error = platform_.backgroundQueue.async(
       QualityOfService::userInitiated,
       [self = shared_from_this(), work = std::move(work), then = std::move(then)]() mutable {
         auto result = std::make_shared<decltype(work(*self))>(work(*self));
@@ -57,6 +58,8 @@ template <class Work, class Then> void StatusItemController::inBackground(Work w
         mainQueue.async([self = std::move(self), result = std::move(result),
                          then = std::move(then)] { then(*self, std::move(*result)); });
       });
+  if (error)
+    log(platform_.systemLog, {"freeing up space failed: ", error->description});
 }
 
 void StatusItemController::freeUpSpace() {
@@ -90,8 +93,8 @@ void StatusItemController::confirmEviction(Evictor::Survey survey, const std::st
   const std::string size = platform_.text.byteCount(survey.bytes);
   if (platform_.dialogs.runModal(question(name, count, size)) != removeDownloads) {
     // Releasing a million paths takes long enough to block the main thread.
-    platform_.backgroundQueue.async(QualityOfService::utility,
-                                    [files = std::move(survey.files)] {});
+    static_cast<void>(platform_.backgroundQueue.async(QualityOfService::utility,
+                                                      [files = std::move(survey.files)] {}));
     return;
   }
   log(platform_.systemLog,

@@ -128,8 +128,9 @@ TEST_F(FakesTest, runningQueueFromItsOwnTaskIsError) {
 
 TEST_F(FakesTest, backgroundTasksWaitForTest) {
   std::string order;
-  platform.backgroundQueue.async(QualityOfService::utility, [&] { order += 'a'; });
-  platform.backgroundQueue.async(QualityOfService::userInitiated, [&] { order += 'b'; });
+  EXPECT_FALSE(platform.backgroundQueue.async(QualityOfService::utility, [&] { order += 'a'; }));
+  EXPECT_FALSE(
+      platform.backgroundQueue.async(QualityOfService::userInitiated, [&] { order += 'b'; }));
   EXPECT_EQ(order, "");
   EXPECT_EQ(platform.backgroundQueue.waiting(), 2U);
   EXPECT_EQ(
@@ -145,8 +146,8 @@ TEST_F(FakesTest, backgroundTasksWaitForTest) {
 TEST_F(FakesTest, backgroundTasksMayRunOnThreads) {
   platform.backgroundQueue.setMode(TestBackgroundQueue::Mode::thread);
   std::thread::id ranOn;
-  platform.backgroundQueue.async(QualityOfService::utility,
-                                 [&] { ranOn = std::this_thread::get_id(); });
+  EXPECT_FALSE(platform.backgroundQueue.async(QualityOfService::utility,
+                                              [&] { ranOn = std::this_thread::get_id(); }));
   platform.backgroundQueue.join();
   EXPECT_NE(ranOn, std::thread::id());
   EXPECT_NE(ranOn, std::this_thread::get_id());
@@ -299,10 +300,10 @@ TEST_F(FakesTest, platformMayBeDestroyedWhileRunsHang) {
   const auto run = shortLived->childProcesses.prepare(
       {.executable = "/usr/bin/tool", .arguments = {"a"}}, ToolOutput::capture);
   bool finished = false;
-  shortLived->backgroundQueue.async(QualityOfService::utility, [&] {
+  EXPECT_FALSE(shortLived->backgroundQueue.async(QualityOfService::utility, [&] {
     run->run();
     finished = true;
-  });
+  }));
   ASSERT_TRUE(shortLived->childProcesses.awaitHanging({"a"}));
   shortLived.reset();
   EXPECT_TRUE(finished);

@@ -112,6 +112,25 @@ TEST_F(FreeUpSpaceTest, surveyAndEvictionRunInBackground) {
   EXPECT_EQ(qualities[before], QualityOfService::userInitiated);
 }
 
+TEST_F(FreeUpSpaceTest, runWithoutThreadIsLoggedAndEnds) {
+  fill(photos, 2);
+  platform.backgroundQueue.refuse(PlatformError{"no thread"});
+  pick(photos);
+  platform.settle();
+  EXPECT_THAT(platform.cloudFiles.takeWalks(), IsEmpty());
+  EXPECT_EQ(takeLog().back(), "Driftmark: freeing up space failed: no thread");
+
+  platform.backgroundQueue.refuse(std::nullopt);
+  pick(photos);
+  EXPECT_TRUE(platform.backgroundQueue.runNext());
+  platform.backgroundQueue.refuse(PlatformError{"no thread"});
+  platform.dialogs.answer(removeDownloads);
+  platform.settle();
+  EXPECT_THAT(platform.cloudFiles.takeEvictions(), IsEmpty());
+  EXPECT_EQ(alerts().size(), 1U);
+  EXPECT_EQ(takeLog().back(), "Driftmark: freeing up space failed: no thread");
+}
+
 TEST_F(FreeUpSpaceTest, subfolderIsCalledByName) {
   fill(photos, 3);
   pick(photos);

@@ -252,6 +252,7 @@ INSTANTIATE_TEST_SUITE_P(
         Failure{Fault::noTool, "noTool", "killall bird failed: No such tool"},
         Failure{Fault::failingTool, "failingTool", "The update archive could not be unpacked."},
         Failure{Fault::noDetachedTool, "noDetachedTool", "", "started for later: /bin/sh"},
+        Failure{Fault::noThread, "noThread", "freeing up space failed: Out of threads"},
         Failure{Fault::noWalk, "noWalk", "Nothing to Free in iCloud Drive"},
         Failure{Fault::noPathInWalk, "noPathInWalk", "Nothing to Free in iCloud Drive"},
         Failure{Fault::noValuesInWalk, "noValuesInWalk", "Nothing to Free in iCloud Drive"},

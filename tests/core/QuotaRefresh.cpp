@@ -31,6 +31,18 @@ TEST_F(QuotaRefreshTest, refreshRunsBrctlQuotaWithItsOutputCapturedInTheBackgrou
             std::vector<QualityOfService>{QualityOfService::utility});
 }
 
+TEST_F(QuotaRefreshTest, refreshWithoutThreadFailsLikeItsToolAndTheNextOneTriesAgain) {
+  make();
+  platform.backgroundQueue.refuse(PlatformError{"no thread"});
+  refresh("1000 bytes\n");
+  EXPECT_EQ(takeLog(), Lines{"Driftmark: brctl quota failed: no thread"});
+  EXPECT_EQ(monitor->quotaRemaining(), std::nullopt);
+  EXPECT_EQ(changes, 0);
+  platform.backgroundQueue.refuse(std::nullopt);
+  refresh("1000 bytes\n");
+  EXPECT_EQ(monitor->quotaRemaining(), 1000);
+}
+
 TEST_F(QuotaRefreshTest, startAsksForTheQuota) {
   platform.childProcesses.script(quotaReport, "1000 bytes of quota remaining\n");
   start();

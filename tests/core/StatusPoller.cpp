@@ -249,6 +249,19 @@ TEST_F(StatusPollerTest, launchFailureIsLoggedAndFindsNothing) {
   EXPECT_EQ(polls(), 2U);
 }
 
+TEST_F(StatusPollerTest, pollWithoutThreadFailsLikeItsToolAndTheNextOneTriesAgain) {
+  startBusy();
+  platform.backgroundQueue.refuse(PlatformError{"no thread"});
+  pass(20);
+  EXPECT_EQ(takeLog(), Lines{"Driftmark: brctl status failed: no thread"});
+  EXPECT_EQ(monitor->statusActivity(), std::nullopt);
+  EXPECT_EQ(changes, 1);
+  platform.backgroundQueue.refuse(std::nullopt);
+  global(fraction("0.5", "4096"));
+  platform.settle();
+  EXPECT_TRUE(monitor->statusActivity());
+}
+
 TEST_F(StatusPollerTest, everyFailingPollIsLogged) {
   start();
   platform.childProcesses.failLaunches(

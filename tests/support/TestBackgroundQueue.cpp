@@ -21,15 +21,21 @@ void TestBackgroundQueue::setMode(Mode mode) {
   mode_ = mode;
 }
 
-void TestBackgroundQueue::async(QualityOfService quality, Task task) {
-  {
-    const std::lock_guard lock(mutex_);
-    qualities_.push_back(quality);
-    if (mode_ == Mode::wait)
-      tasks_.push_back(std::move(task));
-    else
-      threads_.emplace_back(std::move(task));
-  }
+void TestBackgroundQueue::refuse(std::optional<PlatformError> error) {
+  const std::lock_guard lock(mutex_);
+  refusal_ = std::move(error);
+}
+
+std::optional<PlatformError> TestBackgroundQueue::async(QualityOfService quality, Task task) {
+  const std::lock_guard lock(mutex_);
+  qualities_.push_back(quality);
+  if (refusal_)
+    return refusal_;
+  if (mode_ == Mode::wait)
+    tasks_.push_back(std::move(task));
+  else
+    threads_.emplace_back(std::move(task));
+  return std::nullopt;
 }
 
 bool TestBackgroundQueue::runNext() {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <deque>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -26,7 +27,10 @@ public:
   /// Sets how tasks run that are added from now on.
   void setMode(Mode mode);
 
-  void async(QualityOfService quality, Task task) override;
+  [[nodiscard]] std::optional<PlatformError> async(QualityOfService quality, Task task) override;
+
+  /// Refuses tasks from now on, for lack of a thread, or accepts them again.
+  void refuse(std::optional<PlatformError> error);
 
   /// Runs the oldest waiting task on the calling thread; false when none waits.
   bool runNext();
@@ -43,12 +47,13 @@ public:
   /// The number of waiting tasks.
   std::size_t waiting() const;
 
-  /// The quality of service of each added task, oldest first.
+  /// The quality of service of each added task, refused ones included, oldest first.
   std::vector<QualityOfService> qualities() const;
 
 private:
   mutable std::mutex mutex_;
   Mode mode_ = Mode::wait;
+  std::optional<PlatformError> refusal_;
   std::deque<Task> tasks_;
   std::vector<std::thread> threads_;
   std::vector<QualityOfService> qualities_;

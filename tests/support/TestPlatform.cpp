@@ -30,6 +30,8 @@ void TestPlatform::switchOn(Fault fault) {
     return childProcesses.exitRuns(1);
   case Fault::noDetachedTool:
     return childProcesses.failDetached({Stage::launch, "No such tool"});
+  case Fault::noThread:
+    return backgroundQueue.refuse(PlatformError{"Out of threads"});
   case Fault::noWalk:
     return cloudFiles.changeWalks([](auto) { return std::nullopt; });
   case Fault::noPathInWalk:

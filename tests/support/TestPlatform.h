@@ -33,7 +33,8 @@ enum class Fault {
   noTool,
   failingTool,
   noDetachedTool,
-  noWalk, ///< `CloudFiles`
+  noThread, ///< `BackgroundQueue`
+  noWalk,   ///< `CloudFiles`
   noPathInWalk,
   noValuesInWalk,
   noEviction,

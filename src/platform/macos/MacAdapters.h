@@ -27,12 +27,12 @@
 namespace driftmark {
 
 /// Background work on the system's global queues. The destructor waits for running tasks and drops
-/// those that have not begun.
+/// those that have not begun. A task that the system has no thread for waits for one.
 class MacBackgroundQueue final : public BackgroundQueue {
 public:
   ~MacBackgroundQueue() override;
 
-  void async(QualityOfService quality, Task task) override;
+  [[nodiscard]] std::optional<PlatformError> async(QualityOfService quality, Task task) override;
 
 private:
   const dispatch_group_t tasks_ = dispatch_group_create(); ///< running or waiting

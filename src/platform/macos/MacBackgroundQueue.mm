@@ -14,7 +14,7 @@ MacBackgroundQueue::~MacBackgroundQueue() {
 }
 
 /// The task is released when it has run or was dropped, not when the system releases the block.
-void MacBackgroundQueue::async(QualityOfService quality, Task task) {
+std::optional<PlatformError> MacBackgroundQueue::async(QualityOfService quality, Task task) {
   const bool isUrgent = quality == QualityOfService::userInitiated;
   const auto queue =
       dispatch_get_global_queue(isUrgent ? QOS_CLASS_USER_INITIATED : QOS_CLASS_UTILITY, 0);
@@ -26,6 +26,7 @@ void MacBackgroundQueue::async(QualityOfService quality, Task task) {
         noThrow(next);
     }
   });
+  return std::nullopt;
 }
 
 } // namespace driftmark

@@ -5,20 +5,24 @@
 #include <mutex>
 #include <set>
 #include <thread>
+#include <utility>
 
 namespace driftmark::test {
 
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(BackgroundQueueContract);
 
+void BackgroundQueueContract::async(QualityOfService quality, BackgroundQueue::Task task) {
+  EXPECT_FALSE(subject_->queue().async(quality, std::move(task)));
+}
+
 TEST_P(BackgroundQueueContract, everyTaskRunsOnce) {
   std::mutex mutex;
   std::multiset<int> ran;
   for (int task = 0; task < 100; ++task)
-    queue().async(task % 2 == 0 ? QualityOfService::utility : QualityOfService::userInitiated,
-                  [&, task] {
-                    const std::lock_guard lock(mutex);
-                    ran.insert(task);
-                  });
+    async(task % 2 == 0 ? QualityOfService::utility : QualityOfService::userInitiated, [&, task] {
+      const std::lock_guard lock(mutex);
+      ran.insert(task);
+    });
   ASSERT_TRUE(waitUntil([&] {
     const std::lock_guard lock(mutex);
     return ran.size() >= 100;
@@ -32,8 +36,8 @@ TEST_P(BackgroundQueueContract, everyTaskRunsOnce) {
 TEST_P(BackgroundQueueContract, tasksMayBeAddedByTasksAndOtherThreads) {
   std::atomic<int> ran = 0;
   std::thread other([&] {
-    queue().async(QualityOfService::utility,
-                  [&] { queue().async(QualityOfService::userInitiated, [&] { ++ran; }); });
+    async(QualityOfService::utility,
+          [&] { async(QualityOfService::userInitiated, [&] { ++ran; }); });
   });
   other.join();
   EXPECT_TRUE(waitUntil([&] { return ran == 1; }));
@@ -48,12 +52,12 @@ TEST_P(BackgroundQueueContract, blockedTaskDoesNotDelayNext) {
     std::atomic<bool> firstDone = false;
   };
   const auto meeting = std::make_shared<Meeting>();
-  queue().async(QualityOfService::utility, [meeting] {
+  async(QualityOfService::utility, [meeting] {
     std::unique_lock lock(meeting->mutex);
     meeting->firstDone = meeting->changed.wait_for(lock, std::chrono::seconds(10),
                                                    [&] { return meeting->secondRan; });
   });
-  queue().async(QualityOfService::utility, [meeting] {
+  async(QualityOfService::utility, [meeting] {
     const std::lock_guard lock(meeting->mutex);
     meeting->secondRan = true;
     meeting->changed.notify_all();
@@ -67,7 +71,7 @@ TEST_P(BackgroundQueueContract, destructionWaitsForRunningTasksAndDropsOthers) {
   std::atomic<int> started = 0;
   std::atomic<int> finished = 0;
   for (int task = 0; task < 200; ++task)
-    queue().async(QualityOfService::utility, [&, token] {
+    async(QualityOfService::utility, [&, token] {
       ++started;
       std::this_thread::yield();
       ++finished;
@@ -80,7 +84,7 @@ TEST_P(BackgroundQueueContract, destructionWaitsForRunningTasksAndDropsOthers) {
 TEST_P(BackgroundQueueContract, taskIsReleasedAfterItHasRun) {
   const auto token = std::make_shared<int>(0);
   std::atomic<bool> ran = false;
-  queue().async(QualityOfService::utility, [token, &ran] { ran = true; });
+  async(QualityOfService::utility, [token, &ran] { ran = true; });
   EXPECT_TRUE(waitUntil([&] { return ran && token.use_count() == 1; }));
 }
 

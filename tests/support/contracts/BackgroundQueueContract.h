@@ -27,7 +27,8 @@ public:
 class BackgroundQueueContract
     : public testing::TestWithParam<SubjectFactory<BackgroundQueueSubject>> {
 protected:
-  BackgroundQueue& queue() { return subject_->queue(); }
+  /// Adds a task, which the queue must accept.
+  void async(QualityOfService quality, BackgroundQueue::Task task);
   bool waitUntil(const std::function<bool()>& done) { return subject_->waitUntil(done); }
 
   std::unique_ptr<BackgroundQueueSubject> subject_ = GetParam().make();

@@ -30,27 +30,31 @@ LinuxBackgroundQueue::~LinuxBackgroundQueue() {
     thread.join();
 }
 
-void LinuxBackgroundQueue::async(QualityOfService quality, Task task) {
+std::optional<PlatformError> LinuxBackgroundQueue::async(QualityOfService quality, Task task) {
   const std::lock_guard lock(mutex_);
   if (closing_)
-    return;
+    return std::nullopt;
+  if (auto error = ensureThread())
+    return error;
   auto& tasks = quality == QualityOfService::userInitiated ? userInitiated_ : utility_;
   tasks.push_back(std::move(task));
-  ensureThreads();
   changed_.notify_one();
+  return std::nullopt;
 }
 
-/// Starts a thread when more tasks wait than threads are idle.
-void LinuxBackgroundQueue::ensureThreads() {
-  if (waiting() <= idleThreads_ || threads_.size() == maxThreads)
-    return;
+/// Starts a thread for one more task unless a thread is idle. Without a new one, the task waits for
+/// the others.
+std::optional<PlatformError> LinuxBackgroundQueue::ensureThread() {
+  if (waiting() < idleThreads_ || threads_.size() == maxThreads)
+    return std::nullopt;
   const SignalsBlocked guard;
   try {
     threads_.emplace_back([this] { runTasks(); });
-  } catch (const std::system_error&) {
+  } catch (const std::system_error& error) {
     if (threads_.empty())
-      throw;
+      return PlatformError{error.code().message()};
   }
+  return std::nullopt;
 }
 
 void LinuxBackgroundQueue::runTasks() {

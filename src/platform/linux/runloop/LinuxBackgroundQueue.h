@@ -21,11 +21,11 @@ public:
   LinuxBackgroundQueue& operator=(const LinuxBackgroundQueue&) = delete;
   ~LinuxBackgroundQueue() override;
 
-  /// Throws std::system_error when not even one thread can be started.
-  void async(QualityOfService quality, Task task) override;
+  /// Fails when not even one thread can be started. The next task tries again.
+  [[nodiscard]] std::optional<PlatformError> async(QualityOfService quality, Task task) override;
 
 private:
-  void ensureThreads();
+  std::optional<PlatformError> ensureThread();
   void runTasks();
   Task takeMostUrgent();
   std::size_t waiting() const { return userInitiated_.size() + utility_.size(); }
