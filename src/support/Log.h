@@ -2,6 +2,7 @@
 
 #include "ports/SystemLog.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <initializer_list>
@@ -19,11 +20,16 @@ inline void log(SystemLog& systemLog, std::initializer_list<std::string_view> pa
   systemLog.log(line);
 }
 
-/// Aborts the program because of an error of its own, after writing `what` to standard error.
+/// Called with the reason before `fatalError` aborts the program, on any thread. Null: the reason
+/// is written to standard error.
+inline std::atomic<void (*)(const char* what)> onFatalError = nullptr;
+
+/// Aborts the program because of an error of its own.
 [[noreturn]] inline void fatalError(const char* what) {
-  std::fputs("Driftmark: fatal error: ", stderr);
-  std::fputs(what, stderr);
-  std::fputs("\n", stderr);
+  if (auto* const handler = onFatalError.load())
+    handler(what);
+  else
+    std::fprintf(stderr, "Driftmark: fatal error: %s\n", what);
   std::abort();
 }
 

@@ -32,6 +32,10 @@ std::string holdFoldersLibrary() {
   return HOLD_FOLDERS;
 }
 
+std::string limitThreadsLibrary() {
+  return LIMIT_THREADS;
+}
+
 std::string uiDriverSubject() {
   return UI_DRIVER_SUBJECT;
 }

@@ -27,6 +27,9 @@ std::string desktopSubject();
 /// A library that makes a program wait where it opens certain folders.
 std::string holdFoldersLibrary();
 
+/// A library that limits how many threads a program can start.
+std::string limitThreadsLibrary();
+
 /// A program with a bit of every control, for the tests of the UI driver.
 std::string uiDriverSubject();
 

@@ -4,7 +4,11 @@
 
 #include "harness/Waiting.h"
 
+#include <fstream>
+
+#include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace driftmark::test {
 
@@ -24,6 +28,16 @@ RunningProgram::RunningProgram(icloud::Launch launch) : process(withError(std::m
 std::string RunningProgram::descriptor(const std::string& number) const {
   const auto folder = std::filesystem::path("/proc") / std::to_string(process.identifier()) / "fd";
   return std::filesystem::read_symlink(folder / number).string();
+}
+
+void RunningProgram::limitMemory(std::size_t bytes) const {
+  std::ifstream file("/proc/" + std::to_string(process.identifier()) + "/statm");
+  std::size_t pages = 0;
+  file >> pages;
+  const rlim_t limit = pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + bytes;
+  const rlimit memory{limit, limit};
+  if (!file || prlimit(process.identifier(), RLIMIT_AS, &memory, nullptr) != 0)
+    throw std::runtime_error("cannot limit the memory of the program");
 }
 
 bool RunningProgram::says(const std::string& text) {

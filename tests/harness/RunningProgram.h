@@ -3,6 +3,7 @@
 #include "harness/Channel.h"
 #include "process/ChildProcess.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -20,6 +21,9 @@ struct RunningProgram {
 
   /// The path that the program has open as `number`.
   std::string descriptor(const std::string& number) const;
+
+  /// From now on the program can have `bytes` more memory than it has, and no more.
+  void limitMemory(std::size_t bytes) const;
 
   /// Waits for `text` in the log; false when the program ends without it. Throws TimedOut.
   bool says(const std::string& text);

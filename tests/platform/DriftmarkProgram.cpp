@@ -6,6 +6,7 @@
 #include "harness/RunningProgram.h"
 #include "harness/TemporaryFolder.h"
 
+#include <chrono>
 #include <csignal>
 #include <fstream>
 #include <optional>
@@ -13,10 +14,14 @@
 #include <utility>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace driftmark::test {
 namespace {
+
+using testing::IsEmpty;
 
 /// The program below a system root of its own.
 class DriftmarkProgram : public testing::Test {
@@ -49,6 +54,9 @@ protected:
   Orphans orphans_;
   std::optional<RunningProgram> program_;
 };
+
+/// For killed processes to end.
+constexpr std::chrono::seconds soon{10};
 
 const std::string waitForever = execChildTool("wait");
 
@@ -135,6 +143,93 @@ TEST_F(DriftmarkProgram, missingStandardDescriptorsAreOpened) {
     EXPECT_EQ(program_->descriptor(descriptor), "/dev/null");
   send(SIGTERM);
   EXPECT_EQ(exitStatus(), 0);
+}
+
+/// Without a thread for terminals no monitor starts, and without one for background tasks no report
+/// is read. Neither ends the program.
+TEST_F(DriftmarkProgram, programRunsWithoutThreads) {
+  for (const char* const maxThreads : {"0", "1", "2", "3", "4"}) {
+    const ScopedVariable library("LD_PRELOAD", limitThreadsLibrary());
+    const ScopedVariable options("ASAN_OPTIONS", "verify_asan_link_order=0");
+    const ScopedVariable limit("MAX_THREADS", maxThreads);
+    setBrctl(waitForever);
+    start();
+    ASSERT_TRUE(says("brctl monitor -g")) << maxThreads << errors();
+    send(SIGTERM);
+    EXPECT_EQ(exitStatus(), 0) << maxThreads << errors();
+    EXPECT_TRUE(Orphans::endAll().empty()) << maxThreads;
+  }
+}
+
+/// The limit counts every process of a user, so the program runs as a user who has no other.
+TEST_F(DriftmarkProgram, userWithoutFurtherProcessesKeepsProgramRunning) {
+  if (getuid() != 0)
+    GTEST_SKIP() << "only root can start programs of another user";
+  setBrctl(waitForever);
+  for (int maxProcesses = 1; maxProcesses <= 6; ++maxProcesses) {
+    const std::string user = std::to_string(600'000'000 + getpid());
+    root_.write("home/empty", "");
+    root_.writeScript("wrapper", "chown -R " + user + " '" + root_.path().string() +
+                                     "' && exec prlimit --nproc=" + std::to_string(maxProcesses) +
+                                     " setpriv --reuid=" + user + " --regid=" + user +
+                                     " --clear-groups " + driftmarkProgram());
+    start(root_.path("wrapper"));
+    ASSERT_TRUE(says("brctl monitor -g")) << maxProcesses << errors();
+    send(SIGTERM);
+    EXPECT_EQ(exitStatus(), 0) << maxProcesses << errors();
+    EXPECT_TRUE(Orphans::endAll().empty()) << maxProcesses;
+  }
+}
+
+TEST_F(DriftmarkProgram, crashLeavesNoTools) {
+  setBrctl(execChildTool("ignore-terminate print ready wait"));
+  for (const int signal : {SIGABRT, SIGSEGV}) {
+    start();
+    ASSERT_TRUE(says("brctl monitor -g started"));
+    send(signal);
+    EXPECT_NE(exitStatus(), 0) << signal;
+    EXPECT_THAT(Orphans::endAll({}, soon), IsEmpty()) << signal;
+  }
+}
+
+TEST_F(DriftmarkProgram, fatalErrorIsLoggedAndLeavesNoTools) {
+  const std::string transfer = "Fraction completed: 0.5 / Completed: 7 of ";
+  setBrctl("case \"$*\" in *-g*) exec " + childToolPath() + " print '" + transfer +
+           "9223372036854775807\n" + transfer + "1\n' wait;; esac\n" + waitForever);
+  start();
+  EXPECT_TRUE(says("Driftmark: fatal error: the sizes of the global transfers exceed 64 bits\n"));
+  EXPECT_NE(exitStatus(), 0);
+  EXPECT_THAT(Orphans::endAll({}, soon), IsEmpty());
+}
+
+#ifndef DRIFTMARK_SANITIZED // whose memory has no such limit
+TEST_F(DriftmarkProgram, uncaughtExceptionIsLoggedAndLeavesNoTools) {
+  const std::string go = root_.makeFifo("go");
+  setBrctl("case \"$*\" in *CloudDocs) read go < '" + go + "'; exec " + childToolPath() +
+           " print-many 1000000000 x wait;; esac\n" + waitForever);
+  start();
+  ASSERT_TRUE(says("brctl monitor -g started"));
+  program_->limitMemory(64 << 20);
+  std::ofstream(go) << "go\n";
+  EXPECT_TRUE(says("Driftmark: uncaught exception: std::bad_alloc\n"));
+  EXPECT_NE(exitStatus(), 0);
+  EXPECT_THAT(Orphans::endAll({}, soon), IsEmpty());
+}
+#endif
+
+/// With few descriptors the program cannot start, or cannot catch the signal, or cannot read its
+/// settings and offers to move.
+TEST_F(DriftmarkProgram, sigtermEndsProgramWithAnyNumberOfDescriptors) {
+  setBrctl(waitForever);
+  for (int maxDescriptors = 6; maxDescriptors < 30; ++maxDescriptors) {
+    root_.writeScript("wrapper", "ulimit -n " + std::to_string(maxDescriptors) + "\nexec " +
+                                     driftmarkProgram());
+    start(root_.path("wrapper"));
+    static_cast<void>(says("Driftmark: "));
+    send(SIGTERM);
+    static_cast<void>(exitStatus());
+    EXPECT_THAT(Orphans::endAll({}, soon), IsEmpty()) << maxDescriptors;
+  }
 }
 
 TEST_F(DriftmarkProgram, unusableSystemRootIsRefused) {

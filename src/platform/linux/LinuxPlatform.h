@@ -9,6 +9,7 @@
 #include "platform/linux/runloop/LinuxBackgroundQueue.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/linux/runloop/LinuxSignals.h"
+#include "platform/posix/CrashHandler.h"
 #include "platform/posix/PosixAdapters.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 #include "ports/Platform.h"
@@ -39,6 +40,7 @@ private:
 
   PosixClock clock_;
   LinuxSystemLog systemLog_;
+  CrashHandler crashHandler_{systemLog_};
   LinuxFileSystem fileSystem_;
   PosixEnvironment environment_;
   LinuxSystemText text_;

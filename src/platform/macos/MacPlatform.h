@@ -4,6 +4,7 @@
 #include "platform/macos/MacApplication.h"
 #include "platform/macos/MacHttpClient.h"
 #include "platform/macos/MacStatusItem.h"
+#include "platform/posix/CrashHandler.h"
 #include "platform/posix/PosixAdapters.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 #include "ports/Platform.h"
@@ -25,6 +26,7 @@ public:
 private:
   PosixClock clock_;
   MacSystemLog systemLog_;
+  CrashHandler crashHandler_{systemLog_};
   MacFileSystem fileSystem_;
   PosixEnvironment environment_;
   MacSystemText text_;

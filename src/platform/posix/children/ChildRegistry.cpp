@@ -3,6 +3,7 @@
 #include "platform/posix/children/ChildRegistry.h"
 
 #include "platform/posix/SystemErrors.h"
+#include "platform/posix/children/LiveChildren.h"
 #include "platform/posix/files/SystemRootPath.h"
 
 #include <algorithm>
@@ -41,13 +42,15 @@ std::variant<std::shared_ptr<PosixChildProcess>, LaunchError>
 ChildRegistry::launch(const ToolCommand& command, OutputRouting output) {
   // Locked during the launch, so that `endAll` misses no child.
   const std::lock_guard lock(mutex_);
-  if (!closing_.writeEnd.isOpen())
+  const LiveChildren::Launch launch;
+  if (!closing_.writeEnd.isOpen() || !LiveChildren::Launch::isAllowed())
     return launchError(LaunchError::Stage::launch, ECANCELED);
 
   auto launched = launchTool(systemRoot_ + command.executable, command.arguments, output);
   if (auto* const error = std::get_if<LaunchError>(&launched))
     return std::move(*error);
   const pid_t pid = std::get<pid_t>(launched);
+  LiveChildren::add(pid);
   FileDescriptor exit = watchExit(pid);
   if (!exit.isOpen())
     return discard(pid, errno);

@@ -3,6 +3,8 @@
 
 #include "platform/posix/children/PosixChildProcess.h"
 
+#include "platform/posix/children/LiveChildren.h"
+
 #include <cerrno>
 #include <csignal>
 #include <utility>
@@ -50,6 +52,7 @@ int PosixChildProcess::reap() {
   exitDescriptor_.reset();
   const std::lock_guard lock(mutex_);
   running_ = false;
+  LiveChildren::remove(pid_);
   return waitForEnd(pid_);
 }
 
