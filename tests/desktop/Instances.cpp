@@ -133,6 +133,16 @@ TEST_F(Instances, newInstanceEndsOlderOne) {
   expectOrderlyEnd(newer);
 }
 
+TEST_F(Instances, olderInstanceWithDeletedBundleIsEnded) {
+  RunningProgram older = startAndAwait(bundle("Older.app"));
+  fs::remove_all(session_.folder() / "Older.app");
+  RunningProgram newer = startAndAwait(bundle("Newer.app"));
+  EXPECT_TRUE(
+      newer.log.readSoFar().starts_with("Driftmark: quitting 1 already-running instance(s)\n"));
+  EXPECT_EQ(awaitEnd(older.process), "status 0");
+  expectOrderlyEnd(newer);
+}
+
 class ManyInstances : public Instances, public testing::WithParamInterface<int> {};
 
 TEST_P(ManyInstances, newestOfSimultaneousInstancesRemains) {

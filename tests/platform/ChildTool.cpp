@@ -261,6 +261,7 @@ const std::map<std::string_view, Step>& processSteps() {
       {"wait", [](Arguments&) { waitForSignal(); }},
       {"exit", [](Arguments& from) { _exit(static_cast<int>(from.takeNumber())); }},
       {"raise", [](Arguments& from) { raiseWithDefault(static_cast<int>(from.takeNumber())); }},
+      {"open", [](Arguments& from) { open(from.take().c_str(), O_RDONLY | O_CLOEXEC); }},
       {"ignore-terminate", [](Arguments&) { std::signal(SIGTERM, SIG_IGN); }},
       {"close-output",
        [](Arguments&) {

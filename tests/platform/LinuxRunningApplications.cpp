@@ -28,10 +28,13 @@ using testing::IsEmpty;
 /// A process of a bundle. Killed by the destructor.
 class Copy {
 public:
+  /// It keeps the property list of its bundle open.
   explicit Copy(const std::string& executable) {
     auto pipe = makePipe().value();
+    const auto contents = std::filesystem::path(executable).parent_path().parent_path();
     const auto launched =
-        launchTool(executable, {"print", "up", "wait"}, {.standardOutput = pipe.writeEnd.number()});
+        launchTool(executable, {"open", contents / "Info.plist", "print", "up", "wait"},
+                   {.standardOutput = pipe.writeEnd.number()});
     if (const auto* const error = std::get_if<LaunchError>(&launched))
       throw std::runtime_error(error->description);
     process_ = std::get<pid_t>(launched);
@@ -108,6 +111,24 @@ TEST_F(LinuxRunningApplicationsTest, olderCopiesAreFoundInAnyFolder) {
   const Copy younger(bundle("elsewhere/Other Name.app", identifier));
   const Copy stranger(bundle("here/Stranger.app", identifier + ".stranger"));
   const std::vector<std::int32_t> expected{older.process(), younger.process()};
+  EXPECT_TRUE(
+      inNewerProcess([&] { return applications.withBundleIdentifier(identifier) == expected; }));
+}
+
+TEST_F(LinuxRunningApplicationsTest, olderCopyWithDeletedBundleIsFound) {
+  const Copy older(bundle("here/Driftmark.app", identifier));
+  const Copy stranger(bundle("here/Stranger.app", identifier + ".stranger"));
+  std::filesystem::remove_all(folder.path("here"));
+  const std::vector<std::int32_t> expected{older.process()};
+  EXPECT_TRUE(
+      inNewerProcess([&] { return applications.withBundleIdentifier(identifier) == expected; }));
+}
+
+TEST_F(LinuxRunningApplicationsTest, olderCopyWithReplacedBundleIsFound) {
+  const Copy older(bundle("here/Driftmark.app", identifier));
+  std::filesystem::remove_all(folder.path("here"));
+  bundle("here/Driftmark.app", identifier);
+  const std::vector<std::int32_t> expected{older.process()};
   EXPECT_TRUE(
       inNewerProcess([&] { return applications.withBundleIdentifier(identifier) == expected; }));
 }

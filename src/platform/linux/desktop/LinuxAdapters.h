@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/linux/SystemRoot.h"
+#include "platform/posix/FileDescriptor.h"
 #include "platform/posix/PosixAdapters.h"
 #include "platform/posix/files/PosixFileSystem.h"
 #include "ports/Bundle.h"
@@ -34,7 +35,8 @@ std::map<std::string, std::string> propertyListTexts(const QByteArray& xml);
 class LinuxBundle final : public Bundle {
 public:
   /// The bundle of this process. The path of a bundle in the applications folder of the system root
-  /// is the one inside that root.
+  /// is the one inside that root. The property list stays open, so that a new instance recognises
+  /// this process by it even when the bundle was deleted.
   static LinuxBundle ofThisProcess(const std::string& systemRoot);
 
   /// The absolute path of this process's executable.
@@ -50,6 +52,7 @@ public:
 private:
   std::string path_;
   std::map<std::string, std::string> information_;
+  FileDescriptor propertyList_; ///< open for the bundle of this process only
 };
 
 /// The files of the simulated iCloud Drive: an extended attribute of each file holds its state, and

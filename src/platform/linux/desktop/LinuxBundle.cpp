@@ -10,6 +10,8 @@
 #include <QFile>
 #include <QXmlStreamReader>
 
+#include <fcntl.h>
+
 namespace driftmark {
 
 namespace {
@@ -27,6 +29,10 @@ path bundleAround(const path& executable) {
   std::error_code error;
   return isBundle && std::filesystem::is_regular_file(contents / "Info.plist", error) ? bundle
                                                                                       : path();
+}
+
+path propertyListIn(const path& bundle) {
+  return bundle / "Contents" / "Info.plist";
 }
 
 QByteArray contentsOf(const path& file) {
@@ -74,7 +80,12 @@ std::map<std::string, std::string> propertyListTexts(const QByteArray& xml) {
 }
 
 LinuxBundle LinuxBundle::ofThisProcess(const std::string& systemRoot) {
-  return {executableOfThisProcess(), systemRoot};
+  const std::string executable = executableOfThisProcess();
+  LinuxBundle bundle(executable, systemRoot);
+  if (const std::filesystem::path folder = bundleAround(executable); !folder.empty())
+    bundle.propertyList_ =
+        FileDescriptor(open(propertyListIn(folder).c_str(), O_RDONLY | O_CLOEXEC));
+  return bundle;
 }
 
 std::string LinuxBundle::executableOfThisProcess() {
@@ -87,7 +98,7 @@ LinuxBundle::LinuxBundle(const std::string& executable, const std::string& syste
   if (folder.empty())
     folder = std::filesystem::path(executable).parent_path();
   else
-    information_ = propertyListTexts(contentsOf(folder / "Contents" / "Info.plist"));
+    information_ = propertyListTexts(contentsOf(propertyListIn(folder)));
   // The system reports the paths of executables with links resolved.
   path_ = withoutSystemRoot(resolved(systemRoot), folder.string());
 }

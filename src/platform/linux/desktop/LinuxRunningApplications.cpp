@@ -14,6 +14,10 @@
 #include <string_view>
 #include <system_error>
 
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+
 #include <unistd.h>
 
 namespace driftmark {
@@ -31,6 +35,9 @@ struct Process {
   // NOLINTNEXTLINE(modernize-use-nullptr): the generated comparison has a plain 0 in it
   auto operator<=>(const Process&) const = default;
 };
+
+/// What the kernel appends to the path of a deleted file.
+constexpr std::string_view deletedSuffix = " (deleted)";
 
 template <class Number> std::optional<Number> numberIn(std::string_view text) {
   Number number{};
@@ -63,6 +70,34 @@ std::string systemRootOf(const fs::path& folder) {
   return SystemRoot::none;
 }
 
+/// The property list of a deleted bundle, through the descriptor that the process with that folder
+/// in /proc keeps open; empty if it keeps none.
+QByteArray deletedPropertyList(const fs::path& folder, const fs::path& executable) {
+  const std::string name =
+      executable.parent_path().parent_path().string() + "/Info.plist" + std::string(deletedSuffix);
+  std::error_code error;
+  for (fs::directory_iterator entry(folder / "fd", error), end; !error && entry != end;
+       entry.increment(error)) {
+    std::error_code closed;
+    QFile file(QString::fromStdString(entry->path().string()));
+    if (fs::read_symlink(entry->path(), closed) == name && file.open(QIODevice::ReadOnly))
+      return file.readAll();
+  }
+  return {};
+}
+
+/// The identifier of the bundle that the process with that folder in /proc was started from.
+std::optional<std::string> bundleIdentifier(const fs::path& folder) {
+  std::error_code hidden;
+  const std::string executable = fs::read_symlink(folder / "exe", hidden).string();
+  if (auto identifier = LinuxBundle(executable, "").identifier();
+      identifier || !executable.ends_with(deletedSuffix))
+    return identifier;
+  const auto texts = propertyListTexts(deletedPropertyList(folder, executable));
+  const auto found = texts.find("CFBundleIdentifier");
+  return found == texts.end() ? std::nullopt : std::optional(found->second);
+}
+
 /// The process with that folder in /proc, if its bundle has that identifier and it was started with
 /// that system root.
 std::optional<Process> copyAt(const fs::path& folder, const std::string& identifier,
@@ -70,10 +105,7 @@ std::optional<Process> copyAt(const fs::path& folder, const std::string& identif
   const auto process = numberIn<std::int32_t>(folder.filename().string());
   if (!process)
     return std::nullopt;
-  std::error_code hidden;
-  const fs::path executable = fs::read_symlink(folder / "exe", hidden);
-  if (hidden || LinuxBundle(executable.string(), "").identifier() != identifier ||
-      systemRootOf(folder) != systemRoot)
+  if (bundleIdentifier(folder) != identifier || systemRootOf(folder) != systemRoot)
     return std::nullopt;
   const auto start = startTime(folder);
   return start ? std::optional(Process{*start, *process}) : std::nullopt;
