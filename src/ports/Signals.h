@@ -27,9 +27,12 @@ public:
   /// `makeSource`.
   virtual void ignore(QuitSignal signal) = 0;
 
+  /// Gives the signal its default action again: it ends this process.
+  virtual void restoreDefault(QuitSignal signal) = 0;
+
   /// Runs `handler` on the main queue after the signal has arrived, once for several that arrive
   /// together. The signal should be ignored, and is ignored again when the source is released. Null
-  /// when the system has no descriptors left.
+  /// when the system cannot make a source.
   virtual std::unique_ptr<SignalSource> makeSource(QuitSignal signal,
                                                    std::function<void()> handler) = 0;
 };

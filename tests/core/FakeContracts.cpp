@@ -341,6 +341,7 @@ class FakeSignals final : public SignalsSubject {
 public:
   Signals& signals() override { return platform_.signals; }
   void send(QuitSignal signal) override { platform_.signals.send(signal); }
+  bool hasDefaultAction(QuitSignal signal) override { return !platform_.signals.isIgnored(signal); }
   bool runUntil(const std::function<bool()>& done) override { return platform_.runUntil(done); }
 
 private:

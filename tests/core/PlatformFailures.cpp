@@ -115,7 +115,7 @@ private:
   }
 
   void quit() {
-    if (!hasQuit())
+    if (!hasQuit() && platform_.signals.isIgnored(QuitSignal::terminate))
       platform_.signals.send(QuitSignal::terminate);
     platform_.settle();
     if (hasQuit())
@@ -268,7 +268,7 @@ INSTANTIATE_TEST_SUITE_P(
         Failure{Fault::noReply, "noReply", "Could not check for updates: The connection was lost"},
         Failure{Fault::noDownload, "noDownload", "Update failed: The connection was lost"},
         Failure{Fault::noRegistration, "noRegistration", "launch-at-login change failed"},
-        Failure{Fault::noSignalSource, "noSignalSource", ""},
+        Failure{Fault::noSignalSource, "noSignalSource", "cannot catch SIGTERM"},
         Failure{Fault::lostSignal, "lostSignal", "instance 17 ignored the quit request"},
         Failure{Fault::noStatusItem, "noStatusItem", "", "iCloud Drive: Uploading…"},
         Failure{Fault::noSymbol, "noSymbol", ""},

@@ -11,6 +11,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::IsSupersetOf;
 
 /// The whole program on the test platform; `during` is called while it runs.
 class ProgramTest : public testing::Test {
@@ -58,6 +59,19 @@ TEST_F(ProgramTest, signalsAskForOrderlyEnd) {
     }
   });
   EXPECT_FALSE(platform.signals.isWatched(QuitSignal::terminate));
+}
+
+TEST_F(ProgramTest, signalThatCannotBeCaughtKeepsItsDefaultAction) {
+  platform.signals.refuseSources();
+  run([&] {
+    for (const QuitSignal signal : {QuitSignal::terminate, QuitSignal::interrupt}) {
+      EXPECT_FALSE(platform.signals.isIgnored(signal));
+      EXPECT_FALSE(platform.signals.isWatched(signal));
+    }
+  });
+  EXPECT_THAT(platform.systemLog.lines(),
+              IsSupersetOf({"Driftmark: cannot catch SIGTERM: it ends the program at once",
+                            "Driftmark: cannot catch SIGINT: it ends the program at once"}));
 }
 
 TEST_F(ProgramTest, endOfApplicationEndsChildren) {

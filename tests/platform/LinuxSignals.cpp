@@ -1,5 +1,6 @@
 #include "platform/linux/runloop/LinuxSignals.h"
 
+#include "Descriptors.h"
 #include "harness/qt/EventLoop.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 #include "support/contracts/SignalsContract.h"
@@ -28,6 +29,11 @@ public:
 
   Signals& signals() override { return signals_; }
   void send(QuitSignal signal) override { std::raise(number(signal)); }
+  bool hasDefaultAction(QuitSignal signal) override {
+    struct sigaction action {};
+    sigaction(number(signal), nullptr, &action);
+    return action.sa_handler == SIG_DFL;
+  }
   bool runUntil(const std::function<bool()>& done) override { return test::runUntil(done); }
 
 private:
@@ -68,6 +74,11 @@ TEST_F(LinuxSignalsTest, signalIsIgnoredAgainWithoutSource) {
   signals.ignore(QuitSignal::interrupt);
   signals.makeSource(QuitSignal::interrupt, [] {}).reset();
   EXPECT_EQ(std::signal(SIGINT, before), SIG_IGN);
+}
+
+TEST_F(LinuxSignalsTest, sourceWithoutDescriptorsIsNotMade) {
+  const DescriptorLimit limit(1);
+  EXPECT_EQ(signals.makeSource(QuitSignal::terminate, [] {}), nullptr);
 }
 
 } // namespace

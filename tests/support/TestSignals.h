@@ -18,6 +18,7 @@ public:
   explicit TestSignals(MainQueue& mainQueue) : mainQueue_(mainQueue) {}
 
   void ignore(QuitSignal signal) override { ignored_.insert(signal); }
+  void restoreDefault(QuitSignal signal) override { ignored_.erase(signal); }
 
   std::unique_ptr<SignalSource> makeSource(QuitSignal signal,
                                            std::function<void()> handler) override {

@@ -149,6 +149,7 @@ public:
   explicit MacSignals(MainQueue& mainQueue) : mainQueue_(mainQueue) {}
 
   void ignore(QuitSignal signal) override;
+  void restoreDefault(QuitSignal signal) override;
   std::unique_ptr<SignalSource> makeSource(QuitSignal signal,
                                            std::function<void()> handler) override;
 

@@ -46,4 +46,13 @@ TEST_P(SignalsContract, ignoredSignalDoesNothing) {
   EXPECT_TRUE(subject_->runUntil([&] { return calls == 1; }));
 }
 
+TEST_P(SignalsContract, restoredSignalHasItsDefaultAction) {
+  for (const QuitSignal signal : {QuitSignal::terminate, QuitSignal::interrupt}) {
+    signals().ignore(signal);
+    EXPECT_FALSE(subject_->hasDefaultAction(signal));
+    signals().restoreDefault(signal);
+    EXPECT_TRUE(subject_->hasDefaultAction(signal));
+  }
+}
+
 } // namespace driftmark::test

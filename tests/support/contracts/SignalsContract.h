@@ -20,6 +20,9 @@ public:
   /// Sends the signal to this process, which must survive it.
   virtual void send(QuitSignal signal) = 0;
 
+  /// Whether the signal has its default action, so that it would end this process.
+  virtual bool hasDefaultAction(QuitSignal signal) = 0;
+
   /// Runs the main queue until `done`; false after a long timeout.
   virtual bool runUntil(const std::function<bool()>& done) = 0;
 };

@@ -94,6 +94,10 @@ void LinuxSignals::ignore(QuitSignal signal) {
   std::signal(number(signal), SIG_IGN);
 }
 
+void LinuxSignals::restoreDefault(QuitSignal signal) {
+  std::signal(number(signal), SIG_DFL);
+}
+
 std::unique_ptr<SignalSource> LinuxSignals::makeSource(QuitSignal signal,
                                                        std::function<void()> handler) {
   auto pipe = makeNonBlockingPipe();

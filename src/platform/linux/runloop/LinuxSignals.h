@@ -13,6 +13,7 @@ public:
   explicit LinuxSignals(MainQueue& mainQueue) : mainQueue_(mainQueue) {}
 
   void ignore(QuitSignal signal) override;
+  void restoreDefault(QuitSignal signal) override;
   std::unique_ptr<SignalSource> makeSource(QuitSignal signal,
                                            std::function<void()> handler) override;
 
