@@ -25,8 +25,7 @@ void benchEvents(Figures& figures, std::ostream& notes);
 
 // DelayBench.cpp
 
-/// Times many delayed tasks on the program's main queue: adding them, in any order of their due
-/// times, and running them.
+/// Times many delayed tasks on the program's main queue: adding, running and dropping them.
 void benchDelays(Figures& figures, std::ostream& notes);
 
 // TerminalBench.cpp

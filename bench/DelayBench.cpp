@@ -1,10 +1,11 @@
 // What delayed tasks cost on the main queue.
 
 #include "Benches.h"
-#include "Random.h"
 #include "Stopwatch.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 
+#include <array>
+#include <cstddef>
 #include <ostream>
 #include <vector>
 
@@ -14,24 +15,21 @@
 namespace driftmark::bench {
 namespace {
 
-/// Seconds for so many tasks: half of them are due within a millisecond, in any order, and run; the
-/// others wait for about an hour and are dropped with the queue.
+/// Delays as the program uses them: a few, each for many tasks.
+constexpr std::array<Seconds, 4> delays{Seconds(0), Seconds(0.001), Seconds(10), Seconds(60.5)};
+constexpr std::size_t shortDelays = 2;
+
+/// Seconds for so many tasks: those with a short delay run, the others are dropped with the queue.
 double secondsFor(std::size_t tasks) {
   constexpr std::size_t rounds = 7;
-  constexpr std::size_t different = 1000;
-  constexpr Seconds microsecond{1e-6};
-  constexpr Seconds hour{3600};
   std::vector<double> times;
   for (std::size_t round = 0; round < rounds; ++round)
     times.push_back(seconds([&] {
-      Random random(round);
       LinuxMainQueue queue;
       std::size_t ran = 0;
       for (std::size_t task = 0; task < tasks; ++task)
-        queue.after(microsecond * static_cast<double>(random.below(different)) +
-                        (task % 2 == 0 ? Seconds(0) : hour),
-                    [&] { ++ran; });
-      while (ran < tasks / 2)
+        queue.after(delays[task % delays.size()], [&] { ++ran; });
+      while (ran < tasks / delays.size() * shortDelays)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }));
   return median(times);
