@@ -57,7 +57,8 @@ Judgement judge(const Samples& figures) {
   Judgement judgement{maximaOf(figures.begin(), figures.begin() + third),
                       maximaOf(figures.end() - third, figures.end()),
                       {}};
-  const auto& [first, last, complaints] = judgement;
+  const ProcessHoldings& first = judgement.first;
+  const ProcessHoldings& last = judgement.last;
   const auto requireEqual = [&](const char* what, Number number) {
     if (first.*number != last.*number)
       judgement.complaints.push_back(changed(what, first.*number, last.*number));
