@@ -7,8 +7,8 @@
 namespace driftmark::bench {
 
 // Each adds its figures under the keys of the report, and prints notes on what it measured. All but
-// those of IngestBench.cpp need a QApplication. They throw a std::exception when the program under
-// measurement does something wrong.
+// those of IngestBench.cpp and StatusBench.cpp need a QApplication. They throw a std::exception
+// when the program under measurement does something wrong.
 
 // IngestBench.cpp
 
@@ -27,6 +27,11 @@ void benchEvents(Figures& figures, std::ostream& notes);
 
 /// Times many delayed tasks on the program's main queue: adding, running and dropping them.
 void benchDelays(Figures& figures, std::ostream& notes);
+
+// StatusBench.cpp
+
+/// Times the reading of a status report with few and with many directories.
+void benchStatus(Figures& figures, std::ostream& notes);
 
 // TerminalBench.cpp
 

@@ -20,7 +20,7 @@ struct Key {
   double aim;
 };
 
-constexpr std::array<Key, 21> keys{{
+constexpr std::array<Key, 22> keys{{
     {"pipeline_over_memchr", Better::lower, 15, 11},
     {"second_pass_over_memchr", Better::lower, 13, 9},
     {"second_pass_shuffled_over_memchr", Better::lower, 16, 11},
@@ -30,6 +30,7 @@ constexpr std::array<Key, 21> keys{{
     {"event_at_100000_over_at_10", Better::lower, 8, 4},
     {"menu_at_100000_active_ms", Better::lower, 1, 0.2},
     {"delayed_200000_over_20000", Better::lower, 15, 12},
+    {"status_at_100000_over_at_10000", Better::lower, 15, 12},
     {"small_chunks_over_large", Better::lower, 1.25, 1.15},
     {"pty_speed_over_drain", Better::higher, 0.8, 0.9},
     {"idle_cpu_ms_30s", Better::lower, 1, 0.2},

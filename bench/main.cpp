@@ -31,6 +31,7 @@ int main(int argc, char** argv) {
     benchKnownState(figures, std::cout);
     benchEvents(figures, std::cout);
     benchDelays(figures, std::cout);
+    benchStatus(figures, std::cout);
     benchTerminal(figures, std::cout);
     benchMenu(figures, std::cout);
     benchSurvey(figures, std::cout);

@@ -8,7 +8,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -28,14 +27,15 @@ std::optional<std::string> readReport(ToolRun& run, const std::string& name, Sys
 /// on the main queue. The value is absent when there is no output to parse, or no thread to wait
 /// for it, which is logged like a tool that cannot be launched. `deliver` must hold the monitor
 /// weakly. The caller keeps the returned run to be able to terminate it.
-template <class Value, class Deliver>
+template <class Parse, class Deliver>
 std::shared_ptr<ToolRun> requestReport(const SyncMonitor::Ports& ports, const std::string& name,
-                                       std::optional<Value> (*parse)(std::string_view),
-                                       Deliver deliver) {
+                                       Parse parse, Deliver deliver) {
   auto run = ports.childProcesses.prepare(brctl({name}), ToolOutput::capture);
   const auto finish = [&mainQueue = ports.mainQueue, parse,
                        deliver = std::move(deliver)](const std::optional<std::string>& output) {
-    mainQueue.async([deliver, value = output ? parse(*output) : std::nullopt] { deliver(value); });
+    mainQueue.async([deliver, value = output ? parse(*output) : std::nullopt]() mutable {
+      deliver(std::move(value));
+    });
   };
   const auto error = ports.backgroundQueue.async(QualityOfService::utility,
                                                  [&systemLog = ports.systemLog, name, run, finish] {

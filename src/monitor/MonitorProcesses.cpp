@@ -16,7 +16,7 @@ void SyncMonitor::start() {
 }
 
 void SyncMonitor::stop() {
-  stopping_ = true;
+  *stopping_ = true;
   const auto terminate = [](const auto& process) {
     if (process)
       process->terminate();
@@ -82,7 +82,7 @@ void SyncMonitor::monitorDied(MonitorChild& child) {
     child.masterHandle->clearReadabilityHandler();
   child.masterHandle.reset();
   child.process.reset();
-  if (stopping_)
+  if (*stopping_)
     return;
   log({child.title, " exited, restarting in 10s"});
   ports_.mainQueue.after(restartDelay, weakly(shared_from_this(), [&child](SyncMonitor& self) {

@@ -11,20 +11,21 @@ namespace driftmark {
 
 /// Begins a chain of polls, unless one is running.
 void SyncMonitor::startPolling() {
-  if (statusPolling_ || stopping_)
+  if (statusPolling_ || *stopping_)
     return;
   statusPolling_ = true;
   pollStatus();
 }
 
 void SyncMonitor::pollStatus() {
-  if (stopping_) {
+  if (*stopping_) {
     statusPolling_ = false;
     return;
   }
-  statusProcess_ =
-      requestReport(ports_, "status", parseStatus,
-                    weakly(shared_from_this(), std::mem_fn(&SyncMonitor::statusArrived)));
+  statusProcess_ = requestReport(
+      ports_, "status",
+      [stopping = stopping_](const std::string& text) { return parseStatus(text, stopping.get()); },
+      weakly(shared_from_this(), std::mem_fn(&SyncMonitor::statusArrived)));
 }
 
 void SyncMonitor::statusArrived(std::optional<StatusActivity> result) {
@@ -42,7 +43,7 @@ void SyncMonitor::statusArrived(std::optional<StatusActivity> result) {
   }
 
   const bool quiet = !statusActivity_ && !globalActivity();
-  if (quiet || stopping_) {
+  if (quiet || *stopping_) {
     statusPolling_ = false;
     return;
   }

@@ -6,10 +6,14 @@
 #include "support/Strings.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <unordered_set>
 
 namespace driftmark {
 
 namespace {
+
+constexpr std::size_t linesBetweenChecks = 4096; ///< for a cancellation
 
 bool contains(std::string_view line, std::string_view part) {
   return line.find(part) != std::string_view::npos;
@@ -17,12 +21,16 @@ bool contains(std::string_view line, std::string_view part) {
 
 } // namespace
 
-std::optional<StatusActivity> parseStatus(std::string_view text) {
+std::optional<StatusActivity> parseStatus(std::string_view text,
+                                          const std::atomic<bool>* isCancelled) {
   std::string storage;
   std::string_view remaining = withoutAnsi(text, storage);
   std::string_view directory;
+  std::unordered_set<std::string_view, StringHash> listed;
   StatusActivity activity;
-  while (!remaining.empty()) {
+  for (std::size_t number = 1; !remaining.empty(); ++number) {
+    if (number % linesBetweenChecks == 0 && isCancelled && *isCancelled)
+      return std::nullopt;
     const std::string_view piece = remaining.substr(0, remaining.find('\n'));
     remaining.remove_prefix(std::min(piece.size() + 1, remaining.size()));
     const std::string_view line = trimmed(piece);
@@ -40,10 +48,8 @@ std::optional<StatusActivity> parseStatus(std::string_view text) {
       ++activity.uploads;
     else
       continue;
-    auto& directories = activity.directories;
-    if (!directory.empty() &&
-        std::find(directories.begin(), directories.end(), directory) == directories.end())
-      directories.emplace_back(directory);
+    if (!directory.empty() && listed.insert(directory).second)
+      activity.directories.emplace_back(directory);
   }
   if (activity.downloads + activity.uploads < 1)
     return std::nullopt;

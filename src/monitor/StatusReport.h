@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,7 +17,9 @@ struct StatusActivity {
   bool operator==(const StatusActivity&) const = default;
 };
 
-/// Reads a whole `brctl status` report. Absent when it names no active job.
-std::optional<StatusActivity> parseStatus(std::string_view text);
+/// Reads a whole `brctl status` report. Absent when it names no active job, and when `isCancelled`
+/// is true before the end of a long report.
+std::optional<StatusActivity> parseStatus(std::string_view text,
+                                          const std::atomic<bool>* isCancelled = nullptr);
 
 } // namespace driftmark

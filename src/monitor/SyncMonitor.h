@@ -16,6 +16,7 @@
 #include "support/Strings.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -187,7 +188,8 @@ private:
       "brctl monitor", {"monitor", "-i", "com.apple.CloudDocs"}, &SyncMonitor::parse, {}, {}, {}};
   MonitorChild globalMonitor_{
       "brctl monitor -g", {"monitor", "-g", "-i"}, &SyncMonitor::parseGlobal, {}, {}, {}};
-  bool stopping_ = false;
+  /// Shared with the background thread that reads a report.
+  const std::shared_ptr<std::atomic<bool>> stopping_ = std::make_shared<std::atomic<bool>>(false);
 
   // ItemChanges.cpp
   /// The last known local state of a path.

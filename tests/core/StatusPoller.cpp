@@ -329,6 +329,21 @@ TEST_F(StatusPollerTest, pollEndedByTheStopDeliversWhatItPrinted) {
   EXPECT_EQ(polls(), 2U);
 }
 
+TEST_F(StatusPollerTest, stopCancelsTheReadingOfALongReport) {
+  std::string text;
+  for (int job = 0; job < 20'000; ++job)
+    text += uploadJob;
+  report(text);
+  make();
+  platform.childProcesses.onRun([this](const ToolCommand& command) {
+    if (command.arguments == statusReport)
+      monitor->stop();
+  });
+  monitor->start();
+  platform.settle();
+  EXPECT_EQ(monitor->statusActivity(), std::nullopt);
+}
+
 TEST_F(StatusPollerTest, pollEndedByTheStopWithoutOutputClearsTheCounts) {
   startBusy();
   platform.backgroundQueue.setMode(TestBackgroundQueue::Mode::thread);

@@ -1,5 +1,10 @@
 #include "monitor/StatusReport.h"
 
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <ctime>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -111,6 +116,41 @@ TEST(StatusReportTest, directoriesAreComparedByteForByte) {
   EXPECT_EQ(parseStatus("Under /caf\u00e9\n" + uploadJob + "Under /cafe\u0301\n" + uploadJob +
                         "Under /caf\u00e9/\n" + uploadJob),
             activity(0, 3, {"/caf\u00e9", "/cafe\u0301", "/caf\u00e9/"}));
+}
+
+/// A report of so many directories, with a job each.
+std::string reportOf(std::size_t directories) {
+  std::string report;
+  for (std::size_t number = 0; number < directories; ++number)
+    report.append("Under /Users/ada/").append(std::to_string(number)).append("\n") += uploadJob;
+  return report;
+}
+
+TEST(StatusReportTest, costOfADirectoryDoesNotGrowWithTheirNumber) {
+  const auto cost = [](int directories) {
+    const std::string report = reportOf(static_cast<std::size_t>(directories));
+    auto least = std::numeric_limits<std::clock_t>::max();
+    for (int round = 0; round < 3; ++round) {
+      const std::clock_t start = std::clock();
+      EXPECT_EQ(parseStatus(report).value().uploads, directories);
+      least = std::min(least, std::clock() - start);
+    }
+    return least;
+  };
+  EXPECT_LT(cost(20'000), 80 * cost(1000)) << "twenty times as many";
+}
+
+TEST(StatusReportTest, cancelledReadingOfALongReportEnds) {
+  const std::string report = reportOf(20'000);
+  std::atomic<bool> isCancelled = false;
+  EXPECT_EQ(parseStatus(report, &isCancelled).value().uploads, 20'000);
+  isCancelled = true;
+  EXPECT_EQ(parseStatus(report, &isCancelled), std::nullopt);
+}
+
+TEST(StatusReportTest, cancelledReadingOfAShortReportHasItsResult) {
+  const std::atomic<bool> isCancelled = true;
+  EXPECT_EQ(parseStatus("Under /A\n" + uploadJob, &isCancelled), activity(0, 1, {"/A"}));
 }
 
 TEST(StatusActivityTest, equalWhenAllFieldsAreEqualInOrder) {
