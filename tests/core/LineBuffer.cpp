@@ -1,5 +1,7 @@
 #include "monitor/LineBuffer.h"
 
+#include "support/HeapInUse.h"
+
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -73,6 +75,22 @@ TEST(LineBufferTest, hugeLineInSmallChunksIsKeptWhole) {
   ASSERT_EQ(lines.size(), 2U);
   EXPECT_EQ(lines[0], std::string(size, 'x'));
   EXPECT_EQ(lines[1], "next");
+}
+
+TEST(LineBufferTest, memoryOfAHugeLineIsGivenBack) {
+  LineBuffer buffer;
+  const std::string chunk(std::size_t{16} << 20, 'x');
+  const std::size_t before = heapInUse();
+  std::size_t length = 0;
+  const auto append = [&](std::string_view bytes) {
+    buffer.append(
+        bytes, [&](std::string_view line) { length = line.size(); }, [] {});
+  };
+  append(chunk);
+  EXPECT_GE(heapInUse(), before + chunk.size());
+  append("\n");
+  EXPECT_EQ(length, chunk.size());
+  EXPECT_LT(heapInUse(), before + 65536);
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include "core/ControllerTest.h"
 
+#include <chrono>
+
 #include <gmock/gmock.h>
 
 namespace driftmark::test {
@@ -116,6 +118,25 @@ TEST_F(MenuActionsTest, restartCountsStalledTransfersWhenChosen) {
               ElementsAre(restartQuestion("0 transfers have made no progress for a while.")));
 }
 
+TEST_F(MenuActionsTest, restartThatIsNotConfirmedEndsNothing) {
+  stallUploads(1);
+  platform.dialogs.leaveUnanswered();
+  choose("Restart iCloud Sync…");
+  platform.dialogs.answer(1);
+  choose("Restart iCloud Sync…");
+  EXPECT_EQ(platform.dialogs.take().size(), 2U);
+  EXPECT_THAT(platform.childProcesses.runs(killall), IsEmpty());
+  EXPECT_THAT(takeLog(), IsEmpty());
+}
+
+TEST_F(MenuActionsTest, liveTransfersDoNotCountForTheRestart) {
+  stallUploads(1);
+  upload("/live");
+  choose("Restart iCloud Sync…");
+  EXPECT_THAT(platform.dialogs.take(),
+              ElementsAre(restartQuestion("1 transfer has made no progress for a while.")));
+}
+
 TEST_F(MenuActionsTest, confirmedRestartEndsDaemonAndForgetsStall) {
   stallUploads(1);
   platform.dialogs.answer(0);
@@ -186,6 +207,15 @@ TEST_F(DaemonRestartTest, restartResetsProgressOfEveryTransfer) {
   EXPECT_EQ(monitor->overall(), OverallState::uploading);
   EXPECT_EQ(monitor->longestStall(), std::nullopt);
   EXPECT_FALSE(monitor->shouldOfferRestart());
+}
+
+TEST_F(DaemonRestartTest, everyTransferGetsTheSameMoment) {
+  for (const char* const path : {"/a", "/b", "/c"})
+    item(path, " \u2191 ");
+  platform.clock.tickWhenRead(std::chrono::milliseconds(1));
+  monitor->restartSyncDaemon();
+  EXPECT_EQ(transfer("/a").lastUpdate, transfer("/b").lastUpdate);
+  EXPECT_EQ(transfer("/a").lastUpdate, transfer("/c").lastUpdate);
 }
 
 TEST_F(DaemonRestartTest, nothingElseIsForgotten) {

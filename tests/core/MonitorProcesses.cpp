@@ -525,6 +525,8 @@ TEST_F(MonitorProcessesTest, stopEndsTheReportsThatRun) {
   platform.backgroundQueue.join();
   EXPECT_EQ(platform.childProcesses.runs(quotaReport).front()->terminateRequests(), 1);
   EXPECT_EQ(platform.childProcesses.runs(statusReport).front()->terminateRequests(), 1);
+  EXPECT_EQ(platform.childProcesses.terminatedRuns(),
+            (std::vector<Arguments>{quotaReport, statusReport}));
   platform.settle();
   advance(3600);
   EXPECT_EQ(platform.childProcesses.runs().size(), 2U);

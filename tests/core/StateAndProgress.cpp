@@ -143,7 +143,7 @@ TEST_F(StateAndProgressTest, statusConfirmationOfUploadsIsUploading) {
 }
 
 TEST_F(StateAndProgressTest, statusConfirmationOfBothIsBoth) {
-  confirm(2, 3);
+  confirm(1, 1);
   EXPECT_EQ(monitor->overall(), OverallState::both);
 }
 

@@ -98,6 +98,13 @@ TEST_F(StatusIconTest, syncingCountsSeveralTransfers) {
   expectIcon("arrow.clockwise.icloud", "", "iCloud Drive: syncing 3 transfers, 600 bytes");
 }
 
+TEST_F(StatusIconTest, bothDirectionsShowNoGlobalTransfers) {
+  global(fraction("0.5", "1200000"));
+  upload("/a");
+  download("/b");
+  expectIcon("arrow.triangle.2.circlepath.icloud", "", "iCloud Drive: syncing");
+}
+
 TEST_F(StatusIconTest, progressIsRounded) {
   upload("/a", "42.4%");
   expectIcon("icloud.and.arrow.up", "42%", "iCloud Drive: uploading 42%");

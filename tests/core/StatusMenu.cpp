@@ -196,6 +196,13 @@ TEST_F(StatusMenuTest, globalTransfersAreSummed) {
               ElementsAre("[iCloud Drive: Syncing…]", "---", "[2 transfers · 5096 bytes]"));
 }
 
+TEST_F(StatusMenuTest, statusReportReplacesGlobalTransfers) {
+  confirm("Under /A\n> upload{1} active\n");
+  global(fraction("0.5", "4096"));
+  EXPECT_THAT(upperPart(),
+              ElementsAre("[iCloud Drive: Uploading…]", "---", "[1 uploading]", "A  —  syncing"));
+}
+
 TEST_F(StatusMenuTest, transfersReplaceSummary) {
   confirm("Under /A\n> upload{1} active\n");
   download("/b");

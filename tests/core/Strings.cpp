@@ -26,5 +26,17 @@ TEST(StringsTest, controlCharactersAreEscapedInOneLine) {
   EXPECT_EQ(oneLine(""), "");
 }
 
+TEST(StringsTest, clearedScratchKeepsOnlyOrdinaryMemory) {
+  std::string text(1000, 'x');
+  const std::size_t capacity = text.capacity();
+  clearScratch(text);
+  EXPECT_EQ(text, "");
+  EXPECT_EQ(text.capacity(), capacity);
+  text.assign(5000, 'x');
+  clearScratch(text);
+  EXPECT_EQ(text, "");
+  EXPECT_LT(text.capacity(), 5000U);
+}
+
 } // namespace
 } // namespace driftmark::test

@@ -178,6 +178,7 @@ std::optional<LaunchError> TestChildProcesses::launchDetached(const ToolCommand&
 
 void TestChildProcesses::script(const Arguments& arguments, ToolResult result) {
   const std::lock_guard lock(mutex_);
+  scripts_.erase(arguments); // with its memory
   scripts_[arguments] = {.result = std::move(result), .hangs = false, .printedWhenTerminated = {}};
 }
 
@@ -287,6 +288,7 @@ void TestChildProcesses::terminate(TestRun& run) {
   if (!run.running_)
     return;
   ++run.terminateRequests_;
+  terminatedRuns_.push_back(run.command().arguments);
   changed_.notify_all();
 }
 
@@ -328,6 +330,11 @@ std::vector<std::shared_ptr<TestRun>> TestChildProcesses::runs(const Arguments& 
   std::vector<std::shared_ptr<TestRun>> found = runs();
   std::erase_if(found, [&](const auto& run) { return run->command().arguments != arguments; });
   return found;
+}
+
+std::vector<Arguments> TestChildProcesses::terminatedRuns() const {
+  const std::lock_guard lock(mutex_);
+  return terminatedRuns_;
 }
 
 bool TestChildProcesses::awaitHanging(const Arguments& arguments) const {

@@ -172,6 +172,9 @@ public:
   std::vector<std::shared_ptr<TestRun>> runs() const;
   std::vector<std::shared_ptr<TestRun>> runs(const Arguments& arguments) const;
 
+  /// The arguments of the running tools that the program asked to end, in that order.
+  std::vector<Arguments> terminatedRuns() const;
+
   /// Waits until a run with these arguments hangs; false when ten seconds pass without one.
   bool awaitHanging(const Arguments& arguments) const;
 
@@ -199,6 +202,7 @@ private:
   std::vector<ToolCommand> detached_;
   std::vector<std::shared_ptr<TestChild>> children_;
   std::vector<std::shared_ptr<TestRun>> runs_;
+  std::vector<Arguments> terminatedRuns_;
   std::map<Arguments, Script> scripts_;
   std::map<Arguments, LaunchError> failures_;
   std::optional<LaunchError> generalFailure_;

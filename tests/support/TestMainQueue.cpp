@@ -100,8 +100,12 @@ void TestMainQueue::clear() {
 }
 
 void TestMainQueue::async(Task task) {
-  const std::lock_guard lock(core_->mutex);
-  core_->add({}, {.task = std::move(task)});
+  {
+    const std::lock_guard lock(core_->mutex);
+    core_->add({}, {.task = std::move(task)});
+  }
+  if (onAsync_)
+    onAsync_();
 }
 
 void TestMainQueue::after(Seconds delay, Task task) {

@@ -4,7 +4,9 @@
 #include "support/TestClock.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace driftmark::test {
@@ -29,6 +31,9 @@ public:
   void async(Task task) override;
   void after(Seconds delay, Task task) override;
   std::unique_ptr<Timer> repeat(Seconds interval, Seconds tolerance, Task task) override;
+
+  /// Called at the end of each `async`, on its thread.
+  void onAsync(std::function<void()> handler) { onAsync_ = std::move(handler); }
 
   /// Runs all tasks that are due now, and those that they add for now. Returns how many ran.
   std::size_t runAll();
@@ -56,6 +61,7 @@ private:
   std::size_t runUpTo(Date::duration target);
 
   TestClock& clock_;
+  std::function<void()> onAsync_;
   std::shared_ptr<Core> core_;
 };
 
