@@ -2,12 +2,11 @@
 
 #include "monitor/StatusReport.h"
 
-#include "monitor/Patterns.h"
+#include "monitor/KnownItems.h"
 #include "support/Strings.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <unordered_set>
 
 namespace driftmark {
 
@@ -26,7 +25,8 @@ std::optional<StatusActivity> parseStatus(std::string_view text,
   std::string storage;
   std::string_view remaining = withoutAnsi(text, storage);
   std::string_view directory;
-  std::unordered_set<std::string_view, StringHash> listed;
+  const KeyedHash fingerprint;
+  KnownItems listed;
   StatusActivity activity;
   for (std::size_t number = 1; !remaining.empty(); ++number) {
     if (number % linesBetweenChecks == 0 && isCancelled && *isCancelled)
@@ -48,7 +48,7 @@ std::optional<StatusActivity> parseStatus(std::string_view text,
       ++activity.uploads;
     else
       continue;
-    if (!directory.empty() && listed.insert(directory).second)
+    if (!directory.empty() && listed.exchange(fingerprint(directory), 1) == 0)
       activity.directories.emplace_back(directory);
   }
   if (activity.downloads + activity.uploads < 1)
