@@ -83,8 +83,7 @@ bool SyncMonitor::applyProgress(const ReadLine& line, Date now) {
 bool SyncMonitor::applyUnrecognized(const ReadLine& line) {
   const std::string_view state = line.item.state;
   const std::string_view name = lastPathComponent(line.item.path);
-  if (!loggedUnknownStates_.contains(state)) {
-    loggedUnknownStates_.emplace(state);
+  if (loggedUnknownStates_.exchange(pathHash_.fingerprint(state), 1) == 0) {
     log({"unrecognized state \"", state, "\" for ", name});
     ++tally_.unrecognizedStates;
   }
@@ -94,7 +93,7 @@ bool SyncMonitor::applyUnrecognized(const ReadLine& line) {
   std::string& issue = issues_[std::string(pathOf(line))];
   if (issue == state)
     return false;
-  issue = state;
+  std::string(state).swap(issue); // an assignment would keep the memory of a longer one
   log({"sync issue on ", name, ": ", state});
   ++tally_.issuesRaised;
   return true;

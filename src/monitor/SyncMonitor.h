@@ -26,7 +26,6 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace driftmark {
@@ -212,8 +211,8 @@ private:
   const ItemPathHash pathHash_{{}, mobileDocs_.size()};
   Transfers active_{stalledAfter_, pathHash_};
   Issues issues_{0, pathHash_};
-  std::unordered_set<std::string, StringHash, std::equal_to<>> loggedUnknownStates_;
-  KnownItems knownState_; ///< by the printed path, since all of them share `mobileDocs_`
+  KnownItems loggedUnknownStates_; ///< by their texts
+  KnownItems knownState_;          ///< by the printed path, since all of them share `mobileDocs_`
   std::array<ReadLine, 16> readLines_;
   std::size_t readCount_ = 0;
   MonitorTally tally_;

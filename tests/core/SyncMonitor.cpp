@@ -1,7 +1,13 @@
 #include "core/MonitorTest.h"
+#include "support/HeapInUse.h"
+
+#include <string>
+#include <string_view>
 
 namespace driftmark::test {
 namespace {
+
+const std::string cloud = " \u2601";
 
 class SyncMonitorTest : public MonitorTest {};
 
@@ -94,6 +100,112 @@ TEST(OverallStateTest, statesHaveTheirNames) {
   EXPECT_EQ(name(OverallState::both), "both");
   EXPECT_EQ(name(OverallState::syncing), "syncing");
   EXPECT_EQ(name(OverallState::attention), "attention");
+}
+
+// ---- memory ----
+
+/// Feeds lines and reports of sixteen million bytes.
+class ExceptionalLineTest : public MonitorTest {
+protected:
+  void SetUp() override { start(); }
+
+  void feed(TestChild& child, std::string_view text) {
+    while (!text.empty()) {
+      const std::string_view chunk = text.substr(0, ChildProcesses::maxChunkSize);
+      child.print(chunk);
+      platform.mainQueue.runAll();
+      text.remove_prefix(chunk.size());
+    }
+  }
+
+  void feedItems(const std::string& before, const std::string& after) {
+    feed(items(), std::string(before).append(long_).append(after).append("\r\n"));
+  }
+
+  void feedGlobal(const std::string& before, const std::string& after) {
+    feed(globals(), std::string(before).append(long_).append(after).append("\r\n"));
+  }
+
+  /// Lets the monitor read this report, and then an empty one.
+  void report(const Arguments& arguments, const std::string& before, const std::string& after) {
+    platform.childProcesses.script(arguments, std::string(before).append(long_).append(after));
+    monitor->refreshQuota();
+    global(fraction("0.5", "1"));
+    platform.settle();
+    platform.childProcesses.script(arguments, "");
+    monitor->refreshQuota();
+    advance(20);
+    platform.settle();
+  }
+
+  /// Expects that `work` keeps no memory for its long text.
+  template <class Work> void expectGivenBack(Work work) {
+    const std::size_t before = heapInUse();
+    work();
+    takeLog();
+    EXPECT_LT(heapInUse(), before + long_.size() / 16);
+  }
+
+  const std::string long_ = std::string(std::size_t{16} << 20, 'x');
+};
+
+TEST_F(ExceptionalLineTest, noiseLeavesNoMemoryInUse) {
+  expectGivenBack([this] { feedItems("", ""); });
+}
+
+TEST_F(ExceptionalLineTest, lineThatIsNotUtf8LeavesNoMemoryInUse) {
+  expectGivenBack([this] { feedItems(" o /a", "\xff" + cloud); });
+}
+
+TEST_F(ExceptionalLineTest, knownItemLeavesNoMemoryInUse) {
+  expectGivenBack([this] { feedItems(" o /a", cloud); });
+}
+
+TEST_F(ExceptionalLineTest, colouredItemLeavesNoMemoryInUse) {
+  expectGivenBack([this] { feedItems("\x1b[1m o /a", "\x1b[0m" + cloud); });
+}
+
+TEST_F(ExceptionalLineTest, droppedTransferLeavesNoMemoryInUse) {
+  expectGivenBack([this] {
+    feedItems(" o /a", " \u2191 1%");
+    ASSERT_EQ(monitor->active().size(), 1U);
+    advance(30);
+    ASSERT_TRUE(monitor->active().empty());
+  });
+}
+
+TEST_F(ExceptionalLineTest, clearedIssueLeavesNoMemoryInUse) {
+  expectGivenBack([this] {
+    feedItems(" o /a" + cloud + " conflict ", "");
+    ASSERT_EQ(monitor->issues().size(), 1U);
+    item("/a", cloud);
+    ASSERT_TRUE(monitor->issues().empty());
+  });
+}
+
+TEST_F(ExceptionalLineTest, replacedIssueLeavesNoMemoryInUse) {
+  expectGivenBack([this] {
+    feedItems(" o /a" + cloud + " conflict ", "");
+    item("/a", cloud + " conflict");
+    ASSERT_EQ(issue("/a"), "conflict");
+  });
+}
+
+TEST_F(ExceptionalLineTest, unrecognizedStateLeavesNoMemoryInUse) {
+  expectGivenBack([this] { feedItems(" o /a" + cloud + " state ", ""); });
+}
+
+TEST_F(ExceptionalLineTest, lineOfTheGlobalMonitorLeavesNoMemoryInUse) {
+  expectGivenBack([this] { feedGlobal("", ""); });
+  expectGivenBack([this] { feedGlobal("\x1b[1m", fraction("0.5", "1")); });
+}
+
+TEST_F(ExceptionalLineTest, statusReportLeavesNoMemoryInUse) {
+  expectGivenBack([this] { report(statusReport, "Under /", "\n> upload{1} active\n"); });
+}
+
+TEST_F(ExceptionalLineTest, quotaReportLeavesNoMemoryInUse) {
+  expectGivenBack([this] { report(quotaReport, "1000 ", ""); });
 }
 
 } // namespace
