@@ -4,6 +4,7 @@
 
 #include "monitor/Patterns.h"
 #include "support/Numbers.h"
+#include "support/Strings.h"
 #include "support/Utf8.h"
 
 #include <string>

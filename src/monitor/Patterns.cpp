@@ -1,4 +1,4 @@
-// How the three patterns are found in a text, without a regular-expression engine.
+// How percentages and global reports are found in a text, without a regular-expression engine.
 
 #include "monitor/Patterns.h"
 
@@ -31,36 +31,7 @@ bool takeLiteral(std::string_view& text, std::string_view literal) {
   return true;
 }
 
-/// The length of the colour sequence at the start of `text`; 0 when there is none.
-std::size_t ansiLength(std::string_view text) {
-  std::string_view remaining = text;
-  if (!takeLiteral(remaining, "\x1b["))
-    return 0;
-  takeRun(remaining, [](char c) { return isDigit(c) || c == ';'; });
-  return takeLiteral(remaining, "m") ? text.size() - remaining.size() : 0;
-}
-
 } // namespace
-
-std::string_view withoutAnsi(std::string_view text, std::string& storage) {
-  std::size_t escape = text.find('\x1b');
-  if (escape == std::string_view::npos)
-    return text;
-  storage.clear();
-  std::size_t copied = 0;
-  for (; escape != std::string_view::npos; escape = text.find('\x1b', escape)) {
-    const std::size_t length = ansiLength(text.substr(escape));
-    if (length == 0) {
-      ++escape;
-      continue;
-    }
-    storage.append(text.substr(copied, escape - copied));
-    escape += length;
-    copied = escape;
-  }
-  storage.append(text.substr(copied));
-  return storage;
-}
 
 std::optional<std::string_view> firstPercent(std::string_view text) {
   for (std::size_t sign = text.find('%'); sign != std::string_view::npos;

@@ -2,12 +2,11 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace driftmark {
 
-/// Terminal colour sequences.
+/// Terminal colour sequences. `withoutAnsi` in support/Strings.h removes them.
 inline constexpr const char* ansiPattern = "\x1b\\[[0-9;]*m";
 
 /// A percentage; group 1 is its number.
@@ -20,10 +19,6 @@ inline constexpr const char* globalPattern =
 
 // The functions below find exactly what a regular-expression engine finds with these patterns, at a
 // fraction of the cost.
-
-/// `text` with all matches of `ansiPattern` removed. The result is `text` itself when there is no
-/// match; otherwise it refers to `storage`.
-std::string_view withoutAnsi(std::string_view text, std::string& storage);
 
 /// Group 1 of the first match of `percentPattern`.
 std::optional<std::string_view> firstPercent(std::string_view text);

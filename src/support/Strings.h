@@ -19,6 +19,10 @@ struct StringHash {
 /// `text` without the spaces and tabs at both ends.
 std::string_view trimmed(std::string_view text);
 
+/// `text` without its terminal colour sequences: an escape character, "[", digits and semicolons,
+/// "m". The result is `text` itself when there is none; otherwise it refers to `storage`.
+std::string_view withoutAnsi(std::string_view text, std::string& storage);
+
 /// Empties a text that is only a place to work in, and gives the memory of an exceptional one back.
 inline void clearScratch(std::string& text) {
   constexpr std::size_t maxKeptCapacity = 4096;

@@ -1,6 +1,7 @@
 #include "monitor/Patterns.h"
 
 #include "support/Regex.h"
+#include "support/Strings.h"
 
 #include <random>
 #include <string>
