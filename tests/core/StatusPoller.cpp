@@ -333,7 +333,7 @@ TEST_F(StatusPollerTest, stopCancelsTheReadingOfALongReport) {
   std::string text;
   for (int job = 0; job < 20'000; ++job)
     text += uploadJob;
-  report(text);
+  platform.childProcesses.hang(statusReport, text);
   make();
   platform.childProcesses.onRun([this](const ToolCommand& command) {
     if (command.arguments == statusReport)
