@@ -71,6 +71,7 @@ TEST(ItemLineTest, hiddenAndTrashedItemsAreIgnored) {
   EXPECT_EQ(read(" o /.a \u2601"), "ignored");
   EXPECT_EQ(read(" o /b/.a/ \u2601"), "ignored");
   EXPECT_EQ(read(" o /.Trashes/a \u2191 1%"), "ignored");
+  EXPECT_EQ(read(" o /.\u00e9 \u2601"), "ignored");
   EXPECT_EQ(read(" o /.b/a \u2601"), "/.b/a|current");
   EXPECT_EQ(read(" o /a./b \u2601"), "/a./b|current");
 }
@@ -89,9 +90,13 @@ TEST(ItemLineTest, hiddenNameIsFoundAtEveryPosition) {
 TEST(ItemLineTest, textThatIsNotUtf8IsInvalidAtEveryPosition) {
   for (std::size_t before = 0; before < 40; ++before)
     for (std::size_t behind = 0; behind < 20; ++behind)
-      for (const char* const broken : {"\xff", "\xe2\x98", "\xed\xa0\x80"})
+      for (const char* const broken : {"\x80", "\xff", "\xe2\x98", "\xed\xa0\x80"})
         ASSERT_EQ(read(" o /" + std::string(before, 'x') + broken + std::string(behind, 'y')),
                   "invalid");
+}
+
+TEST(ItemLineTest, lastAsciiCharacterBehindAnotherOneIsText) {
+  EXPECT_EQ(read(" o /\u00e9\x7f \u2601"), "/\u00e9\x7f|current");
 }
 
 TEST(ItemLineTest, coloursAndOuterReturnsAreRemoved) {

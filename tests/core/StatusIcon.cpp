@@ -2,11 +2,14 @@
 
 #include "core/ControllerTest.h"
 
+#include <chrono>
+
 #include <gmock/gmock.h>
 
 namespace driftmark::test {
 namespace {
 
+using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -103,6 +106,17 @@ TEST_F(StatusIconTest, bothDirectionsShowNoGlobalTransfers) {
   upload("/a");
   download("/b");
   expectIcon("arrow.triangle.2.circlepath.icloud", "", "iCloud Drive: syncing");
+}
+
+TEST_F(StatusIconTest, syncingIsShownWithoutSizeWhenTransferExpiresDuringRedraw) {
+  global(fraction("0.5", "100"));
+  platform.settle();
+  platform.childProcesses.script(quotaReport, "4096 bytes of quota remaining");
+  platform.statusBar.open();
+  platform.clock.jump(30s);
+  platform.clock.tickWhenRead(20s); // the state is read at 50 s, the tooltip at 70 s
+  platform.settle();
+  expectIcon("arrow.clockwise.icloud", "", "iCloud Drive: syncing");
 }
 
 TEST_F(StatusIconTest, progressIsRounded) {

@@ -1,7 +1,6 @@
 // When updates are checked for, and what each outcome shows.
 
 #include "UpdateTest.h"
-#include "update/Manifest.h"
 
 #include <chrono>
 
@@ -88,7 +87,7 @@ TEST_F(UpdateCheckerTest, requestBypassesCacheAndTimesOutAfterMinute) {
   EXPECT_EQ(request.url, checker->manifestURL());
   EXPECT_EQ(request.cachePolicy, HttpClient::CachePolicy::reloadIgnoringLocalCacheData);
   EXPECT_EQ(request.timeoutInterval, Seconds(60));
-  EXPECT_EQ(maxBodySize, maxManifestSize);
+  EXPECT_EQ(maxBodySize, 1024U * 1024U);
 }
 
 TEST_F(UpdateCheckerTest, checkDuringPendingReplyIsIgnored) {
