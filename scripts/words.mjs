@@ -93,7 +93,7 @@ const exceptions = [
   { words: /address/i,
     files: /LocalSocket|LocalPort|PlainServer|SessionBus|Session\.cpp|ScreenReader|TestMachine\.cpp|Sandbox\.cpp|platform\/main\.cpp/,
     reason: 'addresses of sockets, of buses and in memory' },
-  { words: /^(AddressSanitizer|SockAct|__SANITIZE_ADDRESS__|QHostAddress)$/, reason: 'names of others' },
+  { words: /^(AddressSanitizer|SockAct|__SANITIZE_ADDRESS__|address_sanitizer|QHostAddress)$/, reason: 'names of others' },
   { words: /^XAUTHORITY$/, reason: "the X server's variable" },
   { words: /^(newcomer|ActLog|putAside)$/, files: /^tests\/CMakeLists\.txt$/,
     reason: 'what the test of this check expects' },
