@@ -5,7 +5,7 @@ import { readFileSync, readdirSync } from 'node:fs';
 import path from 'node:path';
 import { mutantsOf, mutated } from '../../tools/mutate/Mutants.mjs';
 import { shuffled } from '../../tools/mutate/shuffled.mjs';
-import { root, runCase } from './support.mjs';
+import { root, runCase } from '../support/cases.mjs';
 
 /// What the mutants make of a statement in a function.
 function mutants(statement) {

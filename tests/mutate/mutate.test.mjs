@@ -6,7 +6,7 @@ import { once } from 'node:events';
 import { createReadStream, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
 import { run } from '../../tools/mutate/Commands.mjs';
-import { root, runCase } from './support.mjs';
+import { root, runCase } from '../support/cases.mjs';
 
 const script = path.join(root, 'scripts/mutate');
 

@@ -1,4 +1,4 @@
-// Helpers for the tests of scripts/mutate.
+// Helpers for the tests of the scripts.
 
 import { mkdtempSync, rmSync } from 'node:fs';
 import os from 'node:os';
@@ -12,7 +12,7 @@ export const root = path.resolve(path.dirname(fileURLToPath(import.meta.url)), '
 export async function runCase(cases) {
   const test = cases[process.argv[2]];
   if (!test) throw new Error(`no such case; there are ${Object.keys(cases).join(', ')}`);
-  const folder = mkdtempSync(path.join(os.tmpdir(), 'driftmark-mutate-'));
+  const folder = mkdtempSync(path.join(os.tmpdir(), 'driftmark-test-'));
   try {
     await test(folder);
   } finally {
