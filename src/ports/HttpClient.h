@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -12,7 +13,7 @@ namespace driftmark {
 
 /// Fetches what is behind an HTTPS URL. The server's certificate is checked against the CA
 /// certificates of the system; redirects are followed to HTTPS URLs only. The status of a reply is
-/// ignored: an error page is a reply like any other.
+/// ignored: an error page is a reply like any other. The headers of a reply may have any size.
 class HttpClient {
 public:
   enum class CachePolicy {
@@ -23,7 +24,8 @@ public:
   struct Request {
     std::string url;
     CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
-    Seconds timeoutInterval{60.0}; ///< without a byte from the server
+    Seconds timeoutInterval{60.0};        ///< without a byte from the server
+    std::optional<Seconds> maxDuration{}; ///< until the whole reply is there; unlimited without
   };
 
   /// The bytes of a reply.
@@ -48,7 +50,7 @@ public:
   virtual void fetch(const Request& request, std::size_t maxBodySize, FetchHandler onReply) = 0;
 
   /// Downloads `url` to a file, which is written as the bytes arrive. Otherwise like `fetch`, with
-  /// the default cache policy and timeout.
+  /// the default cache policy and timeouts.
   virtual void download(const std::string& url, DownloadHandler onReply) = 0;
 };
 

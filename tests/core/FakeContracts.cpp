@@ -302,12 +302,13 @@ class FakeHttpClient final : public HttpClientSubject {
 public:
   HttpClient& client() override { return client_; }
   std::string urlOf(const std::string& body) override { return "https://fake/" + body; }
+  std::string endlessUrl() override { return "https://endless/"; }
   std::string unreachableUrl() override { return "https://unreachable/"; }
   std::string contentsOf(const std::string& file) override { return file.substr(1); }
 
   bool runUntil(const std::function<bool()>& done) override {
     for (; fetches_ < client_.fetches().size(); ++fetches_)
-      reply(client_.fetches()[fetches_].request.url);
+      reply(client_.fetches()[fetches_].request);
     for (; downloads_ < client_.downloads().size(); ++downloads_)
       replyFile(client_.downloads()[downloads_]);
     return done();
@@ -316,11 +317,13 @@ public:
 private:
   static constexpr std::size_t prefix = std::string_view("https://fake/").size();
 
-  void reply(const std::string& url) {
-    if (url == unreachableUrl())
+  void reply(const HttpClient::Request& request) {
+    if (request.url == unreachableUrl())
       client_.fail({"unreachable"});
-    else
-      client_.reply(url.substr(prefix));
+    else if (request.url != endlessUrl())
+      client_.reply(request.url.substr(prefix));
+    else if (request.maxDuration)
+      client_.fail({"timed out"});
   }
 
   void replyFile(const std::string& url) {

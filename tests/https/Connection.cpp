@@ -32,6 +32,8 @@ QByteArray head(const HttpsReply& reply, std::uint64_t length) {
   QByteArray text = "HTTP/1.1 " + QByteArray::number(reply.status) + " Scripted\r\n";
   for (const auto& [name, value] : reply.headers)
     text += QByteArray::fromStdString(name + ": " + value + "\r\n");
+  if (reply.hasEndlessHeaders)
+    return text;
   if (reply.isChunked)
     text += "Transfer-Encoding: chunked\r\n";
   else if (!reply.isEndless)
@@ -48,6 +50,8 @@ Connection::Connection(QSslSocket* socket, Script& script)
   connect(socket_, &QSslSocket::readyRead, this, &Connection::read);
   connect(socket_, &QSslSocket::encryptedBytesWritten, this, &Connection::writeMore);
   connect(socket_, &QSslSocket::disconnected, this, &QObject::deleteLater);
+  pause_.setSingleShot(true);
+  connect(&pause_, &QTimer::timeout, this, &Connection::writeByte);
   read();
 }
 
@@ -84,12 +88,15 @@ std::uint64_t Connection::length() const {
 std::uint64_t Connection::left() const {
   if (reply_.cutAfter)
     return *reply_.cutAfter - std::min(*reply_.cutAfter, written_);
-  return reply_.isEndless ? std::numeric_limits<std::uint64_t>::max() : length() - written_;
+  return reply_.isEndless || reply_.hasEndlessHeaders ? std::numeric_limits<std::uint64_t>::max()
+                                                      : length() - written_;
 }
 
 void Connection::writeMore() {
   if (!isAnswering_ || isComplete_)
     return;
+  if (reply_.pause.count() > 0 && left() > 0)
+    return pause_.start(reply_.pause);
   while (left() > 0 && socket_->bytesToWrite() + socket_->encryptedBytesToWrite() < maxWaiting)
     write(piece(std::min(left(), maxPiece)));
   if (left() > 0)
@@ -100,8 +107,15 @@ void Connection::writeMore() {
   socket_->disconnectFromHost();
 }
 
+/// When it is on its way, `writeMore` begins the next pause.
+void Connection::writeByte() {
+  write(piece(1));
+}
+
 /// The next bytes of the body, at least one.
 QByteArray Connection::piece(std::uint64_t limit) const {
+  if (reply_.hasEndlessHeaders)
+    return "X-Filler: " + QByteArray(static_cast<qsizetype>(limit), 'x') + "\r\n";
   if (written_ >= reply_.body.size())
     return {static_cast<qsizetype>(limit), '\0'};
   return QByteArray::fromStdString(reply_.body.substr(written_, limit));

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QObject>
 #include <QSslSocket>
+#include <QTimer>
 
 namespace driftmark::test {
 
@@ -24,6 +25,7 @@ public:
 private:
   void read();
   void writeMore();
+  void writeByte();
   void write(const QByteArray& bytes);
   std::uint64_t left() const;
   std::uint64_t length() const;
@@ -37,6 +39,7 @@ private:
   bool isAnswering_ = false;
   bool isComplete_ = false;
   std::uint64_t written_ = 0; ///< of the body
+  QTimer pause_;
 };
 
 } // namespace driftmark::test

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -21,7 +22,9 @@ struct HttpsReply {
   std::uint64_t zeros = 0; ///< so many NUL bytes follow the text in the body
   bool isEndless = false;  ///< NUL bytes follow as long as the client reads; no length is stated
   bool isChunked = false;  ///< the body is sent in chunks; no length is stated
+  bool hasEndlessHeaders = false;          ///< headers follow instead of a body
   std::optional<std::uint64_t> cutAfter{}; ///< the connection is closed after so much of the body
+  std::chrono::milliseconds pause{};       ///< if any, each byte of the body is sent after a pause
 
   static HttpsReply redirect(const std::string& url, int status = 302) {
     return {.status = status, .headers = {{"Location", url}}};

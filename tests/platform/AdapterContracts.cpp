@@ -305,6 +305,10 @@ public:
     server_.serve(path, {.body = body});
     return server_.url(path);
   }
+  std::string endlessUrl() override {
+    server_.serve("/endless", {.isEndless = true, .pause = std::chrono::milliseconds(20)});
+    return server_.url("/endless");
+  }
   std::string unreachableUrl() override { return HttpsServer().url("/"); }
   std::string contentsOf(const std::string& file) override {
     QFile reader(QString::fromStdString(file));

@@ -3,12 +3,14 @@
 #include "platform/linux/network/LinuxHttpClient.h"
 
 #include "ScopedVariable.h"
+#include "harness/SmallVolume.h"
 #include "harness/TemporaryFolder.h"
 #include "harness/qt/EventLoop.h"
 #include "https/HttpsServer.h"
 #include "platform/linux/desktop/LinuxAdapters.h"
 
 #include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
@@ -25,6 +27,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace driftmark::test {
@@ -47,6 +50,27 @@ std::size_t residentMemory() {
   file >> all >> resident;
   return resident * static_cast<std::size_t>(getpagesize());
 }
+
+/// Files of this process grow up to a limit as long as this object lives. A write across the limit
+/// is short, the next one fails.
+class FileSizeLimit {
+public:
+  explicit FileSizeLimit(rlim_t bytes) : action_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limited{bytes, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limited);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+  ~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, action_);
+  }
+
+private:
+  void (*action_)(int);
+  rlimit before_{};
+};
 
 class LinuxHttpClientTest : public testing::Test {
 protected:
@@ -287,6 +311,36 @@ TEST_F(LinuxHttpClientTest, slowBodyDoesNotTimeOut) {
   EXPECT_FALSE(replied);
 }
 
+TEST_F(LinuxHttpClientTest, slowReplyEndsAtItsMaxDuration) {
+  server_.serve("/", {.isEndless = true, .pause = std::chrono::milliseconds(10)});
+  EXPECT_EQ(failure({.url = server_.url("/"), .maxDuration = Seconds(0.3)}),
+            "The request timed out.");
+  EXPECT_GT(server_.sent("/"), 1U) << "the server never paused for long";
+  EXPECT_TRUE(server_.awaitNoConnections());
+}
+
+TEST_F(LinuxHttpClientTest, maxDurationIncludesRedirectsAndHeaders) {
+  server_.serve("/", HttpsReply::redirect(server_.url("/headers")));
+  server_.serve("/headers", {.hasEndlessHeaders = true});
+  EXPECT_EQ(failure({.url = server_.url("/"), .maxDuration = Seconds(0.3)}),
+            "The request timed out.");
+  EXPECT_TRUE(server_.awaitNoConnections());
+}
+
+TEST_F(LinuxHttpClientTest, replyBeforeItsMaxDurationIsComplete) {
+  server_.serve("/", {.body = "slow", .pause = std::chrono::milliseconds(10)});
+  EXPECT_EQ(fetch({.url = server_.url("/"), .maxDuration = Seconds(60)}), "slow");
+}
+
+TEST_F(LinuxHttpClientTest, clientMayEndBeforeMaxDuration) {
+  server_.hold("/");
+  client_->fetch({.url = server_.url("/"), .maxDuration = Seconds(0.01)}, unlimited,
+                 [](const auto& /*reply*/) { FAIL(); });
+  client_.reset();
+  runFor(Seconds(0.05));
+  EXPECT_TRUE(server_.awaitNoConnections());
+}
+
 TEST_F(LinuxHttpClientTest, reloadAsksCachesForLatestVersion) {
   server_.serve("/", {.body = "x"});
   fetch(server_.url("/"));
@@ -354,6 +408,25 @@ TEST_F(LinuxHttpClientTest, downloadThatCannotBeWrittenIsError) {
                   [&](const auto& reply) { error = std::get<PlatformError>(reply); });
   ASSERT_TRUE(runUntil([&] { return error.has_value(); }));
   EXPECT_NE(error->description, "");
+}
+
+TEST_F(LinuxHttpClientTest, downloadOnFullVolumeSaysSo) {
+  const SmallVolume volume(64 * 1024);
+  if (!volume.exists())
+    GTEST_SKIP() << "this user may not mount volumes";
+  server_.serve("/", {.zeros = 100'000});
+  const ScopedVariable full("TMPDIR", volume.path());
+  LinuxFileSystem fileSystem("");
+  client_ = std::make_unique<LinuxHttpClient>(fileSystem);
+  EXPECT_EQ(download(server_.url("/")), "No space left on device");
+  EXPECT_TRUE(std::filesystem::is_empty(std::get<std::string>(fileSystem.temporaryDirectory())));
+  client_.reset();
+}
+
+TEST_F(LinuxHttpClientTest, shortWriteIsFinishedAndItsErrorNamed) {
+  server_.serve("/", {.zeros = 100'000});
+  const FileSizeLimit limit(65'000);
+  EXPECT_EQ(download(server_.url("/")), "File too large");
 }
 
 TEST_F(LinuxHttpClientTest, handlerMayDestroyClient) {

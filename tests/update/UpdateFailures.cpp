@@ -1,5 +1,6 @@
 // How an update fails, what the user reads then, and that nothing has changed.
 
+#include "harness/SmallVolume.h"
 #include "harness/TemporaryFolder.h"
 #include "harness/archive/ZipArchive.h"
 #include "update/LocalPort.h"
@@ -122,6 +123,18 @@ TEST_F(UpdateFailures, truncatedDownloadIsAConnectionError) {
   copy.driver.press("OK");
   expectStarted(copy.driver);
   EXPECT_EQ(treeAt(installed()), installedTree_);
+  EXPECT_THAT(treeAt(machine_.programsTemporaryFolder()), testing::SizeIs(testing::Le(1U)));
+}
+
+TEST_F(UpdateFailures, fullDiskIsNamed) {
+  const SmallVolume volume(256 * 1024);
+  if (!volume.exists())
+    GTEST_SKIP() << "this user may not mount volumes";
+  machine_.moveTemporaryFiles(volume.path());
+  release("1.1");
+  server_.serve(archivePath, {.zeros = 1'000'000});
+  RunningCopy copy = startInstalled();
+  expectFailure(copy, "No space left on device");
   EXPECT_THAT(treeAt(machine_.programsTemporaryFolder()), testing::SizeIs(testing::Le(1U)));
 }
 

@@ -120,10 +120,13 @@ void send(const HttpClient::Request& request, std::optional<std::size_t> maxBody
   DriftmarkTransfer* const transfer = [[DriftmarkTransfer alloc] init];
   transfer.onEnd = std::move(onEnd);
   transfer.remainder = maxBodySize.value_or(0);
-  NSURLSession* const session =
-      [NSURLSession sessionWithConfiguration:NSURLSessionConfiguration.defaultSessionConfiguration
-                                    delegate:transfer
-                               delegateQueue:nil];
+  NSURLSessionConfiguration* const configuration =
+      NSURLSessionConfiguration.defaultSessionConfiguration;
+  if (request.maxDuration)
+    configuration.timeoutIntervalForResource = request.maxDuration->count();
+  NSURLSession* const session = [NSURLSession sessionWithConfiguration:configuration
+                                                              delegate:transfer
+                                                         delegateQueue:nil];
   NSURLRequest* const sent = [NSURLRequest requestWithURL:url
                                               cachePolicy:nativePolicy(request.cachePolicy)
                                           timeoutInterval:request.timeoutInterval.count()];

@@ -41,6 +41,13 @@ TEST_P(HttpClientContract, unreachableServerIsDescribedError) {
     EXPECT_FALSE(error.empty());
 }
 
+TEST_P(HttpClientContract, replyThatTakesTooLongIsDescribedError) {
+  std::string error;
+  client().fetch({.url = subject_->endlessUrl(), .maxDuration = Seconds(0.2)}, maxBodySize,
+                 [&](const auto& reply) { error = std::get<PlatformError>(reply).description; });
+  EXPECT_TRUE(runUntil([&] { return !error.empty(); }));
+}
+
 TEST_P(HttpClientContract, requestsGetTheirOwnReplies) {
   std::vector<std::string> bodies(3);
   for (std::size_t number = 0; number < bodies.size(); ++number)

@@ -21,6 +21,9 @@ public:
   /// A URL whose reply has this body.
   virtual std::string urlOf(const std::string& body) = 0;
 
+  /// A URL whose reply never ends, although it never pauses for long.
+  virtual std::string endlessUrl() = 0;
+
   /// A URL without a server.
   virtual std::string unreachableUrl() = 0;
 

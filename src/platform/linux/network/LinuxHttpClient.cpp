@@ -3,6 +3,7 @@
 #include "platform/linux/network/LinuxHttpClient.h"
 
 #include "platform/posix/PosixAdapters.h"
+#include "platform/posix/files/FileItems.h"
 
 #include <algorithm>
 #include <chrono>
@@ -10,6 +11,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include <QByteArray>
@@ -23,6 +25,7 @@
 #include <QSslError>
 #include <QString>
 #include <QTemporaryFile>
+#include <QTimer>
 #include <QUrl>
 
 namespace driftmark {
@@ -31,6 +34,8 @@ namespace {
 
 /// How many bytes of a body are buffered when it arrives faster than it is processed.
 constexpr qint64 bufferSize = qint64{256} * 1024;
+
+constexpr const char* timedOut = "The request timed out.";
 
 int milliseconds(Seconds duration) {
   constexpr auto max = static_cast<double>(std::numeric_limits<int>::max());
@@ -114,6 +119,7 @@ private:
 
   void send(const HttpClient::Request& request);
   void end(const QString& fault);
+  void abort(const QString& fault);
   void receiveWaiting();
   void finish();
   QString fault() const;
@@ -151,6 +157,11 @@ void HttpTransfer::send(const HttpClient::Request& request) {
     certificateFault_ = errors.isEmpty() ? QString() : errors.first().errorString();
   });
   connect(reply_, &QNetworkReply::finished, this, &HttpTransfer::finish);
+  if (request.maxDuration)
+    QTimer::singleShot(milliseconds(*request.maxDuration), this, [this] {
+      if (body_)
+        abort(timedOut);
+    });
 }
 
 /// Ends the transfer. The body is notified from the event loop; that may delete this object.
@@ -164,16 +175,20 @@ void HttpTransfer::end(const QString& fault) {
       Qt::QueuedConnection);
 }
 
+/// Ends the transfer before its reply is complete.
+void HttpTransfer::abort(const QString& fault) {
+  end(fault);
+  reply_->abort();
+}
+
 void HttpTransfer::receiveWaiting() {
   while (body_ && reply_->bytesAvailable() > 0) {
     const QByteArray bytes = reply_->read(bufferSize);
     if (bytes.isEmpty())
       return;
     received_ += bytes.size();
-    if (const QString fault = body_->receive(bytes); !fault.isEmpty()) {
-      end(fault);
-      return reply_->abort();
-    }
+    if (const QString fault = body_->receive(bytes); !fault.isEmpty())
+      return abort(fault);
   }
 }
 
@@ -189,7 +204,7 @@ QString HttpTransfer::fault() const {
     return certificateFault_;
   const auto error = reply_->error();
   if (error == QNetworkReply::OperationCanceledError)
-    return "The request timed out.";
+    return timedOut;
   if (error != QNetworkReply::NoError && !isStatus(error))
     return reply_->errorString();
   const QVariant length = reply_->header(QNetworkRequest::ContentLengthHeader);
@@ -233,8 +248,11 @@ public:
         file_(QFile::decodeName((folder + "download-XXXXXX").c_str())) {}
 
   QString receive(const QByteArray& bytes) override {
-    const bool written = isOpen() && file_.write(bytes) == bytes.size() && file_.flush();
-    return written ? QString() : file_.errorString();
+    if (!isOpen())
+      return file_.errorString();
+    // Not by QFile: it ends a short write without a reason.
+    const int error = writeAll(file_.handle(), {bytes.constData(), std::size_t(bytes.size())});
+    return error == 0 ? QString() : QString::fromStdString(std::generic_category().message(error));
   }
 
   void finish(const QString& error) override {

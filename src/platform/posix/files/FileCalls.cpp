@@ -74,6 +74,17 @@ bool isPrivateFolder(const std::string& path) {
          information.st_uid == geteuid() && (information.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
+int writeAll(int file, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t count = write(file, bytes.data(), bytes.size());
+    if (count >= 0)
+      bytes.remove_prefix(static_cast<std::size_t>(count));
+    else if (errno != EINTR)
+      return errno;
+  }
+  return 0;
+}
+
 int listFolder(int folder, std::vector<std::string>& names) {
   // A separate descriptor, so that every listing starts at the beginning.
   const int separate = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <sys/stat.h>
@@ -62,6 +63,9 @@ int listFolder(int folder, std::vector<std::string>& names);
 
 /// The times of the last access and the last change, in the order that the system's calls take.
 std::array<timespec, 2> accessAndChangeTimes(const struct stat& information);
+
+/// Writes all of `bytes` to an open file. After an error a part of them may be written.
+int writeAll(int file, std::string_view bytes);
 
 /// Flushes the content of an open item to the disk.
 int flushToDisk(int item);

@@ -38,17 +38,6 @@ int copyMetadata(int from, int to, const struct stat& information) {
   return flushToDisk(to);
 }
 
-int writeAll(int to, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t count = write(to, bytes.data(), bytes.size());
-    if (count >= 0)
-      bytes.remove_prefix(static_cast<std::size_t>(count));
-    else if (errno != EINTR)
-      return errno;
-  }
-  return 0;
-}
-
 int copyBytes(int from, int to) {
   std::array<char, 65536> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
   for (;;) {

@@ -39,6 +39,7 @@ typedef enum NSURLRequestCachePolicy : NSUInteger {
 
 @interface NSURLSessionConfiguration : NSObject
 @property(class, readonly, strong) NSURLSessionConfiguration* defaultSessionConfiguration;
+@property NSTimeInterval timeoutIntervalForResource;
 @end
 
 @protocol NSURLSessionDelegate;
