@@ -9,7 +9,11 @@ namespace driftmark {
 
 /// A modal question or message.
 struct Alert {
-  std::string messageText;     ///< in bold, above
+  /// How many code points of the message are displayed: more than a question about a file of any
+  /// name needs.
+  static constexpr std::size_t maxDisplayedMessage = 300;
+
+  std::string messageText;     ///< in bold, above; displayed as one line, which may be wrapped
   std::string informativeText; ///< may have several lines; never read as markup
 
   /// The button titles in their order; the first is the default. Without titles there is one button
@@ -35,9 +39,10 @@ class Dialogs {
 public:
   virtual ~Dialogs() = default;
 
-  /// Shows `alert` and returns the index of the chosen button. Closing the alert in another way
-  /// counts as its last button. No value: the application was asked to terminate, which closed the
-  /// alert without an answer.
+  /// Shows `alert` and returns the index of the chosen button. The alert is never taller than the
+  /// screen, and its buttons are always visible: an informative text that needs more room scrolls.
+  /// Closing the alert in another way counts as its last button. No value: the application was
+  /// asked to terminate, which closed the alert without an answer.
   virtual std::optional<std::size_t> runModal(const Alert& alert) = 0;
 
   /// Lets the user choose one existing folder. Returns its absolute path without a trailing slash;

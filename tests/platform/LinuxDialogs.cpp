@@ -13,6 +13,7 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QImage>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
@@ -50,6 +51,32 @@ void photograph(const char* name) {
   // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing here writes the environment
   if (const char* const folder = std::getenv("DRIFTMARK_SHOTS"))
     openAlert()->grab().save(QString("%1/%2.png").arg(folder, name));
+}
+
+/// The open alert is no taller than four fifths of the screen, and its buttons are visible.
+void expectPartsFitTheScreen() {
+  EXPECT_LE(openAlert()->height(), openAlert()->screen()->availableSize().height() * 4 / 5);
+  for (const QPushButton* const each : openAlert()->findChildren<QPushButton*>()) {
+    const QRect place(each->mapTo(openAlert(), QPoint()), each->size());
+    EXPECT_TRUE(openAlert()->rect().contains(place));
+    EXPECT_EQ(each->visibleRegion().boundingRect(), each->rect());
+  }
+}
+
+bool hasInk(const QPixmap& picture) {
+  const QImage image = picture.toImage();
+  for (int y = 0; y < image.height(); ++y)
+    for (int x = 0; x < image.width(); ++x)
+      if (image.pixel(x, y) != image.pixel(image.width() - 1, 0))
+        return true;
+  return false;
+}
+
+std::string repeated(const std::string& text, int count) {
+  std::string all;
+  for (int i = 0; i < count; ++i)
+    all += text;
+  return all;
 }
 
 const Alert offer{.messageText = "Driftmark 1.2 is available",
@@ -173,13 +200,57 @@ TEST_F(LinuxDialogsTest, textThatIsTooTallScrolls) {
   for (int line = 1; line < 2000; ++line)
     alert.informativeText += "\nline " + std::to_string(line);
   show(alert, [] {
-    EXPECT_LT(openAlert()->height(), openAlert()->screen()->availableSize().height());
+    expectPartsFitTheScreen();
     const auto* const area = openAlert()->findChild<QScrollArea*>();
     ASSERT_NE(area, nullptr);
     EXPECT_TRUE(area->verticalScrollBar()->isVisible());
     EXPECT_LE(label("informativeText")->width(), area->viewport()->width());
     EXPECT_GT(label("informativeText")->height(), 1999 * openAlert()->fontMetrics().height());
     photograph("scrolled");
+    openAlert()->close();
+  });
+}
+
+TEST_F(LinuxDialogsTest, tallMessageLeavesRoomForTextAndButtons) {
+  for (const std::string& name :
+       {std::string(100'000, 'W'), std::string(250, '\n'), repeated("\u0e01\u0e33\u0e49", 1000)}) {
+    Alert alert = offer;
+    alert.messageText = "Remove Downloads in " + name + "?";
+    for (int line = 1; line < 2000; ++line)
+      alert.informativeText += "\nline " + std::to_string(line);
+    show(alert, [] {
+      expectPartsFitTheScreen();
+      EXPECT_GT(openAlert()->findChild<QScrollArea*>()->height(), 100);
+      photograph("tall-message");
+      openAlert()->close();
+    });
+  }
+}
+
+TEST_F(LinuxDialogsTest, longestFileNameIsDisplayedWhole) {
+  Alert alert = offer;
+  alert.messageText = "Remove Downloads in " + std::string(255, 'W') + "?";
+  show(alert, [&] {
+    EXPECT_EQ(label("messageText")->text().toStdString(), alert.messageText);
+    EXPECT_EQ(label("messageText")->height(),
+              label("messageText")->heightForWidth(label("messageText")->width()));
+    photograph("longest-name");
+    openAlert()->close();
+  });
+}
+
+TEST_F(LinuxDialogsTest, scrolledTextIsDisplayedToItsEnd) {
+  Alert alert = offer;
+  alert.informativeText = std::string(20'000, 'x') + "\n\nThe end.";
+  QImage top;
+  show(alert, [&] {
+    auto* const area = openAlert()->findChild<QScrollArea*>();
+    ASSERT_NE(area, nullptr);
+    top = area->viewport()->grab().toImage();
+    area->verticalScrollBar()->setValue(area->verticalScrollBar()->maximum());
+    EXPECT_TRUE(hasInk(area->viewport()->grab(QRect(0, area->viewport()->height() - 16, 60, 16))));
+    EXPECT_NE(area->viewport()->grab().toImage(), top);
+    photograph("long-word");
     openAlert()->close();
   });
 }

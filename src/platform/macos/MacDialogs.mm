@@ -2,6 +2,7 @@
 
 #include "platform/macos/Bridge.h"
 #include "platform/macos/MacAdapters.h"
+#include "support/DisplayedText.h"
 
 #include <algorithm>
 #include <utility>
@@ -10,13 +11,45 @@
 
 namespace driftmark {
 
+namespace {
+
+constexpr CGFloat maxPartOfScreen = 0.8; ///< of its height
+constexpr CGSize scrollingTextSize{400, 200};
+
+NSView* scrollingText(NSString* text) {
+  NSScrollView* const area = [NSTextView scrollableTextView];
+  area.frame = {{0, 0}, scrollingTextSize};
+  area.drawsBackground = NO;
+  NSText* const view = static_cast<NSText*>(area.documentView);
+  view.string = text;
+  view.font = [NSFont systemFontOfSize:NSFont.smallSystemFontSize];
+  view.textColor = NSColor.labelColor;
+  view.editable = NO;
+  view.drawsBackground = NO;
+  return area;
+}
+
+/// Makes the informative text scroll when the alert is too tall with the whole of it.
+void fitToScreen(NSAlert* native) {
+  [native layout];
+  if (native.window.frame.size.height <=
+      maxPartOfScreen * NSScreen.mainScreen.visibleFrame.size.height)
+    return;
+  native.accessoryView = scrollingText(native.informativeText);
+  native.informativeText = @"";
+}
+
+} // namespace
+
 std::optional<std::size_t> MacDialogs::runModal(const Alert& alert) {
   NSAlert* const native = [[NSAlert alloc] init];
-  native.messageText = nsString(alert.messageText);
+  native.messageText = nsString(
+      displayedText(alert.messageText, LineBreaks::becomeSpaces, Alert::maxDisplayedMessage));
   native.informativeText = nsString(alert.informativeText);
   for (const std::string& title : alert.buttons)
     [native addButtonWithTitle:nsString(title)];
   native.window.preventsApplicationTerminationWhenModal = NO;
+  fitToScreen(native);
 
   const NSInteger index = [native runModal] - NSAlertFirstButtonReturn;
   const auto count = static_cast<NSInteger>(std::max<std::size_t>(alert.buttons.size(), 1));

@@ -2,6 +2,7 @@
 
 #include "platform/linux/dialogs/LinuxDialogs.h"
 #include "platform/linux/dialogs/WrappingLabel.h"
+#include "support/DisplayedText.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -28,6 +29,7 @@ constexpr int minButtonWidth = 80;
 constexpr int minButtonHeight = 28;
 constexpr int buttonPadding = 8;
 constexpr int charactersPerLine = 62;
+constexpr double maxPartOfScreen = 0.8; ///< of its height
 
 /// Escapes the character that would make the next one a shortcut.
 QString label(const std::string& title) {
@@ -46,8 +48,9 @@ std::unique_ptr<QScrollArea> scrollable(std::unique_ptr<QWidget> text) {
 }
 
 /// The window of an alert: the message in bold, the informative text below it, and the buttons in
-/// order from left to right. A text that is too tall for the screen scrolls. Object names:
-/// `messageText`, `informativeText`, `button0`, `button1` and so on.
+/// order from left to right. A text that is too tall for the screen scrolls, so that the buttons
+/// are always visible. Object names: `messageText`, `informativeText`, `button0`, `button1` and so
+/// on.
 class AlertDialog final : public QDialog {
 public:
   explicit AlertDialog(const Alert& alert);
@@ -60,8 +63,8 @@ protected:
   void showEvent(QShowEvent* event) override;
 
 private:
-  int addButtons(QVBoxLayout& column, const Alert& alert);
-  void addTexts(QVBoxLayout& column, const Alert& alert, int width);
+  QSize addButtons(QVBoxLayout& column, const Alert& alert);
+  void addTexts(QVBoxLayout& column, const Alert& alert, int width, int maxHeight);
 
   std::optional<std::size_t> chosen_;
 };
@@ -78,15 +81,19 @@ AlertDialog::AlertDialog(const Alert& alert) {
   column->setSpacing(0);
   column->setSizeConstraint(QLayout::SetFixedSize);
   auto buttons = std::make_unique<QVBoxLayout>();
-  const int maxLineWidth = screen()->availableSize().width() - 2 * margin;
-  const int width = std::min(fontMetrics().averageCharWidth() * charactersPerLine, maxLineWidth);
-  addTexts(*column, alert, std::max(width, addButtons(*buttons, alert)));
+  const QSize available = screen()->availableSize();
+  const int width = std::min(fontMetrics().averageCharWidth() * charactersPerLine,
+                             available.width() - 2 * margin);
+  const QSize row = addButtons(*buttons, alert);
+  const int maxHeight = static_cast<int>(maxPartOfScreen * available.height());
+  addTexts(*column, alert, std::max(width, row.width()),
+           maxHeight - 2 * margin - gapAboveButtons - row.height());
   column->addSpacing(gapAboveButtons);
   column->addLayout(buttons.release());
 }
 
-/// Returns the width of the row of buttons.
-int AlertDialog::addButtons(QVBoxLayout& column, const Alert& alert) {
+/// Returns the size of the row of buttons.
+QSize AlertDialog::addButtons(QVBoxLayout& column, const Alert& alert) {
   std::vector<std::string> titles = alert.buttons;
   if (titles.empty())
     titles.emplace_back("OK");
@@ -111,16 +118,18 @@ int AlertDialog::addButtons(QVBoxLayout& column, const Alert& alert) {
     if (index == 0)
       button->setFocus();
   }
-  return row->sizeHint().width();
+  return row->sizeHint();
 }
 
-void AlertDialog::addTexts(QVBoxLayout& column, const Alert& alert, int width) {
-  auto* const message = new WrappingLabel(QString::fromStdString(alert.messageText));
+void AlertDialog::addTexts(QVBoxLayout& column, const Alert& alert, int width, int maxHeight) {
+  auto* const message = new WrappingLabel(QString::fromStdString(
+      displayedText(alert.messageText, LineBreaks::becomeSpaces, Alert::maxDisplayedMessage)));
   message->setObjectName("messageText");
   QFont bold = message->font();
   bold.setBold(true);
   message->setFont(bold);
-  message->setFixedSize(width, message->heightForWidth(width));
+  const int messageHeight = std::min(message->heightForWidth(width), maxHeight / 2);
+  message->setFixedSize(width, messageHeight);
   column.addWidget(message);
   if (alert.informativeText.empty())
     return;
@@ -129,13 +138,13 @@ void AlertDialog::addTexts(QVBoxLayout& column, const Alert& alert, int width) {
   auto text = std::make_unique<WrappingLabel>(QString::fromStdString(alert.informativeText));
   text->setObjectName("informativeText");
   const int height = text->heightForWidth(width);
-  const int maxHeight = screen()->availableSize().height() / 2;
-  if (height <= maxHeight) {
+  const int heightLeft = maxHeight - messageHeight - gapBetweenTexts;
+  if (height <= heightLeft) {
     text->setFixedSize(width, height);
     column.addWidget(text.release());
   } else {
     auto* const area = scrollable(std::move(text)).release();
-    area->setFixedSize(width, maxHeight);
+    area->setFixedSize(width, heightLeft);
     column.addWidget(area);
   }
 }

@@ -5,10 +5,11 @@
 #include <cmath>
 
 #include <QAbstractTextDocumentLayout>
+#include <QEvent>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QTextBlockFormat>
 #include <QTextCursor>
-#include <QTextDocument>
 #include <QTextOption>
 
 namespace driftmark {
@@ -25,12 +26,23 @@ WrappingLabel::WrappingLabel(const QString& text) {
   QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
   policy.setHeightForWidth(true);
   setSizePolicy(policy);
+
+  QTextOption option;
+  option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+  document_.setUndoRedoEnabled(false);
+  document_.setDocumentMargin(0);
+  document_.setDefaultFont(font());
+  document_.setDefaultTextOption(option);
+  QTextBlockFormat format;
+  format.setLineHeight(lineHeight, QTextBlockFormat::ProportionalHeight);
+  QTextCursor cursor(&document_);
+  cursor.setBlockFormat(format);
+  cursor.insertText(text);
 }
 
 int WrappingLabel::heightForWidth(int width) const {
-  QTextDocument document;
-  layOut(document, width);
-  return static_cast<int>(std::ceil(document.size().height()));
+  document_.setTextWidth(width);
+  return static_cast<int>(std::ceil(document_.size().height()));
 }
 
 QSize WrappingLabel::sizeHint() const {
@@ -41,28 +53,19 @@ QSize WrappingLabel::minimumSizeHint() const {
   return {fontMetrics().averageCharWidth(), fontMetrics().height()};
 }
 
-void WrappingLabel::paintEvent(QPaintEvent* /*event*/) {
-  QTextDocument document;
-  layOut(document, width());
+void WrappingLabel::paintEvent(QPaintEvent* event) {
+  document_.setTextWidth(width());
   QAbstractTextDocumentLayout::PaintContext context;
+  context.clip = event->rect();
   context.palette.setColor(QPalette::Text, palette().color(foregroundRole()));
   QPainter painter(this);
-  document.documentLayout()->draw(&painter, context);
+  document_.documentLayout()->draw(&painter, context);
 }
 
-void WrappingLabel::layOut(QTextDocument& document, int width) const {
-  QTextOption option;
-  option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-  document.setDocumentMargin(0);
-  document.setDefaultFont(font());
-  document.setDefaultTextOption(option);
-  document.setPlainText(text());
-  document.setTextWidth(width);
-  QTextBlockFormat format;
-  format.setLineHeight(lineHeight, QTextBlockFormat::ProportionalHeight);
-  QTextCursor cursor(&document);
-  cursor.select(QTextCursor::Document);
-  cursor.mergeBlockFormat(format);
+void WrappingLabel::changeEvent(QEvent* event) {
+  QLabel::changeEvent(event);
+  if (event->type() == QEvent::FontChange)
+    document_.setDefaultFont(font());
 }
 
 } // namespace driftmark

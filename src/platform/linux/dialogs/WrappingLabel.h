@@ -1,13 +1,13 @@
 #pragma once
 
 #include <QLabel>
-
-class QTextDocument;
+#include <QTextDocument>
 
 namespace driftmark {
 
 /// A label that breaks a plain text into lines of its width: between words, and inside a word that
-/// is wider than a line, such as a path. Nothing is left out.
+/// is wider than a line, such as a path. Nothing is left out. The text is laid out once for each
+/// width, however often it is painted.
 class WrappingLabel final : public QLabel {
 public:
   explicit WrappingLabel(const QString& text);
@@ -19,9 +19,10 @@ public:
 
 protected:
   void paintEvent(QPaintEvent* event) override;
+  void changeEvent(QEvent* event) override;
 
 private:
-  void layOut(QTextDocument& document, int width) const;
+  mutable QTextDocument document_; ///< laid out for the width that was asked for last
 };
 
 } // namespace driftmark

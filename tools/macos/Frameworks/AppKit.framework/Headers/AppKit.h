@@ -8,5 +8,6 @@
 #import <AppKit/NSMenu.h>
 #import <AppKit/NSOpenPanel.h>
 #import <AppKit/NSStatusItem.h>
+#import <AppKit/NSTextView.h>
 #import <AppKit/NSWorkspace.h>
 #import <Foundation/Foundation.h>

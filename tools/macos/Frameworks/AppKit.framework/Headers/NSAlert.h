@@ -12,7 +12,9 @@ static const NSModalResponse NSAlertFirstButtonReturn = 1000;
 @property(copy) NSString* messageText;
 @property(copy) NSString* informativeText;
 @property(readonly, strong) NSWindow* window;
+@property(nullable, strong) NSView* accessoryView;
 - (NSButton*)addButtonWithTitle:(NSString*)title;
+- (void)layout;
 - (NSModalResponse)runModal;
 @end
 

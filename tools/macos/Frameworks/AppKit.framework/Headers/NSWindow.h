@@ -12,10 +12,17 @@ static const NSModalResponse NSModalResponseAbort = -1001;
 @end
 
 @interface NSView : NSResponder
+@property CGRect frame;
 @property(nullable, copy) NSString* toolTip;
 @end
 
+@interface NSScreen : NSObject
+@property(class, readonly, nullable, strong) NSScreen* mainScreen;
+@property(readonly) CGRect visibleFrame;
+@end
+
 @interface NSWindow : NSResponder
+@property(readonly) CGRect frame;
 @property BOOL preventsApplicationTerminationWhenModal;
 @end
 

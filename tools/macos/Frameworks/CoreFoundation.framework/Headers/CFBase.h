@@ -10,6 +10,18 @@ struct CGPoint {
 };
 typedef struct CGPoint CGPoint;
 
+struct CGSize {
+  CGFloat width;
+  CGFloat height;
+};
+typedef struct CGSize CGSize;
+
+struct CGRect {
+  CGPoint origin;
+  CGSize size;
+};
+typedef struct CGRect CGRect;
+
 typedef unsigned char Boolean;
 typedef signed long CFIndex;
 typedef unsigned long CFHashCode;
