@@ -58,6 +58,7 @@ void UpdateChecker::check(bool interactive) {
       .url = manifestURL(),
       .cachePolicy = HttpClient::CachePolicy::reloadIgnoringLocalCacheData,
       .timeoutInterval = manifestTimeout,
+      .maxDuration = maxManifestDuration,
   };
   auto deliver = weakly(shared_from_this(), [interactive](UpdateChecker& self, const auto& reply) {
     self.manifestArrived(reply, interactive);
@@ -83,7 +84,9 @@ void UpdateChecker::manifestArrived(const std::variant<HttpClient::Body, Platfor
 
   const std::string current = currentVersion();
   if (isNewer(manifest->version, current)) {
-    offer(*manifest);
+    log({"update ", manifest->version, " available (running ", current, ")"});
+    if (interactive || openAlerts_ == 0)
+      offer(*manifest);
     return;
   }
   log({"up to date (", current, ")"});
@@ -93,22 +96,37 @@ void UpdateChecker::manifestArrived(const std::variant<HttpClient::Body, Platfor
 
 /// `reason` is for the log, `details` for the user.
 void UpdateChecker::checkFailed(const std::string& reason, const std::string& details,
-                                bool interactive) const {
+                                bool interactive) {
   log({"update check failed: ", reason});
   if (interactive)
-    activateAndAsk("Could not check for updates", details);
+    showFailure("Could not check for updates", details);
 }
 
 void UpdateChecker::offer(const Manifest& manifest) {
-  const std::string current = currentVersion();
-  log({"update ", manifest.version, " available (running ", current, ")"});
-  std::string details = "You have " + current + ".";
-  if (manifest.notes && !manifest.notes->empty())
-    details += "\n\n" + *manifest.notes;
-  const auto answer = activateAndAsk("Driftmark " + manifest.version + " is available", details,
+  const std::string version =
+      shown(manifest.version, LineBreaks::becomeSpaces, maxVersionCharacters);
+  const std::string notes =
+      shown(manifest.notes.value_or(""), LineBreaks::stay, maxNotesCharacters);
+  std::string details = "You have " + currentVersion() + ".";
+  if (!notes.empty())
+    details += "\n\n" + notes;
+  const auto answer = activateAndAsk("Driftmark " + version + " is available", details,
                                      {"Install and Relaunch", "Later"});
   if (answer == installAndRelaunch)
     download(manifest);
+}
+
+void UpdateChecker::showFailure(const std::string& messageText, const std::string& error) {
+  activateAndAsk(messageText, shown(error, LineBreaks::stay, maxErrorCharacters));
+}
+
+/// What an alert shows of a text from outside.
+std::string UpdateChecker::shown(std::string_view text, LineBreaks lineBreaks,
+                                 std::size_t maxCharacters) const {
+  // One character can have any number of marks. No writing needs as many on the average.
+  constexpr std::size_t maxCodePointsPerCharacter = 8;
+  return platform_.text.firstCharacters(
+      displayedText(text, lineBreaks, maxCodePointsPerCharacter * maxCharacters), maxCharacters);
 }
 
 void UpdateChecker::log(std::initializer_list<std::string_view> parts) const {
@@ -118,9 +136,13 @@ void UpdateChecker::log(std::initializer_list<std::string_view> parts) const {
 /// Shows an alert in front of all applications. Returns the index of the chosen button, if any.
 std::optional<std::size_t> UpdateChecker::activateAndAsk(const std::string& messageText,
                                                          const std::string& informativeText,
-                                                         std::vector<std::string> buttons) const {
+                                                         std::vector<std::string> buttons) {
   platform_.application.activateIgnoringOtherApplications();
-  return platform_.dialogs.runModal({messageText, informativeText, std::move(buttons)});
+  ++openAlerts_;
+  const auto answer =
+      platform_.dialogs.runModal({messageText, informativeText, std::move(buttons)});
+  --openAlerts_;
+  return answer;
 }
 
 } // namespace driftmark

@@ -4,6 +4,7 @@
 #include "ports/MainQueue.h"
 #include "ports/Platform.h"
 #include "ports/PlatformError.h"
+#include "support/DisplayedText.h"
 
 #include <cstddef>
 #include <initializer_list>
@@ -37,7 +38,7 @@ public:
   static std::shared_ptr<UpdateChecker> make(const Platform& platform);
   UpdateChecker(Private pass, const Platform& platform);
 
-  /// Schedules the automatic checks.
+  /// Schedules the automatic checks. They show nothing while an alert of this object is open.
   void start();
 
   /// Fetches the manifest and offers a newer release. Does nothing while a reply is pending. The
@@ -55,16 +56,24 @@ public:
   static constexpr Seconds checkInterval{86400.0};
   static constexpr Seconds checkTolerance{3600.0};
   static constexpr Seconds manifestTimeout{60.0};
+  static constexpr Seconds maxManifestDuration{300.0};
+
+  // What an alert shows of texts from outside, in user-perceived characters
+  static constexpr std::size_t maxVersionCharacters = 64;
+  static constexpr std::size_t maxNotesCharacters = 20'000;
+  static constexpr std::size_t maxErrorCharacters = 1000;
 
 private:
   // UpdateChecker.cpp
   void log(std::initializer_list<std::string_view> parts) const;
   std::optional<std::size_t> activateAndAsk(const std::string& messageText,
                                             const std::string& informativeText,
-                                            std::vector<std::string> buttons = {}) const;
+                                            std::vector<std::string> buttons = {});
+  void showFailure(const std::string& messageText, const std::string& error);
+  std::string shown(std::string_view text, LineBreaks lineBreaks, std::size_t maxCharacters) const;
   void manifestArrived(const std::variant<HttpClient::Body, PlatformError>& reply,
                        bool interactive);
-  void checkFailed(const std::string& reason, const std::string& details, bool interactive) const;
+  void checkFailed(const std::string& reason, const std::string& details, bool interactive);
   void offer(const Manifest& manifest);
 
   // UpdateInstall.cpp
@@ -80,6 +89,7 @@ private:
   const Platform platform_;
   std::unique_ptr<Timer> timer_;
   bool checking_ = false; ///< from sending a manifest request until its reply is handled
+  int openAlerts_ = 0;
 };
 
 } // namespace driftmark

@@ -74,11 +74,11 @@ void UpdateChecker::download(const Manifest& manifest) {
 
 void UpdateChecker::downloadArrived(const std::variant<std::string, PlatformError>& archive) {
   if (const auto* const error = std::get_if<PlatformError>(&archive)) {
-    activateAndAsk("Update failed", error->description);
+    showFailure("Update failed", error->description);
     return;
   }
   if (const auto failure = install(std::get<std::string>(archive)))
-    activateAndAsk("Update failed", failure->description);
+    showFailure("Update failed", failure->description);
 }
 
 std::optional<PlatformError> UpdateChecker::install(const std::string& zip) const {

@@ -3,6 +3,8 @@
 #include "UpdateTest.h"
 
 #include <chrono>
+#include <functional>
+#include <utility>
 
 #include <gmock/gmock.h>
 
@@ -10,10 +12,27 @@ namespace driftmark::test {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using UpdateCheckerTest = UpdateTest;
+class UpdateCheckerTest : public UpdateTest {
+protected:
+  /// Runs `inside` while the next alert is open.
+  void onNextAlert(std::function<void()> inside) {
+    platform.dialogs.onShow([this, inside = std::move(inside)](const Alert&) {
+      platform.dialogs.onShow(nullptr);
+      platform.mainQueue.runModal(inside);
+    });
+  }
+
+  Lines takeMessages() {
+    Lines messages;
+    for (const Alert& alert : platform.dialogs.take())
+      messages.push_back(alert.messageText);
+    return messages;
+  }
+};
 
 TEST_F(UpdateCheckerTest, manifestIsAtVendorsHost) {
   EXPECT_THAT(checker->manifestURL(), testing::StartsWith("https://"));
@@ -80,13 +99,14 @@ TEST_F(UpdateCheckerTest, releasedCheckerDoesNotCheck) {
   EXPECT_THAT(platform.httpClient.fetches(), IsEmpty());
 }
 
-TEST_F(UpdateCheckerTest, requestBypassesCacheAndTimesOutAfterMinute) {
+TEST_F(UpdateCheckerTest, requestBypassesCacheAndIsLimitedInTime) {
   checker->check(false);
   ASSERT_EQ(platform.httpClient.fetches().size(), 1U);
   const auto& [request, maxBodySize] = platform.httpClient.fetches()[0];
   EXPECT_EQ(request.url, checker->manifestURL());
   EXPECT_EQ(request.cachePolicy, HttpClient::CachePolicy::reloadIgnoringLocalCacheData);
   EXPECT_EQ(request.timeoutInterval, Seconds(60));
+  EXPECT_EQ(request.maxDuration, Seconds(300));
   EXPECT_EQ(maxBodySize, 1024U * 1024U);
 }
 
@@ -109,6 +129,52 @@ TEST_F(UpdateCheckerTest, checkMayBeginWhileAlertIsOpen) {
   checker->check(true);
   reply(manifest("1.0"));
   EXPECT_EQ(platform.httpClient.fetches().size(), 2U);
+}
+
+TEST_F(UpdateCheckerTest, automaticChecksShowNothingWhileAlertIsOpen) {
+  checker->start();
+  onNextAlert([&] {
+    for (int day = 0; day < 3; ++day) {
+      platform.mainQueue.advance(UpdateChecker::checkInterval);
+      reply(manifest("1.6"));
+    }
+  });
+  platform.mainQueue.advance(UpdateChecker::firstCheckDelay);
+  reply(manifest("1.5"));
+  EXPECT_EQ(platform.httpClient.fetches().size(), 4U);
+  EXPECT_THAT(takeLog(), Contains("Driftmark: update 1.6 available (running 1.0)").Times(3));
+  EXPECT_THAT(takeMessages(), ElementsAre("Driftmark 1.5 is available"));
+  EXPECT_EQ(platform.application.activations(), 1);
+
+  platform.mainQueue.advance(UpdateChecker::checkInterval);
+  reply(manifest("1.6"));
+  EXPECT_THAT(takeMessages(), ElementsAre("Driftmark 1.6 is available"));
+}
+
+TEST_F(UpdateCheckerTest, automaticCheckShowsNothingWhileFailureIsShown) {
+  platform.dialogs.answer(0);
+  checker->check(true);
+  reply(manifest("1.5"));
+  onNextAlert([&] {
+    checker->check(false);
+    reply(manifest("1.6"));
+  });
+  platform.httpClient.failDownload({"The network is unreachable."});
+  platform.settle();
+  EXPECT_THAT(takeMessages(), ElementsAre("Driftmark 1.5 is available", "Update failed"));
+}
+
+TEST_F(UpdateCheckerTest, automaticCheckShowsNothingWhileInnerAlertIsClosedAndOuterOpen) {
+  onNextAlert([&] {
+    checker->check(true);
+    reply(manifest("1.6"));
+    checker->check(false);
+    reply(manifest("1.7"));
+  });
+  checker->check(false);
+  reply(manifest("1.5"));
+  EXPECT_THAT(takeMessages(),
+              ElementsAre("Driftmark 1.5 is available", "Driftmark 1.6 is available"));
 }
 
 TEST_F(UpdateCheckerTest, automaticCheckWithoutUpdateOnlyLogs) {
@@ -181,6 +247,56 @@ TEST_F(UpdateCheckerTest, emptyNotesAddNothing) {
   checker->check(false);
   reply(manifest("1.5", R"(, "notes": "")"));
   EXPECT_EQ(platform.dialogs.take().at(0).informativeText, "You have 1.0.");
+}
+
+TEST_F(UpdateCheckerTest, longVersionAndNotesAreCut) {
+  checker->check(false);
+  reply(manifest("2." + std::string(100'000, '1'),
+                 R"(, "notes": ")" + std::string(100'000, 'x') + "\""));
+  const Alert offer = platform.dialogs.take().at(0);
+  EXPECT_EQ(offer.messageText, "Driftmark 2." + std::string(62, '1') + " is available");
+  EXPECT_EQ(offer.informativeText, "You have 1.0.\n\n" + std::string(20'000, 'x'));
+}
+
+TEST_F(UpdateCheckerTest, manyMarksOnOneLetterAreCut) {
+  std::string tower = "2.0";
+  for (int mark = 0; mark < 100'000; ++mark)
+    tower += "\u0301";
+  checker->check(false);
+  reply(manifest(tower, R"(, "notes": ")" + tower + "\""));
+  const Alert offer = platform.dialogs.take().at(0);
+  EXPECT_LT(offer.messageText.size(), 5'000U);
+  EXPECT_LT(offer.informativeText.size(), 1'000'000U);
+}
+
+TEST_F(UpdateCheckerTest, controlsInVersionAndNotesAreNeutralized) {
+  checker->check(false);
+  reply(manifest("2.5\\u202e\\n\\u001b[1m", R"(, "notes": "Fewer\u2066 wake-ups.\r\n\u0007")"));
+  const Alert offer = platform.dialogs.take().at(0);
+  EXPECT_EQ(offer.messageText, "Driftmark 2.5 \ufffd[1m is available");
+  EXPECT_EQ(offer.informativeText, "You have 1.0.\n\nFewer wake-ups.\n\ufffd");
+}
+
+TEST_F(UpdateCheckerTest, notesOfDirectionControlsAddNothing) {
+  checker->check(false);
+  reply(manifest("1.5", R"(, "notes": "\u202e\u2069")"));
+  EXPECT_EQ(platform.dialogs.take().at(0).informativeText, "You have 1.0.");
+}
+
+TEST_F(UpdateCheckerTest, errorsAreCutAndNeutralized) {
+  const std::string error = "Host \u202e" + std::string(100'000, 'x') + " not found";
+  const std::string shown = "Host " + std::string(995, 'x');
+  checker->check(true);
+  platform.httpClient.fail({error});
+  platform.settle();
+  EXPECT_EQ(platform.dialogs.take().at(0).informativeText, shown);
+
+  platform.dialogs.answer(0);
+  checker->check(true);
+  reply(manifest("1.5"));
+  platform.httpClient.failDownload({error});
+  platform.settle();
+  EXPECT_EQ(platform.dialogs.take().at(1).informativeText, shown);
 }
 
 TEST_F(UpdateCheckerTest, declinedVersionIsOfferedAgain) {

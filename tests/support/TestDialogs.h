@@ -18,8 +18,8 @@ class TestDialogs final : public Dialogs {
 public:
   std::optional<std::size_t> runModal(const Alert& alert) override {
     shown_.push_back(alert);
-    if (onShow_)
-      onShow_(alert);
+    if (const auto handler = onShow_)
+      handler(alert);
     if (unanswered_)
       return std::nullopt;
     if (answers_.empty())

@@ -141,6 +141,12 @@ bool TestMainQueue::advanceToNext() {
   return next && runUpTo(std::max(*next, core_->elapsed)) > 0;
 }
 
+void TestMainQueue::runModal(const std::function<void()>& inside) {
+  const bool wasRunning = std::exchange(core_->running, false);
+  inside();
+  core_->running = wasRunning;
+}
+
 std::size_t TestMainQueue::runUpTo(Date::duration target) {
   if (std::exchange(core_->running, true))
     throw std::logic_error("the main queue was run from inside one of its tasks");

@@ -45,6 +45,9 @@ public:
   /// Lets time pass until the next task is due and runs the tasks due then; false when none waits.
   bool advanceToNext();
 
+  /// Calls `inside` from a task that shows a modal window: the call may run this queue.
+  void runModal(const std::function<void()>& inside);
+
   /// Drops all waiting tasks.
   void clear();
 

@@ -1,13 +1,16 @@
 #pragma once
 
 #include "ports/SystemText.h"
+#include "support/Utf8.h"
 
+#include <algorithm>
 #include <string>
+#include <string_view>
 
 namespace driftmark::test {
 
 /// Texts in a fixed plain form: byte counts are "4096 bytes", times "120 s ago"; a URL is any text
-/// that is not empty and contains no space; characters are bytes.
+/// that is not empty and contains no space; characters are code points.
 class TestSystemText final : public SystemText {
 public:
   std::string byteCount(std::int64_t bytes) const override {
@@ -23,7 +26,10 @@ public:
   }
 
   std::string firstCharacters(const std::string& text, std::size_t count) const override {
-    return text.substr(0, count);
+    std::size_t end = 0;
+    for (; count > 0 && end < text.size(); --count)
+      end += std::max(utf8SequenceLength(std::string_view(text).substr(end)), std::size_t{1});
+    return text.substr(0, end);
   }
 };
 

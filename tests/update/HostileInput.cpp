@@ -5,6 +5,7 @@
 #include "update/PlainServer.h"
 #include "update/UpdateTest.h"
 
+#include <chrono>
 #include <csignal>
 #include <fstream>
 #include <functional>
@@ -184,6 +185,30 @@ TEST_F(HostileInput, manifestOfOneGigabyteIsBounded) {
   check(copy);
   EXPECT_EQ(copy.driver.awaitAlert().texts.front(), "Could not check for updates");
   EXPECT_LT(peakMemory(copy.process.identifier()), before + maxGrowth);
+}
+
+TEST_F(HostileInput, longVersionAndNotesAreDisplayedInPart) {
+  const std::string version = "2." + std::string(400'000, '1');
+  announce(version, {}, std::string(500'000, 'x'));
+  RunningCopy copy = startInstalled();
+  check(copy);
+  const icloud::Window alert =
+      awaitAlert(copy.driver, "Driftmark " + version.substr(0, 64) + " is available");
+  EXPECT_THAT(alert.texts.back(), testing::SizeIs(testing::Le(20'100U)));
+  EXPECT_LT(alert.geometry.height, 800) << "the height of the screen";
+  const auto start = std::chrono::steady_clock::now();
+  copy.process.signal(SIGTERM);
+  copy.driver.awaitEnd();
+  EXPECT_EQ(awaitExit(copy.process), 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+}
+
+TEST_F(HostileInput, controlsInVersionAndNotesAreNeutralized) {
+  announce("2.0\u202e\n\x1b[1m", {}, "Fewer\u2066 wake-ups.\u0007");
+  RunningCopy copy = startInstalled();
+  check(copy);
+  expectAlert(copy.driver, "Driftmark 2.0 \ufffd[1m is available",
+              "You have 1.0.\n\nFewer wake-ups.\ufffd", offerButtons);
 }
 
 TEST_F(HostileInput, endlessDownloadLeavesProgramResponsive) {

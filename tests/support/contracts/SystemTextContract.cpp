@@ -47,4 +47,12 @@ TEST_P(SystemTextContract, urlIsDistinguishedFromOtherText) {
     EXPECT_FALSE(text().isUrl(other)) << other;
 }
 
+TEST_P(SystemTextContract, textIsCutBetweenCharacters) {
+  EXPECT_EQ(text().firstCharacters("abc", 0), "");
+  EXPECT_EQ(text().firstCharacters("abc", 2), "ab");
+  EXPECT_EQ(text().firstCharacters("abc", 3), "abc");
+  EXPECT_EQ(text().firstCharacters("abc", 4), "abc");
+  EXPECT_EQ(text().firstCharacters("é日😀x", 3), "é日😀");
+}
+
 } // namespace driftmark::test
