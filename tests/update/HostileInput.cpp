@@ -228,6 +228,18 @@ TEST_F(HostileInput, endlessDownloadLeavesProgramResponsive) {
   EXPECT_EQ(treeAt(installed()), installedTree_);
 }
 
+TEST_F(HostileInput, endlessHeadersLeaveProgramResponsive) {
+  release("1.1");
+  server_.serve(archivePath, {.hasEndlessHeaders = true});
+  RunningCopy copy = startInstalled();
+  agree(copy);
+  ASSERT_TRUE(server_.awaitSent(archivePath, 8 * mebibyte));
+  chooseInMenu(copy.driver, "About Driftmark");
+  quit(copy.driver);
+  EXPECT_EQ(awaitExit(copy.process), 0);
+  EXPECT_EQ(treeAt(installed()), installedTree_);
+}
+
 TEST_F(HostileInput, stalledDownloadDoesNotDelayQuit) {
   release("1.1");
   server_.hold(archivePath);
