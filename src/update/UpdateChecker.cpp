@@ -84,9 +84,7 @@ void UpdateChecker::manifestArrived(const std::variant<HttpClient::Body, Platfor
 
   const std::string current = currentVersion();
   if (isNewer(manifest->version, current)) {
-    log({"update ", manifest->version, " available (running ", current, ")"});
-    if (interactive || openAlerts_ == 0)
-      offer(*manifest);
+    offer(*manifest, interactive);
     return;
   }
   log({"up to date (", current, ")"});
@@ -97,17 +95,21 @@ void UpdateChecker::manifestArrived(const std::variant<HttpClient::Body, Platfor
 /// `reason` is for the log, `details` for the user.
 void UpdateChecker::checkFailed(const std::string& reason, const std::string& details,
                                 bool interactive) {
-  log({"update check failed: ", reason});
+  log({"update check failed: ", shown(reason, LineBreaks::stay, maxErrorCharacters)});
   if (interactive)
     showFailure("Could not check for updates", details);
 }
 
-void UpdateChecker::offer(const Manifest& manifest) {
+void UpdateChecker::offer(const Manifest& manifest, bool interactive) {
+  const std::string current = currentVersion();
   const std::string version =
       shown(manifest.version, LineBreaks::becomeSpaces, maxVersionCharacters);
+  log({"update ", version, " available (running ", current, ")"});
+  if (!interactive && openAlerts_ > 0)
+    return;
   const std::string notes =
       shown(manifest.notes.value_or(""), LineBreaks::stay, maxNotesCharacters);
-  std::string details = "You have " + currentVersion() + ".";
+  std::string details = "You have " + current + ".";
   if (!notes.empty())
     details += "\n\n" + notes;
   const auto answer = activateAndAsk("Driftmark " + version + " is available", details,
@@ -120,7 +122,7 @@ void UpdateChecker::showFailure(const std::string& messageText, const std::strin
   activateAndAsk(messageText, shown(error, LineBreaks::stay, maxErrorCharacters));
 }
 
-/// What an alert shows of a text from outside.
+/// What an alert and the log show of a text from outside.
 std::string UpdateChecker::shown(std::string_view text, LineBreaks lineBreaks,
                                  std::size_t maxCharacters) const {
   // One character can have any number of marks. No writing needs as many on the average.

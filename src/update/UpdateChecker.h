@@ -58,7 +58,7 @@ public:
   static constexpr Seconds manifestTimeout{60.0};
   static constexpr Seconds maxManifestDuration{300.0};
 
-  // What an alert shows of texts from outside, in user-perceived characters
+  // What an alert and the log show of texts from outside, in user-perceived characters
   static constexpr std::size_t maxVersionCharacters = 64;
   static constexpr std::size_t maxNotesCharacters = 20'000;
   static constexpr std::size_t maxErrorCharacters = 1000;
@@ -74,7 +74,7 @@ private:
   void manifestArrived(const std::variant<HttpClient::Body, PlatformError>& reply,
                        bool interactive);
   void checkFailed(const std::string& reason, const std::string& details, bool interactive);
-  void offer(const Manifest& manifest);
+  void offer(const Manifest& manifest, bool interactive);
 
   // UpdateInstall.cpp
   void download(const Manifest& manifest);

@@ -255,6 +255,8 @@ TEST_F(UpdateCheckerTest, longVersionAndNotesAreCut) {
                  R"(, "notes": ")" + std::string(100'000, 'x') + "\""));
   const Alert offer = platform.dialogs.take().at(0);
   EXPECT_EQ(offer.messageText, "Driftmark 2." + std::string(62, '1') + " is available");
+  EXPECT_THAT(takeLog(), ElementsAre("Driftmark: update 2." + std::string(62, '1') +
+                                     " available (running 1.0)"));
   EXPECT_EQ(offer.informativeText, "You have 1.0.\n\n" + std::string(20'000, 'x'));
 }
 
@@ -290,6 +292,7 @@ TEST_F(UpdateCheckerTest, errorsAreCutAndNeutralized) {
   platform.httpClient.fail({error});
   platform.settle();
   EXPECT_EQ(platform.dialogs.take().at(0).informativeText, shown);
+  EXPECT_THAT(takeLog(), ElementsAre("Driftmark: update check failed: " + shown));
 
   platform.dialogs.answer(0);
   checker->check(true);
