@@ -324,6 +324,7 @@ TEST_F(LinuxHttpClientTest, maxDurationIncludesRedirectsAndHeaders) {
   server_.serve("/headers", {.hasEndlessHeaders = true});
   EXPECT_EQ(failure({.url = server_.url("/"), .maxDuration = Seconds(0.3)}),
             "The request timed out.");
+  runFor(Seconds(0.01)); // until the transfer is deleted
   EXPECT_TRUE(server_.awaitNoConnections());
 }
 
