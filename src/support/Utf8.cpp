@@ -46,6 +46,17 @@ bool isUtf8(std::string_view bytes) {
   }
 }
 
+std::string_view wholeCharacters(std::string_view text, std::size_t maxSize) {
+  if (text.size() <= maxSize)
+    return text;
+  const auto continues = [](char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+  };
+  while (maxSize > 0 && continues(text[maxSize]))
+    --maxSize;
+  return text.substr(0, maxSize);
+}
+
 std::string wellFormed(std::string_view bytes) {
   std::string text;
   text.reserve(bytes.size());

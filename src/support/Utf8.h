@@ -17,6 +17,10 @@ bool isUtf8(std::string_view bytes);
 /// `bytes` with every byte that belongs to no well-formed UTF-8 sequence replaced by U+FFFD.
 std::string wellFormed(std::string_view bytes);
 
+/// The longest start of `text` that has at most `maxSize` bytes and does not end within a
+/// character.
+std::string_view wholeCharacters(std::string_view text, std::size_t maxSize);
+
 /// How many bytes at the start of `bytes` are ASCII.
 std::size_t asciiLength(std::string_view bytes);
 

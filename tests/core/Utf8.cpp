@@ -27,6 +27,14 @@ TEST(Utf8Test, wellFormedSequenceIsUtf8AtEveryPosition) {
       ASSERT_TRUE(isUtf8(text)) << testing::PrintToString(text);
 }
 
+TEST(Utf8Test, textIsCutBetweenCharacters) {
+  const std::string text = "a\u00e9\u2601\U0001f4f7z"; // of 1, 2, 3, 4 and 1 bytes
+  const std::vector<std::size_t> sizes{0, 1, 1, 3, 3, 3, 6, 6, 6, 6, 10, 11, 11};
+  for (std::size_t limit = 0; limit < sizes.size(); ++limit)
+    EXPECT_EQ(wholeCharacters(text, limit), text.substr(0, sizes[limit])) << limit;
+  EXPECT_EQ(wholeCharacters("\x80\x80\x80", 2), "");
+}
+
 TEST(Utf8Test, illFormedSequenceIsNotUtf8AtAnyPosition) {
   for (const std::string& middle :
        {"\x80"s, "\xbf"s, "\xc0\xaf"s, "\xc1\xbf"s, "\xc3"s, "\xc3("s, "\xe0\x9f\xbf"s, "\xe2\x98"s,

@@ -6,6 +6,7 @@
 #include "harness/OtherVolume.h"
 #include "harness/qt/EventLoop.h"
 #include "platform/posix/files/FileItems.h"
+#include "support/Utf8.h"
 
 #include <array>
 #include <csignal>
@@ -191,6 +192,18 @@ TEST_F(MovesBetweenVolumes, originalIsKeptUntilMoveStands) {
   }
   EXPECT_THAT(namesIn(folder_.path()), IsEmpty());
   expectTree(other_.path("B.app"));
+}
+
+TEST_F(MovesBetweenVolumes, longNameIsCutBetweenCharactersForTheOriginal) {
+  std::string name;
+  for (int i = 0; i < 80; ++i)
+    name += "波";
+  makeTree(in(name));
+  const auto moved = files_.moveItemReversibly(in(name), other_.path("B.app"));
+  ASSERT_TRUE(std::holds_alternative<Moved>(moved));
+  const auto names = namesIn(folder_.path());
+  ASSERT_THAT(names, testing::SizeIs(1));
+  EXPECT_TRUE(isUtf8(names[0])) << testing::PrintToString(names[0]);
 }
 
 TEST_F(MovesBetweenVolumes, itemGoesBackWithoutSpaceForIt) {

@@ -4,6 +4,7 @@
 #include "platform/posix/FileDescriptor.h"
 #include "platform/posix/files/FileItems.h"
 #include "support/Paths.h"
+#include "support/Utf8.h"
 
 #include <cerrno>
 #include <cstddef>
@@ -30,10 +31,11 @@ std::string randomDigits() {
   return text;
 }
 
-/// An unused path for a hidden item in the folder of `path`.
+/// An unused path for a hidden item in the folder of `path`. Some file systems refuse names that
+/// are not UTF-8.
 std::string hiddenSibling(const std::string& path) {
   const std::string name = std::string(".")
-                               .append(lastPathComponent(path).substr(0, maxKeptNameBytes))
+                               .append(wholeCharacters(lastPathComponent(path), maxKeptNameBytes))
                                .append("-")
                                .append(randomDigits());
   return appendingPathComponent(deletingLastPathComponent(path), name);
