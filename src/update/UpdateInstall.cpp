@@ -24,6 +24,7 @@ namespace {
 constexpr const char* codesign = "/usr/bin/codesign";
 constexpr const char* ditto = "/usr/bin/ditto";
 constexpr std::string_view teamKey = "TeamIdentifier=";
+constexpr std::string_view adHocSignature = "Signature=adhoc";
 constexpr std::string_view vendorTeam = "TeamIdentifier=T4N8RW2KQZ";
 
 /// Moves the downloaded file to the path that it is unpacked from. That path, or why there is none.
@@ -42,17 +43,17 @@ stage(FileSystem& fileSystem, const std::variant<HttpClient::File, PlatformError
 }
 
 /// Whether the report of `codesign` names the vendor's team and no other. It also contains names
-/// that the signer chose, such as that of the executable, line ends included.
+/// that the signer chose, such as that of the executable, line ends included. An ad hoc signature
+/// has no certificate that would vouch for the team.
 bool namesVendorAlone(std::string_view report) {
   bool isNamed = false;
   while (!report.empty()) {
     const std::string_view line = report.substr(0, report.find('\n'));
     report.remove_prefix(std::min(line.size() + 1, report.size()));
-    if (!line.starts_with(teamKey))
-      continue;
-    if (line != vendorTeam)
+    const bool isVendor = line == vendorTeam;
+    if (line == adHocSignature || (line.starts_with(teamKey) && !isVendor))
       return false;
-    isNamed = true;
+    isNamed = isNamed || isVendor;
   }
   return isNamed;
 }

@@ -72,6 +72,18 @@ TEST_F(UpdateInstallTest, reportThatOnlyLooksLikeVendorsIsRefused) {
   }
 }
 
+/// No certificate stands behind what an ad hoc signature says of its team.
+TEST_F(UpdateInstallTest, adHocSignatureIsRefusedWhateverItsTeam) {
+  const std::string team = "TeamIdentifier=T4N8RW2KQZ\n";
+  const std::string adHoc = "Signature=adhoc\n";
+  for (const std::string& report : {adHoc + team, team + adHoc}) {
+    platform.childProcesses.script(describe, "Identifier=x\n" + report);
+    install();
+    EXPECT_THAT(platform.dialogs.take(), failed("The update was not signed by Tallowmere."));
+    expectUntouched();
+  }
+}
+
 TEST_F(UpdateInstallTest, lineOfVendorsTeamIsEnough) {
   for (const std::string report :
        {"TeamIdentifier=T4N8RW2KQZ", "TeamIdentifier=T4N8RW2KQZ\nTeamIdentifier=T4N8RW2KQZ\n",
