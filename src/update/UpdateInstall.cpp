@@ -5,6 +5,7 @@
 #include "ports/Bundle.h"
 #include "ports/ChildProcesses.h"
 #include "ports/FileSystem.h"
+#include "support/Paths.h"
 #include "support/Utf8.h"
 #include "support/Weakly.h"
 #include "update/Manifest.h"
@@ -95,7 +96,13 @@ std::optional<PlatformError> UpdateChecker::install(const std::string& zip) cons
   if (fileSystem.itemExists(oldCopy) && !fileSystem.fileExists(running + "/Contents/Info.plist"))
     return UpdateError{"The only copy of Driftmark is now at " + oldCopy +
                        ". Move it back before you update."};
-  static_cast<void>(fileSystem.removeItem(work));
+  // The process that made the folder had the same identifier.
+  if (fileSystem.areSameItem(deletingLastPathComponent(running), work))
+    return UpdateError{"Driftmark runs from the folder that updates are unpacked in. Move " +
+                       running + " elsewhere before you update."};
+  // A link that an earlier archive left there would lead the next one out of the folder.
+  if (auto error = fileSystem.removeItem(work); error && fileSystem.itemExists(work))
+    return error;
   if (auto error = fileSystem.createDirectory(work))
     return error;
   if (auto error = run(ditto, {"-xk", zip, work}, "The update archive could not be unpacked."))

@@ -102,10 +102,35 @@ TEST_F(UpdateInstallTest, workFolderThatCannotBeMadeIsReported) {
   expectUntouched();
 }
 
-TEST_F(UpdateInstallTest, workFolderThatCannotBeRemovedIsIgnored) {
-  platform.fileSystem.fail("remove " + work, "Busy.");
+TEST_F(UpdateInstallTest, missingWorkFolderNeedsNoRemoval) {
+  platform.fileSystem.fail("remove " + work, "No such folder.");
   install();
   EXPECT_EQ(platform.application.terminateRequests(), 1);
+}
+
+/// A link that an earlier archive left there would lead the next one out of the folder.
+TEST_F(UpdateInstallTest, nothingIsUnpackedOverWorkFolderThatCannotBeRemoved) {
+  platform.fileSystem.add(work);
+  platform.fileSystem.fail("remove " + work, "Busy.");
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("Busy."));
+  EXPECT_THAT(platform.childProcesses.runs(), testing::IsEmpty());
+  expectUntouched();
+}
+
+TEST_F(UpdateInstallTest, programThatRunsFromItsWorkFolderIsNotErased) {
+  for (const std::string& kept : {oldCopy, newBundle, work + "/Renamed.app"}) {
+    platform.bundle.setPath(kept);
+    platform.fileSystem.add(work);
+    platform.fileSystem.add(kept);
+    platform.fileSystem.add(kept + "/Contents/Info.plist");
+    install();
+    EXPECT_THAT(platform.dialogs.take(),
+                failed("Driftmark runs from the folder that updates are unpacked in. Move " + kept +
+                       " elsewhere before you update."));
+    EXPECT_TRUE(platform.fileSystem.fileExists(kept));
+    EXPECT_THAT(platform.childProcesses.runs(), testing::IsEmpty());
+  }
 }
 
 TEST_F(UpdateInstallTest, archiveThatCannotBeUnpackedIsReported) {

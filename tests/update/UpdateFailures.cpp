@@ -35,6 +35,25 @@ protected:
     machine_.writeSettings(nlohmann::json{{"UpdateManifestURL", url}}.dump());
   }
 
+  /// A script that moves a bundle into the work folder of its own process and becomes the program.
+  fs::path makeLauncherFromWorkFolder() const {
+    const fs::path bundle =
+        machine_.placeBundle(machine_.home() / "kept", "1.0", "Driftmark-old.app");
+    const fs::path launcher = machine_.home() / "launcher";
+    const fs::path script = launcher / "Contents/MacOS/Driftmark";
+    fs::create_directories(script.parent_path());
+    const fs::path temporary = machine_.programsTemporaryFolder();
+    std::ofstream(script) << "#!/bin/sh\nwork=" << temporary.string() << "/Driftmark-update-$$\n"
+                          << "mkdir -m 700 " << temporary << "\nmkdir $work\nmv " << bundle
+                          << " $work\nexec $work/Driftmark-old.app/Contents/MacOS/Driftmark\n";
+    fs::permissions(script, fs::perms::owner_all);
+    machine_.writeSettings(nlohmann::json{
+        {"UpdateManifestURL", server_.url(manifestPath)},
+        {"skipUserApplicationsInstall",
+         true}}.dump());
+    return launcher;
+  }
+
   const std::string unreadable = "The update information was unreadable.";
 };
 
@@ -199,6 +218,21 @@ TEST_F(UpdateFailures, executableOutsideBundleDownloadsNothing) {
   expectAlert(copy.driver, "Update failed", "The file couldn’t be saved.");
   EXPECT_THAT(requestedPaths(), testing::ElementsAre(manifestPath));
   EXPECT_EQ(treeAt(downloads), before);
+}
+
+/// A user opens the copy that an interrupted update left, and the process has the identifier of the
+/// interrupted one.
+TEST_F(UpdateFailures, programThatRunsFromItsWorkFolderIsNotErased) {
+  release("1.1");
+  RunningCopy copy = machine_.start(makeLauncherFromWorkFolder());
+  expectStarted(copy.driver);
+  const fs::path kept = machine_.workFolder(copy.process.identifier()) / "Driftmark-old.app";
+  const Tree before = treeAt(kept);
+  ASSERT_FALSE(before.empty());
+  agree(copy);
+  const icloud::Window alert = awaitAlert(copy.driver, "Update failed");
+  EXPECT_THAT(alert.texts.back(), HasSubstr(kept.string()));
+  EXPECT_EQ(treeAt(kept), before);
 }
 
 TEST_F(UpdateFailures, temporaryFolderThatCannotBePrivateIsNotUsed) {
