@@ -75,13 +75,12 @@ bool isAtOrIn(const FileSystem& fileSystem, const std::string& path, std::string
   return true;
 }
 
-/// Removes an older copy, unless that would leave no copy to install.
+/// Removes an older copy, unless it holds the one to install.
 std::optional<PlatformError> removeOlderCopy(const Platform& platform, const std::string& target) {
   FileSystem& fileSystem = platform.fileSystem;
   if (!fileSystem.itemExists(target))
     return std::nullopt;
-  const std::string bundle = platform.bundle.path();
-  if (!fileSystem.fileExists(bundle) || isAtOrIn(fileSystem, target, bundle))
+  if (isAtOrIn(fileSystem, target, platform.bundle.path()))
     return fileSystem.unknownWriteError();
   return fileSystem.removeItem(target);
 }
@@ -89,6 +88,10 @@ std::optional<PlatformError> removeOlderCopy(const Platform& platform, const std
 /// Copies the bundle into `folder`, replacing an older copy there.
 Installed installIn(const Platform& platform, const std::string& folder) {
   FileSystem& fileSystem = platform.fileSystem;
+  const std::string bundle = platform.bundle.path();
+  // Its folder alone, emptied since the start, is no copy that could replace another one.
+  if (!fileSystem.fileExists(bundle + "/Contents/Info.plist"))
+    return fileSystem.unknownWriteError();
   const std::string target = appendingPathComponent(folder, "Driftmark.app");
   static_cast<void>(fileSystem.createDirectory(folder));
   if (auto error = removeOlderCopy(platform, target))
@@ -96,8 +99,7 @@ Installed installIn(const Platform& platform, const std::string& folder) {
 
   ChildProcesses& tools = platform.childProcesses;
   const auto copied =
-      tools.prepare({"/usr/bin/ditto", {platform.bundle.path(), target}}, ToolOutput::discard)
-          ->run();
+      tools.prepare({"/usr/bin/ditto", {bundle, target}}, ToolOutput::discard)->run();
   if (const auto* const error = std::get_if<LaunchError>(&copied))
     return PlatformError{error->description};
   if (std::get<ToolResult>(copied).exitStatus != 0)

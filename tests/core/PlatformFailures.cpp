@@ -61,6 +61,7 @@ public:
     platform_.bundle.setPath(downloadedBundle);
     for (const char* const each : {downloadedBundle, installed, installedForUser})
       platform_.fileSystem.add(each);
+    platform_.fileSystem.add(std::string(downloadedBundle) + "/Contents/Info.plist");
     run([this] { transfer(); });
   }
 

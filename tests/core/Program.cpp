@@ -83,6 +83,7 @@ TEST_F(ProgramTest, endOfApplicationEndsChildren) {
 
 TEST_F(ProgramTest, programThatMovedStartsNothing) {
   platform.bundle.setPath("/Users/ada/Downloads/Driftmark.app");
+  platform.fileSystem.add("/Users/ada/Downloads/Driftmark.app/Contents/Info.plist");
   platform.dialogs.answer(0);
   run([&] {
     EXPECT_EQ(platform.application.terminateRequests(), 1);
@@ -111,6 +112,7 @@ TEST_F(ProgramTest, quitDuringOfferToMoveStartsNothing) {
 
 TEST_F(ProgramTest, quitWhileFailedMoveIsReportedStartsNothing) {
   platform.bundle.setPath("/Users/ada/Downloads/Driftmark.app");
+  platform.fileSystem.add("/Users/ada/Downloads/Driftmark.app/Contents/Info.plist");
   platform.childProcesses.failAllLaunches({LaunchError::Stage::launch, "No such tool"});
   platform.dialogs.answer(0);
   platform.dialogs.leaveUnanswered();

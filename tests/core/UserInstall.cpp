@@ -32,6 +32,7 @@ protected:
     bundle = path;
     platform.bundle.setPath(path);
     platform.fileSystem.add(path);
+    platform.fileSystem.add(path + "/Contents/Info.plist");
   }
 
   bool offer() { return UserInstall::offerIfNeeded(platform.platform()); }
@@ -236,14 +237,16 @@ TEST_F(UserInstallTest, olderCopyThatHoldsRunningBundleIsNotRemoved) {
   EXPECT_EQ(platform.childProcesses.runs({bundle, own}).size(), 1U);
 }
 
+/// The folder of the bundle may still be there.
 TEST_F(UserInstallTest, olderCopyStaysWhenRunningBundleIsGone) {
   platform.fileSystem.add(shared);
-  platform.fileSystem.remove(bundle);
-  copyingEnds(own, 1);
+  platform.fileSystem.remove(bundle + "/Contents/Info.plist");
   platform.dialogs.answer(0);
   EXPECT_FALSE(offer());
   EXPECT_TRUE(platform.fileSystem.fileExists(shared));
   EXPECT_EQ(platform.dialogs.take().back(), failure("The file could not be saved."));
+  EXPECT_THAT(platform.childProcesses.runs(), IsEmpty());
+  EXPECT_THAT(operations(), IsEmpty());
 }
 
 TEST_F(UserInstallTest, nextFolderIsTriedWhenOlderCopyCannotBeRemoved) {

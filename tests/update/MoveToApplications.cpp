@@ -192,6 +192,18 @@ TEST_F(MoveToApplications, onlyCopyInLinkedHomeStays) {
   expectNothingMoved(bundle);
 }
 
+TEST_F(MoveToApplications, olderCopyStaysWhenRunningBundleWasEmptied) {
+  const fs::path older = machine_.placeBundle(machine_.applications(), "0.9");
+  const Tree asInstalled = treeAt(older);
+  const fs::path bundle = machine_.placeBundle(downloads(), "1.0");
+  RunningCopy copy = machine_.start(bundle);
+  copy.driver.awaitAlert();
+  fs::remove_all(bundle / "Contents");
+  copy.driver.press("Move and Reopen");
+  awaitAlert(copy.driver, "Could not move Driftmark");
+  EXPECT_EQ(treeAt(older), asInstalled);
+}
+
 TEST_F(MoveToApplications, executableOutsideBundleGetsNoOffer) {
   machine_.placeExecutable(downloads());
   RunningCopy copy = machine_.start(downloads());
