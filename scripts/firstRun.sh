@@ -13,8 +13,9 @@ items_of_list() {
 
 # Prints the first state of the status item in the texts of standard input.
 described_state() {
-  grep -oE 'iCloud Drive: (idle|uploading|downloading|attention needed|syncing( [0-9][^,]* transfers,)?[^,]*)( [0-9]+%)?' |
-    head -1
+  local states
+  states=$(grep -oE 'iCloud Drive: (idle|uploading|downloading|attention needed|syncing( [0-9][^,]* transfers,)?[^,]*)( [0-9]+%)?') || return 1
+  echo "${states%%$'\n'*}"
 }
 
 # Prints the command that is missing, or not behind the one before it, in the titles of standard

@@ -42,7 +42,7 @@ echo $$ >${folder}/instance
 if [[ -n $older ]]; then
   kill -TERM $older
   for ((i = 0; i < 20; ++i)); do kill -0 $older || break; sleep 0.05; done
-  kill -KILL $older
+  ! kill -0 $older || kill -KILL $older
 fi
 wait $child`;
 
@@ -137,7 +137,8 @@ await runCase({
 
   wrongMenuAndDescriptionAreReported(folder) {
     const osascript = tools.osascript.replace('idle, iCloud Drive: idle', 'asleep').replace(" 'Launch at Login'", '');
-    const { status, results } = firstRun(folder, program(folder), { osascript, log: 'exit 0' });
+    const { status, results, stderr } = firstRun(folder, program(folder), { osascript, log: 'exit 0' });
+    assert.ok(results[4], stderr);
     assert.deepEqual(results[4], ['FAILED', 'the accessibility interface says: missing value, iCloud Drive: asleep']);
     assert.deepEqual(results[6], ['FAILED', "in the menu, 'Launch at Login' is missing or out of order"]);
     assert.deepEqual(results[16], ['FAILED', 'the log has none of its states']);
