@@ -24,8 +24,9 @@ public:
   struct Request {
     std::string url;
     CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
-    Seconds timeoutInterval{60.0};        ///< without a byte from the server
-    std::optional<Seconds> maxDuration{}; ///< until the whole reply is there; unlimited without
+    Seconds timeoutInterval{60.0}; ///< without a byte from the server
+    /// From the call until the whole reply is there; unlimited without a value.
+    std::optional<Seconds> maxDuration = std::nullopt;
   };
 
   /// The bytes of a reply.

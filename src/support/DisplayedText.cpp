@@ -17,10 +17,9 @@ constexpr std::string_view replacementText = "\uFFFD";
 /// to none counts as U+FFFD.
 struct CodePoint {
   char32_t value;
-  std::size_t length;
+  std::size_t length = 1;
 
-  explicit CodePoint(std::string_view text)
-      : value(static_cast<unsigned char>(text.front())), length(1) {
+  explicit CodePoint(std::string_view text) : value(static_cast<unsigned char>(text.front())) {
     if (value < 0x80)
       return;
     length = utf8SequenceLength(text);

@@ -27,8 +27,8 @@ TEST(DisplayedTextTest, plainTextIsUnchanged) {
 }
 
 TEST(DisplayedTextTest, directionControlsAreDropped) {
-  EXPECT_EQ(lines("1\u202e5\u202c \u202aa\u202b\u202d \u2066b\u2067\u2068\u2069 "
-                  "\u200ec\u200f\u061cd\u206a\u206f"),
+  EXPECT_EQ(lines("1\u202e5\u202c \u202aa\u202c\u202b\u202c\u202d\u202c "
+                  "\u2066b\u2069\u2067\u2069\u2068\u2069 \u200ec\u200f\u061cd\u206a\u206f"),
             "15 a b cd");
 }
 

@@ -273,7 +273,7 @@ TEST_F(UpdateCheckerTest, manyMarksOnOneLetterAreCut) {
 
 TEST_F(UpdateCheckerTest, controlsInVersionAndNotesAreNeutralized) {
   checker->check(false);
-  reply(manifest("2.5\\u202e\\n\\u001b[1m", R"(, "notes": "Fewer\u2066 wake-ups.\r\n\u0007")"));
+  reply(manifest(R"(2.5\u202e\n\u001b[1m)", R"(, "notes": "Fewer\u2066 wake-ups.\r\n\u0007")"));
   const Alert offer = platform.dialogs.take().at(0);
   EXPECT_EQ(offer.messageText, "Driftmark 2.5 \ufffd[1m is available");
   EXPECT_EQ(offer.informativeText, "You have 1.0.\n\nFewer wake-ups.\n\ufffd");
@@ -286,7 +286,7 @@ TEST_F(UpdateCheckerTest, notesOfDirectionControlsAddNothing) {
 }
 
 TEST_F(UpdateCheckerTest, errorsAreCutAndNeutralized) {
-  const std::string error = "Host \u202e" + std::string(100'000, 'x') + " not found";
+  const std::string error = "Host \u202e\u202c" + std::string(100'000, 'x') + " not found";
   const std::string shown = "Host " + std::string(995, 'x');
   checker->check(true);
   platform.httpClient.fail({error});

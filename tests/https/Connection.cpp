@@ -10,8 +10,8 @@ namespace driftmark::test {
 
 namespace {
 
-constexpr qint64 maxWaiting = 256 * 1024;
-constexpr std::uint64_t maxPiece = 64 * 1024;
+constexpr qint64 maxWaiting = qint64{256} * 1024;
+constexpr std::uint64_t maxPiece = std::uint64_t{64} * 1024;
 
 HttpsRequest parse(const QByteArray& text) {
   HttpsRequest request;
@@ -31,7 +31,7 @@ HttpsRequest parse(const QByteArray& text) {
 QByteArray head(const HttpsReply& reply, std::uint64_t length) {
   QByteArray text = "HTTP/1.1 " + QByteArray::number(reply.status) + " Scripted\r\n";
   for (const auto& [name, value] : reply.headers)
-    text += QByteArray::fromStdString(name + ": " + value + "\r\n");
+    text += QByteArray::fromStdString(name) + ": " + QByteArray::fromStdString(value) + "\r\n";
   if (reply.hasEndlessHeaders)
     return text;
   if (reply.isChunked)

@@ -412,7 +412,7 @@ TEST_F(LinuxHttpClientTest, downloadThatCannotBeWrittenIsError) {
 }
 
 TEST_F(LinuxHttpClientTest, downloadOnFullVolumeSaysSo) {
-  const SmallVolume volume(68 * 1024);
+  const SmallVolume volume(69'632);
   if (!volume.exists())
     GTEST_SKIP() << "this user may not mount volumes";
   server_.serve("/", {.zeros = 100'000});

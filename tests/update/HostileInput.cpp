@@ -51,7 +51,7 @@ protected:
 
   /// A folder of the user's that must not change.
   fs::path makeDocuments() {
-    const fs::path documents = machine_.home() / "Documents";
+    fs::path documents = machine_.home() / "Documents";
     fs::create_directories(documents);
     std::ofstream(documents / "thesis.txt") << "ten years";
     return documents;
@@ -204,7 +204,7 @@ TEST_F(HostileInput, longVersionAndNotesAreDisplayedInPart) {
 }
 
 TEST_F(HostileInput, controlsInVersionAndNotesAreNeutralized) {
-  announce("2.0\u202e\n\x1b[1m", {}, "Fewer\u2066 wake-ups.\u0007");
+  announce("2.0\u202e\u202c\n\x1b[1m", {}, "Fewer\u2066 wake-ups.\u2069\u0007");
   RunningCopy copy = startInstalled();
   check(copy);
   expectAlert(copy.driver, "Driftmark 2.0 \ufffd[1m is available",

@@ -146,7 +146,7 @@ TEST_F(UpdateFailures, truncatedDownloadIsAConnectionError) {
 }
 
 TEST_F(UpdateFailures, fullDiskIsNamed) {
-  const SmallVolume volume(260 * 1024);
+  const SmallVolume volume(266'240);
   if (!volume.exists())
     GTEST_SKIP() << "this user may not mount volumes";
   machine_.moveTemporaryFiles(volume.path());

@@ -64,7 +64,7 @@ protected:
 
 private:
   QSize addButtons(QVBoxLayout& column, const Alert& alert);
-  void addTexts(QVBoxLayout& column, const Alert& alert, int width, int maxHeight);
+  static void addTexts(QVBoxLayout& column, const Alert& alert, int width, int maxHeight);
 
   std::optional<std::size_t> chosen_;
 };
