@@ -33,7 +33,7 @@ esac`,
 // A program like ours: it ends the instance before it, has a child, and ends it at SIGTERM. The child
 // ends with its program in any case.
 const program = (folder) => `exec 2>/dev/null
-trap '[[ $(<${folder}/instance) != $$ ]] || rm ${folder}/instance; exec 3>&-; wait $child; echo $$ >>${folder}/ended; exit 0' TERM
+trap '[[ $(<${folder}/instance) != $$ ]] || rm ${folder}/instance; exec 3>&-; while kill -0 $child; do wait $child; done; echo $$ >>${folder}/ended; exit 0' TERM
 exec 3> >(exec cat >/dev/null)
 child=$!
 ${ready}
@@ -44,7 +44,7 @@ if [[ -n $older ]]; then
   for ((i = 0; i < 20; ++i)); do kill -0 $older || break; sleep 0.05; done
   ! kill -0 $older || kill -KILL $older
 fi
-wait $child`;
+while kill -0 $child; do wait $child; done`;
 
 /// Runs the script on a bundle whose program is this shell script; `others` replace tools. Returns also
 /// the results: what is printed for each item of the list, by its number.
@@ -58,6 +58,7 @@ function firstRun(folder, text, others = {}) {
   const env = { ...process.env, HOME: path.join(folder, 'home'), TMPDIR: folder, PATH: `${folder}/bin:${process.env.PATH}` };
   const script = path.join(root, 'scripts/first-run');
   const { status, stdout, stderr } = spawnSync(script, [path.join(folder, 'Driftmark.app')], { env, encoding: 'utf8' });
+  process.stderr.write(stderr);
   assert.equal(existsSync(path.join(env.HOME, 'Applications/Driftmark.app')), false);
   const results = {};
   for (const [, number, state, notes] of stdout.matchAll(/^ ?(\d+)\. (done|part|to do|FAILED) .*\n((?: {12}.*\n)*)/gm))
