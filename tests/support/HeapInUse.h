@@ -11,7 +11,7 @@
 #endif
 
 #if defined(DRIFTMARK_SANITIZER_HEAP)
-#include <sanitizer/allocator_interface.h>
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes(); // g++ has no header for it
 #elif defined(__APPLE__)
 #include <malloc/malloc.h>
 #else
