@@ -79,7 +79,7 @@ int main(int argc, char* argv[]) {
   // Tells the order of the accesses to this program, but does not synchronise them.
   std::atomic<bool> accessed = false;
   LinuxBackgroundQueue background;
-  background.async(QualityOfService::userInitiated, [&] {
+  const auto refusal = background.async(QualityOfService::userInitiated, [&] {
     if (fault == "copy")
       same.copy(fault);
     else
@@ -88,6 +88,8 @@ int main(int argc, char* argv[]) {
       mainQueue.async(callHandler);
     accessed.store(true, std::memory_order_relaxed);
   });
+  if (refusal)
+    return 1;
   if (fault != "none") {
     while (!accessed.load(std::memory_order_relaxed))
       std::this_thread::yield();
