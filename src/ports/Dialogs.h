@@ -40,7 +40,7 @@ public:
   virtual ~Dialogs() = default;
 
   /// Shows `alert` and returns the index of the chosen button. The alert is never taller than the
-  /// screen, and its buttons are always visible: an informative text that needs more room scrolls.
+  /// screen, and its buttons are always visible: a longer informative text scrolls.
   /// Closing the alert in another way counts as its last button. No value: the application was
   /// asked to terminate, which closed the alert without an answer.
   virtual std::optional<std::size_t> runModal(const Alert& alert) = 0;
