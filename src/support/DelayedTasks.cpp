@@ -34,10 +34,11 @@ public:
   }
   Repetition(const Repetition&) = delete;
   Repetition& operator=(const Repetition&) = delete;
-  ~Repetition() { tasks_.remove(key_); }
+  ~Repetition() { tasks_.remove(group()); }
 
   void wait() {
-    key_ = tasks_.add(due_, tolerance_, weakly(shared_from_this(), std::mem_fn(&Repetition::run)));
+    tasks_.add(group(), due_, tolerance_,
+               weakly(shared_from_this(), std::mem_fn(&Repetition::run)));
   }
 
 private:
@@ -49,12 +50,13 @@ private:
     task_();
   }
 
+  GroupName group() const { return {interval_, this}; }
+
   DelayedTasks& tasks_;
   const Duration interval_;
   const Duration tolerance_;
   const Task task_;
   Time due_;
-  Key key_; ///< of the next turn
 };
 
 class DelayedTasks::RepeatingTimer final : public Timer {
@@ -67,7 +69,8 @@ private:
 };
 
 void DelayedTasks::after(Seconds delay, Task task) {
-  add(alarm_.now() + ticks(delay), {}, std::move(task));
+  const Duration wait = ticks(delay);
+  add({wait, nullptr}, alarm_.now() + wait, {}, std::move(task));
 }
 
 std::unique_ptr<Timer> DelayedTasks::repeat(Seconds interval, Seconds tolerance, Task task) {
@@ -78,44 +81,64 @@ std::unique_ptr<Timer> DelayedTasks::repeat(Seconds interval, Seconds tolerance,
 
 void DelayedTasks::fire() {
   const Time now = alarm_.now();
-  while (!entries_.empty() && entries_.begin()->second.due <= now)
-    queue_.async(std::move(entries_.extract(entries_.begin()).mapped().task));
+  while (!firsts_.empty() && firsts_.begin()->second->second.front().due <= now)
+    queue_.async(takeFirst());
   arm();
 }
 
 void DelayedTasks::clear() {
-  while (!entries_.empty())
-    std::exchange(entries_, {}).clear();
+  while (!groups_.empty()) {
+    firsts_.clear();
+    std::exchange(groups_, {}).clear();
+  }
   arm();
 }
 
-/// Most tasks have the same delay as the one before, so the new one is most likely the last.
-DelayedTasks::Key DelayedTasks::add(Time due, Duration tolerance, Task task) {
+void DelayedTasks::add(const GroupName& name, Time due, Duration tolerance, Task task) {
+  const auto group = groups_.try_emplace(name).first;
   const Key key(due + tolerance, ++lastOrder_);
-  const auto added = entries_.emplace_hint(entries_.end(), key, Entry{due, std::move(task)});
-  if (added == entries_.begin())
+  group->second.push_back({key, due, std::move(task)});
+  if (group->second.size() > 1)
+    return;
+  const auto first = firsts_.emplace(key, group).first;
+  if (first == firsts_.begin())
     arm();
-  return key;
 }
 
-void DelayedTasks::remove(const Key& key) {
-  const auto found = entries_.find(key);
-  if (found == entries_.end())
+void DelayedTasks::remove(const GroupName& name) {
+  const auto group = groups_.find(name);
+  if (group == groups_.end())
     return;
-  const bool wasNext = found == entries_.begin();
-  const auto removed = entries_.extract(found);
+  const auto first = firsts_.find(group->second.front().key);
+  const bool wasNext = first == firsts_.begin();
+  firsts_.erase(first);
+  const auto removed = groups_.extract(group);
   if (wasNext)
     arm();
 }
 
+DelayedTasks::Task DelayedTasks::takeFirst() {
+  auto first = firsts_.extract(firsts_.begin());
+  Group& group = first.mapped()->second;
+  Task task = std::move(group.front().task);
+  group.pop_front();
+  if (group.empty()) {
+    groups_.erase(first.mapped());
+  } else {
+    first.key() = group.front().key;
+    firsts_.insert(std::move(first));
+  }
+  return task;
+}
+
 /// Any moment between the due time and the deadline of the first task is in time for the others.
 void DelayedTasks::arm() {
-  if (entries_.empty()) {
+  if (firsts_.empty()) {
     alarm_.disarm();
     return;
   }
-  const auto& [key, entry] = *entries_.begin();
-  alarm_.arm(entry.due, key.first - entry.due);
+  const Entry& next = firsts_.begin()->second->second.front();
+  alarm_.arm(next.due, next.key.first - next.due);
 }
 
 } // namespace driftmark

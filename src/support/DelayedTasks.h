@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <memory>
 #include <utility>
@@ -13,7 +14,9 @@ namespace driftmark {
 /// The delayed tasks and repeating timers of a main queue, in the order of their deadlines, behind
 /// one timer of the platform. A deadline is the due time plus the tolerance; where deadlines are
 /// equal, the order of adding counts. A due task joins the waiting tasks of the queue. A repetition
-/// whose task is late skips the turns that it missed. The thread of the queue only.
+/// whose task is late skips the turns that it missed. Tasks with the same delay are due in the
+/// order of adding, so that a task costs the same however many of a few delays wait. The thread of
+/// the queue only.
 class DelayedTasks {
 public:
   using Task = MainQueue::Task;
@@ -61,20 +64,30 @@ private:
   class Repetition;
   class RepeatingTimer;
 
+  using Key = std::pair<Time, std::uint64_t>; ///< deadline, order of adding
+
   struct Entry {
+    Key key;
     Time due;
     Task task;
   };
 
-  using Key = std::pair<Time, std::uint64_t>; ///< deadline, order of adding
+  /// The tasks with one delay, or the next turn of one repetition. The keys ascend.
+  using Group = std::deque<Entry>;
 
-  Key add(Time due, Duration tolerance, Task task);
-  void remove(const Key& key);
+  using GroupName = std::pair<Duration, const Repetition*>; ///< delay; null but for a repetition
+
+  using Groups = std::map<GroupName, Group>;
+
+  void add(const GroupName& name, Time due, Duration tolerance, Task task);
+  void remove(const GroupName& name);
+  Task takeFirst();
   void arm();
 
   MainQueue& queue_;
   Alarm& alarm_;
-  std::map<Key, Entry> entries_;
+  Groups groups_;                          ///< none is empty
+  std::map<Key, Groups::iterator> firsts_; ///< each group, by the key of its first task
   std::uint64_t lastOrder_ = 0;
 };
 

@@ -1,10 +1,13 @@
 #include "support/DelayedTasks.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <limits>
 #include <memory>
 #include <optional>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -125,6 +128,26 @@ TEST_F(DelayedTasksTest, equalDueTimesRunInOrderOfAdding) {
   }
   advance(milliseconds(5));
   EXPECT_EQ(order_, names);
+}
+
+TEST_F(DelayedTasksTest, tasksOfDifferentDelaysAreMergedByDueTime) {
+  std::mt19937 random(1);
+  std::vector<std::pair<nanoseconds, std::string>> expected;
+  nanoseconds passed{};
+  for (int number = 0; number < 1000; ++number) {
+    const nanoseconds delay = milliseconds(100) + nanoseconds(random() % 5);
+    after(delay, std::to_string(number));
+    expected.emplace_back(passed + delay, std::to_string(number));
+    const nanoseconds pause(random() % 3);
+    advance(pause);
+    passed += pause;
+  }
+  std::ranges::stable_sort(expected, {}, [](const auto& task) { return task.first; });
+  while (alarm_.next)
+    advance(*wait());
+  ASSERT_EQ(order_.size(), expected.size());
+  for (std::size_t turn = 0; turn < order_.size(); ++turn)
+    EXPECT_EQ(order_[turn], expected[turn].second);
 }
 
 TEST_F(DelayedTasksTest, dueTasksWaitForTheirTurnOnQueue) {

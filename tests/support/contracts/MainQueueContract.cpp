@@ -104,6 +104,14 @@ TEST_P(MainQueueContract, shorterDelayRunsFirst) {
   EXPECT_EQ(order, "short long");
 }
 
+TEST_P(MainQueueContract, equalDelaysRunInOrderOfAdding) {
+  std::string order;
+  for (char letter = 'a'; letter <= 'z'; ++letter)
+    queue().after(shortWhile, [&order, letter] { order += letter; });
+  ASSERT_TRUE(runUntil([&] { return order.size() == 26; }));
+  EXPECT_EQ(order, "abcdefghijklmnopqrstuvwxyz");
+}
+
 TEST_P(MainQueueContract, otherTasksRunDuringDelay) {
   std::string order;
   queue().after(shortWhile, [&] { order += "delayed"; });
