@@ -90,6 +90,15 @@ TEST(PatternsTest, firstNumberBeforeAPercentSignIsThePercentage) {
   EXPECT_EQ(firstPercent(""), std::nullopt);
 }
 
+TEST(PatternsTest, globalReportIsFoundBehindOneThatIsIncomplete) {
+  const auto match =
+      firstGlobal("Fraction completed: / Fraction completed: 0.5 / Completed: 1 of 2");
+  ASSERT_TRUE(match.has_value());
+  EXPECT_EQ(match->fraction, "0.5");
+  EXPECT_EQ(match->completed, "1");
+  EXPECT_EQ(match->total, "2");
+}
+
 TEST(PatternsTest, colourSequencesAreFoundAsByTheRegexEngine) {
   const std::regex pattern(ansiPattern);
   NearMisses lines(1, {"\x1b", "[", "m", "0", ";", "31", "\x1b[", "\x1b[1m", "\x1b[0;3", "K", "a",
