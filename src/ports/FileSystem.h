@@ -35,6 +35,9 @@ public:
   /// determined.
   virtual bool itemExists(const std::string& path) const = 0;
 
+  /// Whether the item with this name is a symbolic link. False when that cannot be determined.
+  virtual bool isLink(const std::string& path) const = 0;
+
   /// Whether both paths lead to one and the same item on disk, however they are spelled, links
   /// followed. False when either does not exist or that cannot be determined.
   virtual bool areSameItem(const std::string& one, const std::string& other) const = 0;

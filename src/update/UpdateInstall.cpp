@@ -137,8 +137,11 @@ std::optional<PlatformError> UpdateChecker::swap(const std::string& newBundle,
 }
 
 std::optional<PlatformError> UpdateChecker::verify(const std::string& bundle) const {
-  if (auto error = run(codesign, {"--verify", "--deep", "--strict", bundle},
-                       "The update's code signature is invalid."))
+  constexpr const char* invalid = "The update's code signature is invalid.";
+  // The bundle behind a link may be any that the vendor has signed, the running one included.
+  if (platform_.fileSystem.isLink(bundle))
+    return UpdateError{invalid};
+  if (auto error = run(codesign, {"--verify", "--deep", "--strict", bundle}, invalid))
     return error;
 
   const auto described =

@@ -156,6 +156,14 @@ TEST_F(UpdateInstallTest, bundleInSubfolderIsNotFound) {
   expectUntouched();
 }
 
+TEST_F(UpdateInstallTest, linkInPlaceOfNewBundleIsRefused) {
+  platform.childProcesses.onRun(
+      [this](const ToolCommand&) { platform.fileSystem.addLink(newBundle, running); });
+  install();
+  EXPECT_THAT(platform.dialogs.take(), failed("The update's code signature is invalid."));
+  expectUntouched();
+}
+
 TEST_F(UpdateInstallTest, runningCopyThatCannotBeMovedIsKept) {
   platform.fileSystem.fail("move " + running + " to " + oldCopy, "Not permitted.");
   install();

@@ -4,16 +4,21 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace driftmark::test {
 
-/// The two ends of a pipe or of a pseudo-terminal, and what was read from it. Every wait has a
+/// The two ends of a pipe or of a pseudo-terminal, or one end of a stream, and what was read from
+/// it. Every wait has a
 /// deadline and throws TimedOut with the text that did not come.
 class Channel {
 public:
   /// Both throw std::system_error.
   static Channel pipe();
   static Channel terminal();
+
+  /// Of a stream that comes from elsewhere: there is no child's end.
+  explicit Channel(icloud::Descriptor readingEnd) : Channel(std::move(readingEnd), {}) {}
 
   /// The end that a child writes to.
   int childEnd() const { return childEnd_.get(); }

@@ -29,6 +29,12 @@ public:
     return everythingExists_.value_or(items_.contains(path));
   }
 
+  bool isLink(const std::string& path) const override {
+    const std::lock_guard lock(mutex_);
+    const auto item = items_.find(path);
+    return item != items_.end() && !item->second.empty();
+  }
+
   bool areSameItem(const std::string& one, const std::string& other) const override {
     const std::lock_guard lock(mutex_);
     return everythingExists_.value_or(true) && resolves(one) && resolves(other) &&

@@ -3,7 +3,11 @@
 #include "update/PlainServer.h"
 
 #include "common/SystemFailure.h"
+#include "harness/Channel.h"
+#include "harness/Waiting.h"
 #include "process/Pipe.h"
+
+#include <utility>
 
 #include <sys/socket.h>
 
@@ -20,6 +24,14 @@ std::string PlainServer::url() const {
 
 bool PlainServer::hasClient() const {
   return icloud::isReadableWithin(port_.socket.get(), std::chrono::milliseconds(0));
+}
+
+std::string PlainServer::awaitRequest() {
+  awaitReadable(port_.socket.get(), "a client");
+  icloud::Descriptor client(accept4(port_.socket.get(), nullptr, nullptr, SOCK_CLOEXEC));
+  if (client.get() < 0)
+    icloud::throwSystemFailure("cannot accept a client");
+  return Channel(std::move(client)).readUntil("\r\n\r\n");
 }
 
 } // namespace driftmark::test

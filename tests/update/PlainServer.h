@@ -17,6 +17,9 @@ public:
   /// Whether a client has connected.
   bool hasClient() const;
 
+  /// Waits for a client and for the head of its request, then hangs up. Returns what it sent.
+  std::string awaitRequest();
+
 private:
   LocalPort port_;
 };

@@ -1,6 +1,7 @@
 // What the user's account decides: variables, settings and the names of folders.
 
 #include "harness/Waiting.h"
+#include "update/PlainServer.h"
 #include "update/UpdateTest.h"
 
 #include <cstdlib>
@@ -48,6 +49,19 @@ TEST_F(TrustedAccount, pathOfBundleIsExecutedByReopeningShell) {
   EXPECT_EQ(awaitExit(copy.process), 0);
   EXPECT_THAT(TestMachine::awaitEndOfEverything(), testing::IsEmpty());
   EXPECT_TRUE(fs::exists(mark()));
+}
+
+/// The proxy learns the host's name, and decides whether a connection comes about.
+TEST_F(TrustedAccount, proxyOfVariableSeesHostOnly) {
+  PlainServer proxy;
+  machine_.setVariable("https_proxy", proxy.url());
+  machine_.setVariable("no_proxy", "");
+  machine_.writeSettings(R"({"UpdateManifestURL": "https://updates.invalid/appcast.json"})");
+  RunningCopy copy = startInstalled();
+  check(copy);
+  const std::string request = proxy.awaitRequest();
+  EXPECT_THAT(request, testing::StartsWith("CONNECT updates.invalid:443 HTTP/1.1\r\n"));
+  EXPECT_THAT(request, testing::Not(testing::HasSubstr("appcast")));
 }
 
 /// The variable says which `codesign` is asked.

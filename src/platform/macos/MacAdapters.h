@@ -73,6 +73,7 @@ class MacFileSystem final : public FileSystem {
 public:
   bool fileExists(const std::string& path) const override;
   bool itemExists(const std::string& path) const override;
+  bool isLink(const std::string& path) const override;
   bool areSameItem(const std::string& one, const std::string& other) const override;
   std::string homeDirectory() const override;
   std::variant<std::string, PlatformError> temporaryDirectory() const override;

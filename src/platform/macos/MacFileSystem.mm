@@ -32,6 +32,10 @@ bool MacFileSystem::itemExists(const std::string& path) const {
   return driftmark::itemExists(driftmark::path(fileUrl(path)));
 }
 
+bool MacFileSystem::isLink(const std::string& path) const {
+  return driftmark::isLink(driftmark::path(fileUrl(path)));
+}
+
 bool MacFileSystem::areSameItem(const std::string& one, const std::string& other) const {
   return driftmark::areSameItem(path(fileUrl(one)), path(fileUrl(other)));
 }

@@ -42,6 +42,18 @@ TEST_P(FileSystemContract, linkToNothingIsItem) {
   EXPECT_FALSE(fileSystem().itemExists(inFolder("link\0more"s)));
 }
 
+TEST_P(FileSystemContract, onlyLinkItselfIsALink) {
+  subject_->createFile(inFolder("file"));
+  subject_->createLink(inFolder("link"), inFolder("file"));
+  subject_->createLink(inFolder("broken"), inFolder("missing"));
+  EXPECT_TRUE(fileSystem().isLink(inFolder("link")));
+  EXPECT_TRUE(fileSystem().isLink(inFolder("broken")));
+  EXPECT_FALSE(fileSystem().isLink(inFolder("file")));
+  EXPECT_FALSE(fileSystem().isLink(inFolder("missing")));
+  EXPECT_FALSE(fileSystem().isLink(""));
+  EXPECT_FALSE(fileSystem().isLink(inFolder("link\0more"s)));
+}
+
 TEST_P(FileSystemContract, pathsOfOneItemAreRecognized) {
   subject_->createFile(inFolder("one"));
   subject_->createFile(inFolder("other"));

@@ -61,6 +61,11 @@ bool itemExists(const std::string& path) {
   return lstat(path.c_str(), &information) == 0;
 }
 
+bool isLink(const std::string& path) {
+  struct stat information {};
+  return lstat(path.c_str(), &information) == 0 && S_ISLNK(information.st_mode);
+}
+
 bool areSameItem(const std::string& one, const std::string& other) {
   struct stat first {};
   struct stat second {};

@@ -49,6 +49,9 @@ int removeTree(const std::string& path);
 /// Whether an item has this name, a link to nothing included.
 bool itemExists(const std::string& path);
 
+/// Whether the item with this name is a symbolic link.
+bool isLink(const std::string& path);
+
 /// Whether both paths lead to the same item, links followed. False unless both exist.
 bool areSameItem(const std::string& one, const std::string& other);
 

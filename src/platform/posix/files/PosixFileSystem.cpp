@@ -114,6 +114,10 @@ bool PosixFileSystem::itemExists(const std::string& path) const {
   return isPath(path) && driftmark::itemExists(located(path));
 }
 
+bool PosixFileSystem::isLink(const std::string& path) const {
+  return isPath(path) && driftmark::isLink(located(path));
+}
+
 bool PosixFileSystem::areSameItem(const std::string& one, const std::string& other) const {
   return isPath(one) && isPath(other) && driftmark::areSameItem(located(one), located(other));
 }

@@ -34,6 +34,7 @@ public:
   /// A path that the system cannot take, such as one with a NUL, names nothing.
   bool fileExists(const std::string& path) const override;
   bool itemExists(const std::string& path) const override;
+  bool isLink(const std::string& path) const override;
   bool areSameItem(const std::string& one, const std::string& other) const override;
 
   /// `HOME` at the time when this object was made; if that was not an absolute path, the folder in
