@@ -9,8 +9,7 @@
 namespace driftmark::test {
 
 /// The two ends of a pipe or of a pseudo-terminal, or one end of a stream, and what was read from
-/// it. Every wait has a
-/// deadline and throws TimedOut with the text that did not come.
+/// it. Every wait has a deadline and throws TimedOut with the text that did not come.
 class Channel {
 public:
   /// Both throw std::system_error.
