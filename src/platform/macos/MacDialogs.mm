@@ -66,6 +66,9 @@ std::optional<std::string> MacDialogs::chooseFolder(const FolderPanel& panel) {
   native.canChooseFiles = NO;
   native.canChooseDirectories = YES;
   native.allowsMultipleSelection = NO;
+  // By default the panel downloads what is chosen, and asks about its conflicts.
+  native.canDownloadUbiquitousContents = NO;
+  native.canResolveUbiquitousConflicts = NO;
   native.directoryURL = [NSURL fileURLWithFileSystemRepresentation:panel.directory.c_str()
                                                        isDirectory:YES
                                                      relativeToURL:nil];

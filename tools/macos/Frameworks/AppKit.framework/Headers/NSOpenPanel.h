@@ -18,6 +18,8 @@
 @property BOOL canChooseDirectories;
 @property BOOL canChooseFiles;
 @property BOOL allowsMultipleSelection;
+@property BOOL canDownloadUbiquitousContents;
+@property BOOL canResolveUbiquitousConflicts;
 + (NSOpenPanel*)openPanel;
 @end
 
