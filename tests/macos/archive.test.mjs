@@ -78,6 +78,34 @@ await runCase({
     );
   },
 
+  missingReasonOfQuestionIsReported(folder) {
+    finds(
+      pack(folder, (contents, file) => {
+        const list = readFileSync(path.join(contents, 'Info.plist'), 'utf8');
+        file(
+          'Info.plist',
+          list.replace('NSDocumentsFolderUsageDescription', 'NSDocumentsUsageDescription'),
+          0o644,
+        );
+      }),
+      /its property list has no sentence about Driftmark as NSDocumentsFolderUsageDescription/,
+    );
+  },
+
+  textsInOneLanguageAreReported(folder) {
+    finds(
+      pack(folder, (contents, file) => {
+        const list = readFileSync(path.join(contents, 'Info.plist'), 'utf8');
+        file(
+          'Info.plist',
+          list.replace(/(?<=CFBundleAllowMixedLocalizations<\/key>\s*)<true\/>/, '<false/>'),
+          0o644,
+        );
+      }),
+      /its property list has CFBundleAllowMixedLocalizations false; it must be true/,
+    );
+  },
+
   truncatedIconIsReported(folder) {
     finds(
       pack(folder, (contents, file) => file('Resources/Driftmark.icns', 'icns\0\0\0\x09', 0o644)),

@@ -23,7 +23,17 @@ const contents = {
   'Contents/Resources/Driftmark.icns': 0o100644,
 };
 
+/// What the system asks the user about, when "Free Up Space…" or the offer to move reads there.
+const explained = [
+  'NSDesktopFolderUsageDescription',
+  'NSDocumentsFolderUsageDescription',
+  'NSDownloadsFolderUsageDescription',
+  'NSFileProviderDomainUsageDescription',
+];
+
 const demands = version => ({
+  // Sizes, times and the system's own words are in the user's language, beside English ones of ours.
+  CFBundleAllowMixedLocalizations: true,
   CFBundleExecutable: 'Driftmark',
   CFBundleIconFile: 'Driftmark',
   CFBundleIdentifier: 'com.tallowmere.driftmark',
@@ -73,6 +83,10 @@ function* wrongValues(values, version) {
   for (const [key, value] of Object.entries(demands(version))) {
     if (values[key] !== value)
       yield `its property list has ${key} ${values[key]}; it must be ${value}`;
+  }
+  for (const key of explained) {
+    if (!/^(?=[A-Z]).*\bDriftmark\b.*\.$/.test(values[key]))
+      yield `its property list has no sentence about Driftmark as ${key}`;
   }
 }
 
