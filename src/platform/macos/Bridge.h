@@ -25,7 +25,7 @@ std::string string(NSString* _Nullable text);
 
 /// The URL of the item at an absolute path, whose bytes are taken as they are. A relative path, or
 /// one with a NUL, gives the URL of a file that cannot exist.
-NSURL* _Nonnull fileUrl(const std::string& path, bool isFolder = false);
+NSURL* _Nonnull fileUrl(const std::string& path);
 
 /// The path of a file URL, without a trailing slash; empty for any other URL.
 std::string path(NSURL* _Nullable url);

@@ -28,10 +28,10 @@ std::string string(NSString* text) {
   return {static_cast<const char*>(utf8.bytes), utf8.length};
 }
 
-NSURL* fileUrl(const std::string& path, bool isFolder) {
+NSURL* fileUrl(const std::string& path) {
   const bool isPath = path.starts_with('/') && path.find('\0') == std::string::npos;
   return [NSURL fileURLWithFileSystemRepresentation:isPath ? path.c_str() : pathOfNothing
-                                        isDirectory:isFolder
+                                        isDirectory:NO
                                       relativeToURL:nil];
 }
 

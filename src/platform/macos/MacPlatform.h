@@ -33,13 +33,13 @@ private:
   MacUserDefaults userDefaults_;
   MacBundle bundle_;
   MacDialogs dialogs_;
-  MacHttpClient httpClient_;
   MacRunningApplications runningApplications_;
   MacStatusBar statusBar_;
   MacWorkspace workspace_;
   MacLoginItem loginItem_;
   MacCloudFiles cloudFiles_;
   MacMainQueue mainQueue_;
+  MacHttpClient httpClient_; ///< its handlers post to the main queue, on the system's threads
   MacApplication application_{mainQueue_};
   MacSignals signals_{mainQueue_};
   PosixChildProcesses childProcesses_{mainQueue_, ""};

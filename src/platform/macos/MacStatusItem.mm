@@ -16,6 +16,7 @@ constexpr CGFloat fontSize = 11.0;
 
 MacStatusItem::MacStatusItem()
     : item_([NSStatusBar.systemStatusBar statusItemWithLength:NSVariableStatusItemLength]) {
+  item_.button.title = @"";
   item_.button.imagePosition = NSImageLeading;
   item_.button.font = [NSFont monospacedDigitSystemFontOfSize:fontSize weight:NSFontWeightRegular];
 }
