@@ -6,7 +6,8 @@
 namespace driftmark {
 
 /// The settings of this user, kept between runs. A change that the user makes while the program
-/// runs is visible to the next read. Main thread only.
+/// runs is visible to the next read. No value is converted: the number 1 is neither a text nor
+/// true, and the text "YES" is not true. Main thread only.
 class UserDefaults {
 public:
   virtual ~UserDefaults() = default;

@@ -1,13 +1,12 @@
 #include "support/TestPlatform.h"
 #include "support/contracts/BackgroundQueueContract.h"
 #include "support/contracts/BundleContract.h"
-#include "support/contracts/ChildProcessesContract.h"
 #include "support/contracts/ClockContract.h"
 #include "support/contracts/CloudFilesContract.h"
 #include "support/contracts/DialogsContract.h"
 #include "support/contracts/EnvironmentContract.h"
 #include "support/contracts/FileSystemContract.h"
-#include "support/contracts/HttpClientContract.h"
+#include "support/contracts/LoginItemContract.h"
 #include "support/contracts/MainQueueContract.h"
 #include "support/contracts/SignalsContract.h"
 #include "support/contracts/SystemLogContract.h"
@@ -135,104 +134,26 @@ private:
   TestSystemText text_;
 };
 
-/// Executes the steps of the helper tool on the fake.
-class FakeChildProcesses final : public ChildProcessesSubject {
-public:
-  FakeChildProcesses() {
-    platform_.childProcesses.onSpawn(
-        [](TestChild& child) { play(child, child.command().arguments, 0); });
-  }
-
-  ChildProcesses& childProcesses() override { return platform_.childProcesses; }
-  bool runUntil(const std::function<bool()>& done) override { return platform_.runUntil(done); }
-  void async(std::function<void()> task) override { platform_.mainQueue.async(std::move(task)); }
-
-  ToolCommand tool(const std::vector<std::string>& steps) override {
-    ToolResult result;
-    for (std::size_t step = 0; step < steps.size(); ++step) {
-      if (const auto text = printed(steps, step)) {
-        if (steps[step] != "print-error")
-          result.output += *text;
-      } else if (steps[step] == "exit" || steps[step] == "raise") {
-        result.exitStatus = std::stoi(steps[step + 1]);
-        break;
-      } else if (steps[step] == "wait") {
-        platform_.childProcesses.hang(steps, result.output);
-        return {.executable = "/fake/tool", .arguments = steps};
-      }
-      step += operands(steps[step]);
-    }
-    platform_.childProcesses.script(steps, result);
-    return {.executable = "/fake/tool", .arguments = steps};
-  }
-
-  ToolCommand missingTool() override { return failing("missing", "no such file"); }
-  ToolCommand forbiddenTool() override { return failing("forbidden", "permission denied"); }
-
-private:
-  static std::size_t operands(const std::string& step) {
-    if (step == "wait" || step == "print-input-size")
-      return 0;
-    return step == "print-many" ? 2 : 1;
-  }
-
-  /// The text that a step prints at once; absent for the other steps.
-  static std::optional<std::string> printed(const std::vector<std::string>& steps,
-                                            std::size_t step) {
-    std::string text;
-    if (steps[step] == "print" || steps[step] == "print-error") {
-      text = steps[step + 1];
-    } else if (steps[step] == "print-many") {
-      for (int count = std::stoi(steps[step + 1]); count > 0; --count)
-        text += steps[step + 2];
-    } else if (steps[step] == "print-bytes") {
-      for (std::size_t digit = 0; digit < steps[step + 1].size(); digit += 2)
-        text += static_cast<char>(std::stoi(steps[step + 1].substr(digit, 2), nullptr, 16));
-    } else if (steps[step] == "print-input-size") {
-      text = "0";
-    } else {
-      return std::nullopt;
-    }
-    return text;
-  }
-
-  static void play(TestChild& child, const std::vector<std::string>& steps, std::size_t step) {
-    for (; step < steps.size(); step += 1 + operands(steps[step])) {
-      if (const auto text = printed(steps, step)) {
-        child.print(*text);
-      } else if (steps[step] == "wait") {
-        return;
-      } else if (steps[step] == "print-when-terminated") {
-        child.onTerminate([steps, step](TestChild& terminated) {
-          terminated.print(steps[step + 1]);
-          play(terminated, steps, step + 2);
-        });
-        return;
-      } else {
-        break;
-      }
-    }
-    child.exit();
-  }
-
-  ToolCommand failing(const std::string& name, const std::string& description) {
-    platform_.childProcesses.failLaunches(
-        {name}, {.stage = LaunchError::Stage::launch, .description = description});
-    return {.executable = "/fake/" + name, .arguments = {name}};
-  }
-
-  TestPlatform platform_;
-};
-
 class FakeUserDefaults final : public UserDefaultsSubject {
 public:
   UserDefaults& userDefaults() override { return userDefaults_; }
   void setString(const std::string& key, const std::string& value) override {
     userDefaults_.setString(key, value);
   }
+  void setNumber(const std::string& key, int value) override {
+    userDefaults_.setNumber(key, value);
+  }
 
 private:
   TestUserDefaults userDefaults_;
+};
+
+class FakeLoginItem final : public LoginItemSubject {
+public:
+  LoginItem& loginItem() override { return item_; }
+
+private:
+  TestLoginItem item_;
 };
 
 class FakeBundle final : public BundleSubject {
@@ -297,47 +218,6 @@ private:
   std::map<std::string, std::vector<WalkEntry>> entries_;
 };
 
-/// Replies to all pending requests whenever the queue runs.
-class FakeHttpClient final : public HttpClientSubject {
-public:
-  HttpClient& client() override { return client_; }
-  std::string urlOf(const std::string& body) override { return "https://fake/" + body; }
-  std::string endlessUrl() override { return "https://endless/"; }
-  std::string unreachableUrl() override { return "https://unreachable/"; }
-  std::string contentsOf(const std::string& file) override { return file.substr(1); }
-
-  bool runUntil(const std::function<bool()>& done) override {
-    for (; fetches_ < client_.fetches().size(); ++fetches_)
-      reply(client_.fetches()[fetches_].request);
-    for (; downloads_ < client_.downloads().size(); ++downloads_)
-      replyFile(client_.downloads()[downloads_]);
-    return done();
-  }
-
-private:
-  static constexpr std::size_t prefix = std::string_view("https://fake/").size();
-
-  void reply(const HttpClient::Request& request) {
-    if (request.url == unreachableUrl())
-      client_.fail({"unreachable"});
-    else if (request.url != endlessUrl())
-      client_.reply(request.url.substr(prefix));
-    else if (request.maxDuration)
-      client_.fail({"timed out"});
-  }
-
-  void replyFile(const std::string& url) {
-    if (url == unreachableUrl())
-      client_.failDownload({"unreachable"});
-    else
-      client_.replyFile("/" + url.substr(prefix));
-  }
-
-  TestHttpClient client_;
-  std::size_t fetches_ = 0;
-  std::size_t downloads_ = 0;
-};
-
 using testing::Values;
 
 class FakeSignals final : public SignalsSubject {
@@ -368,21 +248,20 @@ INSTANTIATE_TEST_SUITE_P(Fake, SystemLogContract,
                          Values(subject<SystemLogSubject, FakeSystemLog>("fake")), subjectName);
 INSTANTIATE_TEST_SUITE_P(Fake, SystemTextContract,
                          Values(subject<SystemTextSubject, FakeSystemText>("fake")), subjectName);
-INSTANTIATE_TEST_SUITE_P(Fake, ChildProcessesContract,
-                         Values(subject<ChildProcessesSubject, FakeChildProcesses>("fake")),
-                         subjectName);
 
 INSTANTIATE_TEST_SUITE_P(Fake, UserDefaultsContract,
                          Values(subject<UserDefaultsSubject, FakeUserDefaults>("fake")),
                          subjectName);
+INSTANTIATE_TEST_SUITE_P(Fake, LoginItemContract,
+                         Values(subject<LoginItemSubject, FakeLoginItem>("fake")), subjectName);
 INSTANTIATE_TEST_SUITE_P(Fake, BundleContract, Values(subject<BundleSubject, FakeBundle>("fake")),
                          subjectName);
 INSTANTIATE_TEST_SUITE_P(Fake, DialogsContract,
                          Values(subject<DialogsSubject, FakeDialogs>("fake")), subjectName);
 INSTANTIATE_TEST_SUITE_P(Fake, CloudFilesContract,
                          Values(subject<CloudFilesSubject, FakeCloudFiles>("fake")), subjectName);
-INSTANTIATE_TEST_SUITE_P(Fake, HttpClientContract,
-                         Values(subject<HttpClientSubject, FakeHttpClient>("fake")), subjectName);
+INSTANTIATE_TEST_SUITE_P(Fake, CloudStatusContract,
+                         Values(subject<CloudFilesSubject, FakeCloudFiles>("fake")), subjectName);
 
 } // namespace
 } // namespace driftmark::test

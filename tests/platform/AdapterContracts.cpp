@@ -6,10 +6,8 @@
 #include "harness/BuiltFiles.h"
 #include "harness/TemporaryFolder.h"
 #include "harness/qt/EventLoop.h"
-#include "https/HttpsServer.h"
 #include "platform/linux/desktop/LinuxAdapters.h"
 #include "platform/linux/dialogs/LinuxDialogs.h"
-#include "platform/linux/network/LinuxHttpClient.h"
 #include "platform/linux/runloop/LinuxBackgroundQueue.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/posix/PosixAdapters.h"
@@ -22,7 +20,7 @@
 #include "support/contracts/DialogsContract.h"
 #include "support/contracts/EnvironmentContract.h"
 #include "support/contracts/FileSystemContract.h"
-#include "support/contracts/HttpClientContract.h"
+#include "support/contracts/LoginItemContract.h"
 #include "support/contracts/MainQueueContract.h"
 #include "support/contracts/SystemLogContract.h"
 #include "support/contracts/SystemTextContract.h"
@@ -177,15 +175,20 @@ class RealUserDefaults final : public UserDefaultsSubject {
 public:
   UserDefaults& userDefaults() override { return userDefaults_; }
   void setString(const std::string& key, const std::string& value) override {
+    set(key, QString::fromStdString(value));
+  }
+  void setNumber(const std::string& key, int value) override { set(key, value); }
+
+private:
+  void set(const std::string& key, const QJsonValue& value) {
     QJsonObject settings;
     QFile file(path_);
     if (file.open(QIODevice::ReadOnly))
       settings = QJsonDocument::fromJson(file.readAll()).object();
-    settings[QString::fromStdString(key)] = QString::fromStdString(value);
+    settings[QString::fromStdString(key)] = value;
     folder_.write("settings.json", QJsonDocument(settings).toJson().toStdString());
   }
 
-private:
   TemporaryFolder folder_;
   LinuxSystemLog log_;
   QString path_ = QString::fromStdString(folder_.path("settings.json"));
@@ -195,6 +198,19 @@ private:
 INSTANTIATE_TEST_SUITE_P(Linux, UserDefaultsContract,
                          Values(subject<UserDefaultsSubject, RealUserDefaults>("real")),
                          subjectName);
+
+class RealLoginItem final : public LoginItemSubject {
+public:
+  LoginItem& loginItem() override { return item_; }
+
+private:
+  TemporaryFolder folder_;
+  ScopedVariable configuration_{"XDG_CONFIG_HOME", folder_.path()};
+  LinuxLoginItem item_{"/opt/driftmark"};
+};
+
+INSTANTIATE_TEST_SUITE_P(Linux, LoginItemContract,
+                         Values(subject<LoginItemSubject, RealLoginItem>("real")), subjectName);
 
 class RealBundle final : public BundleSubject {
 public:
@@ -296,39 +312,8 @@ private:
 
 INSTANTIATE_TEST_SUITE_P(Linux, CloudFilesContract,
                          Values(subject<CloudFilesSubject, RealCloudFiles>("real")), subjectName);
-
-class RealHttpClient final : public HttpClientSubject {
-public:
-  HttpClient& client() override { return client_; }
-  std::string urlOf(const std::string& body) override {
-    const std::string path = "/" + std::to_string(++pages_);
-    server_.serve(path, {.body = body});
-    return server_.url(path);
-  }
-  std::string endlessUrl() override {
-    server_.serve("/endless", {.isEndless = true, .pause = std::chrono::milliseconds(20)});
-    return server_.url("/endless");
-  }
-  std::string unreachableUrl() override { return HttpsServer().url("/"); }
-  std::string contentsOf(const std::string& file) override {
-    QFile reader(QString::fromStdString(file));
-    return reader.open(QIODevice::ReadOnly) ? reader.readAll().toStdString() : "";
-  }
-  bool runUntil(const std::function<bool()>& done) override { return test::runUntil(done); }
-
-private:
-  TemporaryFolder folder_;
-  ScopedVariable temporary_{"TMPDIR", folder_.path()};
-  HttpsServer server_;
-  ScopedVariable caCertificates_{LinuxHttpClient::extraCaCertificatesVariable,
-                                 server_.certificateFile()};
-  LinuxFileSystem fileSystem_{""};
-  LinuxHttpClient client_{fileSystem_};
-  int pages_ = 0;
-};
-
-INSTANTIATE_TEST_SUITE_P(Linux, HttpClientContract,
-                         Values(subject<HttpClientSubject, RealHttpClient>("real")), subjectName);
+INSTANTIATE_TEST_SUITE_P(Linux, CloudStatusContract,
+                         Values(subject<CloudFilesSubject, RealCloudFiles>("real")), subjectName);
 
 } // namespace
 } // namespace driftmark::test

@@ -30,6 +30,7 @@ public:
   void refuseChanges() { refuses_ = true; }
 
   void setString(const std::string& key, std::string value) { values_[key] = std::move(value); }
+  void setNumber(const std::string& key, int value) { values_[key] = value; }
 
   /// Whether the setting has a value.
   bool has(const std::string& key) const { return values_.contains(key); }
@@ -41,7 +42,7 @@ private:
   }
 
   bool refuses_ = false;
-  std::map<std::string, std::variant<bool, std::string>> values_;
+  std::map<std::string, std::variant<bool, int, std::string>> values_;
 };
 
 } // namespace driftmark::test

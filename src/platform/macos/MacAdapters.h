@@ -178,8 +178,8 @@ public:
   std::string firstCharacters(const std::string& text, std::size_t count) const override;
 };
 
-/// The user's settings for this program; a command-line argument of the same name overrides one.
-/// The system converts values: a number is also a text, and the text "YES" is also true.
+/// The user's settings for this program; a command-line argument of the same name overrides one,
+/// as a text.
 class MacUserDefaults final : public UserDefaults {
 public:
   std::optional<std::string> string(const std::string& key) const override;

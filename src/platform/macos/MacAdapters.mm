@@ -103,12 +103,17 @@ std::string MacSystemText::firstCharacters(const std::string& text, std::size_t 
 }
 
 std::optional<std::string> MacUserDefaults::string(const std::string& key) const {
-  NSString* const value = [NSUserDefaults.standardUserDefaults stringForKey:nsString(key)];
-  return value != nil ? std::optional(driftmark::string(value)) : std::nullopt;
+  const id value = [NSUserDefaults.standardUserDefaults objectForKey:nsString(key)];
+  return [value isKindOfClass:NSString.class] ? std::optional(driftmark::string(value))
+                                              : std::nullopt;
 }
 
+/// A boolean is a number to the system, too: only its type in Core Foundation tells them apart.
 bool MacUserDefaults::boolean(const std::string& key) const {
-  return [NSUserDefaults.standardUserDefaults boolForKey:nsString(key)];
+  const id value = [NSUserDefaults.standardUserDefaults objectForKey:nsString(key)];
+  const bool isBoolean =
+      value != nil && CFGetTypeID((__bridge CFTypeRef)value) == CFBooleanGetTypeID();
+  return isBoolean && [value boolValue];
 }
 
 void MacUserDefaults::setBoolean(const std::string& key, bool value) {

@@ -10,6 +10,7 @@
 namespace driftmark::test {
 
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(CloudFilesContract);
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(CloudStatusContract);
 
 namespace {
 
@@ -44,7 +45,7 @@ TEST_P(CloudFilesContract, everyItemBelowFolderIsVisitedOnce) {
     subject_->addFolder(inFolder(folder));
   for (const char* const file :
        {"a", ".hidden", "folder/b", "folder/deeper/three down", "folder/Some.app/inside"})
-    addCurrent(file);
+    addFile(file);
   EXPECT_EQ(sorted(paths(cloudFiles(), subject_->folder())),
             sorted({inFolder("folder"), inFolder("folder/deeper"), inFolder("folder/Some.app"),
                     inFolder("empty"), inFolder("a"), inFolder(".hidden"), inFolder("folder/b"),
@@ -54,12 +55,12 @@ TEST_P(CloudFilesContract, everyItemBelowFolderIsVisitedOnce) {
 TEST_P(CloudFilesContract, onlyItemsBelowFolderAreVisited) {
   subject_->addFolder(inFolder("one"));
   subject_->addFolder(inFolder("one more"));
-  addCurrent("one/in");
-  addCurrent("one more/out");
+  addFile("one/in");
+  addFile("one more/out");
   EXPECT_EQ(paths(cloudFiles(), inFolder("one")), std::vector{inFolder("one/in")});
 }
 
-TEST_P(CloudFilesContract, cloudFileReportsDownloadingStatus) {
+TEST_P(CloudStatusContract, cloudFileReportsDownloadingStatus) {
   for (const auto status : {DownloadingStatus::notDownloaded, DownloadingStatus::downloaded,
                             DownloadingStatus::current}) {
     const std::string path = inFolder("file " + std::to_string(static_cast<int>(status)));
@@ -79,7 +80,7 @@ TEST_P(CloudFilesContract, fileOutsideCloudHasNoStatus) {
   EXPECT_EQ(found.downloadingStatus, std::nullopt);
 }
 
-TEST_P(CloudFilesContract, onlyLocalContentsTakeSpace) {
+TEST_P(CloudStatusContract, onlyLocalContentsTakeSpace) {
   subject_->addFile(inFolder("here"), DownloadingStatus::current);
   subject_->addFile(inFolder("there"), DownloadingStatus::notDownloaded);
   auto found = values(cloudFiles(), subject_->folder());
@@ -94,7 +95,7 @@ TEST_P(CloudFilesContract, folderIsNotRegularFile) {
 
 TEST_P(CloudFilesContract, parallelWalksVisitOnTheirOwnThreads) {
   for (const char* const file : {"a", "b", "c"})
-    addCurrent(file);
+    addFile(file);
   std::array<std::vector<std::thread::id>, 4> visitors;
   std::vector<std::thread> threads;
   std::vector<std::thread::id> walkers;
@@ -112,7 +113,7 @@ TEST_P(CloudFilesContract, parallelWalksVisitOnTheirOwnThreads) {
     EXPECT_EQ(visitors.at(index), std::vector(3, walkers.at(index)));
 }
 
-TEST_P(CloudFilesContract, evictionSucceedsOrReturnsError) {
+TEST_P(CloudStatusContract, evictionSucceedsOrReturnsError) {
   addCurrent("file");
   addCurrent("busy");
   subject_->refuseToEvict(inFolder("busy"));

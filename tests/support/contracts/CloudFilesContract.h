@@ -11,7 +11,8 @@
 
 namespace driftmark::test {
 
-/// Cloud files under test, with a folder whose contents the test makes.
+/// Cloud files under test, with a folder whose contents the test makes. CloudFilesContract makes no
+/// file in the cloud and evicts none.
 class CloudFilesSubject {
 public:
   virtual ~CloudFilesSubject() = default;
@@ -35,11 +36,17 @@ protected:
   CloudFiles& cloudFiles() { return subject_->cloudFiles(); }
   std::string inFolder(const std::string& name) { return subject_->folder() + "/" + name; }
 
+  void addFile(const std::string& name) { subject_->addFile(inFolder(name), std::nullopt); }
+
+  std::unique_ptr<CloudFilesSubject> subject_ = GetParam().make();
+};
+
+/// What holds for files in the cloud.
+class CloudStatusContract : public CloudFilesContract {
+protected:
   void addCurrent(const std::string& name) {
     subject_->addFile(inFolder(name), DownloadingStatus::current);
   }
-
-  std::unique_ptr<CloudFilesSubject> subject_ = GetParam().make();
 };
 
 } // namespace driftmark::test

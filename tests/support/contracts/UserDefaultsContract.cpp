@@ -31,6 +31,18 @@ TEST_P(UserDefaultsContract, valuesOfOtherKindCountAsNotSet) {
   EXPECT_FALSE(userDefaults().boolean("Address"));
 }
 
+TEST_P(UserDefaultsContract, valueIsNotConverted) {
+  for (const char* const yes : {"YES", "1"}) {
+    subject_->setString("Switch", yes);
+    EXPECT_FALSE(userDefaults().boolean("Switch")) << yes;
+  }
+  for (const int number : {0, 1}) {
+    subject_->setNumber("Number", number);
+    EXPECT_FALSE(userDefaults().boolean("Number")) << number;
+    EXPECT_EQ(userDefaults().string("Number"), std::nullopt) << number;
+  }
+}
+
 TEST_P(UserDefaultsContract, storingSettingKeepsOthers) {
   subject_->setString("Address", "x");
   userDefaults().setBoolean("One", true);

@@ -17,6 +17,7 @@ public:
 
   virtual UserDefaults& userDefaults() = 0;
   virtual void setString(const std::string& key, const std::string& value) = 0;
+  virtual void setNumber(const std::string& key, int value) = 0;
 };
 
 class UserDefaultsContract : public testing::TestWithParam<SubjectFactory<UserDefaultsSubject>> {

@@ -25,6 +25,7 @@ typedef struct CGRect CGRect;
 typedef unsigned char Boolean;
 typedef signed long CFIndex;
 typedef unsigned long CFHashCode;
+typedef unsigned long CFTypeID;
 
 typedef const void* CFTypeRef;
 typedef const struct __CFString* CFStringRef;
@@ -33,5 +34,7 @@ typedef const struct __CFAllocator* CFAllocatorRef;
 extern "C" {
 extern const CFAllocatorRef kCFAllocatorDefault;
 
+CFTypeID CFBooleanGetTypeID(void);
+CFTypeID CFGetTypeID(CFTypeRef cf);
 void CFRelease(CFTypeRef cf);
 }

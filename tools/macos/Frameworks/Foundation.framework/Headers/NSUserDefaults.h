@@ -6,9 +6,10 @@
 
 @interface NSUserDefaults : NSObject
 @property(class, readonly, strong) NSUserDefaults* standardUserDefaults;
-- (nullable NSString*)stringForKey:(NSString*)defaultName;
-- (BOOL)boolForKey:(NSString*)defaultName;
+- (nullable id)objectForKey:(NSString*)defaultName;
+- (void)setObject:(nullable id)value forKey:(NSString*)defaultName;
 - (void)setBool:(BOOL)value forKey:(NSString*)defaultName;
+- (void)removePersistentDomainForName:(NSString*)domainName;
 @end
 
 #pragma clang assume_nonnull end

@@ -12,10 +12,12 @@
 @interface NSNumber : NSValue
 @property(readonly) BOOL boolValue;
 @property(readonly) long long longLongValue;
++ (NSNumber*)numberWithInt:(int)value;
 @end
 
 @interface NSDate : NSObject
 + (instancetype)dateWithTimeIntervalSince1970:(NSTimeInterval)secs;
++ (instancetype)dateWithTimeIntervalSinceNow:(NSTimeInterval)secs;
 @end
 
 @interface NSData : NSObject
