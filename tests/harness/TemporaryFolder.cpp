@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace driftmark::test {
 
