@@ -24,6 +24,10 @@ std::terminate_handler terminateBefore = nullptr;
 std::atomic<SystemLog*> reasonLog = nullptr;
 std::atomic<bool> crashing = false;
 
+/// What the handler runs on when the main thread's own stack is full.
+alignas(std::max_align_t) std::array<std::byte, 65536> handlerStack;
+stack_t stackBefore{};
+
 /// Logs the reason of the first crash: one while it is logged ends the process at once.
 void report(const char* kind, const char* reason) {
   LiveChildren::killAll();
@@ -73,6 +77,10 @@ CrashHandler::CrashHandler(SystemLog& systemLog) {
   reasonLog = &systemLog;
   onFatalError = handleFatalError;
   terminateBefore = std::set_terminate(handleTerminate);
+  stack_t stack{};
+  stack.ss_sp = handlerStack.data();
+  stack.ss_size = handlerStack.size();
+  sigaltstack(&stack, &stackBefore);
   struct sigaction action {};
   action.sa_sigaction = handleSignal;
   action.sa_flags = SA_SIGINFO | SA_ONSTACK;
@@ -83,6 +91,7 @@ CrashHandler::CrashHandler(SystemLog& systemLog) {
 CrashHandler::~CrashHandler() {
   for (std::size_t i = 0; i < crashSignals.size(); ++i)
     sigaction(crashSignals[i], &actionsBefore[i], nullptr);
+  sigaltstack(&stackBefore, nullptr);
   std::set_terminate(terminateBefore);
   onFatalError = nullptr;
   reasonLog = nullptr;
