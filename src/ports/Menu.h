@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
@@ -23,11 +24,15 @@ struct MenuItem {
   enum class Kind {
     command,  ///< can be chosen; without an action it is shown disabled
     label,    ///< shown disabled
+    heading,  ///< a label for the rows below it
     separator ///< a line; the other members are unused
   };
 
   Kind kind = Kind::command;
   std::string title;
+  /// How many bytes of the title are a name; none for all of them. The rest is a detail: where a
+  /// title is too long, the name is shortened and the detail is not.
+  std::optional<std::size_t> nameLength;
   std::optional<Symbol> symbol; ///< a symbol of an unknown name is not shown
   std::string toolTip;
   std::string keyEquivalent; ///< one letter, with the system's command modifier; empty for none

@@ -10,6 +10,7 @@
 #include "ui/StatusItemController.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace driftmark {
@@ -50,6 +51,17 @@ MenuItem titled(MenuItem::Kind kind, std::string title) {
 
 MenuItem label(std::string title) {
   return titled(MenuItem::Kind::label, std::move(title));
+}
+
+MenuItem heading(std::string title) {
+  return titled(MenuItem::Kind::heading, std::move(title));
+}
+
+/// A name and what is known about it.
+MenuItem named(std::string_view name, const std::string& detail) {
+  MenuItem item = titled(MenuItem::Kind::command, std::string(name).append("  —  ").append(detail));
+  item.nameLength = name.size();
+  return item;
 }
 
 /// `count`, or the number of `items` when that is smaller.
@@ -124,8 +136,8 @@ MenuItem StatusItemController::transferRow(const ActiveItem& item) {
 MenuItem StatusItemController::restartItem(double longestStall) {
   const auto minutes = static_cast<std::int64_t>(longestStall / 60.0);
   MenuItem item =
-      commandItem("Restart iCloud Sync…  —  no progress for " + std::to_string(minutes) + " min",
-                  &StatusItemController::restartSync);
+      named("Restart iCloud Sync…", "no progress for " + std::to_string(minutes) + " min");
+  item.action = weakly(shared_from_this(), std::mem_fn(&StatusItemController::restartSync));
   item.symbol = {"arrow.clockwise.icloud", "Restart iCloud Sync"};
   return item;
 }
@@ -135,7 +147,7 @@ void StatusItemController::addIssues(Menu& menu) {
   if (issues.empty())
     return;
   menu.push_back(separator());
-  menu.push_back(label("Sync Issues"));
+  menu.push_back(heading("Sync Issues"));
   std::vector<std::pair<std::string, std::string>> first(atMost(maxIssueRows, issues));
   std::partial_sort_copy(
       issues.begin(), issues.end(), first.begin(), first.end(),
@@ -149,7 +161,7 @@ void StatusItemController::addRecent(Menu& menu) {
   if (monitor_->recent().empty())
     return;
   menu.push_back(separator());
-  menu.push_back(label("Recent Activity"));
+  menu.push_back(heading("Recent Activity"));
   for (const CompletedItem& item : monitor_->recent())
     menu.push_back(recentRow(item));
 }
@@ -193,8 +205,7 @@ std::string StatusItemController::storageTitle() const {
 /// A row that reveals the file at `path`.
 MenuItem StatusItemController::fileRow(const std::string& path, const std::string& symbol,
                                        const std::string& detail) {
-  MenuItem item = titled(MenuItem::Kind::command,
-                         std::string(lastPathComponent(path)).append("  —  ").append(detail));
+  MenuItem item = named(lastPathComponent(path), detail);
   item.symbol = {symbol, detail};
   item.toolTip = path;
   item.action =

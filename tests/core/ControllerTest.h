@@ -74,6 +74,8 @@ private:
       return "---";
     if (item.kind == MenuItem::Kind::label)
       return "[" + item.title + "]";
+    if (item.kind == MenuItem::Kind::heading)
+      return "[[" + item.title + "]]";
     return (item.isChecked ? "\u2713 " : "") +
            (item.action ? item.title : std::string("(").append(item.title).append(")"));
   }

@@ -88,6 +88,15 @@ TEST_F(StatusMenuTest, uploadWithoutPercentageShowsDirection) {
   EXPECT_EQ(menuItem("a.txt").symbol, (Symbol{"arrow.up.circle", "uploading"}));
 }
 
+TEST_F(StatusMenuTest, onlyFileNameMayBeShortened) {
+  download("/x/a  —  b.mov", "42%");
+  open();
+  const MenuItem& row = menuItem("a  —  b.mov");
+  EXPECT_EQ(row.title.substr(0, row.nameLength.value()), "a  —  b.mov");
+  EXPECT_EQ(row.title.substr(row.nameLength.value()), "  —  downloading 42%");
+  EXPECT_FALSE(menuItem("Open iCloud Drive").nameLength);
+}
+
 TEST_F(StatusMenuTest, stalledTransferIsMarked) {
   download("/q3.pdf", "37.6%");
   stallFor(301);
@@ -214,7 +223,7 @@ TEST_F(StatusMenuTest, transfersReplaceSummary) {
 TEST_F(StatusMenuTest, tenIssuesAreShownInPathOrder) {
   for (const char* const name : {"b", "a", "C", "é", "aa", "B", "a b", "z", "y", "x", "w", "v"})
     item("/" + std::string(name), " \u2601 Upload Error 28");
-  Lines expected{"[iCloud Drive: Attention Needed]", "---", "[Sync Issues]"};
+  Lines expected{"[iCloud Drive: Attention Needed]", "---", "[[Sync Issues]]"};
   for (const char* const name : {"B", "C", "a", "a b", "aa", "b", "v", "w", "x", "y"})
     expected.push_back(std::string(name) + "  —  Upload Error 28");
   EXPECT_EQ(upperPart(), expected);
@@ -236,7 +245,7 @@ TEST_F(StatusMenuTest, finishedTransfersShowTime) {
   download("/b");
   finish("/b");
   platform.clock.jump(Seconds(120));
-  EXPECT_THAT(upperPart(), ElementsAre("[iCloud Drive: Up to Date]", "---", "[Recent Activity]",
+  EXPECT_THAT(upperPart(), ElementsAre("[iCloud Drive: Up to Date]", "---", "[[Recent Activity]]",
                                        "b  —  120 s ago", "a  —  180 s ago"));
   EXPECT_EQ(menuItem("a").symbol, (Symbol{"checkmark.circle", "180 s ago"}));
 }
@@ -255,8 +264,8 @@ TEST_F(StatusMenuTest, sectionsKeepOrder) {
   item("/broken", " \u2601 Upload Error 28");
   upload("/busy");
   EXPECT_THAT(upperPart(), ElementsAre("[iCloud Drive: Uploading…]", "---", "busy  —  uploading",
-                                       "---", "[Sync Issues]", "broken  —  Upload Error 28", "---",
-                                       "[Recent Activity]", "done  —  0 s ago"));
+                                       "---", "[[Sync Issues]]", "broken  —  Upload Error 28",
+                                       "---", "[[Recent Activity]]", "done  —  0 s ago"));
 }
 
 // ---- storage ----
