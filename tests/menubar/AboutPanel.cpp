@@ -83,6 +83,19 @@ TEST(AboutPanel, iconIsShown) {
   EXPECT_GT(blue, 2000);
 }
 
+TEST(AboutPanel, contentsAreCentred) {
+  AboutPanel about;
+  about.showAboutPanel("Driftmark", "1", "", "A longer line");
+  const QWidget& panel = *panels().front();
+  const auto* const icon = panel.findChild<QWidget*>("icon");
+  EXPECT_EQ(icon->size(), QSize(96, 96));
+  EXPECT_NEAR(icon->geometry().center().x(), panel.rect().center().x(), 1);
+  const auto* const name = panel.findChild<QLabel*>("name");
+  EXPECT_EQ(name->font().pixelSize(), 17);
+  EXPECT_TRUE(name->font().bold());
+  EXPECT_EQ(name->alignment(), Qt::AlignCenter);
+}
+
 TEST(AboutPanel, panelIsDestroyedWithItsOwner) {
   { AboutPanel().showAboutPanel("Driftmark", "1", "", "A line"); }
   EXPECT_TRUE(panels().empty());

@@ -2,18 +2,23 @@
 
 #include "Input.h"
 #include "Items.h"
+#include "Themes.h"
 #include "harness/qt/EventLoop.h"
 #include "platform/linux/menubar/ElidedText.h"
 #include "platform/linux/menubar/LinuxStatusItem.h"
+#include "platform/linux/menubar/MenuStyle.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <QAction>
-#include <QGuiApplication>
+#include <QApplication>
 #include <QHelpEvent>
+#include <QImage>
 #include <QPixmapCache>
 #include <QScreen>
 #include <QTextDocument>
@@ -36,6 +41,7 @@ class DropDownMenuTest : public testing::Test {
 protected:
   MenuBarStrip& strip() { return item_.strip(); }
   DropDownMenu& menu() { return *item_.menu(); }
+  const MenuRow& row(int index) { return menu().row(static_cast<std::size_t>(index)); }
   QAction& action(int index) { return *menu().actions().at(index); }
 
   /// Opens the menu with these items.
@@ -45,6 +51,8 @@ protected:
     ASSERT_NE(item_.menu(), nullptr);
     ASSERT_TRUE(menu().isVisible());
   }
+
+  static int screenWidth() { return QGuiApplication::primaryScreen()->availableGeometry().width(); }
 
   /// The complete title of each row; "-" for a separator.
   std::vector<std::string> titles() {
@@ -92,7 +100,10 @@ TEST_F(DropDownMenuTest, rowsAreItemsInOrder) {
   for (int index = 0; index < 8; ++index) {
     EXPECT_EQ(action(index).isEnabled(), index >= 1 && index <= 5) << index;
     EXPECT_EQ(action(index).isChecked(), index == 3) << index;
-    EXPECT_EQ(action(index).icon().isNull(), index != 2) << index;
+    EXPECT_EQ(row(index).symbol(), index == 2   ? "arrow.up.circle"
+                                   : index == 3 ? "checkmark"
+                                                : "")
+        << index;
     EXPECT_EQ(action(index).shortcut().toString(), index == 4 ? "Ctrl+Q" : "") << index;
     EXPECT_EQ(action(index).text(), action(index).data().toString()) << index;
   }
@@ -148,7 +159,7 @@ TEST_F(DropDownMenuTest, menuOpensBelowStripInsideScreen) {
   EXPECT_EQ(menu().geometry().top(), strip().geometry().bottom() + 1);
   EXPECT_EQ(menu().geometry().right(), screen.right());
   EXPECT_TRUE(screen.contains(menu().geometry()));
-  EXPECT_LE(menu().width(), DropDownMenu::maxWidth);
+  EXPECT_LE(menu().width(), 440);
 }
 
 TEST_F(DropDownMenuTest, titlesAreKeptAndDrawnSafely) {
@@ -206,7 +217,7 @@ TEST_F(DropDownMenuTest, longTitleIsElidedInMiddleAndCompleteInToolTip) {
   EXPECT_THAT(text, testing::StartsWith("Begin"));
   EXPECT_THAT(text, testing::HasSubstr("…"));
   EXPECT_THAT(text, testing::EndsWith("end"));
-  EXPECT_LE(menu().width(), DropDownMenu::maxWidth);
+  EXPECT_LE(menu().width(), 440);
   std::string shown = toolTipOver(0);
   EXPECT_THAT(shown, testing::EndsWith("\n/Users/ada/file"));
   std::erase(shown, '\n');
@@ -214,12 +225,115 @@ TEST_F(DropDownMenuTest, longTitleIsElidedInMiddleAndCompleteInToolTip) {
   EXPECT_EQ(titles().front(), title);
 }
 
+TEST_F(DropDownMenuTest, onlyNameIsShortened) {
+  const std::string name = "Begin  —  " + std::string(200, 'w') + "  —  end.mov";
+  open({file(name, "arrow.down.circle", "downloading 91%"),
+        file(name, "exclamationmark.circle", "stalled · downloading 100%"),
+        file("short.txt", "arrow.up.circle", "uploading")});
+  EXPECT_THAT(action(0).text().toStdString(), testing::StartsWith("Begin"));
+  EXPECT_THAT(action(0).text().toStdString(), testing::EndsWith(".mov  —  downloading 91%"));
+  EXPECT_THAT(action(1).text().toStdString(),
+              testing::EndsWith(".mov  —  stalled · downloading 100%"));
+  EXPECT_EQ(action(2).text().toStdString(), "short.txt  —  uploading");
+  EXPECT_FALSE(row(2).isElided());
+  EXPECT_LE(menu().width(), 440);
+  EXPECT_GE(menu().width(), std::min(440, screenWidth()) - 20);
+  EXPECT_THAT(toolTipOver(0), testing::HasSubstr("Begin"));
+}
+
+TEST_F(DropDownMenuTest, longDetailWidensMenuOnScreen) {
+  const std::string issue = "The item could not be uploaded because of its name, as it is.";
+  open({file(std::string(200, 'w'), "exclamationmark.triangle", issue)});
+  EXPECT_THAT(action(0).text().toStdString(), testing::StartsWith("ww"));
+  EXPECT_LE(menu().width(), screenWidth());
+  EXPECT_EQ(action(0).text().toStdString().ends_with("  —  " + issue), screenWidth() >= 600);
+  EXPECT_EQ(menu().width() > 440, screenWidth() >= 600);
+  EXPECT_GT(menu().width(), std::min(440, screenWidth()) - 20);
+}
+
+TEST_F(DropDownMenuTest, sizesFollowFontAndScreen) {
+  const Menu items{label("A"), file(std::string(300, 'w'), "arrow.up.circle", "uploading 5%")};
+  for (const int font : {13, 20, 40}) {
+    const FontOfSize size(font);
+    open(items);
+    const int widest = std::min(static_cast<int>(std::lround(440 * font / 13.0)), screenWidth());
+    EXPECT_LE(menu().width(), widest) << font;
+    EXPECT_GT(menu().width(), widest - 3 * font) << font;
+    EXPECT_NEAR(menu().actionGeometry(&action(0)).height(), 24 * font / 13.0, 0.5) << font;
+    menu().close();
+  }
+}
+
+TEST_F(DropDownMenuTest, narrowMenuKeepsMinWidth) {
+  open({command("A")});
+  EXPECT_EQ(menu().width(), 220);
+}
+
+TEST_F(DropDownMenuTest, headingIsSmallAndBold) {
+  open({heading("Recent Activity"), command("Row")});
+  const QFont small = MenuStyle::fontOf(row(0), menu().font());
+  EXPECT_EQ(small.pixelSize(), 11);
+  EXPECT_TRUE(small.bold());
+  EXPECT_EQ(MenuStyle::fontOf(row(1), menu().font()), menu().font());
+  EXPECT_FALSE(action(0).isEnabled());
+}
+
+TEST_F(DropDownMenuTest, cornersAreRoundWhereWindowsBlend) {
+  open({command("Row")});
+  const QImage image = menu().grab().toImage();
+  EXPECT_EQ(qAlpha(image.pixel(0, 0)), 0);
+  EXPECT_EQ(qAlpha(image.pixel(image.width() - 1, image.height() - 1)), 0);
+  EXPECT_EQ(qAlpha(image.pixel(0, image.height() / 2)), 255);
+}
+
+TEST_F(DropDownMenuTest, rowsAreMirroredFromRightToLeft) {
+  MenuItem quit = command("Quit…");
+  quit.keyEquivalent = "q";
+  const Menu items{file("Café.txt", "arrow.up.circle", "uploading 42%"), quit};
+  const auto picture = [&](int index) {
+    open(items);
+    const QRect place = menu().actionGeometry(&action(index));
+    const QImage image = menu().grab(place).toImage();
+    menu().close();
+    return image;
+  };
+  /// The columns with ink.
+  const auto columns = [](const QImage& image) {
+    std::vector<int> inked;
+    for (int x = 0; x < image.width(); ++x)
+      for (int y = 0; y < image.height(); ++y)
+        if (image.pixel(x, y) != image.pixel(0, 0)) {
+          inked.push_back(x);
+          break;
+        }
+    return inked;
+  };
+  const QImage left = picture(0);
+  const QImage leftShortcut = picture(1);
+  QApplication::setLayoutDirection(Qt::RightToLeft);
+  const QImage right = picture(0);
+  const QImage rightShortcut = picture(1);
+  QApplication::setLayoutDirection(Qt::LeftToRight);
+
+  const int unit = static_cast<int>(left.devicePixelRatio());
+  EXPECT_NEAR(columns(left).front(), 9 * unit, unit);
+  EXPECT_NEAR(columns(right).back(), right.width() - 10 * unit, unit) << "the symbol";
+  EXPECT_NEAR(columns(leftShortcut).back(), leftShortcut.width() - 9 * unit, 2 * unit);
+  EXPECT_NEAR(columns(rightShortcut).front(), 9 * unit, 2 * unit) << "the shortcut";
+
+  // The text itself is English, and reads from left to right.
+  const int width = static_cast<int>(std::ceil(row(0).width()));
+  const QRect atLeft(32 * unit, 0, width * unit, left.height());
+  const QRect atRight(right.width() - (32 + width) * unit, 0, width * unit, right.height());
+  EXPECT_EQ(left.copy(atLeft), right.copy(atRight));
+}
+
 TEST_F(DropDownMenuTest, titleOfMillionCharactersIsFast) {
   const auto start = std::chrono::steady_clock::now();
   MenuItem item = command(std::string(1'000'000, 'w'));
   item.toolTip = item.title;
   open({item});
-  EXPECT_LE(menu().width(), DropDownMenu::maxWidth);
+  EXPECT_LE(menu().width(), 440);
   EXPECT_LT(toolTipOver(0).size(), 10'000U);
   EXPECT_FALSE(menu().grab().isNull());
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));

@@ -22,11 +22,27 @@ inline MenuItem label(std::string title, MenuItem::Tag tag = 0) {
   return item;
 }
 
+inline MenuItem heading(std::string title) {
+  MenuItem item = label(std::move(title));
+  item.kind = MenuItem::Kind::heading;
+  return item;
+}
+
 inline MenuItem command(
     std::string title, std::function<void()> action = [] {}) {
   MenuItem item;
   item.title = std::move(title);
   item.action = std::move(action);
+  return item;
+}
+
+/// A row as the program makes it for a file.
+inline MenuItem file(const std::string& name, const std::string& symbol,
+                     const std::string& detail) {
+  MenuItem item = command(name + "  —  " + detail);
+  item.nameLength = name.size();
+  item.symbol = {symbol, detail};
+  item.toolTip = "/Users/ada/" + name;
   return item;
 }
 

@@ -1,5 +1,6 @@
+#include "platform/linux/looks/Look.h"
+
 #include <QApplication>
-#include <QStyleFactory>
 
 #include <gtest/gtest.h>
 
@@ -7,7 +8,7 @@ int main(int argc, char* argv[]) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   const QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
-  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+  driftmark::Look::apply();
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
 }

@@ -1,5 +1,7 @@
 // Runs the tests beside a QApplication.
 
+#include "platform/linux/looks/Look.h"
+
 #include <QApplication>
 
 #include <gtest/gtest.h>
@@ -11,6 +13,7 @@ int main(int argc, char* argv[]) {
   // Tests must not reach the desktop of the developer who runs them.
   qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/dev/null");
   const QApplication application(argc, argv);
+  driftmark::Look::apply();
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
 }

@@ -3,6 +3,7 @@
 #include "app/Program.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/SystemRoot.h"
+#include "platform/linux/looks/Look.h"
 #include "platform/posix/FileDescriptor.h"
 #include "platform/posix/PosixAdapters.h"
 
@@ -56,6 +57,7 @@ int main(int argc, char* argv[]) {
     std::cerr << "driftmark: " << error->message << '\n';
     return badSystemRoot;
   }
+  Look::apply();
   LinuxPlatform platform(std::get<SystemRoot>(root));
   return runProgram(platform.ports());
 }

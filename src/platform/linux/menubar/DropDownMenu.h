@@ -1,6 +1,7 @@
 #pragma once
 
-#include "platform/linux/menubar/SymbolImages.h"
+#include "platform/linux/looks/SymbolImages.h"
+#include "platform/linux/menubar/MenuRow.h"
 #include "ports/Menu.h"
 
 #include <memory>
@@ -14,9 +15,12 @@ class QHelpEvent;
 
 namespace driftmark {
 
-/// A menu drawn by the desktop's style. Its shortcuts work while it is open. The action of a chosen
-/// row runs from the event loop after the menu has closed, unless the menu was destroyed by then.
-/// The data() of a QAction is the item's title, its text() what is drawn. Main thread only.
+class MenuStyle;
+
+/// A menu of MenuRows, between 220 and 440 points wide and no wider than the screen. Only what a
+/// short name and its whole detail need makes it wider. Its shortcuts work while it is open. The
+/// action of a chosen row runs from the event loop after the menu has closed, unless the menu was
+/// destroyed by then. Main thread only.
 class DropDownMenu final : public QMenu {
 public:
   /// Uses the colours and the resolution of `owner`, which outlives it.
@@ -29,25 +33,18 @@ public:
   /// the screen scrolls. While it is open, a click on the owner only closes it.
   void open();
 
-  /// In device-independent pixels. No menu is wider than its screen either.
-  static constexpr int maxWidth = 600;
+  /// The row of an item.
+  const MenuRow& row(std::size_t index) const { return *rows_[index]; }
 
 protected:
   bool event(QEvent* event) override;
   void showEvent(QShowEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
+  void initStyleOption(QStyleOptionMenuItem* option, const QAction* action) const override;
 
 private:
-  struct Row {
-    QAction* action;
-    bool isElided = false; ///< whether a part of its title is left out
-    qreal width = 0;       ///< of the drawn title
-  };
-
-  QAction* makeAction(const MenuItem& item, SymbolImages& images);
-  QIcon icon(const std::string& symbol, SymbolImages& images) const;
-  void draw(Row& row);
+  void fit();
   void choose(std::size_t index);
   void showActiveRow();
   bool showToolTip(const QHelpEvent& event);
@@ -55,8 +52,8 @@ private:
 
   QWidget& owner_;
   const std::shared_ptr<const Menu> items_;
-  std::vector<Row> rows_; ///< one for each item
-  qreal maxTitleWidth_ = maxWidth;
+  MenuStyle* style_ = nullptr;
+  std::vector<MenuRow*> rows_; ///< one for each item
 };
 
 } // namespace driftmark

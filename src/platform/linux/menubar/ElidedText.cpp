@@ -105,7 +105,7 @@ QStringList wrapped(const QString& text, const QFontMetricsF& metrics) {
 ElidedLine elidedLine(const QString& text, const QFontMetricsF& metrics, qreal width) {
   const QString whole = withPictures(ends(text, maxLine), metrics);
   const QString elided = metrics.elidedText(whole, Qt::ElideMiddle, width);
-  return {elided, elided != whole};
+  return {elided, elided != whole, metrics.horizontalAdvance(elided)};
 }
 
 QString withIsolatedRightToLeft(const QString& line) {

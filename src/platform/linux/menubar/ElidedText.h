@@ -17,6 +17,7 @@ namespace driftmark {
 struct ElidedLine {
   QString text;
   bool isElided; ///< whether the middle was left out
+  qreal width;
 };
 
 /// The text on one line of at most `width`, with "…" in the middle if it is longer. Control

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/linux/looks/SymbolImages.h"
 #include "platform/linux/menubar/DropDownMenu.h"
 #include "platform/linux/menubar/MenuBarStrip.h"
-#include "platform/linux/menubar/SymbolImages.h"
 #include "ports/StatusItem.h"
 
 #include <memory>

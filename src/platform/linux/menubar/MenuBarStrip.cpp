@@ -7,9 +7,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include <QApplication>
 #include <QCloseEvent>
-#include <QFontDatabase>
-#include <QGuiApplication>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QPainter>
@@ -19,12 +18,11 @@ namespace driftmark {
 
 namespace {
 
-// A point is one device-independent pixel, as on a Mac.
-constexpr int barHeight = 24;
-constexpr int symbolSize = 16;
-constexpr int titlePoints = 11;
-constexpr int margin = 10;
-constexpr int titleGap = 5;
+// In points.
+constexpr qreal barHeight = 24;
+constexpr qreal titleSize = 11;
+constexpr qreal margin = 10;
+constexpr qreal titleGap = 5;
 constexpr qreal maxTitleWidth = 240;
 
 /// A title takes at least the width of this one, so that the strip does not move as a percentage
@@ -130,6 +128,9 @@ bool MenuBarStrip::event(QEvent* event) {
   case QEvent::ToolTip:
     showPlainToolTip(static_cast<QHelpEvent*>(event)->globalPos(), {toolTip()}, this);
     return true;
+  case QEvent::ThemeChange:
+    Look::apply();
+    break;
   case QEvent::ApplicationFontChange:
     useSystemFont();
     break;
@@ -141,12 +142,13 @@ bool MenuBarStrip::event(QEvent* event) {
 
 void MenuBarStrip::paintEvent(QPaintEvent* /*event*/) {
   ++paintCount_;
-  const QColor ink = palette().color(QPalette::WindowText);
+  const Look look = this->look();
+  const QColor ink = look.ink();
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.fillRect(rect(), palette().color(QPalette::Window));
-  painter.fillRect(0, height() - 1, width(), 1, translucent(ink, 0.18));
-  painter.fillRect(0, 0, 1, height() - 1, translucent(ink, 0.18));
+  painter.fillRect(rect(), look.ground());
+  painter.fillRect(0, height() - Look::hairline, width(), Look::hairline, look.edge());
+  painter.fillRect(0, 0, Look::hairline, height(), look.edge());
 
   const QRectF item = QRectF(rect()).adjusted(4, 2, -3, -3);
   painter.setPen(Qt::NoPen);
@@ -155,20 +157,22 @@ void MenuBarStrip::paintEvent(QPaintEvent* /*event*/) {
     painter.drawRoundedRect(item, 4, 4);
   }
   if (showsFocus_ && hasFocus()) {
-    painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+    painter.setPen(QPen(look.chosen(), 2));
     painter.setBrush(Qt::NoBrush);
     painter.drawRoundedRect(item.adjusted(1, 1, -1, -1), 3, 3);
   }
 
-  painter.drawPixmap(QPoint(margin, (barHeight - symbolSize) / 2),
+  const int left = look.length(margin);
+  const int symbolSize = look.symbolSize();
+  painter.drawPixmap(QPoint(left, (height() - symbolSize) / 2),
                      images_.image(symbol_, ink, symbolSize, devicePixelRatioF()));
   if (elidedTitle_.isEmpty())
     return;
   painter.setFont(font());
   painter.setPen(ink);
   const QFontMetricsF metrics(font(), this);
-  const qreal baseLine = std::round((barHeight + metrics.capHeight()) / 2);
-  drawTitle(painter, {margin + symbolSize + titleGap, baseLine}, elidedTitle_);
+  const qreal baseLine = std::round((height() + metrics.capHeight()) / 2);
+  drawTitle(painter, QPointF(left + symbolSize + look.length(titleGap), baseLine), elidedTitle_);
 }
 
 void MenuBarStrip::mousePressEvent(QMouseEvent* event) {
@@ -203,10 +207,12 @@ void MenuBarStrip::closeEvent(QCloseEvent* event) {
 }
 
 void MenuBarStrip::useSystemFont() {
-  QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-  font.setPixelSize(titlePoints);
-  setFont(font);
+  setFont(look().font(titleSize));
   fit();
+}
+
+Look MenuBarStrip::look() const {
+  return {palette(), QApplication::font()};
 }
 
 void MenuBarStrip::followScreen() {
@@ -219,13 +225,15 @@ void MenuBarStrip::followScreen() {
 
 /// Sets the width that the contents need.
 void MenuBarStrip::fit() {
+  const Look look = this->look();
   const QFontMetricsF metrics(font(), this);
-  elidedTitle_ = elidedLine(QString::fromStdString(title_), metrics, maxTitleWidth).text;
-  qreal needed = 2 * margin + symbolSize;
+  elidedTitle_ =
+      elidedLine(QString::fromStdString(title_), metrics, look.length(maxTitleWidth)).text;
+  qreal needed = 2 * look.length(margin) + look.symbolSize();
   if (!elidedTitle_.isEmpty())
-    needed +=
-        titleGap + std::max(titleWidth(elidedTitle_, metrics), titleWidth(usualTitle(), metrics));
-  setFixedSize(static_cast<int>(std::ceil(needed)), barHeight);
+    needed += look.length(titleGap) +
+              std::max(titleWidth(elidedTitle_, metrics), titleWidth(usualTitle(), metrics));
+  setFixedSize(static_cast<int>(std::ceil(needed)), look.length(barHeight));
   place();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "platform/linux/menubar/SymbolImages.h"
+#include "platform/linux/looks/Look.h"
+#include "platform/linux/looks/SymbolImages.h"
 
 #include <functional>
 #include <string>
@@ -45,6 +46,7 @@ protected:
 
 private:
   void useSystemFont();
+  Look look() const;
   void followScreen();
   void fit();
   void place();

@@ -1,6 +1,6 @@
 // How symbols are drawn.
 
-#include "platform/linux/menubar/SymbolImages.h"
+#include "platform/linux/looks/SymbolImages.h"
 
 #include <cmath>
 

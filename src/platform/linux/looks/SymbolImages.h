@@ -10,8 +10,9 @@
 namespace driftmark {
 
 /// The symbols of the Linux frontend as template images: shapes drawn in any colour. Each is a file
-/// of its name in symbols/, on a grid of 16 by 16 with strokes 1.4 wide. Images are cached. Main
-/// thread only.
+/// of its name in symbols/, on a grid of 16 by 16. Stems are 2 wide and other strokes 1.5, and
+/// straight edges lie on the grid. The six states share one cloud, with their sign cut out of it.
+/// Images are cached. Main thread only.
 class SymbolImages {
 public:
   /// Whether there is a symbol of that name.
