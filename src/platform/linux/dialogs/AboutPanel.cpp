@@ -1,37 +1,24 @@
 // How the about panel looks, and which texts of the bundle it shows.
 
+#include "platform/linux/dialogs/IconView.h"
 #include "platform/linux/dialogs/LinuxDialogs.h"
+#include "platform/linux/looks/Look.h"
 
 #include <QDialog>
-#include <QFontInfo>
 #include <QLabel>
-#include <QPainter>
-#include <QSvgRenderer>
 #include <QVBoxLayout>
 
 namespace driftmark {
 
 namespace {
 
-constexpr int iconSize = 96;
-
-/// The application's icon, sharp in every resolution.
-class IconView final : public QWidget {
-public:
-  explicit IconView(QWidget* parent)
-      : QWidget(parent), icon_(QStringLiteral(":/driftmark/icon.svg")) {
-    setFixedSize(iconSize, iconSize);
-  }
-
-protected:
-  void paintEvent(QPaintEvent* /*event*/) override {
-    QPainter painter(this);
-    icon_.render(&painter, rect());
-  }
-
-private:
-  QSvgRenderer icon_;
-};
+// In points.
+constexpr qreal iconSize = 96;
+constexpr qreal nameSize = 17;
+constexpr qreal smallSize = 11;
+constexpr qreal sideMargin = 36;
+constexpr qreal endMargin = 24;
+constexpr qreal gap = 10;
 
 QLabel* label(QWidget& parent, const char* objectName, const QFont& font) {
   auto* const label = new QLabel(&parent);
@@ -43,16 +30,6 @@ QLabel* label(QWidget& parent, const char* objectName, const QFont& font) {
   return label;
 }
 
-QFont scaled(QFont font, double factor) {
-  font.setPointSizeF(QFontInfo(font).pointSizeF() * factor);
-  return font;
-}
-
-QFont bold(QFont font) {
-  font.setBold(true);
-  return font;
-}
-
 } // namespace
 
 class AboutWindow final : public QDialog {
@@ -60,17 +37,19 @@ public:
   AboutWindow() : QDialog(nullptr, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowCloseButtonHint) {
     setObjectName(QStringLiteral("AboutPanel"));
     setAttribute(Qt::WA_QuitOnClose, false);
-    const QFont small = scaled(font(), 0.85);
-    name_ = label(*this, "name", bold(scaled(font(), 1.4)));
+    const Look look(palette(), font());
+    const QFont small = look.font(smallSize);
+    name_ = label(*this, "name", look.font(nameSize, QFont::Bold));
     version_ = label(*this, "version", font());
     credits_ = label(*this, "credits", small);
     copyright_ = label(*this, "copyright", small);
 
     auto* const layout = new QVBoxLayout(this);
-    layout->setContentsMargins(36, 24, 36, 24);
-    layout->setSpacing(12);
+    layout->setContentsMargins(look.length(sideMargin), look.length(endMargin),
+                               look.length(sideMargin), look.length(endMargin));
+    layout->setSpacing(look.length(gap));
     layout->setSizeConstraint(QLayout::SetFixedSize);
-    layout->addWidget(new IconView(this), 0, Qt::AlignHCenter);
+    layout->addWidget(new IconView(look.length(iconSize), this), 0, Qt::AlignHCenter);
     for (QLabel* const text : {name_, version_, credits_, copyright_})
       layout->addWidget(text);
   }
@@ -78,14 +57,19 @@ public:
   void setTexts(const QString& name, const QString& version, const QString& copyright,
                 const QString& credits) {
     setWindowTitle(QStringLiteral("About %1").arg(name));
-    set(*name_, name);
-    set(*version_, version.isEmpty() ? QString() : QStringLiteral("Version %1").arg(version));
-    set(*credits_, credits);
-    set(*copyright_, copyright);
+    const Look look(palette(), font());
+    set(*name_, name, look.ink());
+    set(*version_, version.isEmpty() ? QString() : QStringLiteral("Version %1").arg(version),
+        look.detail());
+    set(*credits_, credits, look.detail());
+    set(*copyright_, copyright, look.detail());
   }
 
 private:
-  static void set(QLabel& label, const QString& text) {
+  static void set(QLabel& label, const QString& text, const QColor& colour) {
+    QPalette palette;
+    palette.setColor(QPalette::WindowText, colour);
+    label.setPalette(palette);
     label.setText(text);
     label.setVisible(!text.isEmpty());
   }

@@ -16,16 +16,14 @@ namespace driftmark {
 
 namespace {
 
-constexpr qreal lineHeight = 115; ///< in percent
+constexpr qreal lineHeight = 130; ///< in percent
 
 } // namespace
 
 WrappingLabel::WrappingLabel(const QString& text) {
   setTextFormat(Qt::PlainText);
+  setWordWrap(true); // the height depends on the width
   setText(text);
-  QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
-  policy.setHeightForWidth(true);
-  setSizePolicy(policy);
 
   QTextOption option;
   option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
