@@ -21,6 +21,12 @@ MenuItem label(std::string title) {
   return item;
 }
 
+MenuItem heading(std::string title) {
+  MenuItem item = label(std::move(title));
+  item.kind = MenuItem::Kind::heading;
+  return item;
+}
+
 MenuItem command(std::string title, std::string keyEquivalent = {}) {
   MenuItem item;
   item.title = std::move(title);
@@ -29,8 +35,14 @@ MenuItem command(std::string title, std::string keyEquivalent = {}) {
   return item;
 }
 
-MenuItem file(const std::string& name, const std::string& symbol, const std::string& detail) {
+MenuItem named(const std::string& name, const std::string& detail) {
   MenuItem item = command(name + "  —  " + detail);
+  item.nameLength = name.size();
+  return item;
+}
+
+MenuItem file(const std::string& name, const std::string& symbol, const std::string& detail) {
+  MenuItem item = named(name, detail);
   item.symbol = {symbol, detail};
   item.toolTip = "/Users/ada/Library/Mobile Documents/com~apple~CloudDocs/" + name;
   return item;
@@ -46,7 +58,7 @@ Menu withFixedItems(Menu menu, const std::string& storage, bool launchesAtLogin)
 }
 
 Menu idle() {
-  return withFixedItems({label("iCloud Drive: Up to Date"), separator(), label("Recent Activity"),
+  return withFixedItems({label("iCloud Drive: Up to Date"), separator(), heading("Recent Activity"),
                          file("Minutes 2026-03.pages", "checkmark.circle", "2 minutes ago"),
                          file("Holiday", "icloud.slash", "removed download 3 hours ago"),
                          file("Budget.numbers", "checkmark.circle", "1 day ago")},
@@ -54,13 +66,15 @@ Menu idle() {
 }
 
 Menu transferring() {
-  MenuItem restart = command("Restart iCloud Sync…  —  no progress for 7 min");
+  MenuItem restart = named("Restart iCloud Sync…", "no progress for 7 min");
   restart.symbol = {"arrow.clockwise.icloud", "Restart iCloud Sync"};
   return withFixedItems(
       {label("iCloud Drive: Syncing…"), separator(),
        file("Concert.mov", "arrow.up.circle", "uploading 42%"),
        file("IMG_2041.heic", "arrow.down.circle", "downloading 9%"),
        file("Thesis.pdf", "arrow.up.circle", "uploading"),
+       file("Lecture 12 – The long history of the metric system.key", "arrow.down.circle",
+            "downloading 91%"),
        file("Archive.zip", "exclamationmark.circle", "stalled · downloading 100%"), restart},
       "Checking iCloud storage…", false);
 }
@@ -69,7 +83,7 @@ Menu withIssues() {
   return withFixedItems(
       {label("iCloud Drive: Attention Needed"), separator(), label("2 downloading · 1 uploading"),
        file("Photos", "folder", "syncing"), file("Work", "folder", "syncing"), separator(),
-       label("Sync Issues"),
+       heading("Sync Issues"),
        file("Lectures.key", "exclamationmark.triangle",
             "The item could not be uploaded because the storage is full."),
        file("notes: draft.txt", "exclamationmark.triangle", "The name is not allowed.")},

@@ -1,13 +1,15 @@
-// Saves pictures of the symbols, the status item in each state, menus and the about panel in a
-// folder, in light and dark colours. Set QT_SCALE_FACTOR=2 for high resolution and
-// QT_QPA_PLATFORM=offscreen without a display.
+// Saves pictures of what the program shows in a folder.
 
 #include "SampleMenus.h"
+#include "Themes.h"
+#include "platform/linux/desktop/LinuxAdapters.h"
 #include "platform/linux/dialogs/LinuxDialogs.h"
+#include "platform/linux/looks/Look.h"
 #include "platform/linux/menubar/LinuxStatusItem.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -16,7 +18,7 @@
 #include <QDialog>
 #include <QDir>
 #include <QPainter>
-#include <QStyleFactory>
+#include <QTimer>
 
 namespace {
 
@@ -34,7 +36,8 @@ const std::vector<std::string> symbolNames{"icloud",
                                            "arrow.down.circle",
                                            "exclamationmark.circle",
                                            "exclamationmark.triangle",
-                                           "checkmark.circle"};
+                                           "checkmark.circle",
+                                           "checkmark"};
 
 struct State {
   std::string symbol;
@@ -47,91 +50,138 @@ const std::vector<State> states{{"icloud", ""},
                                 {"arrow.clockwise.icloud", ""},
                                 {"exclamationmark.icloud", ""}};
 
-QPalette darkPalette() {
-  QPalette palette(QColor(45, 45, 48));
-  palette.setColor(QPalette::Base, QColor(30, 30, 32));
-  palette.setColor(QPalette::Highlight, QColor(10, 105, 220));
-  palette.setColor(QPalette::HighlightedText, Qt::white);
-  return palette;
+const Alert question{.messageText = "Remove Downloads in Holiday?",
+                     .informativeText =
+                         "41 files using 20.5 MB on this Mac will be removed from local storage. "
+                         "They stay in iCloud and download again when opened. Files not yet "
+                         "uploaded are left alone.",
+                     .buttons = {"Remove Downloads", "Cancel"}};
+
+Alert longAlert() {
+  Alert alert{.messageText = "Driftmark 1.2.0 is available",
+              .informativeText = "You have version 1.1.0.\n",
+              .buttons = {"Install and Relaunch", "Later"}};
+  for (int line = 1; line < 60; ++line)
+    alert.informativeText.append("\n• Change ").append(std::to_string(line));
+  return alert;
 }
 
-void save(const QPixmap& picture, const QDir& folder, const QString& name) {
-  const QString file = folder.filePath(name + QStringLiteral(".png"));
-  if (!picture.save(file)) {
+/// Saves pictures of one theme.
+class Gallery {
+public:
+  Gallery(const QDir& folder, QString look) : folder_(folder), look_(std::move(look)) {}
+
+  void saveAll() {
+    saveSymbols();
+    saveStrips();
+    for (const gallery::SampleMenu& sample : gallery::sampleMenus())
+      saveMenu(sample);
+    saveDialogs();
+  }
+
+private:
+  void save(const QPixmap& picture, const QString& name) const {
+    const QString file = folder_.filePath(QStringLiteral("%1-%2.png").arg(name, look_));
+    if (picture.save(file))
+      return;
     std::cerr << "driftmark_gallery: cannot write " << file.toStdString() << '\n';
     std::exit(EXIT_FAILURE);
   }
-}
 
-QPixmap symbolSheet() {
-  const QPalette palette = QApplication::palette();
-  const qreal ratio = qApp->devicePixelRatio();
-  const int cell = 28;
-  const int columns = static_cast<int>(symbolNames.size());
-  QPixmap sheet(QSize(columns * cell, cell) * ratio);
-  sheet.setDevicePixelRatio(ratio);
-  sheet.fill(palette.color(QPalette::Window));
-  SymbolImages images;
-  QPainter painter(&sheet);
-  for (int column = 0; column < columns; ++column)
-    painter.drawPixmap(column * cell + 6, 6,
-                       images.image(symbolNames[static_cast<std::size_t>(column)],
-                                    palette.color(QPalette::WindowText), 16, ratio));
-  return sheet;
-}
-
-QPixmap stacked(const std::vector<QPixmap>& pictures) {
-  const qreal ratio = pictures.front().devicePixelRatio();
-  QSizeF size;
-  for (const QPixmap& picture : pictures)
-    size = {std::max(size.width(), picture.deviceIndependentSize().width()),
-            size.height() + picture.deviceIndependentSize().height() + 4};
-  QPixmap all((size * ratio).toSize());
-  all.setDevicePixelRatio(ratio);
-  all.fill(Qt::gray);
-  QPainter painter(&all);
-  qreal top = 0;
-  for (const QPixmap& picture : pictures) {
-    painter.drawPixmap(QPointF(size.width() - picture.deviceIndependentSize().width(), top),
-                       picture);
-    top += picture.deviceIndependentSize().height() + 4;
-  }
-  return all;
-}
-
-void saveAll(const QDir& folder, const QString& look) {
-  save(symbolSheet(), folder, QStringLiteral("symbols-") + look);
-
-  LinuxStatusItem item;
-  std::vector<QPixmap> strips;
-  for (const State& state : states) {
-    item.setSymbol({state.symbol, {}}, "icloud");
-    item.setTitle(state.title);
-    strips.push_back(item.strip().grab());
-  }
-  item.setTitle("42%");
-  item.strip().setHighlighted(true);
-  strips.push_back(item.strip().grab());
-  item.strip().setHighlighted(false);
-  save(stacked(strips), folder, QStringLiteral("strip-") + look);
-
-  for (const gallery::SampleMenu& sample : gallery::sampleMenus()) {
-    item.setMenu([&sample] { return sample.menu; }, [] {});
-    item.strip().press();
-    item.menu()->setActiveAction(item.menu()->actions().at(3));
-    save(item.menu()->grab(), folder,
-         QStringLiteral("menu-%1-%2").arg(QString::fromStdString(sample.name), look));
-    item.menu()->close();
+  /// Each symbol at 16, 24 and 32 pixels, and enlarged by 8.
+  void saveSymbols() const {
+    constexpr int cell = 40;
+    const Look look(QApplication::palette(), QApplication::font());
+    QPixmap sheet(static_cast<int>(symbolNames.size()) * cell, 3 * cell);
+    sheet.fill(look.ground());
+    SymbolImages images;
+    {
+      QPainter painter(&sheet);
+      for (int row = 0; row < 3; ++row)
+        for (std::size_t column = 0; column < symbolNames.size(); ++column)
+          painter.drawPixmap(static_cast<int>(column) * cell + 4, row * cell + 4,
+                             images.image(symbolNames[column], look.ink(), 16 + 8 * row, 1));
+    }
+    save(sheet, "symbols");
+    save(sheet.scaled(sheet.size() * 8), "symbols-enlarged");
   }
 
-  AboutPanel about;
-  about.showAboutPanel("Driftmark", "1.2.0", "Copyright © 2026 the Driftmark authors",
-                       "Menu bar monitor for iCloud Drive sync activity\n"
-                       "https://driftmark.example/");
-  for (QWidget* const widget : QApplication::topLevelWidgets())
-    if (widget->isVisible() && qobject_cast<QDialog*>(widget) != nullptr)
-      save(widget->grab(), folder, QStringLiteral("about-") + look);
-}
+  void saveStrips() {
+    std::vector<QPixmap> strips;
+    for (const State& state : states) {
+      item_.setSymbol({state.symbol, {}}, "icloud");
+      item_.setTitle(state.title);
+      strips.push_back(item_.strip().grab());
+    }
+    item_.setTitle("42%");
+    item_.strip().setHighlighted(true);
+    strips.push_back(item_.strip().grab());
+    item_.strip().setHighlighted(false);
+
+    constexpr int gap = 4;
+    const qreal ratio = item_.strip().devicePixelRatioF();
+    QSizeF size;
+    for (const QPixmap& strip : strips)
+      size = {std::max(size.width(), strip.deviceIndependentSize().width()),
+              size.height() + strip.deviceIndependentSize().height() + gap};
+    QPixmap all((size * ratio).toSize());
+    all.setDevicePixelRatio(ratio);
+    all.fill(Qt::gray);
+    QPainter painter(&all);
+    qreal top = 0;
+    for (const QPixmap& strip : strips) {
+      painter.drawPixmap(QPointF(size.width() - strip.deviceIndependentSize().width(), top), strip);
+      top += strip.deviceIndependentSize().height() + gap;
+    }
+    painter.end();
+    save(all, "strip");
+  }
+
+  void saveMenu(const gallery::SampleMenu& sample) {
+    item_.setMenu([&sample] { return sample.menu; }, [] {});
+    item_.strip().press();
+    item_.menu()->setActiveAction(item_.menu()->actions().at(3));
+    save(item_.menu()->grab(), QStringLiteral("menu-") + QString::fromStdString(sample.name));
+    item_.menu()->close();
+  }
+
+  void saveDialogs() const {
+    AboutPanel about;
+    about.showAboutPanel("Driftmark", "1.2.0", "Copyright © 2026 the Driftmark authors",
+                         "Menu bar monitor for iCloud Drive sync activity\n"
+                         "https://driftmark.example/");
+    for (QWidget* const widget : QApplication::topLevelWidgets())
+      if (widget->objectName() == "AboutPanel")
+        save(widget->grab(), "about");
+
+    const LinuxBundle bundle("/nowhere/driftmark", "");
+    LinuxDialogs dialogs(bundle);
+    saveModal("alert", [&] { dialogs.runModal(question); });
+    saveModal("alert-long", [&] { dialogs.runModal(longAlert()); });
+    saveModal("folders", [&] {
+      dialogs.chooseFolder({.title = "Free Up Space",
+                            .message = "Choose a folder. Downloaded files inside it will be "
+                                       "removed from this Mac; they stay in iCloud and download "
+                                       "again when opened.",
+                            .prompt = "Choose",
+                            .directory = QDir::homePath().toStdString()});
+    });
+  }
+
+  /// Saves a picture of the window that `show` opens, and closes it.
+  void saveModal(const char* name, const std::function<void()>& show) const {
+    QTimer::singleShot(500, qApp, [this, name] {
+      QWidget* const window = QApplication::activeModalWidget();
+      save(window->grab(), name);
+      window->close();
+    });
+    show();
+  }
+
+  const QDir folder_;
+  const QString look_;
+  LinuxStatusItem item_;
+};
 
 } // namespace
 
@@ -146,9 +196,11 @@ int main(int argc, char* argv[]) {
     std::cerr << "driftmark_gallery: cannot make the folder " << argv[1] << '\n';
     return EXIT_FAILURE;
   }
-  QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
-  saveAll(folder, QStringLiteral("light"));
-  QApplication::setPalette(darkPalette());
-  saveAll(folder, QStringLiteral("dark"));
+  QApplication::setQuitOnLastWindowClosed(false);
+  Look::apply();
+  for (const gallery::Theme& theme : gallery::themes()) {
+    QApplication::setPalette(Look::paletteFor(theme.palette));
+    Gallery(folder, theme.name).saveAll();
+  }
   return EXIT_SUCCESS;
 }
