@@ -65,11 +65,14 @@ public:
   ~TestPlatform();
 
   /// The ports, as the core takes them.
-  Platform platform() {
+  Platform platform() { return platform(mainQueue, childProcesses); }
+
+  /// The ports with these two in place of the fakes.
+  Platform platform(MainQueue& queue, ChildProcesses& children) {
     return {.clock = clock,
-            .mainQueue = mainQueue,
+            .mainQueue = queue,
             .backgroundQueue = backgroundQueue,
-            .childProcesses = childProcesses,
+            .childProcesses = children,
             .systemLog = systemLog,
             .fileSystem = fileSystem,
             .environment = environment,

@@ -1,4 +1,4 @@
-// When a child's output is delivered at once, and when reading it pauses.
+// How a child's output is cut into chunks, and when reading it pauses.
 
 #include "platform/posix/children/OutputQueue.h"
 
@@ -16,10 +16,6 @@ constexpr std::size_t fullAt = 4 * maxChunkSize; ///< reading pauses
 constexpr std::size_t drainedAt = fullAt / 2;    ///< reading continues
 
 } // namespace
-
-bool OutputQueue::isUrgent() const {
-  return waitingBytes_ >= maxChunkSize || (!items_.empty() && items_.back().isExit);
-}
 
 bool OutputQueue::isFull() const {
   return waitingBytes_ >= fullAt;

@@ -22,9 +22,6 @@ public:
 
   bool isEmpty() const { return items_.empty(); }
 
-  /// Whether a whole chunk or the exit waits.
-  bool isUrgent() const;
-
   /// Whether so many bytes wait that no more are to be read.
   bool isFull() const;
 

@@ -24,9 +24,6 @@ namespace {
 /// output is from another process.
 constexpr std::size_t maxLeftInTerminal = std::size_t{1} << 20;
 
-/// After the queue ran empty, output is coalesced for this long before it is delivered.
-constexpr Seconds coalesceInterval{0.001};
-
 std::optional<std::string> slaveName(int master) {
   if (grantpt(master) != 0 || unlockpt(master) != 0)
     return std::nullopt;
@@ -135,12 +132,11 @@ void TerminalChannel::queueExit() {
   deliverSoon(std::move(lock));
 }
 
-/// Requests a delivery unless one waits on the main queue or more output may be coalesced first.
+/// Requests a delivery unless one waits on the main queue. Until that one runs, what arrives joins
+/// the queue, so that a main thread with other work is not woken up for each small piece.
 void TerminalChannel::deliverSoon(std::unique_lock<std::mutex> lock) {
-  const bool mayCoalesce = delivery_ == Delivery::coalescing && !queue_.isUrgent();
-  if (delivery_ == Delivery::posted || mayCoalesce || queue_.isEmpty())
+  if (queue_.isEmpty() || std::exchange(deliveryPosted_, true))
     return;
-  delivery_ = Delivery::posted;
   lock.unlock();
   context_.mainQueue.async([self = shared_from_this()] { self->deliver(); });
 }
@@ -148,7 +144,7 @@ void TerminalChannel::deliverSoon(std::unique_lock<std::mutex> lock) {
 /// Delivers one item, so that other tasks of the main queue run between two items.
 void TerminalChannel::deliver() {
   std::unique_lock lock(mutex_);
-  delivery_ = Delivery::none;
+  deliveryPosted_ = false;
   if (queue_.isEmpty())
     return;
   OutputQueue::Item item = queue_.takeFirst();
@@ -158,7 +154,7 @@ void TerminalChannel::deliver() {
   if (hasCapacityAgain)
     context_.ioThreadWakeup->wake();
   handle(std::move(item));
-  deliverOrCoalesce();
+  deliverSoon(std::unique_lock(mutex_));
 }
 
 void TerminalChannel::handle(OutputQueue::Item item) {
@@ -172,30 +168,6 @@ void TerminalChannel::handle(OutputQueue::Item item) {
   const std::lock_guard lock(mutex_);
   if (!released_)
     queue_.recycle(std::move(item.bytes));
-}
-
-/// Puts the next delivery off when the queue is empty: a terminal passes output on in small pieces,
-/// and each would wake the main thread.
-void TerminalChannel::deliverOrCoalesce() {
-  std::unique_lock lock(mutex_);
-  if (!queue_.isEmpty() || delivery_ == Delivery::posted || released_) {
-    deliverSoon(std::move(lock));
-    return;
-  }
-  delivery_ = Delivery::coalescing;
-  lock.unlock();
-  if (!std::exchange(coalescingEnds_, true))
-    context_.mainQueue.after(coalesceInterval,
-                             [self = shared_from_this()] { self->endCoalescing(); });
-}
-
-void TerminalChannel::endCoalescing() {
-  coalescingEnds_ = false;
-  std::unique_lock lock(mutex_);
-  if (delivery_ != Delivery::coalescing)
-    return;
-  delivery_ = Delivery::none;
-  deliverSoon(std::move(lock));
 }
 
 void TerminalChannel::releaseTerminal() {

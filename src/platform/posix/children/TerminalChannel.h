@@ -74,10 +74,6 @@ public:
 private:
   enum class Reading { mayHoldMore, empty, ended };
 
-  /// The next delivery: not requested, waiting on the main queue, or put off for a moment to
-  /// coalesce output.
-  enum class Delivery { none, posted, coalescing };
-
   // I/O thread
   Reading read(std::span<char> scratch);
   void drain(std::span<char> scratch);
@@ -87,8 +83,6 @@ private:
   // Main thread
   void deliver();
   void handle(OutputQueue::Item item);
-  void deliverOrCoalesce();
-  void endCoalescing();
 
   // Any thread
   void deliverSoon(std::unique_lock<std::mutex> lock);
@@ -105,11 +99,10 @@ private:
   // Main thread; the caller of a running handler keeps it alive
   std::shared_ptr<const ChildProcesses::DataHandler> onData_;
   ChildProcesses::ExitHandler onExit_;
-  bool coalescingEnds_ = false; ///< the end of coalescing waits on the main queue
 
   std::mutex mutex_; ///< guards what follows
   OutputQueue queue_;
-  Delivery delivery_ = Delivery::none;
+  bool deliveryPosted_ = false; ///< it waits on the main queue
   bool waitsForCapacity_ = false;
   bool released_ = false;
 };
