@@ -11,15 +11,26 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace driftmark::SingleInstance {
 
 namespace {
 
-std::vector<std::int32_t> otherCopies(const Platform& platform, const std::string& identifier) {
-  auto copies = platform.runningApplications.withBundleIdentifier(identifier);
-  std::erase(copies, platform.application.processIdentifier());
+/// Leaves out copies that started later: those end this one, so that the newest of many remains. Of
+/// the same instant the larger identifier is the newer copy; an unknown start counts as an older
+/// one.
+std::vector<std::int32_t> olderCopies(const Platform& platform, const std::string& identifier) {
+  const RunningApplications& applications = platform.runningApplications;
+  const std::int32_t self = platform.application.processIdentifier();
+  const auto ownStart = applications.startTime(self);
+  auto copies = applications.withBundleIdentifier(identifier);
+  std::erase_if(copies, [&](std::int32_t copy) {
+    const auto start = applications.startTime(copy);
+    const bool isNewer = start && ownStart && std::pair(*start, copy) > std::pair(*ownStart, self);
+    return isNewer || copy == self;
+  });
   return copies;
 }
 
@@ -39,7 +50,7 @@ void takeOver(const Platform& platform) {
   const auto identifier = platform.bundle.identifier();
   if (!identifier)
     return;
-  const auto others = otherCopies(platform, *identifier);
+  const auto others = olderCopies(platform, *identifier);
   if (others.empty())
     return;
 

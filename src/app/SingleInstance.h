@@ -3,7 +3,8 @@
 #include "ports/Clock.h"
 #include "ports/Platform.h"
 
-/// Ensures that no other copy of the program keeps running: a new instance ends the older ones.
+/// Ensures that one copy of the program keeps running: a new instance ends those that did not start
+/// after it.
 namespace driftmark::SingleInstance {
 
 inline constexpr Seconds gracePeriod{3.0};   ///< for the older copies to end on request

@@ -4,8 +4,12 @@
 
 #include "support/TestPlatform.h"
 
+#include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -80,6 +84,78 @@ TEST_F(SingleInstanceTest, copyThatIgnoresRequestIsKilledAfterThreeSeconds) {
               ElementsAre("Driftmark: quitting 3 already-running instance(s)",
                           "Driftmark: instance 200 ignored the quit request; killing it",
                           "Driftmark: instance 400 ignored the quit request; killing it"));
+}
+
+class StartTimes : public SingleInstanceTest {
+protected:
+  using StartTime = RunningApplications::StartTime;
+
+  /// Whether this process, 100, asks a copy to end.
+  bool ends(std::int32_t process, std::optional<StartTime> start,
+            std::optional<StartTime> ownStart) {
+    copy(process, Seconds(0));
+    if (start)
+      platform.runningApplications.setStartTime(process, *start);
+    if (ownStart)
+      platform.runningApplications.setStartTime(100, *ownStart);
+    takeOver();
+    return !platform.runningApplications.take().empty();
+  }
+};
+
+TEST_F(StartTimes, earlierCopyIsEnded) {
+  EXPECT_TRUE(ends(200, 5, 6));
+}
+
+TEST_F(StartTimes, laterCopyIsSparedInSilence) {
+  EXPECT_FALSE(ends(99, 7, 6));
+  EXPECT_THAT(platform.systemLog.take(), IsEmpty());
+}
+
+TEST_F(StartTimes, inTheSameInstantTheSmallerIdentifierIsTheOlderCopy) {
+  EXPECT_TRUE(ends(99, 6, 6));
+}
+
+TEST_F(StartTimes, inTheSameInstantTheLargerIdentifierIsTheNewerCopy) {
+  EXPECT_FALSE(ends(101, 6, 6));
+}
+
+TEST_F(StartTimes, copyWithUnknownStartIsEnded) {
+  EXPECT_TRUE(ends(200, std::nullopt, 6));
+}
+
+TEST_F(StartTimes, copyIsEndedWhenOwnStartIsUnknown) {
+  EXPECT_TRUE(ends(200, 7, std::nullopt));
+}
+
+TEST_F(StartTimes, sparedCopiesAreNotCountedNorKilled) {
+  copy(300, std::nullopt);
+  platform.runningApplications.setStartTime(300, 9);
+  copy(200, Seconds(0));
+  platform.runningApplications.setStartTime(200, 5);
+  platform.runningApplications.setStartTime(100, 6);
+  EXPECT_EQ(takeOver(), 0.0);
+  EXPECT_THAT(platform.runningApplications.take(), ElementsAre("terminate 200"));
+  EXPECT_THAT(platform.systemLog.take(),
+              ElementsAre("Driftmark: quitting 1 already-running instance(s)"));
+}
+
+TEST_F(StartTimes, oneOfManySimultaneousCopiesRemains) {
+  const std::vector<std::int32_t> processes{100, 101, 102, 103};
+  platform.runningApplications.remove(100);
+  for (const std::int32_t process : processes) {
+    copy(process, Seconds(0));
+    platform.runningApplications.setStartTime(process, 6);
+  }
+  std::vector<std::string> requests;
+  for (const std::int32_t process : processes) {
+    platform.application.setProcessIdentifier(process);
+    takeOver();
+    for (std::string& request : platform.runningApplications.take())
+      requests.push_back(std::move(request));
+  }
+  EXPECT_THAT(std::set<std::string>(requests.begin(), requests.end()),
+              ElementsAre("terminate 100", "terminate 101", "terminate 102"));
 }
 
 TEST_F(SingleInstanceTest, slowestCopyIsWaitedFor) {

@@ -25,6 +25,11 @@ public:
     return found;
   }
 
+  std::optional<StartTime> startTime(std::int32_t process) const override {
+    const auto found = startTimes_.find(process);
+    return found != startTimes_.end() ? std::optional(found->second) : std::nullopt;
+  }
+
   void sendTerminate(std::int32_t process) override {
     signals_.push_back("terminate " + std::to_string(process));
     if (const auto copy = processes_.find(process);
@@ -49,6 +54,16 @@ public:
     processes_[process] = {endsAfter, std::nullopt};
   }
 
+  /// Sets when a process started. Until then that is unknown.
+  void setStartTime(std::int32_t process, StartTime time) { startTimes_[process] = time; }
+
+  /// Ends a process.
+  void remove(std::int32_t process) {
+    std::erase_if(copies_, [process](const auto& copy) { return copy.second == process; });
+    processes_.erase(process);
+    startTimes_.erase(process);
+  }
+
   /// Makes no signal reach a process.
   void loseSignals() { losesSignals_ = true; }
 
@@ -64,6 +79,7 @@ private:
   const Clock& clock_;
   std::vector<std::pair<std::string, std::int32_t>> copies_;
   std::map<std::int32_t, Process> processes_;
+  std::map<std::int32_t, StartTime> startTimes_;
   std::vector<std::string> signals_;
   bool losesSignals_ = false;
 };

@@ -141,6 +141,10 @@ private:
 class MacRunningApplications final : public PosixRunningApplications {
 public:
   std::vector<std::int32_t> withBundleIdentifier(const std::string& identifier) const override;
+
+  /// In ticks of the system's uptime, also for a program that was not opened as an application. The
+  /// system tells it of this user's processes.
+  std::optional<StartTime> startTime(std::int32_t process) const override;
 };
 
 /// Signals as the system's dispatch sources report them, also when the signal itself is ignored.

@@ -10,6 +10,7 @@
 
 #import <AppKit/AppKit.h>
 #import <ServiceManagement/ServiceManagement.h>
+#include <libproc.h>
 
 namespace driftmark {
 
@@ -65,6 +66,14 @@ MacRunningApplications::withBundleIdentifier(const std::string& identifier) cons
     if (const pid_t process = application.processIdentifier; process > 0)
       processes.push_back(process);
   return processes;
+}
+
+std::optional<RunningApplications::StartTime>
+MacRunningApplications::startTime(std::int32_t process) const {
+  rusage_info_v0 usage{};
+  auto* const result = reinterpret_cast<rusage_info_t*>(&usage);
+  const bool known = proc_pid_rusage(process, RUSAGE_INFO_V0, result) == 0;
+  return known ? std::optional<StartTime>(usage.ri_proc_start_abstime) : std::nullopt;
 }
 
 MacSystemLog::MacSystemLog() {

@@ -118,10 +118,11 @@ class LinuxRunningApplications final : public PosixRunningApplications {
 public:
   explicit LinuxRunningApplications(const SystemRoot& root) : systemRoot_(root.path()) {}
 
-  /// The oldest first. Leaves out copies that started after this process: those take over from this
-  /// one, so that the newest of several copies started together remains. Also leaves out processes
-  /// whose executable this user may not see.
+  /// The oldest first. Leaves out processes whose executable this user may not see.
   std::vector<std::int32_t> withBundleIdentifier(const std::string& identifier) const override;
+
+  /// In the kernel's ticks since the system started.
+  std::optional<StartTime> startTime(std::int32_t process) const override;
 
 private:
   const std::string systemRoot_;

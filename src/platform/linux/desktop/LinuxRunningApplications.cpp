@@ -1,4 +1,4 @@
-// Which processes are older copies of an application, and in which order.
+// Which processes are copies of an application, in which order, and when a process started.
 
 #include "platform/linux/SystemRoot.h"
 #include "platform/linux/desktop/LinuxAdapters.h"
@@ -18,18 +18,15 @@
 #include <QFile>
 #include <QString>
 
-#include <unistd.h>
-
 namespace driftmark {
 
 namespace fs = std::filesystem;
 
 namespace {
 
-/// A process and its start time, in the kernel's ticks since the system started. The kernel assigns
-/// identifiers in ascending order, which orders processes of the same tick.
+/// The kernel assigns identifiers in ascending order, which orders processes of the same tick.
 struct Process {
-  std::uint64_t startTime;
+  RunningApplications::StartTime startTime;
   std::int32_t identifier;
 
   // NOLINTNEXTLINE(modernize-use-nullptr): the generated comparison has a plain 0 in it
@@ -47,7 +44,7 @@ template <class Number> std::optional<Number> numberIn(std::string_view text) {
 }
 
 /// When the process with that folder in /proc started; absent when it has ended.
-std::optional<std::uint64_t> startTime(const fs::path& folder) {
+std::optional<RunningApplications::StartTime> startOf(const fs::path& folder) {
   constexpr int fieldsBetween = 19; // the name is the 2nd field, the start time the 22nd
   std::ifstream file(folder / "stat");
   std::string line;
@@ -57,7 +54,7 @@ std::optional<std::uint64_t> startTime(const fs::path& folder) {
   std::string field;
   for (int i = 0; i <= fieldsBetween; ++i)
     fields >> field;
-  return fields ? numberIn<std::uint64_t>(field) : std::nullopt;
+  return fields ? numberIn<RunningApplications::StartTime>(field) : std::nullopt;
 }
 
 /// The system root that the process with that folder in /proc was started with.
@@ -107,7 +104,7 @@ std::optional<Process> copyAt(const fs::path& folder, const std::string& identif
     return std::nullopt;
   if (bundleIdentifier(folder) != identifier || systemRootOf(folder) != systemRoot)
     return std::nullopt;
-  const auto start = startTime(folder);
+  const auto start = startOf(folder);
   return start ? std::optional(Process{*start, *process}) : std::nullopt;
 }
 
@@ -115,17 +112,21 @@ std::optional<Process> copyAt(const fs::path& folder, const std::string& identif
 
 std::vector<std::int32_t>
 LinuxRunningApplications::withBundleIdentifier(const std::string& identifier) const {
-  const Process self{startTime("/proc/self").value_or(0), ::getpid()};
   std::vector<Process> copies;
   std::error_code error;
   for (fs::directory_iterator entry("/proc", error), end; !error && entry != end;
        entry.increment(error))
-    if (const auto copy = copyAt(entry->path(), identifier, systemRoot_); copy && *copy <= self)
+    if (const auto copy = copyAt(entry->path(), identifier, systemRoot_))
       copies.push_back(*copy);
   std::ranges::sort(copies);
   std::vector<std::int32_t> identifiers;
   std::ranges::transform(copies, std::back_inserter(identifiers), &Process::identifier);
   return identifiers;
+}
+
+std::optional<RunningApplications::StartTime>
+LinuxRunningApplications::startTime(std::int32_t process) const {
+  return startOf(fs::path("/proc") / std::to_string(process));
 }
 
 } // namespace driftmark
