@@ -27,6 +27,11 @@ OverallState SyncMonitor::overall() const {
   return globalActivity() ? OverallState::syncing : OverallState::idle;
 }
 
+bool SyncMonitor::isBusy() const {
+  const bool isHeld = ports_.clock.now() < holdUntil_;
+  return !*stopping_ && (!active_.empty() || isHeld || statusActivity_ || globalActivity());
+}
+
 std::optional<double> SyncMonitor::progress() const {
   return active_.progress(ports_.clock.now());
 }

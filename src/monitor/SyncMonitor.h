@@ -118,6 +118,9 @@ public:
   /// The state that the icon shows at this moment.
   OverallState overall() const;
 
+  /// Whether something is in flight or its end is shown for a time; never after `stop`.
+  bool isBusy() const;
+
   /// Mean percentage of the transfers that have one and are not stalled.
   std::optional<double> progress() const;
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <string>
 
 namespace driftmark {
 
@@ -14,6 +16,12 @@ public:
 
   /// The application is about to end, for whatever reason. Called once at most.
   virtual void applicationWillTerminate() = 0;
+};
+
+/// Something that the program does for the user now. Destroying it ends that. Main thread only.
+class Activity {
+public:
+  virtual ~Activity() = default;
 };
 
 /// The running application. Main thread only.
@@ -41,6 +49,12 @@ public:
 
   /// Whether `terminate` was called: nothing new is to be started any more.
   virtual bool isTerminating() const = 0;
+
+  /// Begins an activity: until it ends, the system treats this process as one in use, although it
+  /// is in the background and draws little. Its timers are in time and its threads keep their
+  /// priority; the machine may still sleep. Activities may overlap. A system that slows no process
+  /// down does nothing. Never null. `reason` is for who inspects the system.
+  virtual std::unique_ptr<Activity> beginActivity(const std::string& reason) = 0;
 
   /// The identifier of this process.
   virtual std::int32_t processIdentifier() const = 0;

@@ -3,6 +3,7 @@
 #include "ui/StatusItemController.h"
 
 #include "monitor/SyncMonitor.h"
+#include "ports/Application.h"
 #include "support/Weakly.h"
 #include "update/UpdateChecker.h"
 
@@ -50,12 +51,22 @@ void StatusItemController::start() {
 
 void StatusItemController::shutdown() {
   monitor_->stop();
+  updateActivity();
 }
 
 void StatusItemController::monitorChanged() {
   updateIcon();
+  updateActivity();
   if (statusItem_ && quotaItem_)
     statusItem_->retitle(*quotaItem_, storageTitle());
+}
+
+/// Each event that can end what the monitor is busy with is a change that it notifies.
+void StatusItemController::updateActivity() {
+  if (!monitor_->isBusy())
+    activity_.reset();
+  else if (!activity_)
+    activity_ = platform_.application.beginActivity("iCloud Drive is syncing");
 }
 
 } // namespace driftmark

@@ -12,6 +12,7 @@
 
 namespace driftmark {
 
+class Activity;
 class SyncMonitor;
 class UpdateChecker;
 struct ActiveItem;
@@ -34,7 +35,7 @@ public:
   StatusItemController& operator=(const StatusItemController&) = delete;
   ~StatusItemController();
 
-  /// Stops the monitor, which ends every child process.
+  /// Stops the monitor, which ends every child process, and ends the activity.
   void shutdown();
 
   /// Builds the menu from the current state of the monitor.
@@ -52,6 +53,7 @@ private:
   // StatusItemController.cpp
   void start();
   void monitorChanged();
+  void updateActivity();
 
   // StatusIcon.cpp
   void updateIcon();
@@ -89,6 +91,7 @@ private:
   const std::shared_ptr<UpdateChecker> updateChecker_;
   std::optional<MenuItem::Tag> quotaItem_; ///< the storage line of the menu that was built last
   std::optional<OverallState> lastLoggedState_;
+  std::unique_ptr<Activity> activity_; ///< while the monitor is busy
 };
 
 } // namespace driftmark

@@ -1,4 +1,5 @@
 #include "support/TestPlatform.h"
+#include "support/contracts/ApplicationContract.h"
 #include "support/contracts/BackgroundQueueContract.h"
 #include "support/contracts/BundleContract.h"
 #include "support/contracts/ClockContract.h"
@@ -8,6 +9,7 @@
 #include "support/contracts/FileSystemContract.h"
 #include "support/contracts/LoginItemContract.h"
 #include "support/contracts/MainQueueContract.h"
+#include "support/contracts/RunningApplicationsContract.h"
 #include "support/contracts/SignalsContract.h"
 #include "support/contracts/SystemLogContract.h"
 #include "support/contracts/SystemTextContract.h"
@@ -134,6 +136,34 @@ private:
   TestSystemText text_;
 };
 
+class FakeApplication final : public ApplicationSubject {
+public:
+  Application& application() override { return application_; }
+
+private:
+  TestApplication application_;
+};
+
+class FakeRunningApplications final : public RunningApplicationsSubject {
+public:
+  FakeRunningApplications() { start(); }
+
+  RunningApplications& applications() override { return applications_; }
+  std::int32_t start() override {
+    const std::int32_t process = ++lastProcess_;
+    applications_.add("com.example.program", process, std::nullopt);
+    applications_.setStartTime(process, static_cast<RunningApplications::StartTime>(process));
+    return process;
+  }
+  void end(std::int32_t process) override { applications_.remove(process); }
+  std::int32_t oldest() override { return 1; }
+
+private:
+  TestClock clock_;
+  TestRunningApplications applications_{clock_};
+  std::int32_t lastProcess_ = 0;
+};
+
 class FakeUserDefaults final : public UserDefaultsSubject {
 public:
   UserDefaults& userDefaults() override { return userDefaults_; }
@@ -249,6 +279,11 @@ INSTANTIATE_TEST_SUITE_P(Fake, SystemLogContract,
 INSTANTIATE_TEST_SUITE_P(Fake, SystemTextContract,
                          Values(subject<SystemTextSubject, FakeSystemText>("fake")), subjectName);
 
+INSTANTIATE_TEST_SUITE_P(Fake, ApplicationContract,
+                         Values(subject<ApplicationSubject, FakeApplication>("fake")), subjectName);
+INSTANTIATE_TEST_SUITE_P(
+    Fake, RunningApplicationsContract,
+    Values(subject<RunningApplicationsSubject, FakeRunningApplications>("fake")), subjectName);
 INSTANTIATE_TEST_SUITE_P(Fake, UserDefaultsContract,
                          Values(subject<UserDefaultsSubject, FakeUserDefaults>("fake")),
                          subjectName);

@@ -8,10 +8,14 @@
 #include "harness/qt/EventLoop.h"
 #include "platform/linux/desktop/LinuxAdapters.h"
 #include "platform/linux/dialogs/LinuxDialogs.h"
+#include "platform/linux/runloop/LinuxApplication.h"
 #include "platform/linux/runloop/LinuxBackgroundQueue.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 #include "platform/posix/PosixAdapters.h"
+#include "platform/posix/children/LaunchTool.h"
 #include "platform/posix/children/PosixChildProcesses.h"
+#include "support/TestEnvironment.h"
+#include "support/contracts/ApplicationContract.h"
 #include "support/contracts/BackgroundQueueContract.h"
 #include "support/contracts/BundleContract.h"
 #include "support/contracts/ChildProcessesContract.h"
@@ -22,11 +26,13 @@
 #include "support/contracts/FileSystemContract.h"
 #include "support/contracts/LoginItemContract.h"
 #include "support/contracts/MainQueueContract.h"
+#include "support/contracts/RunningApplicationsContract.h"
 #include "support/contracts/SystemLogContract.h"
 #include "support/contracts/SystemTextContract.h"
 #include "support/contracts/UserDefaultsContract.h"
 
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <list>
 #include <optional>
@@ -40,6 +46,9 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTimer>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace driftmark::test {
 namespace {
@@ -170,6 +179,37 @@ private:
 
 INSTANTIATE_TEST_SUITE_P(Linux, SystemTextContract,
                          Values(subject<SystemTextSubject, RealText>("real")), subjectName);
+
+class RealApplication final : public ApplicationSubject {
+public:
+  Application& application() override { return application_; }
+
+private:
+  LinuxApplication application_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Linux, ApplicationContract,
+                         Values(subject<ApplicationSubject, RealApplication>("real")), subjectName);
+
+class RealRunningApplications final : public RunningApplicationsSubject {
+public:
+  RunningApplications& applications() override { return applications_; }
+  std::int32_t start() override {
+    return std::get<pid_t>(launchTool(childToolPath(), {"wait"}, {}));
+  }
+  void end(std::int32_t process) override {
+    applications_.sendKill(process);
+    waitpid(process, nullptr, 0);
+  }
+  std::int32_t oldest() override { return getpid(); }
+
+private:
+  LinuxRunningApplications applications_{std::get<SystemRoot>(SystemRoot::of(TestEnvironment()))};
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Linux, RunningApplicationsContract,
+    Values(subject<RunningApplicationsSubject, RealRunningApplications>("real")), subjectName);
 
 class RealUserDefaults final : public UserDefaultsSubject {
 public:

@@ -30,6 +30,9 @@ public:
 
   bool isTerminating() const override { return isTerminating_; }
 
+  /// Keeps the process out of App Nap.
+  std::unique_ptr<Activity> beginActivity(const std::string& reason) override;
+
   std::int32_t processIdentifier() const override;
 
 private:

@@ -33,6 +33,19 @@ namespace {
 /// closed.
 constexpr Seconds closingInterval{0.01};
 
+class MacActivity final : public Activity {
+public:
+  explicit MacActivity(const std::string& reason)
+      : activity_([NSProcessInfo.processInfo
+            beginActivityWithOptions:NSActivityUserInitiatedAllowingIdleSystemSleep
+                              reason:nsString(reason)]) {}
+  MacActivity(const MacActivity&) = delete;
+  ~MacActivity() override { [NSProcessInfo.processInfo endActivity:activity_]; }
+
+private:
+  const id<NSObject> activity_;
+};
+
 } // namespace
 
 MacApplication::MacApplication(MainQueue& mainQueue)
@@ -89,6 +102,10 @@ void MacApplication::closeModalWindow() {
                                                data2:0];
   if (event != nil)
     [application_ postEvent:event atStart:NO];
+}
+
+std::unique_ptr<Activity> MacApplication::beginActivity(const std::string& reason) {
+  return std::make_unique<MacActivity>(reason);
 }
 
 std::int32_t MacApplication::processIdentifier() const {

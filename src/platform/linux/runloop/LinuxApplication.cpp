@@ -47,6 +47,10 @@ void LinuxApplication::terminate() {
       QCoreApplication::instance(), [] { QCoreApplication::exit(); }, Qt::QueuedConnection);
 }
 
+std::unique_ptr<Activity> LinuxApplication::beginActivity(const std::string& /*reason*/) {
+  return std::make_unique<Activity>();
+}
+
 std::int32_t LinuxApplication::processIdentifier() const {
   return getpid();
 }

@@ -27,6 +27,9 @@ public:
 
   bool isTerminating() const override { return isTerminating_; }
 
+  /// Does nothing: no process is slowed down for being in the background.
+  std::unique_ptr<Activity> beginActivity(const std::string& reason) override;
+
   std::int32_t processIdentifier() const override;
 
   /// Notifies the delegate of termination, unless that was done before. For a process that ends

@@ -9,6 +9,7 @@
 #import <Foundation/NSFileManager.h>
 #import <Foundation/NSFormatters.h>
 #import <Foundation/NSObjCRuntime.h>
+#import <Foundation/NSProcessInfo.h>
 #import <Foundation/NSString.h>
 #import <Foundation/NSTimer.h>
 #import <Foundation/NSURL.h>
