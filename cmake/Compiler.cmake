@@ -15,9 +15,13 @@ target_compile_options(driftmark_compiler INTERFACE
 target_compile_definitions(driftmark_compiler INTERFACE
   $<$<NOT:$<CONFIG:Release>>:_GLIBCXX_ASSERTIONS>)
 if(APPLE)
-  # A binary does not depend on the folder that it was built in, and exports nothing.
-  add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -fvisibility=hidden
-                      -fvisibility-inlines-hidden)
+  # A binary and its debug information do not depend on the folder that it was built in, nor on that
+  # of the compiler's headers. It exports nothing.
+  file(REAL_PATH ${CMAKE_SOURCE_DIR}/tools/macos/node_modules tools)
+  add_compile_options(-g -fdebug-compilation-dir=.
+                      -ffile-prefix-map=${tools}/=tools/macos/node_modules/
+                      -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=
+                      -fvisibility=hidden -fvisibility-inlines-hidden)
   # Apple's headers state of every pointer whether it may be null; ours do not.
   target_compile_options(driftmark_compiler INTERFACE
     $<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-arc -Wno-nullability-completeness>)

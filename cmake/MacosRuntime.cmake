@@ -1,5 +1,6 @@
-# Builds zig's C++ library for the target and links every program with it.
-set(runtime ${CMAKE_BINARY_DIR}/runtime)
+# Builds zig's C++ library for the target and links every program with it. Its debug information names
+# the folder of the compiler, so it is left out.
+set(runtime ${CMAKE_BINARY_DIR}/cxx-runtime)
 set(runtime_libraries ${runtime}/libc++.a ${runtime}/libc++abi.a ${runtime}/libcompiler_rt.a)
 if(NOT EXISTS ${runtime}/libcompiler_rt.a)
   message(STATUS "Building the C++ library for ${CMAKE_SYSTEM_PROCESSOR}")
@@ -15,6 +16,7 @@ if(NOT EXISTS ${runtime}/libcompiler_rt.a)
     endif()
     file(COPY ${CMAKE_MATCH_0} DESTINATION ${runtime})
   endforeach()
+  execute_process(COMMAND ${CMAKE_STRIP} -S ${runtime_libraries} COMMAND_ERROR_IS_FATAL ANY)
 endif()
 list(JOIN runtime_libraries " " CMAKE_CXX_STANDARD_LIBRARIES)
 string(APPEND CMAKE_CXX_STANDARD_LIBRARIES " -lSystem")

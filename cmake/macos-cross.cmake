@@ -15,7 +15,7 @@ set(CMAKE_C_COMPILER ${tools}/zig cc -target ${zig_target})
 set(CMAKE_CXX_COMPILER ${tools}/zig c++ -target ${zig_target})
 set(CMAKE_OBJCXX_COMPILER ${CMAKE_CXX_COMPILER})
 set(CMAKE_OBJCXX_FLAGS_INIT "-iframework ${tools}/Frameworks")
-foreach(tool AR RANLIB NM OBJDUMP)
+foreach(tool AR RANLIB NM OBJDUMP STRIP)
   string(TOLOWER llvm-${tool}-19 program)
   find_program(CMAKE_${tool} ${program} REQUIRED)
 endforeach()
@@ -32,7 +32,7 @@ set(linker_arguments
   -arch ${DRIFTMARK_MACOS_ARCHITECTURE}
   -platform_version macos ${CMAKE_OSX_DEPLOYMENT_TARGET} ${sdk_version}
   -F${tools}/Frameworks -L${tools}/lib -L${darwin}
-  -dead_strip -S -adhoc_codesign -fatal_warnings
+  -dead_strip -adhoc_codesign -fatal_warnings -oso_prefix ${CMAKE_BINARY_DIR}/
   -exported_symbol __mh_execute_header
   -no_objc_relative_method_lists)
 list(JOIN linker_arguments " " linker_arguments)

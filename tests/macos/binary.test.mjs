@@ -2,23 +2,10 @@
 // the name of a case.
 
 import assert from 'node:assert/strict';
-import { spawnSync } from 'node:child_process';
 import { readFileSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
-import { zigLibrary } from '../../tools/macos/check/toolchain.mjs';
-import { check, macosTools, runCase, spoil } from './support.mjs';
-
-/// Builds the program of the fixtures in `folder` for Apple silicon, like the product. Returns the file.
-function build(folder, { system = '13.0' } = {}) {
-  const declared = path.join(folder, 'Frameworks');
-  zig(folder, 'aarch64', system, ['-c', 'program.m', '-o', 'program.o']);
-  run(folder, 'ld64.lld-19', [
-    ...['-arch', 'arm64', '-platform_version', 'macos', system, '14.0', '-adhoc_codesign', '-S'],
-    ...['-F', declared, '-L', path.join(zigLibrary(), 'libc', 'darwin')],
-    ...['program.o', ...libraries, '-lSystem', '-o', 'program'],
-  ]);
-  return path.join(folder, 'program');
-}
+import { build, libraries, zig } from './program.mjs';
+import { check, runCase, spoil } from './support.mjs';
 
 /// Builds it for Intel processors with zig's linker, which writes the older tables for the loader.
 function buildForIntel(folder) {
@@ -37,24 +24,6 @@ function join(folder, image, start) {
   const file = path.join(folder, 'universal');
   writeFileSync(file, Buffer.concat([header, bytes]));
   return file;
-}
-
-const libraries = ['-L', path.join(macosTools, 'lib'), '-lobjc'].concat([
-  '-framework',
-  'Foundation',
-  '-framework',
-  'AppKit',
-]);
-
-function zig(folder, architecture, system, args) {
-  const target = ['-target', `${architecture}-macos.${system}`];
-  const options = ['-fobjc-arc', '-O1', '-iframework', path.join(folder, 'Frameworks')];
-  run(folder, path.join(macosTools, 'zig'), ['cc', ...target, ...options, ...args]);
-}
-
-function run(cwd, program, args) {
-  const { status, stderr, error } = spawnSync(program, args, { cwd, encoding: 'utf8' });
-  assert.equal(status, 0, error?.message ?? stderr);
 }
 
 const inspect = (folder, file, architectures = 'arm64') =>
