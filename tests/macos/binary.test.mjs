@@ -166,7 +166,7 @@ await runCase({
     const file = build(folder);
     const bytes = readFileSync(file);
     // Replaces the command for the signature by one that the check ignores.
-    bytes.writeUInt32LE(0x26, bytes.indexOf(Buffer.from([0x1d, 0, 0, 0, 0x10, 0, 0, 0])));
+    bytes.writeUInt32LE(0x2b, bytes.indexOf(Buffer.from([0x1d, 0, 0, 0, 0x10, 0, 0, 0])));
     writeFileSync(file, bytes);
     finds(inspect(folder, file), /is not signed/);
   },

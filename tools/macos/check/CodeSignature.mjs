@@ -1,16 +1,13 @@
 // The code signature of an executable: a digest of each of its pages. (Its numbers are big-endian.)
 
 import { createHash } from 'node:crypto';
-import { commands } from './MachO.mjs';
 
 const magics = { blobs: 0xfade0cc0, directory: 0xfade0c02 };
 
 /// The faults of the image's signature: none if it is valid, undefined if there is no signature.
 export function signatureFaults(image) {
-  const [command] = image.all(commands.signature);
-  if (!command) return undefined;
-  const start = image.bytes.readUInt32LE(command.offset + 8);
-  const size = image.bytes.readUInt32LE(command.offset + 12);
+  if (!image.signature) return undefined;
+  const { start, size } = image.signature;
   if (start + size > image.bytes.length) return ['the signature is cut off'];
   const directory = findDirectory(image.bytes.subarray(start, start + size));
   if (!directory) return ['the signature has no code directory'];

@@ -1,88 +1,115 @@
-// A reader of Mach-O executables: 64-bit, little-endian, single or in a universal file.
+// A reader of Mach-O executables, single or in a universal file, through what llvm-objdump shows.
 
+import { spawnSync } from 'node:child_process';
 import { readFileSync } from 'node:fs';
-
-const magics = { thin: 0xfeedfacf, universal: 0xcafebabe };
-const architectures = { 0x0100000c: 'arm64', 0x01000007: 'x86_64' };
-
-export const commands = {
-  segment: 0x19,
-  library: 0x0c,
-  weakLibrary: 0x80000018,
-  reexport: 0x8000001f,
-  uuid: 0x1b,
-  signature: 0x1d,
-  bindings: 0x80000022,
-  fixups: 0x80000034,
-  version: 0x32,
-};
+import path from 'node:path';
 
 /// The images of a file, one for each architecture. Throws if it is no Mach-O file.
 export function readImages(file) {
   const bytes = readFileSync(file);
-  if (bytes.readUInt32LE(0) === magics.thin) return [new Image(bytes)];
-  if (bytes.readUInt32BE(0) !== magics.universal) throw new Error(`${file} is no Mach-O file`);
-  return Array.from({ length: bytes.readUInt32BE(4) }, (_, index) => {
-    const entry = 8 + index * 20;
-    const offset = bytes.readUInt32BE(entry + 8);
-    return new Image(bytes.subarray(offset, offset + bytes.readUInt32BE(entry + 12)), offset);
+  const slices = show(file, '--universal-headers').matchAll(
+    /^architecture (\w+)$[^]*?^ *offset (\d+)$\s*^ *size (\d+)$/gm,
+  );
+  const images = [...slices].map(([, architecture, offset, size]) => {
+    const start = Number(offset);
+    return new Image(
+      bytes.subarray(start, start + Number(size)),
+      contents(file, `--arch=${architecture}`),
+      start,
+    );
   });
+  return images.length ? images : [new Image(bytes, contents(file))];
 }
 
-export class Image {
-  /// {number, offset, size} in the file's order.
-  commands = [];
-  /// {name, address, size, fileOffset, fileSize, sections}; a section is {segment, name, address,
-  /// size, offset}.
-  segments = [];
+const contents = (file, ...options) =>
+  show(file, ...options, '--private-headers', '--chained-fixups', '--bind', '--lazy-bind');
 
-  /// `start` is the offset of the image in its file.
-  constructor(bytes, start = 0) {
+function show(file, ...options) {
+  const { status, stdout, stderr, error } = spawnSync(
+    'llvm-objdump-19',
+    ['--macho', ...options, file],
+    { encoding: 'utf8', maxBuffer: 1 << 30 },
+  );
+  if (status !== 0) throw error ?? new Error(stderr);
+  return stdout;
+}
+
+/// The lines "name value" of a text. Of a name that occurs again, the first.
+const fields = text =>
+  Object.fromEntries(
+    [...text.matchAll(/^ *(\w+) +(\S.*)$/gm)].reverse().map(([, name, value]) => [name, value]),
+  );
+
+export class Image {
+  /// {name, address, fileOffset, fileSize}
+  segments = [];
+  /// {name, address, size, offset}
+  sections = [];
+  #commands;
+  #shown;
+
+  /// `shown` is what llvm-objdump shows of the image, `start` its offset in its file.
+  constructor(bytes, shown, start = 0) {
     this.bytes = bytes;
     this.start = start;
-    this.architecture = architectures[bytes.readUInt32LE(4)] ?? 'unknown';
-    this.flags = bytes.readUInt32LE(24);
-    let offset = 32;
-    for (let left = bytes.readUInt32LE(16); left > 0; --left) {
-      const command = {
-        number: bytes.readUInt32LE(offset),
-        offset,
-        size: bytes.readUInt32LE(offset + 4),
-      };
-      this.commands.push(command);
-      if (command.number === commands.segment) this.segments.push(this.#segment(offset));
-      offset += command.size;
+    this.#shown = shown;
+    const [header, ...blocks] = shown.split(/^Load command \d+$/m);
+    const [, architecture, flags] = header.match(/^MH_MAGIC_64 +(\w+) (.*)$/m);
+    this.architecture = architecture.toLowerCase();
+    this.isPositionIndependent = /\bPIE\b/.test(flags);
+    this.#commands = blocks.map(fields);
+    for (const block of blocks.filter(text => fields(text).cmd === 'LC_SEGMENT_64')) {
+      const [segment, ...sections] = block.split(/^Section$/m).map(fields);
+      this.segments.push({
+        name: segment.segname,
+        address: Number(segment.vmaddr),
+        fileOffset: Number(segment.fileoff),
+        fileSize: Number(segment.filesize),
+      });
+      for (const { sectname, addr, size, offset } of sections) {
+        this.sections.push({
+          name: sectname,
+          address: Number(addr),
+          size: Number(size),
+          offset: Number(offset),
+        });
+      }
     }
-  }
-
-  all(...numbers) {
-    return this.commands.filter(command => numbers.includes(command.number));
   }
 
   /// The install names of the libraries, in the order of their numbers in bindings.
   get libraries() {
-    return this.all(commands.library, commands.weakLibrary, commands.reexport).map(({ offset }) =>
-      this.text(offset + this.bytes.readUInt32LE(offset + 8)),
+    return this.#all('LC_LOAD_DYLIB', 'LC_LOAD_WEAK_DYLIB', 'LC_REEXPORT_DYLIB').map(({ name }) =>
+      name.replace(/ \(offset \d+\)$/, ''),
     );
   }
 
-  /// {platform, minimum: "13.0", sdk}, or undefined.
+  /// {platform: "macos", minos: "13.0", sdk}, or undefined.
   get version() {
-    const [command] = this.all(commands.version);
-    if (!command) return undefined;
-    const shown = number => `${number >>> 16}.${(number >>> 8) & 255}`;
-    const word = at => this.bytes.readUInt32LE(command.offset + at);
-    return { platform: word(8), minimum: shown(word(12)), sdk: shown(word(16)) };
+    return this.#all('LC_BUILD_VERSION')[0];
   }
 
-  get isPositionIndependent() {
-    return (this.flags & 0x200000) !== 0;
+  /// The symbols that the loader is to find in other libraries: [{symbol, library}], each once; `library`
+  /// is the install name, or undefined where any library may have the symbol.
+  get imports() {
+    const { libraries } = this;
+    const called = short => libraries.find(name => path.basename(name).split('.')[0] === short);
+    const chained = this.#shown.matchAll(
+      /^ *lib_ordinal = (-?\d+).*\n.*\n *name_offset = \d+ \((\S+)\)$/gm,
+    );
+    const bound = this.#shown.matchAll(
+      /^__\w+ +__\w+ +0x\w+ +(?:pointer +-?\d+ +)?(\S+) +(\S+)(?: \(weak import\))?$/gm,
+    );
+    const found = [...chained]
+      .map(([, ordinal, symbol]) => ({ symbol, library: libraries[ordinal - 1] }))
+      .concat([...bound].map(([, short, symbol]) => ({ symbol, library: called(short) })));
+    return [...new Map(found.map(each => [`${each.symbol} ${each.library}`, each])).values()];
   }
 
-  sections(name) {
-    return this.segments
-      .flatMap(segment => segment.sections)
-      .filter(section => section.name === name);
+  /// The bytes of the code signature, {start, size}, or undefined.
+  get signature() {
+    const [command] = this.#all('LC_CODE_SIGNATURE');
+    return command && { start: Number(command.dataoff), size: Number(command.datasize) };
   }
 
   /// The zero-terminated text at an offset in the file.
@@ -104,33 +131,14 @@ export class Image {
   /// the start of the image.
   pointer(offset) {
     const word = this.bytes.readBigUInt64LE(offset);
-    if (!this.all(commands.fixups).length) return Number(word);
+    if (!this.#all('LC_DYLD_CHAINED_FIXUPS').length) return Number(word);
     if (word === 0n || word >> 63n) return 0;
     const target = Number(word & 0xfffffffffn);
     const base = this.segments.find(segment => segment.name === '__TEXT').address;
     return target < base ? target + base : target;
   }
 
-  #segment(offset) {
-    const name = at => this.bytes.toString('latin1', at, at + 16).replace(/\0+$/, '');
-    const long = at => Number(this.bytes.readBigUInt64LE(at));
-    const segment = {
-      name: name(offset + 8),
-      address: long(offset + 24),
-      size: long(offset + 32),
-      fileOffset: long(offset + 40),
-      fileSize: long(offset + 48),
-    };
-    segment.sections = Array.from({ length: this.bytes.readUInt32LE(offset + 64) }, (_, index) => {
-      const at = offset + 72 + index * 80;
-      return {
-        segment: segment.name,
-        name: name(at),
-        address: long(at + 32),
-        size: long(at + 40),
-        offset: this.bytes.readUInt32LE(at + 48),
-      };
-    });
-    return segment;
+  #all(...names) {
+    return this.#commands.filter(({ cmd }) => names.includes(cmd));
   }
 }

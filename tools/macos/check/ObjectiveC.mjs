@@ -56,8 +56,8 @@ function methods(image, address) {
 }
 
 function pointers(image, name) {
-  return image
-    .sections(name)
+  return image.sections
+    .filter(section => section.name === name)
     .flatMap(({ offset, size }) =>
       Array.from({ length: size / 8 }, (_, index) => image.pointer(offset + index * 8)),
     );

@@ -1,12 +1,10 @@
 // The requirements on the image of one architecture.
 
 import os from 'node:os';
-import { imports } from './Bindings.mjs';
 import { signatureFaults } from './CodeSignature.mjs';
 import { setterOf } from './names.mjs';
 import { ownClasses, sentSelectors } from './ObjectiveC.mjs';
 
-const macOS = 1;
 const minimumSystem = '13.0';
 const pages = { arm64: 0x4000, x86_64: 0x1000 };
 
@@ -25,9 +23,9 @@ export function checkImage(image, { declarations, libraries, root }, report) {
 
 function checkHeader(image, report) {
   const { version } = image;
-  if (!version || version.platform !== macOS) report('is not for macOS');
-  else if (version.minimum !== minimumSystem) {
-    report(`needs macOS ${version.minimum}; it must run from ${minimumSystem} on`);
+  if (!version || version.platform !== 'macos') report('is not for macOS');
+  else if (version.minos !== minimumSystem) {
+    report(`needs macOS ${version.minos}; it must run from ${minimumSystem} on`);
   }
   if (!image.isPositionIndependent) report('is not position-independent');
   if (image.start % pages[image.architecture] !== 0) {
@@ -66,14 +64,13 @@ function checkPaths(image, root, report) {
 }
 
 function checkImports(image, libraries, report) {
-  const all = imports(image);
-  for (const { symbol, library } of all) {
+  for (const { symbol, library } of image.imports) {
     if (library === undefined) report(`wants ${symbol} from any library`);
     else if (libraries.has(library) && !libraries.get(library).has(symbol)) {
       report(`wants ${symbol}, which ${library} has not`);
     }
   }
-  return all.length;
+  return image.imports.length;
 }
 
 function checkSelectors(image, declarations, report) {
