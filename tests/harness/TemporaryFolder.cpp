@@ -33,14 +33,14 @@ TemporaryFolder::~TemporaryFolder() {
 }
 
 fs::path TemporaryFolder::write(std::string_view name, std::string_view text) const {
-  const fs::path file = path_ / name;
+  fs::path file = path_ / name;
   fs::create_directories(file.parent_path());
   std::ofstream(file, std::ios::binary) << text;
   return file;
 }
 
 fs::path TemporaryFolder::writeScript(std::string_view name, std::string_view commands) const {
-  const fs::path file = write(name, std::string("#!/bin/sh\n").append(commands).append("\n"));
+  fs::path file = write(name, std::string("#!/bin/sh\n").append(commands).append("\n"));
   fs::permissions(file, fs::perms::owner_all);
   return file;
 }
