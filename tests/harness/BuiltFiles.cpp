@@ -44,6 +44,10 @@ std::string demoProgram() {
   return ICLOUD_DEMO;
 }
 
+std::string fetchProgram() {
+  return FETCH_PROGRAM;
+}
+
 std::string replayProgram() {
   return REPLAY_PROGRAM;
 }

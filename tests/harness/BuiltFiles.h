@@ -34,6 +34,10 @@ std::string limitThreadsLibrary();
 std::string uiDriverSubject();
 
 std::string demoProgram();
+
+/// The program that fetches URLs for the program.
+std::string fetchProgram();
+
 std::string replayProgram();
 
 /// A file or folder of the sources, by its path from their top.

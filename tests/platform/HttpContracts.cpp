@@ -1,6 +1,7 @@
 // The HTTP client keeps the contract of its port, with real servers.
 
 #include "ScopedVariable.h"
+#include "harness/BuiltFiles.h"
 #include "harness/TemporaryFolder.h"
 #include "harness/qt/EventLoop.h"
 #include "https/HttpsServer.h"
@@ -49,7 +50,7 @@ private:
   ScopedVariable caCertificates_{LinuxHttpClient::extraCaCertificatesVariable,
                                  server_.certificateFile()};
   LinuxFileSystem fileSystem_{""};
-  std::optional<LinuxHttpClient> client_{std::in_place, fileSystem_};
+  std::optional<LinuxHttpClient> client_{std::in_place, fileSystem_, fetchProgram()};
   int pages_ = 0;
 };
 

@@ -3,6 +3,8 @@
 #include "platform/linux/network/LinuxHttpClient.h"
 
 #include "ScopedVariable.h"
+#include "harness/BuiltFiles.h"
+#include "harness/RunToEnd.h"
 #include "harness/SmallVolume.h"
 #include "harness/TemporaryFolder.h"
 #include "harness/qt/EventLoop.h"
@@ -137,7 +139,8 @@ protected:
   std::optional<ScopedVariable> caCertificates_{std::in_place, "DRIFTMARK_EXTRA_CA_CERTIFICATES",
                                                 server_.certificateFile()};
   LinuxFileSystem fileSystem_{""};
-  std::unique_ptr<LinuxHttpClient> client_ = std::make_unique<LinuxHttpClient>(fileSystem_);
+  std::unique_ptr<LinuxHttpClient> client_ =
+      std::make_unique<LinuxHttpClient>(fileSystem_, fetchProgram());
 };
 
 TEST_F(LinuxHttpClientTest, bodyIsUnchanged) {
@@ -313,7 +316,7 @@ TEST_F(LinuxHttpClientTest, slowBodyDoesNotTimeOut) {
 
 TEST_F(LinuxHttpClientTest, slowReplyEndsAtItsMaxDuration) {
   server_.serve("/", {.isEndless = true, .pause = std::chrono::milliseconds(10)});
-  EXPECT_EQ(failure({.url = server_.url("/"), .maxDuration = Seconds(0.3)}),
+  EXPECT_EQ(failure({.url = server_.url("/"), .maxDuration = Seconds(3)}),
             "The request timed out.");
   EXPECT_GT(server_.sent("/"), 1U) << "the server never paused for long";
   EXPECT_TRUE(server_.awaitNoConnections());
@@ -322,7 +325,7 @@ TEST_F(LinuxHttpClientTest, slowReplyEndsAtItsMaxDuration) {
 TEST_F(LinuxHttpClientTest, maxDurationIncludesRedirectsAndHeaders) {
   server_.serve("/", HttpsReply::redirect(server_.url("/headers")));
   server_.serve("/headers", {.hasEndlessHeaders = true});
-  EXPECT_EQ(failure({.url = server_.url("/"), .maxDuration = Seconds(0.3)}),
+  EXPECT_EQ(failure({.url = server_.url("/"), .maxDuration = Seconds(3)}),
             "The request timed out.");
   runFor(Seconds(0.01)); // until the transfer is deleted
   EXPECT_TRUE(server_.awaitNoConnections());
@@ -403,7 +406,7 @@ TEST_F(LinuxHttpClientTest, downloadThatCannotBeWrittenIsError) {
   server_.serve("/", {.body = "archive"});
   const ScopedVariable full("TMPDIR", "/proc");
   LinuxFileSystem fileSystem("");
-  LinuxHttpClient client(fileSystem);
+  LinuxHttpClient client(fileSystem, fetchProgram());
   std::optional<PlatformError> error;
   client.download(server_.url("/"),
                   [&](const auto& reply) { error = std::get<PlatformError>(reply); });
@@ -418,7 +421,7 @@ TEST_F(LinuxHttpClientTest, downloadOnFullVolumeSaysSo) {
   server_.serve("/", {.zeros = 100'000});
   const ScopedVariable full("TMPDIR", volume.path());
   LinuxFileSystem fileSystem("");
-  client_ = std::make_unique<LinuxHttpClient>(fileSystem);
+  client_ = std::make_unique<LinuxHttpClient>(fileSystem, fetchProgram());
   EXPECT_EQ(download(server_.url("/")), "No space left on device");
   EXPECT_TRUE(std::filesystem::is_empty(std::get<std::string>(fileSystem.temporaryDirectory())));
   client_.reset();
@@ -438,6 +441,27 @@ TEST_F(LinuxHttpClientTest, handlerMayDestroyClient) {
     over = true;
   });
   EXPECT_TRUE(runUntil([&] { return over; }));
+}
+
+TEST_F(LinuxHttpClientTest, missingProgramIsNamedError) {
+  client_ = std::make_unique<LinuxHttpClient>(fileSystem_, folder_.path("missing"));
+  EXPECT_THAT(failure(server_.url("/")),
+              testing::StartsWith("driftmark-fetch couldn’t be started: "));
+}
+
+TEST_F(LinuxHttpClientTest, programIsKeptWhenItsBundleIsRemoved) {
+  server_.serve("/", {.body = "x"});
+  const std::string copy = folder_.path("copy");
+  std::filesystem::copy(fetchProgram(), copy);
+  client_ = std::make_unique<LinuxHttpClient>(fileSystem_, copy);
+  std::filesystem::remove(copy);
+  EXPECT_EQ(fetch(server_.url("/")), "x");
+}
+
+TEST_F(LinuxHttpClientTest, programLoadsNoNetworkLibrary) {
+  const std::string libraries = runToEnd({"/usr/bin/ldd", {driftmarkProgram()}, {}}).output;
+  EXPECT_THAT(libraries, HasSubstr("libQt6Core"));
+  EXPECT_THAT(libraries, testing::Not(HasSubstr("libQt6Network")));
 }
 
 TEST_F(LinuxHttpClientTest, requestsRunInParallel) {

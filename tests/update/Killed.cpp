@@ -101,6 +101,7 @@ TEST_F(KilledDownload, oldBundleRemains) {
   ASSERT_TRUE(server_.awaitSent(archivePath, 1));
   copy.process.signal(SIGKILL);
   EXPECT_TRUE(WIFSIGNALED(awaitExit(copy.process)));
+  EXPECT_TRUE(server_.awaitNoConnections());
   EXPECT_EQ(treeAt(installed()), installedTree_);
 }
 

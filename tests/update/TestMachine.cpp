@@ -141,8 +141,10 @@ void TestMachine::setInformation(const fs::path& bundle, const std::string& key,
 
 void TestMachine::placeExecutable(const fs::path& folder) const {
   const fs::path name = "Contents/MacOS/Driftmark";
+  const fs::path helpers = "Contents/Helpers";
   fs::create_directories((folder / name).parent_path());
   fs::copy(driftmarkBundle() / name, folder / name);
+  fs::copy(driftmarkBundle() / helpers, folder / helpers);
   giveToUser(folder);
 }
 

@@ -47,7 +47,7 @@ private:
   LinuxUserDefaults userDefaults_;
   LinuxBundle bundle_;
   LinuxDialogs dialogs_{bundle_};
-  LinuxHttpClient httpClient_{fileSystem_};
+  LinuxHttpClient httpClient_{fileSystem_, LinuxBundle::helperOfThisProcess("driftmark-fetch")};
   LinuxApplication application_;
   LinuxRunningApplications runningApplications_;
   LinuxStatusBar statusBar_;

@@ -42,6 +42,9 @@ public:
   /// The absolute path of this process's executable.
   static std::string executableOfThisProcess();
 
+  /// The absolute path of a program that comes with that executable: `Contents/Helpers/NAME`.
+  static std::string helperOfThisProcess(const std::string& name);
+
   /// The bundle of the executable at this absolute path.
   LinuxBundle(const std::string& executable, const std::string& systemRoot);
 

@@ -93,6 +93,11 @@ std::string LinuxBundle::executableOfThisProcess() {
   return std::filesystem::read_symlink("/proc/self/exe", error).string();
 }
 
+std::string LinuxBundle::helperOfThisProcess(const std::string& name) {
+  return std::filesystem::path(executableOfThisProcess()).parent_path().parent_path() / "Helpers" /
+         name;
+}
+
 LinuxBundle::LinuxBundle(const std::string& executable, const std::string& systemRoot) {
   std::filesystem::path folder = bundleAround(executable);
   if (folder.empty())

@@ -1,12 +1,12 @@
-// How a request is sent and checked, and where the body of its reply goes.
+// How the program that fetches is run, and where the body of a reply goes.
 
 #include "platform/linux/network/LinuxHttpClient.h"
 
-#include "platform/posix/PosixAdapters.h"
 #include "platform/posix/files/FileItems.h"
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <limits>
 #include <memory>
@@ -17,25 +17,22 @@
 #include <QByteArray>
 #include <QFile>
 #include <QMetaObject>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
-#include <QNetworkRequest>
-#include <QSslCertificate>
-#include <QSslConfiguration>
-#include <QSslError>
+#include <QProcess>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryFile>
 #include <QTimer>
-#include <QUrl>
+
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <unistd.h>
 
 namespace driftmark {
 
 namespace {
 
-/// How many bytes of a body are buffered when it arrives faster than it is processed.
-constexpr qint64 bufferSize = qint64{256} * 1024;
-
-constexpr const char* timedOut = "The request timed out.";
+/// The longest reason for a failure, in bytes.
+constexpr qsizetype maxReasonSize = 1000;
 
 int milliseconds(Seconds duration) {
   constexpr auto max = static_cast<double>(std::numeric_limits<int>::max());
@@ -43,55 +40,23 @@ int milliseconds(Seconds duration) {
       std::clamp(std::chrono::duration<double, std::milli>(duration).count(), 1.0, max));
 }
 
-QNetworkRequest requestFor(const HttpClient::Request& request, const QUrl& url) {
-  QNetworkRequest result(url);
-  result.setTransferTimeout(milliseconds(request.timeoutInterval));
-  result.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                      QNetworkRequest::NoLessSafeRedirectPolicy);
-  result.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-  result.setRawHeader("Accept-Encoding", "identity");
-  if (request.cachePolicy == HttpClient::CachePolicy::reloadIgnoringLocalCacheData) {
-    result.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
-    result.setRawHeader("Cache-Control", "no-cache");
-    result.setRawHeader("Pragma", "no-cache");
-  }
-  return result;
+QStringList argumentsFor(const HttpClient::Request& request) {
+  QStringList arguments{"--timeout", QString::number(milliseconds(request.timeoutInterval))};
+  if (request.cachePolicy == HttpClient::CachePolicy::reloadIgnoringLocalCacheData)
+    arguments.append("--reload");
+  // Not taken for an option.
+  return arguments << "--" << QString::fromStdString(request.url);
 }
 
-/// Trusts the CA certificates in the file that the environment names. Returns the reason when it
-/// cannot; otherwise an empty text.
-QString trustExtraCaCertificates(QNetworkRequest& request) {
-  const auto name = PosixEnvironment().variable(LinuxHttpClient::extraCaCertificatesVariable);
-  if (!name || name->empty())
-    return {};
-  const auto certificates = QSslCertificate::fromPath(QString::fromStdString(*name), QSsl::Pem);
-  if (certificates.isEmpty())
-    return QString("There is no certificate in %1.").arg(QString::fromStdString(*name));
-  QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-  configuration.setCaCertificates(QSslConfiguration::systemCaCertificates() + certificates);
-  request.setSslConfiguration(configuration);
-  return {};
-}
-
-/// Whether the error only stands for the HTTP status of a complete reply.
-bool isStatus(QNetworkReply::NetworkError error) {
-  switch (error) {
-  case QNetworkReply::ContentAccessDenied:
-  case QNetworkReply::ContentOperationNotPermittedError:
-  case QNetworkReply::ContentNotFoundError:
-  case QNetworkReply::AuthenticationRequiredError:
-  case QNetworkReply::ContentConflictError:
-  case QNetworkReply::ContentGoneError:
-  case QNetworkReply::UnknownContentError:
-  case QNetworkReply::ProtocolInvalidOperationError:
-  case QNetworkReply::InternalServerError:
-  case QNetworkReply::OperationNotImplementedError:
-  case QNetworkReply::ServiceUnavailableError:
-  case QNetworkReply::UnknownServerError:
-    return true;
-  default:
-    return false;
-  }
+/// Runs in the child before its program starts: it ends when this process ends, however that
+/// happens.
+void endWith(pid_t parent) {
+  sigset_t none{};
+  sigemptyset(&none);
+  sigprocmask(SIG_SETMASK, &none, nullptr);
+  prctl(PR_SET_PDEATHSIG, SIGTERM);
+  if (getppid() != parent)
+    _exit(1);
 }
 
 /// One running request. Deletes itself at its end. Deleting it earlier drops the request without a
@@ -111,56 +76,59 @@ public:
     virtual void finish(const QString& error) = 0;
   };
 
-  /// Sends `request`. `owner` becomes the parent of the transfer.
-  static void start(const HttpClient::Request& request, std::unique_ptr<Body> body, QObject& owner);
+  /// Sends `request` by the program behind the descriptor. `owner` becomes the parent of the
+  /// transfer.
+  static void start(int program, const HttpClient::Request& request, std::unique_ptr<Body> body,
+                    QObject& owner);
+
+  HttpTransfer(const HttpTransfer&) = delete;
+  HttpTransfer& operator=(const HttpTransfer&) = delete;
+  ~HttpTransfer() override;
 
 private:
   HttpTransfer(std::unique_ptr<Body> body, QObject& owner);
 
-  void send(const HttpClient::Request& request);
+  void send(int program, const HttpClient::Request& request);
   void end(const QString& fault);
   void abort(const QString& fault);
   void receiveWaiting();
-  void finish();
-  QString fault() const;
+  void finish(int exitStatus);
 
   std::unique_ptr<Body> body_; ///< null once the transfer has ended
-  QNetworkAccessManager network_;
-  QNetworkReply* reply_ = nullptr; ///< a child of `network_`
-  qint64 received_ = 0;
-  QString certificateFault_;
+  QProcess process_;
 };
 
-void HttpTransfer::start(const HttpClient::Request& request, std::unique_ptr<Body> body,
-                         QObject& owner) {
+void HttpTransfer::start(int program, const HttpClient::Request& request,
+                         std::unique_ptr<Body> body, QObject& owner) {
   // Deleted by its parent, or by itself at its end.
-  (new HttpTransfer(std::move(body), owner))->send(request);
+  (new HttpTransfer(std::move(body), owner))->send(program, request);
 }
 
 HttpTransfer::HttpTransfer(std::unique_ptr<Body> body, QObject& owner)
     : QObject(&owner), body_(std::move(body)) {}
 
-void HttpTransfer::send(const HttpClient::Request& request) {
-  const QUrl url(QString::fromStdString(request.url), QUrl::StrictMode);
-  if (!url.isValid() || url.host().isEmpty())
-    return end("This is not the address of a server.");
-  if (url.scheme() != "https")
-    return end("Only secure (https) addresses are supported.");
-  QNetworkRequest networkRequest = requestFor(request, url);
-  if (const QString fault = trustExtraCaCertificates(networkRequest); !fault.isEmpty())
-    return end(fault);
+HttpTransfer::~HttpTransfer() {
+  process_.disconnect();
+  process_.kill();
+  process_.waitForFinished(-1);
+}
 
-  reply_ = network_.get(networkRequest);
-  reply_->setReadBufferSize(bufferSize);
-  connect(reply_, &QNetworkReply::readyRead, this, &HttpTransfer::receiveWaiting);
-  connect(reply_, &QNetworkReply::sslErrors, this, [this](const QList<QSslError>& errors) {
-    certificateFault_ = errors.isEmpty() ? QString() : errors.first().errorString();
+void HttpTransfer::send(int program, const HttpClient::Request& request) {
+  process_.setProgram(QString("/proc/self/fd/%1").arg(program));
+  process_.setArguments(argumentsFor(request));
+  process_.setStandardInputFile(QProcess::nullDevice());
+  process_.setChildProcessModifier([parent = getpid()] { endWith(parent); });
+  connect(&process_, &QProcess::readyReadStandardOutput, this, &HttpTransfer::receiveWaiting);
+  connect(&process_, &QProcess::finished, this, &HttpTransfer::finish);
+  connect(&process_, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+    if (error == QProcess::FailedToStart)
+      end(QString("driftmark-fetch couldn’t be started: %1").arg(process_.errorString()));
   });
-  connect(reply_, &QNetworkReply::finished, this, &HttpTransfer::finish);
+  process_.start();
   if (request.maxDuration)
     QTimer::singleShot(milliseconds(*request.maxDuration), this, [this] {
       if (body_)
-        abort(timedOut);
+        abort("The request timed out.");
     });
 }
 
@@ -178,38 +146,27 @@ void HttpTransfer::end(const QString& fault) {
 /// Ends the transfer before its reply is complete.
 void HttpTransfer::abort(const QString& fault) {
   end(fault);
-  reply_->abort();
+  process_.kill();
 }
 
 void HttpTransfer::receiveWaiting() {
-  while (body_ && reply_->bytesAvailable() > 0) {
-    const QByteArray bytes = reply_->read(bufferSize);
-    if (bytes.isEmpty())
-      return;
-    received_ += bytes.size();
-    if (const QString fault = body_->receive(bytes); !fault.isEmpty())
-      return abort(fault);
-  }
+  const QByteArray bytes = process_.readAllStandardOutput();
+  if (!body_ || bytes.isEmpty())
+    return;
+  if (const QString fault = body_->receive(bytes); !fault.isEmpty())
+    abort(fault);
 }
 
-void HttpTransfer::finish() {
+void HttpTransfer::finish(int exitStatus) {
   receiveWaiting();
-  if (body_)
-    end(fault());
-}
-
-/// Why the reply is incomplete; empty when it is complete.
-QString HttpTransfer::fault() const {
-  if (!certificateFault_.isEmpty())
-    return certificateFault_;
-  const auto error = reply_->error();
-  if (error == QNetworkReply::OperationCanceledError)
-    return timedOut;
-  if (error != QNetworkReply::NoError && !isStatus(error))
-    return reply_->errorString();
-  const QVariant length = reply_->header(QNetworkRequest::ContentLengthHeader);
-  return length.isValid() && length.toLongLong() > received_ ? "The network connection was lost."
-                                                             : QString();
+  if (!body_)
+    return;
+  const bool isComplete = process_.exitStatus() == QProcess::NormalExit && exitStatus == 0;
+  const QByteArray reason = process_.readAllStandardError().left(maxReasonSize);
+  if (isComplete)
+    end({});
+  else
+    end(reason.isEmpty() ? QString("The request was interrupted.") : QString::fromUtf8(reason));
 }
 
 /// A body in memory, up to a limit.
@@ -275,9 +232,12 @@ private:
 
 } // namespace
 
+LinuxHttpClient::LinuxHttpClient(FileSystem& fileSystem, const std::string& program)
+    : fileSystem_(fileSystem), program_(open(program.c_str(), O_PATH | O_CLOEXEC)) {}
+
 void LinuxHttpClient::fetch(const Request& request, std::size_t maxBodySize, FetchHandler onReply) {
-  HttpTransfer::start(request, std::make_unique<BodyInMemory>(maxBodySize, std::move(onReply)),
-                      transfers_);
+  HttpTransfer::start(program_.number(), request,
+                      std::make_unique<BodyInMemory>(maxBodySize, std::move(onReply)), transfers_);
 }
 
 void LinuxHttpClient::download(const std::string& url, DownloadHandler onReply) {
@@ -289,8 +249,8 @@ void LinuxHttpClient::download(const std::string& url, DownloadHandler onReply) 
     return;
   }
   HttpTransfer::start(
-      {.url = url}, std::make_unique<BodyInFile>(std::get<std::string>(folder), std::move(onReply)),
-      transfers_);
+      program_.number(), {.url = url},
+      std::make_unique<BodyInFile>(std::get<std::string>(folder), std::move(onReply)), transfers_);
 }
 
 } // namespace driftmark
