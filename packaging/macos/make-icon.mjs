@@ -3,6 +3,7 @@
 import { execFileSync } from 'node:child_process';
 import { writeFileSync } from 'node:fs';
 import { decodePng } from './png.mjs';
+import { commandLine } from '../../tools/commandLine.mjs';
 
 /// The images in an icon file by type, with their sizes in pixels. Several types have the same size
 /// because some are for high-resolution displays. The system draws images below 64 pixels correctly
@@ -63,11 +64,11 @@ function element(type, data) {
   return Buffer.concat([head, data]);
 }
 
-const [drawing, target] = process.argv.slice(2);
-if (!target) {
-  console.error('usage: node make-icon.mjs DRAWING.svg ICON.icns');
-  process.exit(2);
-}
+const usage = `usage: make-icon.mjs DRAWING.svg ICON.icns
+
+Draws the icon of the Mac's bundle in all its sizes.
+`;
+const [drawing, target] = commandLine(usage, { least: 2, most: 2 }).positionals;
 const pictures = [
   ...packedPictures.map(([type, size]) => element(type, packedChannels(drawn(drawing, size)))),
   ...pngPictures.map(([type, size]) => element(type, drawn(drawing, size))),

@@ -157,6 +157,8 @@ int run(const Command& command) {
 } // namespace
 
 int main(int argc, char** argv) {
+  if (answersHelp(argc, argv, Command::usage()))
+    return EXIT_SUCCESS;
   try {
     return run(Command::from({argv + 1, argv + argc}));
   } catch (const UsageError& error) {

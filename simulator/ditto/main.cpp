@@ -29,6 +29,8 @@ void run(const Command& command, const SystemRoot& root) {
 } // namespace
 
 int main(int argc, char** argv) {
+  if (answersHelp(argc, argv, Command::usage()))
+    return EXIT_SUCCESS;
   std::setlocale(LC_CTYPE, "C.UTF-8");
   try {
     run(Command::from({argv + 1, argv + argc}), SystemRoot::ofThisProgram());

@@ -1,6 +1,7 @@
 // Which processes `killall` ends.
 #include "common/SystemFailure.h"
 #include "common/SystemRoot.h"
+#include "common/UsageError.h"
 
 #include <charconv>
 #include <csignal>
@@ -57,6 +58,8 @@ int run(const std::string& name) {
 } // namespace
 
 int main(int argc, char** argv) {
+  if (icloud::answersHelp(argc, argv, usage))
+    return 0;
   if (argc != 2 || argv[1][0] == '-') {
     std::fputs(usage, stderr);
     return EXIT_FAILURE;

@@ -1,5 +1,6 @@
 // What `open` accepts, and how it reports failures.
 #include "common/SystemRoot.h"
+#include "common/UsageError.h"
 #include "open/Application.h"
 
 #include <cstdio>
@@ -33,6 +34,8 @@ int run(const std::vector<std::string>& arguments) {
 } // namespace
 
 int main(int argc, char** argv) {
+  if (icloud::answersHelp(argc, argv, usage))
+    return 0;
   try {
     return run({argv + 1, argv + argc});
   } catch (const OpenFailure& failure) {

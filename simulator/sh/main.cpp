@@ -1,5 +1,6 @@
 // How the shell of this system runs commands.
 #include "common/SystemRoot.h"
+#include "common/UsageError.h"
 #include "sh/CommandText.h"
 
 #include <cerrno>
@@ -14,6 +15,8 @@ namespace {
 using namespace icloud;
 
 constexpr const char* machineShell = "/bin/sh";
+constexpr const char* usage =
+    "usage: sh ARGUMENT...   runs the machine's shell, with the commands of this root\n";
 constexpr int cannotRun = 126;
 
 // The argument that follows the options when one of them is -c.
@@ -32,6 +35,8 @@ std::string* commandText(std::vector<std::string>& arguments) {
 } // namespace
 
 int main(int argc, char** argv) {
+  if (answersHelp(argc, argv, usage))
+    return 0;
   try {
     const SystemRoot root = SystemRoot::ofThisProgram();
     std::vector<std::string> arguments(argv + 1, argv + argc);

@@ -104,6 +104,8 @@ int run(const Command& command, const SystemRoot& root) {
 } // namespace
 
 int main(int argc, char** argv) {
+  if (answersHelp(argc, argv, Command::usage()))
+    return EXIT_SUCCESS;
   try {
     return run(Command::from({argv + 1, argv + argc}), SystemRoot::ofThisProgram());
   } catch (const UsageError& error) {

@@ -2,6 +2,7 @@
 #include "common/Descriptor.h"
 #include "common/SystemFailure.h"
 #include "common/SystemRoot.h"
+#include "common/UsageError.h"
 
 #include <cstdio>
 #include <string>
@@ -26,6 +27,8 @@ void appendToLog(const std::string& line) {
 } // namespace
 
 int main(int argc, char** argv) {
+  if (icloud::answersHelp(argc, argv, usage))
+    return 0;
   if (argc != 2 || argv[1][0] == '-') {
     std::fputs(usage, stderr);
     return 1;

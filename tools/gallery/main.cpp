@@ -12,6 +12,7 @@
 #include <functional>
 #include <iostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <QApplication>
@@ -23,6 +24,13 @@
 namespace {
 
 using namespace driftmark;
+
+constexpr const char* usage =
+    "usage: driftmark_gallery FOLDER\n"
+    "\n"
+    "Saves pictures of what the program shows in FOLDER: symbols, the status item in each state,\n"
+    "menus, alerts and panels, in light, dark and high-contrast colours. Set QT_SCALE_FACTOR=2 for high resolution and\n"
+    "QT_QPA_PLATFORM=offscreen without a display.\n";
 
 const std::vector<std::string> symbolNames{"icloud",
                                            "icloud.and.arrow.up",
@@ -186,11 +194,16 @@ private:
 } // namespace
 
 int main(int argc, char* argv[]) {
-  const QApplication application(argc, argv);
-  if (argc != 2) {
-    std::cerr << "usage: driftmark_gallery FOLDER\n";
+  const std::string_view argument = argc > 1 ? argv[1] : "";
+  if (argument == "--help") {
+    std::cout << usage;
+    return EXIT_SUCCESS;
+  }
+  if (argc != 2 || argument.starts_with("-")) {
+    std::cerr << "driftmark_gallery: needs one FOLDER; see --help\n";
     return 2;
   }
+  const QApplication application(argc, argv);
   const QDir folder(QString::fromLocal8Bit(argv[1]));
   if (!folder.mkpath(QStringLiteral("."))) {
     std::cerr << "driftmark_gallery: cannot make the folder " << argv[1] << '\n';

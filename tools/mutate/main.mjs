@@ -2,13 +2,16 @@
 
 import { readFileSync } from 'node:fs';
 import path from 'node:path';
-import { parseArgs } from 'node:util';
+import { commandLine } from '../commandLine.mjs';
 import { mutantsOf, mutated } from './Mutants.mjs';
 import { Sandbox } from './Sandbox.mjs';
 import { shuffled } from './shuffled.mjs';
 
-const { values: options, positionals: files } = parseArgs({
-  allowPositionals: true,
+const usage = `usage: main.mjs --root DIR --folder DIR [OPTION...] -- FILE...
+
+What scripts/mutate runs; its --help describes the options.
+`;
+const { values: options, positionals: files } = commandLine(usage, {
   options: {
     root: { type: 'string' },
     folder: { type: 'string' },

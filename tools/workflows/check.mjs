@@ -3,6 +3,7 @@
 
 import { accessSync, constants, existsSync, readdirSync, readFileSync, statSync } from 'node:fs';
 import path from 'node:path';
+import { commandLine } from '../commandLine.mjs';
 import { readYaml, YamlError } from './Yaml.mjs';
 
 const usage = `usage: tools/workflows/check.mjs ROOT
@@ -131,15 +132,7 @@ function checkWorkflow(root, file, report) {
   for (const [name, node] of jobs) checkJob(name, node, jobs);
 }
 
-const [root, ...others] = process.argv.slice(2);
-if (root === '--help' || root === '-h') {
-  process.stdout.write(usage);
-  process.exit(0);
-}
-if (!root || others.length > 0) {
-  process.stderr.write('tools/workflows/check.mjs: needs ROOT; see --help\n');
-  process.exit(2);
-}
+const [root] = commandLine(usage, { least: 1, most: 1 }).positionals;
 
 const folder = '.github/workflows';
 const files = readdirSync(path.join(root, folder)).map((name) => path.posix.join(folder, name));

@@ -1,10 +1,9 @@
 #!/usr/bin/env node
 // Checks the packed program: the bundle at the top, its files and their modes, its property list.
 // Prints each difference; exits with 1 if there are any.
-//
-//   archive.mjs FILE.zip VERSION
 
 import { existsSync, readFileSync } from 'node:fs';
+import { commandLine } from '../../commandLine.mjs';
 import { shownPath } from './toolchain.mjs';
 import { readZip } from './Zip.mjs';
 
@@ -90,7 +89,11 @@ function* wrongValues(values, version) {
   }
 }
 
-const [file, version] = process.argv.slice(2);
+const usage = `usage: archive.mjs FILE.zip VERSION
+
+Checks the packed program, and prints each difference.
+`;
+const [file, version] = commandLine(usage, { least: 2, most: 2 }).positionals;
 const problems = existsSync(file)
   ? [...differences(readZip(readFileSync(file)), version)]
   : ['is not there; scripts/package-macos makes it'];

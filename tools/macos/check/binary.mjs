@@ -2,12 +2,10 @@
 // Checks a program built for macOS: both architectures, their minimum system, the libraries, and that
 // everything it calls is declared and exists. Prints each difference as
 // "file (architecture): what is wrong"; exits with 1 if there are any.
-//
-//   binary.mjs FILE [--frameworks FOLDER] [--architectures arm64,x86_64]
 
 import { existsSync } from 'node:fs';
 import path from 'node:path';
-import { parseArgs } from 'node:util';
+import { commandLine } from '../../commandLine.mjs';
 import { checkImage } from './checkImage.mjs';
 import { Declarations } from './Declarations.mjs';
 import { readImages } from './MachO.mjs';
@@ -15,15 +13,20 @@ import { offered, readStub } from './Stubs.mjs';
 import { frameworksIn } from './SyntaxTree.mjs';
 import { macosTools, shownPath, zigLibrary } from './toolchain.mjs';
 
+const usage = `usage: binary.mjs [--frameworks FOLDER] [--architectures arm64,x86_64] FILE
+
+Checks a program built for macOS, and prints each difference.
+`;
 const {
   values: options,
   positionals: [file],
-} = parseArgs({
-  allowPositionals: true,
+} = commandLine(usage, {
   options: {
     frameworks: { type: 'string', default: path.join(macosTools, 'Frameworks') },
     architectures: { type: 'string', default: 'arm64,x86_64' },
   },
+  least: 1,
+  most: 1,
 });
 
 if (!existsSync(file)) {

@@ -2,10 +2,9 @@
 // Compares our declarations of Apple's frameworks, and the stubs beside them, with the listing of the
 // real ones. Prints "file:line: what is declared: what the SDK has" for each difference; exits
 // with 1 if there are any.
-//
-//   declarations.mjs [FOLDER]     the folder of the frameworks; tools/macos/Frameworks if none
 
 import path from 'node:path';
+import { commandLine } from '../../commandLine.mjs';
 import { compareStubs } from './compareStubs.mjs';
 import { compareTypes } from './compareTypes.mjs';
 import { compareValues } from './compareValues.mjs';
@@ -15,7 +14,13 @@ import { Listing } from './Listing.mjs';
 import { Spellings } from './Spellings.mjs';
 import { macosTools, shownPath } from './toolchain.mjs';
 
-const folder = path.resolve(process.argv[2] ?? path.join(macosTools, 'Frameworks'));
+const usage = `usage: declarations.mjs [FOLDER]
+
+Compares the declarations of the frameworks in FOLDER, or in tools/macos/Frameworks, with the listing of
+the real ones, and prints each difference.
+`;
+const [given] = commandLine(usage, { most: 1 }).positionals;
+const folder = path.resolve(given ?? path.join(macosTools, 'Frameworks'));
 const declarations = readDeclarations();
 const listing = new Listing();
 
@@ -45,7 +50,7 @@ compareValues(declarations, listing, report);
 compareStubs(folder, declarations, listing, report);
 
 // An exception in known.mjs that no name needs is a leftover.
-if (!process.argv[2]) {
+if (!given) {
   const values = declarations.enumerations.flatMap(enumeration => enumeration.values);
   const declared = new Set(declarations.constants.concat(values).map(({ name }) => name));
   const leftovers = Object.keys(numbers)
