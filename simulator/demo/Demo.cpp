@@ -2,34 +2,25 @@
 
 #include "demo/Demo.h"
 
-#include "common/SignalDescriptor.h"
-#include "common/SystemFailure.h"
-
 #include <algorithm>
 #include <array>
-#include <csignal>
 #include <cstdio>
-
-#include <poll.h>
-#include <sys/signalfd.h>
 
 namespace icloud {
 
 Demo::Demo(const DemoOptions& options)
-    : options_(options), scenario_(readScenario(options.scenario)), reporter_(options.out),
-      sandbox_(options.tools), signals_(signalDescriptor({SIGINT, SIGTERM, SIGHUP})),
-      deadline_(Clock::now() + options.timeout) {}
+    : options_(options), reporter_(options.out), run_(options.tools, options.scenario, *this) {
+  if (!options.interactive && !run_.scenario().repeats())
+    deadline_ = Clock::now() + run_.scenario().length() + options.timeout;
+}
 
 int Demo::run() {
-  adoptOrphans();
-  desktopLines_ = LineReader(sandbox_.openedFiles(),
-                             [this](const std::string& line) { handleDesktopLine(line); });
   printIntroduction();
-  startBird();
+  run_.startBird();
   watch();
-  if (interruption_ != 0) {
+  if (run_.interruption() != 0) {
     reporter_.message("\nInterrupted; everything is removed again.");
-    return 128 + interruption_;
+    return 128 + run_.interruption();
   }
   const Summary summary = makeSummary();
   reporter_.summary(summary.text());
@@ -43,9 +34,9 @@ int Demo::run() {
 void Demo::printIntroduction() {
   std::array<char, 32> length{};
   std::snprintf(length.data(), length.size(), "%.3g s",
-                std::chrono::duration<double>(scenario_.length()).count());
+                std::chrono::duration<double>(run_.scenario().length()).count());
   const std::string program = options_.program.stem();
-  reporter_.message("\"" + scenario_.title + "\", " + length.data() +
+  reporter_.message("\"" + run_.scenario().title + "\", " + length.data() +
                     " of a simulated iCloud. Lines with ☁ are events of the scenario,\n"
                     "lines with ☞ are what its user does; the others are the log of " +
                     program + ".\n");
@@ -58,42 +49,26 @@ void Demo::printIntroduction() {
         "you quit it; its log is not compared with the scenario.\n");
 }
 
-void Demo::startBird() {
-  Pipe pipe = makePipe();
-  birdLines_ = LineReader(std::move(pipe.reading),
-                          [this](const std::string& line) { handleBirdLine(line); });
-  Launch launch{sandbox_.root().launchd(),
-                {"--home", sandbox_.home(), "--scenario",
-                 std::filesystem::absolute(options_.scenario), "--begin-after",
-                 "items,global,status,quota"},
-                {}};
-  launch.output = pipe.writing.get();
-  launchd_.emplace(launch);
+void Demo::printCommands() {
+  const auto& sandbox = run_.sandbox();
+  reporter_.message("To change the drive yourself, in another terminal:\n"
+                    "  cd \"" +
+                    sandbox.drive().string() + "\"\n  brctl=" + sandbox.root().brctl().string() +
+                    "\n"
+                    "  $brctl evict FILE       leaves the contents of a file only in iCloud\n"
+                    "  $brctl download FILE    brings them back\n");
 }
 
 void Demo::startProgram() {
-  Pipe pipe = makePipe();
-  programLines_ = LineReader(std::move(pipe.reading),
-                             [this](const std::string& line) { handleProgramLine(line); });
-  Launch launch = sandbox_.programLaunch(options_.program,
-                                         options_.interactive ? Screen::display : Screen::memory,
-                                         scenario_.stallAfter);
-  launch.output = launch.error = pipe.writing.get();
-  if (!scenario_.user.empty() && !options_.interactive) {
-    user_ = std::make_unique<ScenarioUser>(
-        sandbox_.folder(),
-        UserContext{.screenshots = options_.out.value_or(sandbox_.temporary()),
-                    .drive = sandbox_.drive(),
-                    .brctl = sandbox_.root().brctl()},
-        scenario_.user);
-    launch.environment.merge(user_->environment());
-    userFinished_ = false;
-  }
-  program_.emplace(launch);
+  run_.startProgram(options_.program, options_.interactive ? Screen::display : Screen::memory,
+                    options_.out);
+  userFinished_ = run_.user() == nullptr;
+  if (options_.interactive)
+    printCommands();
 }
 
 // A line is a time, a word and a text.
-void Demo::handleBirdLine(const std::string& line) {
+void Demo::birdPrinted(const std::string& line) {
   const auto wordBegin = line.find(' ') + 1;
   const auto wordEnd = std::min(line.find(' ', wordBegin), line.size());
   const std::string word = line.substr(wordBegin, wordEnd - wordBegin);
@@ -114,27 +89,27 @@ void Demo::handleBirdLine(const std::string& line) {
   }
 }
 
-void Demo::handleProgramLine(const std::string& line) {
+void Demo::programPrinted(const std::string& line) {
   reporter_.log(line);
-  if (user_)
-    user_->addLine(line);
+  if (ScenarioUser* const user = run_.user())
+    user->addLine(line);
 }
 
-void Demo::handleDesktopLine(const std::string& line) {
+void Demo::desktopPrinted(const std::string& line) {
   reporter_.user(line);
-  if (user_)
-    user_->addLine(line);
+  if (ScenarioUser* const user = run_.user())
+    user->addLine(line);
 }
 
 void Demo::handleEvent(const std::string& text) {
   reporter_.event(text);
-  if (user_)
-    user_->addLine(text);
+  if (ScenarioUser* const user = run_.user())
+    user->addLine(text);
 }
 
-void Demo::handleUserReports() {
+void Demo::userHasReports() {
   using Kind = ScenarioUser::Report::Kind;
-  for (const ScenarioUser::Report& report : user_->takeReports()) {
+  for (const ScenarioUser::Report& report : run_.user()->takeReports()) {
     if (report.kind == Kind::menu)
       reporter_.menu(report.text);
     else if (report.kind != Kind::finished)
@@ -155,53 +130,17 @@ void Demo::scenarioEnded() {
 }
 
 void Demo::watch() {
-  while (!isOver_ && interruption_ == 0)
-    if (!waitForInput())
+  while (!isOver_ && run_.interruption() == 0)
+    if (!run_.waitForInput(timeLeft()))
       timedOut();
   endChildren();
 }
 
-int Demo::pollTimeout() const {
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline_ - Clock::now());
-  return static_cast<int>(std::max<long>(left.count(), 0));
-}
-
-// Reads what a child wrote before it handles that the child ended. Returns false on a timeout.
-bool Demo::waitForInput() {
-  const bool programRuns = program_ && !program_->hasEnded();
-  std::array<pollfd, 7> waits{
-      {{signals_.get(), POLLIN, 0},
-       {birdLines_.descriptor(), POLLIN, 0},
-       {programLines_.descriptor(), POLLIN, 0},
-       {user_ ? user_->descriptor() : -1, POLLIN, 0},
-       {desktopLines_.descriptor(), POLLIN, 0},
-       {programRuns ? program_->exitDescriptor() : -1, POLLIN, 0},
-       {launchd_->hasEnded() ? -1 : launchd_->exitDescriptor(), POLLIN, 0}}};
-  const auto& [signals, bird, program, user, desktop, programExit, launchdExit] = waits;
-  const int ready = poll(waits.data(), waits.size(), pollTimeout());
-  if (ready <= 0)
-    return ready < 0;
-  if (signals.revents != 0)
-    readSignal();
-  if (bird.revents != 0)
-    birdLines_.read();
-  if (program.revents != 0)
-    programLines_.read();
-  if (user.revents != 0)
-    handleUserReports();
-  if (desktop.revents != 0)
-    desktopLines_.read();
-  if (programExit.revents != 0)
-    programEnded();
-  else if (launchdExit.revents != 0 && bird.revents == 0)
-    launchdEnded();
-  return true;
-}
-
-void Demo::readSignal() {
-  signalfd_siginfo info{};
-  if (read(signals_.get(), &info, sizeof info) == sizeof info)
-    interruption_ = static_cast<int>(info.ssi_signo);
+std::optional<std::chrono::milliseconds> Demo::timeLeft() const {
+  if (!deadline_)
+    return std::nullopt;
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline_ - Clock::now());
+  return std::max(left, std::chrono::milliseconds(0));
 }
 
 } // namespace icloud

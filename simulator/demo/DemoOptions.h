@@ -18,7 +18,7 @@ struct DemoOptions {
   std::filesystem::path scenario;
   std::filesystem::path tools; ///< a system root to copy the tools from
   std::optional<std::filesystem::path> out;
-  std::chrono::seconds timeout{150};
+  std::chrono::seconds timeout{150}; ///< after the time that the scenario takes
 
   static DemoOptions from(const std::vector<std::string>& arguments);
   static const char* usage();

@@ -16,7 +16,7 @@ constexpr std::chrono::seconds childGracePeriod{5};
 } // namespace
 
 bool Demo::userQuitsProgram() const {
-  return user_ && user_->awaitsExit() && userProblems_.empty();
+  return run_.user() != nullptr && run_.user()->awaitsExit() && userProblems_.empty();
 }
 
 void Demo::beginShutdown() {
@@ -24,15 +24,15 @@ void Demo::beginShutdown() {
     return;
   isShuttingDown_ = true;
   deadline_ = Clock::now() + shutdownTimeout;
-  if (!program_)
+  if (!run_.program())
     isOver_ = true;
   else if (!userQuitsProgram())
-    program_->signal(SIGTERM);
+    run_.program()->signal(SIGTERM);
 }
 
 void Demo::timedOut() {
   if (scenarioEnded_ && !userFinished_) {
-    userProblems_.push_back("timed out: " + user_->currentStep());
+    userProblems_.push_back("timed out: " + run_.user()->currentStep());
     userFinished_ = true;
     beginShutdown();
     return;
@@ -40,14 +40,13 @@ void Demo::timedOut() {
   if (isShuttingDown_)
     exitProblems_.emplace_back("the program did not end when it was asked to");
   else
-    scenarioProblems_.push_back("the scenario had not ended after " +
-                                std::to_string(options_.timeout.count()) + " s");
+    scenarioProblems_.push_back("the scenario had not ended " +
+                                std::to_string(options_.timeout.count()) + " s after its time");
   isOver_ = true;
 }
 
 void Demo::programEnded() {
-  const int status = program_->wait();
-  programLines_.finish();
+  const int status = run_.program()->wait();
   const bool mayEnd =
       isShuttingDown_ || options_.interactive || (scenarioEnded_ && userQuitsProgram());
   if (options_.interactive && !scenarioEnded_ && status == 0)
@@ -63,26 +62,27 @@ void Demo::programEnded() {
 
 void Demo::launchdEnded() {
   scenarioProblems_.push_back("bird ended before the scenario, with " +
-                              describeEnd(launchd_->wait()));
+                              describeEnd(run_.launchd().wait()));
   beginShutdown();
 }
 
 void Demo::stopUser() {
-  if (!user_)
+  ScenarioUser* const user = run_.user();
+  if (user == nullptr)
     return;
-  user_->stop();
-  handleUserReports();
+  user->stop();
+  userHasReports();
   if (!userFinished_)
-    userProblems_.push_back("not done: " + user_->currentStep());
+    userProblems_.push_back("not done: " + user->currentStep());
   userFinished_ = true;
 }
 
 void Demo::endChildren() {
-  if (program_)
-    program_->end(childGracePeriod);
+  if (run_.program())
+    run_.endProgram(childGracePeriod);
   stopUser();
-  if (!launchd_->hasEnded()) {
-    const int status = launchd_->end(childGracePeriod);
+  if (!run_.launchd().hasEnded()) {
+    const int status = run_.launchd().end(childGracePeriod);
     if (status != 0)
       scenarioProblems_.push_back("launchd ended with " + describeEnd(status));
   }
@@ -92,7 +92,7 @@ void Demo::endChildren() {
 // A child that ended with success, or by the SIGTERM that it gets when its parent dies, is no
 // deviation.
 void Demo::checkOrphans() {
-  for (const Orphan& orphan : collectOrphans({launchd_->identifier()}, orphanGracePeriod)) {
+  for (const Orphan& orphan : collectOrphans({run_.launchd().identifier()}, orphanGracePeriod)) {
     const bool terminated = WIFSIGNALED(orphan.status) && WTERMSIG(orphan.status) == SIGTERM;
     if (orphan.wasKilled)
       orphanProblems_.push_back("left running: " + orphan.name);
@@ -106,14 +106,14 @@ Summary Demo::makeSummary() const {
   std::vector<Condition> conditions;
   if (scenarioEnded_ || !options_.interactive)
     conditions.push_back({"the scenario ran to its end", scenarioProblems_});
-  if (user_)
+  if (run_.user() != nullptr)
     conditions.push_back({"the scenario's user completed every step", userProblems_});
   conditions.push_back({"the program ended with status 0 when it was asked to", exitProblems_});
   conditions.push_back({"no process of the program was left", orphanProblems_});
   if (options_.interactive)
     return Summary(conditions);
-  return Summary(checkLog(reporter_.logLines(), scenario_.expectations,
-                          {{"home", sandbox_.home()}, {"drive", sandbox_.drive()}}),
+  return Summary(checkLog(reporter_.logLines(), run_.scenario().expectations,
+                          {{"home", run_.sandbox().home()}, {"drive", run_.sandbox().drive()}}),
                  reporter_.logTimes(), conditions);
 }
 

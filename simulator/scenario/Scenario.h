@@ -39,6 +39,9 @@ struct Scenario {
   std::vector<Expectation> expectations;
 
   Milliseconds length() const;
+
+  /// Whether its steps start again after the last one.
+  bool repeats() const;
 };
 
 /// Reads a scenario. Throws ScenarioError, or std::system_error when the file cannot be read.

@@ -187,6 +187,10 @@ Milliseconds Scenario::length() const {
   return steps.empty() ? Milliseconds{} : steps.back().at.value_or(Milliseconds{});
 }
 
+bool Scenario::repeats() const {
+  return !steps.empty() && does<RepeatSteps>(steps.back());
+}
+
 Scenario parseScenario(const std::string& text, const std::string& name) {
   ScenarioParser parser(name);
   std::size_t begin = 0;

@@ -117,8 +117,21 @@ TEST_F(DemoTest, scenarioThatNeverBeginsTimesOut) {
       startMonitors + "trap 'kill $items $global; wait; exit 0' TERM\nwait\n";
   const Finished demo = runToEnd(demoLaunch(watcher, shortScenario, {"--timeout", "1"}));
   EXPECT_EQ(demo.exitStatus, 1);
-  EXPECT_THAT(demo.output, HasSubstr("the scenario had not ended after 1 s\n"));
+  EXPECT_THAT(demo.output, HasSubstr("the scenario had not ended 1 s after its time\n"));
   expectNoSandboxLeft();
+}
+
+TEST_F(DemoTest, scenarioMayTakeLongerThanTimeout) {
+  const std::string scenario = "title \"Slow\"\nstall-after 2s\nat 2500ms end\n";
+  const Finished demo =
+      runToEnd(demoLaunch(goodWatcher, scenario + expectations, {"--timeout", "2"}));
+  EXPECT_EQ(demo.exitStatus, 0) << demo.output;
+}
+
+TEST_F(DemoTest, interactiveRunNamesCommandsThatChangeDrive) {
+  const Finished demo = runToEnd(demoLaunch(goodWatcher, shortScenario, {"--interactive"}));
+  EXPECT_EQ(demo.exitStatus, 0) << demo.output;
+  EXPECT_THAT(demo.output, HasSubstr("/com~apple~CloudDocs\"\n  brctl=" + sandboxes().string()));
 }
 
 TEST_F(DemoTest, programInBundleRunsFromApplications) {

@@ -2,25 +2,17 @@
 
 #include "soak/Soak.h"
 
-#include "common/SignalDescriptor.h"
 #include "soak/Judgement.h"
 
 #include <algorithm>
 #include <array>
-#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <utility>
 
-#include <poll.h>
-#include <sys/signalfd.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 namespace driftmark::soak {
 namespace {
 
-using icloud::Pipe;
 using icloud::ProcessHoldings;
 
 constexpr std::chrono::milliseconds sampleInterval{250};
@@ -46,106 +38,57 @@ void printRow(const std::string& title, const ProcessHoldings& figures, const st
 } // namespace
 
 Soak::Soak(const Options& options)
-    : options_(options), scenario_(icloud::readScenario(options.scenario)), sandbox_(options.tools),
-      signals_(icloud::signalDescriptor({SIGINT, SIGTERM, SIGHUP})) {}
+    : options_(options), run_(options.tools, options.scenario, *this) {}
 
 int Soak::run() {
-  icloud::adoptOrphans();
-  startBird();
-  while (!isOver_ && interruption_ == 0)
+  run_.startBird();
+  while (!isOver_ && run_.interruption() == 0)
     waitForInput();
   endProgram();
-  return interruption_ != 0 ? 128 + interruption_ : report();
+  return run_.interruption() != 0 ? 128 + run_.interruption() : report();
 }
 
-void Soak::startBird() {
-  Pipe pipe = icloud::makePipe();
-  birdLines_ = icloud::LineReader(std::move(pipe.reading),
-                                  [this](const std::string& line) { handleBirdLine(line); });
-  icloud::Launch launch{sandbox_.root().launchd(),
-                        {"--home", sandbox_.home(), "--scenario",
-                         std::filesystem::absolute(options_.scenario), "--begin-after",
-                         "items,global,status,quota"},
-                        {}};
-  launch.output = pipe.writing.get();
-  launchd_.emplace(launch);
-}
-
-void Soak::startProgram() {
-  Pipe pipe = icloud::makePipe();
-  programLines_ = icloud::LineReader(std::move(pipe.reading),
-                                     [this](const std::string& line) { handleProgramLine(line); });
-  icloud::Launch launch =
-      sandbox_.programLaunch(options_.program, icloud::Screen::memory, scenario_.stallAfter);
-  launch.output = launch.error = pipe.writing.get();
-  user_ = std::make_unique<icloud::ScenarioUser>(
-      sandbox_.folder(),
-      icloud::UserContext{.screenshots = sandbox_.temporary(),
-                          .drive = sandbox_.drive(),
-                          .brctl = sandbox_.root().brctl()},
-      scenario_.user);
-  launch.environment.merge(user_->environment());
-  program_.emplace(launch);
-  begin_ = intervalBegin_ = nextSample_ = Clock::now();
-}
-
-void Soak::handleBirdLine(const std::string& line) {
-  if (line.find(" ready") != std::string::npos && !program_)
-    startProgram();
-  else if (line.find(" trouble ") != std::string::npos)
+void Soak::birdPrinted(const std::string& line) {
+  if (line.find(" ready") != std::string::npos && !run_.program()) {
+    run_.startProgram(options_.program, icloud::Screen::memory);
+    begin_ = intervalBegin_ = nextSample_ = Clock::now();
+  } else if (line.find(" trouble ") != std::string::npos) {
     fail("a step of the scenario failed: " + line);
+  }
 }
 
-void Soak::handleProgramLine(const std::string& line) {
+void Soak::programPrinted(const std::string& line) {
   lastLines_.push_back(line);
   if (lastLines_.size() > maxLastLines)
     lastLines_.pop_front();
 }
 
-void Soak::handleUserReports() {
-  for (const auto& report : user_->takeReports())
+void Soak::userHasReports() {
+  for (const auto& report : run_.user()->takeReports())
     if (report.kind == icloud::ScenarioUser::Report::Kind::failure)
       fail(report.text);
 }
 
-void Soak::waitForInput() {
-  std::array<pollfd, 6> waits{{{signals_.get(), POLLIN, 0},
-                               {birdLines_.descriptor(), POLLIN, 0},
-                               {programLines_.descriptor(), POLLIN, 0},
-                               {user_ ? user_->descriptor() : -1, POLLIN, 0},
-                               {program_ ? program_->exitDescriptor() : -1, POLLIN, 0},
-                               {launchd_->exitDescriptor(), POLLIN, 0}}};
-  const auto& [signals, bird, program, user, programExit, launchdExit] = waits;
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(nextSample_ - Clock::now());
-  const auto timeout = std::clamp<long>(left.count(), 0, sampleInterval.count());
-  poll(waits.data(), waits.size(), static_cast<int>(timeout));
-  if (signals.revents != 0)
-    readSignal();
-  if (bird.revents != 0)
-    birdLines_.read();
-  if (program.revents != 0)
-    programLines_.read();
-  if (user.revents != 0)
-    handleUserReports();
-  if (programExit.revents != 0)
-    fail("the program ended by itself, with " + icloud::describeEnd(program_->wait()));
-  else if (launchdExit.revents != 0)
-    fail("bird ended by itself, with " + icloud::describeEnd(launchd_->wait()));
-  else if (Clock::now() >= nextSample_)
-    takeSample();
+void Soak::programEnded() {
+  fail("the program ended by itself, with " + icloud::describeEnd(run_.program()->wait()));
 }
 
-void Soak::readSignal() {
-  signalfd_siginfo info{};
-  if (read(signals_.get(), &info, sizeof info) == sizeof info)
-    interruption_ = static_cast<int>(info.ssi_signo);
+void Soak::launchdEnded() {
+  fail("bird ended by itself, with " + icloud::describeEnd(run_.launchd().wait()));
+}
+
+void Soak::waitForInput() {
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(nextSample_ - Clock::now());
+  run_.waitForInput(std::clamp(left, std::chrono::milliseconds(0), sampleInterval));
+  if (run_.programRuns() && Clock::now() >= nextSample_)
+    takeSample();
 }
 
 void Soak::takeSample() {
   const auto now = Clock::now();
   nextSample_ = now + sampleInterval;
   try {
-    samples_.push_back(icloud::holdingsOf(program_->identifier()));
+    samples_.push_back(icloud::holdingsOf(run_.program()->identifier()));
     if (now >= intervalBegin_ + interval)
       endInterval(now);
   } catch (const std::exception&) {
@@ -155,7 +98,7 @@ void Soak::takeSample() {
 }
 
 void Soak::endInterval(Clock::time_point now) {
-  const pid_t process = program_->identifier();
+  const pid_t process = run_.program()->identifier();
   const auto time = icloud::processorTime(process);
   const std::uint64_t bytes = icloud::bytesRead(process);
   const std::chrono::duration<double> length = now - intervalBegin_;
@@ -177,19 +120,18 @@ void Soak::endInterval(Clock::time_point now) {
 /// A child that ended with success, or by the SIGTERM that it gets when its parent dies, may
 /// outlive the program for a moment.
 void Soak::endProgram() {
-  if (program_ && !program_->hasEnded()) {
-    const int status = program_->end(gracePeriod);
-    if (status != 0 && interruption_ == 0)
+  if (run_.programRuns()) {
+    const int status = run_.endProgram(gracePeriod);
+    if (status != 0 && run_.interruption() == 0)
       fail("the program ended with " + icloud::describeEnd(status));
   }
-  programLines_.finish();
-  if (user_)
-    user_->stop();
-  for (const auto& orphan : icloud::collectOrphans({launchd_->identifier()}, gracePeriod))
+  if (run_.user() != nullptr)
+    run_.user()->stop();
+  for (const auto& orphan : icloud::collectOrphans({run_.launchd().identifier()}, gracePeriod))
     if (orphan.wasKilled)
       fail("left running: " + orphan.name);
-  if (!launchd_->hasEnded())
-    launchd_->end(gracePeriod);
+  if (!run_.launchd().hasEnded())
+    run_.launchd().end(gracePeriod);
 }
 
 void Soak::fail(const std::string& problem) {

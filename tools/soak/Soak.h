@@ -1,19 +1,12 @@
 #pragma once
 
-#include "common/Descriptor.h"
-#include "demo/Sandbox.h"
-#include "demo/ScenarioUser.h"
-#include "process/ChildProcess.h"
-#include "process/Pipe.h"
+#include "demo/ScenarioRun.h"
 #include "process/ProcessCost.h"
-#include "scenario/Scenario.h"
 
 #include <chrono>
 #include <cstdint>
 #include <deque>
 #include <filesystem>
-#include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,7 +22,7 @@ struct Options {
 
 /// Runs a program for a long time against a simulated iCloud whose scenario and user repeat their
 /// steps, and prints every ten seconds what the program holds.
-class Soak {
+class Soak : private icloud::ScenarioRun::Listener {
 public:
   explicit Soak(const Options& options);
 
@@ -40,13 +33,13 @@ public:
 private:
   using Clock = std::chrono::steady_clock;
 
-  void startBird();
-  void startProgram();
-  void handleBirdLine(const std::string& line);
-  void handleProgramLine(const std::string& line);
-  void handleUserReports();
+  void birdPrinted(const std::string& line) override;
+  void programPrinted(const std::string& line) override;
+  void userHasReports() override;
+  void programEnded() override;
+  void launchdEnded() override;
+  void desktopPrinted(const std::string& /*line*/) override {}
   void waitForInput();
-  void readSignal();
   void takeSample();
   void endInterval(Clock::time_point now);
   void endProgram();
@@ -54,14 +47,7 @@ private:
   int report();
 
   Options options_;
-  icloud::Scenario scenario_;
-  icloud::Sandbox sandbox_;
-  icloud::Descriptor signals_;
-  icloud::LineReader birdLines_;
-  icloud::LineReader programLines_;
-  std::optional<icloud::ChildProcess> launchd_;
-  std::optional<icloud::ChildProcess> program_;
-  std::unique_ptr<icloud::ScenarioUser> user_;
+  icloud::ScenarioRun run_;
   std::deque<std::string> lastLines_; ///< of the program's log
 
   Clock::time_point nextSample_ = Clock::time_point::max();
@@ -73,7 +59,6 @@ private:
   std::vector<icloud::ProcessHoldings> figures_; ///< of every interval so far
   std::vector<std::string> problems_;
   bool isOver_ = false;
-  int interruption_ = 0; ///< the signal
 };
 
 } // namespace driftmark::soak
