@@ -85,9 +85,10 @@ public:
   const icloud::Launch& program() const { return program_; }
 
   /// A bare program with the same environment.
-  icloud::Launch bare() const {
+  icloud::Launch bare(std::vector<std::string> arguments = {}) const {
     icloud::Launch launch = program_;
     launch.program = BARE_PROGRAM;
+    launch.arguments = std::move(arguments);
     return launch;
   }
 
@@ -134,16 +135,18 @@ void benchStart(const QuietSandbox& sandbox, Figures& figures, std::ostream& not
         << " ms\n";
 }
 
-/// Measures the memory before and after the first check for updates, which loads the network
-/// libraries, and the cost of idling after it.
+/// Measures the memory before and after the first check for updates, and the cost of idling after
+/// it.
 void benchIdle(const QuietSandbox& sandbox, Figures& figures, std::ostream& notes) {
   WatchedChild program(sandbox.program(), true, "update check failed");
   const icloud::ChildProcess bare(sandbox.bare());
+  const icloud::ChildProcess window(sandbox.bare({"window"}));
   const pid_t process = program.process().identifier();
   std::this_thread::sleep_for(settlingTime);
   const double memory = icloud::residentMemory(process);
   const double bareMemory = icloud::residentMemory(bare.identifier());
   figures["idle_rss_over_bare"] = memory / bareMemory;
+  figures["window_rss_over_bare"] = icloud::residentMemory(window.identifier()) / bareMemory;
   notes << "idle: program " << memory / 1024 << " MiB, bare " << bareMemory / 1024 << " MiB\n";
 
   program.await();
