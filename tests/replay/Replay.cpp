@@ -3,7 +3,11 @@
 #include "ReplayRun.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <sstream>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -133,6 +137,56 @@ TEST_F(Replay, noTemporaryFileRemains) {
   EXPECT_EQ(replay.temporaryFiles(), 0U);
 }
 
+/// What a report says of each item, without the names and in any order.
+std::vector<std::string> withoutNames(const std::string& report) {
+  std::vector<std::string> lines;
+  std::istringstream stream(report);
+  for (std::string line; std::getline(stream, line);)
+    lines.push_back(line.substr(0, line.find("  /")));
+  std::sort(lines.begin(), lines.end());
+  return lines;
+}
+
+TEST_F(Replay, anonymisedCaptureHasSameCountsAndStates) {
+  const Finished anonymised = replay.run({"--anonymise", fixture("transfers.txt")});
+  ASSERT_EQ(anonymised.exitStatus, 0) << anonymised.error;
+  replay.write("capture.txt", anonymised.output);
+  const Finished result = replay.run({"capture.txt"});
+  EXPECT_EQ(withoutNames(result.output), withoutNames(contentsOf(fixture("transfers.report.txt"))));
+  EXPECT_EQ(replay.run({"--anonymise", fixture("transfers.txt")}).output, anonymised.output);
+}
+
+TEST_F(Replay, anonymisedCaptureHasNoNameAndSameLengths) {
+  const std::string capture = contentsOf(fixture("transfers.txt"));
+  const std::string anonymised = replay.run({"--anonymise", fixture("transfers.txt")}).output;
+  for (const char* const name : {"Documents", "report", "pdf", "old film", "mov", "Fotos", "📷",
+                                 "été", "big.", "draft", "clash", "wait.", "music", "m4a", "bell"})
+    EXPECT_THAT(anonymised, Not(HasSubstr(name)));
+  for (const char* const kept :
+       {"com~apple~CloudDocs", "/.DS_Store ☁", "/.Trash/", "not downloaded", "Upload Error 28",
+        "\x1b[32m↑\x1b[0m 55.5%", "NSProgress"})
+    EXPECT_THAT(anonymised, HasSubstr(kept));
+  ASSERT_EQ(anonymised.size(), capture.size());
+  for (std::size_t at = 0; at < capture.size(); ++at)
+    if (std::string_view("\r\n\x1b /").find(capture[at]) != std::string_view::npos) {
+      EXPECT_EQ(anonymised[at], capture[at]) << at;
+    }
+}
+
+TEST_F(Replay, globalCaptureHasNoNamesToReplace) {
+  EXPECT_EQ(replay.run({"--anonymise", fixture("global.txt")}).output,
+            contentsOf(fixture("global.txt")));
+}
+
+TEST_F(Replay, manyShortNamesStayDifferent) {
+  std::string capture;
+  for (char letter = 'a'; letter <= 'z'; ++letter)
+    capture += std::string(" o /com~apple~CloudDocs/") + letter + " ↑ 1%\n";
+  replay.write("short.txt", capture);
+  replay.write("capture.txt", replay.run({"--anonymise", "short.txt"}).output);
+  EXPECT_THAT(replay.run({"capture.txt"}).output, HasSubstr("active (26)\n"));
+}
+
 TEST_F(Replay, missingFileIsRefused) {
   const Finished result = replay.run({"nowhere.txt"});
   EXPECT_EQ(result.error, "replay: nowhere.txt: no such file\n");
@@ -164,13 +218,15 @@ TEST_F(Replay, unreadableFileIsRefused) {
 }
 
 TEST_F(Replay, wrongCallPrintsUsage) {
-  for (const std::vector<std::string>& arguments :
-       {std::vector<std::string>{}, {"--unknown"}, {"one", "two"}}) {
+  for (const std::vector<std::string>& arguments : {std::vector<std::string>{},
+                                                    {"--unknown"},
+                                                    {"one", "two"},
+                                                    {"--log", "--anonymise", "one"}}) {
     const Finished result = replay.run(arguments);
-    EXPECT_THAT(result.error, StartsWith("usage: replay"));
+    EXPECT_EQ(result.error, "driftmark_replay: wrong arguments; see --help\n");
     EXPECT_EQ(result.exitStatus, 2);
   }
-  EXPECT_THAT(replay.run({"--help"}).output, StartsWith("usage: replay"));
+  EXPECT_THAT(replay.run({"--help"}).output, StartsWith("usage: driftmark_replay"));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "monitor/SyncMonitor.h"
 #include "platform/linux/runloop/LinuxSignals.h"
+#include "replay/Anonymiser.h"
 #include "replay/CaptureRoot.h"
 #include "replay/ReplayPlatform.h"
 #include "replay/Report.h"
@@ -25,20 +26,23 @@ using namespace driftmark;
 namespace fs = std::filesystem;
 
 constexpr std::string_view usage =
-    R"(usage: replay [--log] FILE
+    R"(usage: driftmark_replay [--log] FILE
+       driftmark_replay --anonymise FILE
 
 Plays FILE, a captured output of `brctl monitor`, through a pseudo-terminal into the program. Prints
 how many lines and events it counted, and the model three seconds after the last line. FILE is a
 capture of the per-item monitor or of the global monitor, with line ends of either kind. The files
 that it names need not exist.
 
-  --log   shows the program's log lines on standard error
-  --help  prints this text
+  --log        shows the program's log lines on standard error
+  --anonymise  plays nothing: prints the capture with other names of the same lengths
+  --help       prints this text
 )";
 
 struct Arguments {
   fs::path file;
   bool log = false;
+  bool anonymise = false;
   bool help = false;
 };
 
@@ -52,6 +56,8 @@ std::optional<Arguments> parsed(int argc, char** argv) {
       optionsEnded = true;
     } else if (!optionsEnded && argument == "--log") {
       arguments.log = true;
+    } else if (!optionsEnded && argument == "--anonymise") {
+      arguments.anonymise = true;
     } else if (!optionsEnded && argument == "--help") {
       arguments.help = true;
     } else if (hasFile || (!optionsEnded && argument.starts_with("--"))) {
@@ -61,6 +67,8 @@ std::optional<Arguments> parsed(int argc, char** argv) {
       hasFile = true;
     }
   }
+  if (arguments.log && arguments.anonymise)
+    return std::nullopt;
   return hasFile || arguments.help ? std::optional(arguments) : std::nullopt;
 }
 
@@ -81,6 +89,21 @@ bool checkCapture(const fs::path& file) {
     return true;
   stream.seekg(-1, std::ios::end);
   return stream.get() == '\n';
+}
+
+int anonymise(const Arguments& arguments) {
+  checkCapture(arguments.file);
+  std::ifstream stream(arguments.file, std::ios::binary);
+  Anonymiser anonymiser;
+  for (std::string line; std::getline(stream, line);) {
+    std::cout << anonymiser.anonymised(line);
+    if (!stream.eof())
+      std::cout << '\n';
+  }
+  std::cout.flush();
+  if (!std::cout)
+    throw std::runtime_error("the output cannot be written");
+  return 0;
 }
 
 int replay(const Arguments& arguments) {
@@ -114,7 +137,7 @@ int replay(const Arguments& arguments) {
 int main(int argc, char** argv) {
   const auto arguments = parsed(argc, argv);
   if (!arguments) {
-    std::cerr << usage;
+    std::cerr << "driftmark_replay: wrong arguments; see --help\n";
     return 2;
   }
   if (arguments->help) {
@@ -122,6 +145,8 @@ int main(int argc, char** argv) {
     return 0;
   }
   try {
+    if (arguments->anonymise)
+      return anonymise(*arguments);
     const QCoreApplication application(argc, argv);
     return replay(*arguments);
   } catch (const std::exception& error) {
