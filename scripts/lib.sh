@@ -19,3 +19,16 @@ fail() {
 need_value() {
   (($# >= 2)) || usage_error "$1 needs a value"
 }
+
+# Installs and builds what the demo runs. Sets build and program. The folder DRIFTMARK_BUILD, already
+# built, takes the place of the build.
+build_demo() {
+  build=${DRIFTMARK_BUILD:-$root/build/release}
+  program=$build/Driftmark.app/Contents/MacOS/Driftmark
+  [[ -z ${DRIFTMARK_BUILD:-} ]] || return 0
+  "$root/scripts/bootstrap" --demo
+  echo "Building Driftmark and the simulated iCloud."
+  (cd "$root" && cmake --preset release >/dev/null &&
+    cmake --build --preset release --target driftmark icloud-demo -- --quiet)
+  echo
+}
