@@ -27,8 +27,10 @@ build_demo() {
   program=$build/Driftmark.app/Contents/MacOS/Driftmark
   [[ -z ${DRIFTMARK_BUILD:-} ]] || return 0
   "$root/scripts/bootstrap" --demo
-  echo "Building Driftmark and the simulated iCloud."
+  echo "Building Driftmark and the simulated iCloud, which takes some minutes the first time."
+  local quiet=(--quiet)
+  [[ ! -t 1 ]] || quiet=() # one line with its progress
   (cd "$root" && cmake --preset release >/dev/null &&
-    cmake --build --preset release --target driftmark icloud-demo -- --quiet)
+    cmake --build --preset release --target driftmark icloud-demo -- ${quiet[@]+"${quiet[@]}"})
   echo
 }
