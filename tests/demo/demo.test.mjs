@@ -2,8 +2,8 @@
 // case.
 
 import assert from 'node:assert/strict';
-import { once } from 'node:events';
 import { spawn, spawnSync } from 'node:child_process';
+import { once } from 'node:events';
 import { readFileSync, readdirSync, writeFileSync } from 'node:fs';
 import path from 'node:path';
 import { root, runCase } from '../support/cases.mjs';
@@ -16,7 +16,8 @@ function environment(folder) {
 
 /// Starts scripts/try. `until(pattern)` waits until its output has a match.
 function startTry(folder) {
-  const script = spawn(path.join(root, 'scripts/try'), [], { env: environment(folder), stdio: ['ignore', 'pipe', 'inherit'] });
+  const options = { env: environment(folder), stdio: ['ignore', 'pipe', 'inherit'] };
+  const script = spawn(path.join(root, 'scripts/try'), [], options);
   let output = '';
   const until = async (pattern) => {
     while (!pattern.test(output)) {
@@ -29,7 +30,31 @@ function startTry(folder) {
   return { script, until };
 }
 
+const packagesOf = (name) => readFileSync(path.join(root, name), 'utf8').split('\n').filter((line) => /^[a-z]/.test(line));
+
+/// What scripts/bootstrap installs where nothing is installed.
+function installed(folder, ...options) {
+  const tools = { 'dpkg-query': '', 'apt-get': `echo "$@" >>${folder}/asked`, 'sudo': 'exec "$@"' };
+  for (const [name, text] of Object.entries(tools))
+    writeFileSync(path.join(folder, name), `#!/bin/sh\n${text}\n`, { mode: 0o755 });
+  const env = { ...process.env, PATH: `${folder}:${process.env.PATH}` };
+  const { status, stderr } = spawnSync(path.join(root, 'scripts/bootstrap'), options, { env, encoding: 'utf8' });
+  assert.equal(status, 0, stderr);
+  const words = readFileSync(path.join(folder, 'asked'), 'utf8').split('\n')[1].split(' ');
+  return words.slice(words.indexOf('install') + 1).filter((word) => !word.startsWith('-')).sort();
+}
+
 await runCase({
+  demoInstallsItsPackagesOnly(folder) {
+    assert.deepEqual(installed(folder, '--demo'), packagesOf('packages.txt').sort());
+  },
+
+  testsInstallAllPackages(folder) {
+    const all = [...packagesOf('packages.txt'), ...packagesOf('packages-tests.txt')];
+    assert.deepEqual(installed(folder), all.sort());
+    assert.equal(new Set(all).size, all.length);
+  },
+
   firstScenarioOfReadmeHolds(folder) {
     const text = readFileSync(path.join(root, 'simulator/README.md'), 'utf8');
     const file = path.join(folder, 'letters.scenario');
