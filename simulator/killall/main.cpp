@@ -3,11 +3,12 @@
 #include "common/SystemRoot.h"
 #include "common/UsageError.h"
 
+#include <cerrno>
 #include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <system_error>
 #include <vector>
 
 namespace {
@@ -46,7 +47,8 @@ int run(const std::string& name) {
       status = EXIT_SUCCESS;
       found = true;
     } else if (errno != ESRCH) {
-      std::fprintf(stderr, "killall: warning: kill -TERM %d: %s\n", process, std::strerror(errno));
+      std::fprintf(stderr, "killall: warning: kill -TERM %d: %s\n", process,
+                   std::generic_category().message(errno).c_str());
       found = true;
     }
   }

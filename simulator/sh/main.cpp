@@ -5,7 +5,7 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
+#include <system_error>
 #include <vector>
 
 #include <unistd.h>
@@ -50,7 +50,8 @@ int main(int argc, char** argv) {
       pointers.push_back(argument.data());
     pointers.push_back(nullptr);
     execv(machineShell, pointers.data());
-    std::fprintf(stderr, "sh: %s: %s\n", machineShell, std::strerror(errno));
+    std::fprintf(stderr, "sh: %s: %s\n", machineShell,
+                 std::generic_category().message(errno).c_str());
   } catch (const std::exception& error) {
     std::fprintf(stderr, "sh: %s\n", error.what());
   }

@@ -104,7 +104,7 @@ std::string Anonymiser::replacementOf(std::string_view name) {
     return found->second;
   constexpr int attempts = 100'000; // a name of one letter may be the last of 26
   for (int attempt = 0; attempt < attempts; ++attempt) {
-    const std::string other = drawn(name);
+    std::string other = drawn(name);
     if (taken_.insert(other).second) {
       replacements_.emplace(name, other);
       return other;

@@ -6,7 +6,7 @@
 
 #include <cstddef>
 #include <cstdio>
-#include <cstring>
+#include <system_error>
 
 #include <QByteArray>
 #include <QCoreApplication>
@@ -112,7 +112,7 @@ void Fetch::writeWaiting() {
     written_ += bytes.size();
     const int error = writeAll(STDOUT_FILENO, {bytes.constData(), std::size_t(bytes.size())});
     if (error != 0)
-      return fail(QString::fromLocal8Bit(std::strerror(error)));
+      return fail(QString::fromStdString(std::generic_category().message(error)));
   }
 }
 

@@ -53,7 +53,7 @@ QStringList argumentsFor(const HttpClient::Request& request) {
 void endWith(pid_t parent) {
   sigset_t none{};
   sigemptyset(&none);
-  sigprocmask(SIG_SETMASK, &none, nullptr);
+  pthread_sigmask(SIG_SETMASK, &none, nullptr);
   prctl(PR_SET_PDEATHSIG, SIGTERM);
   if (getppid() != parent)
     _exit(1);
