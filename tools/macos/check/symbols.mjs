@@ -1,15 +1,19 @@
 #!/usr/bin/env node
 // Checks the debug symbols of a program: they are of this very program, for each of its processors, name the
 // line of main, and contain no path of the build. Prints each difference; exits with 1 if there are any.
-//
-//   symbols.mjs PROGRAM SYMBOLS.dSYM SOURCE     the source of main, as the symbols name it
 
 import { spawnSync } from 'node:child_process';
 import { existsSync, readFileSync } from 'node:fs';
 import path from 'node:path';
+import { commandLine } from '../../commandLine.mjs';
 import { macosTools, shownPath } from './toolchain.mjs';
 
-const [program, folder, source] = process.argv.slice(2);
+const usage = `usage: symbols.mjs PROGRAM SYMBOLS.dSYM SOURCE
+
+Checks the debug symbols of a program, and prints each difference. SOURCE is the source of main, as the
+symbols name it.
+`;
+const [program, folder, source] = commandLine(usage, { least: 3, most: 3 }).positionals;
 const symbols = path.join(folder, 'Contents', 'Resources', 'DWARF', path.basename(program));
 
 function run(tool, ...args) {
