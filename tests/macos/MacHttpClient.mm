@@ -6,7 +6,7 @@
 #include "harness/TemporaryFolder.h"
 #include "macos/LocalPort.h"
 #include "macos/RunLoop.h"
-#include "platform/macos/MacAdapters.h"
+#include "platform/macos/MacMainQueue.h"
 #include "platform/macos/MacPlatform.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 #include "support/contracts/HttpClientContract.h"

@@ -2,6 +2,7 @@
 
 #include "platform/macos/MacAdapters.h"
 #include "platform/macos/MacApplication.h"
+#include "platform/macos/MacMainQueue.h"
 #include "platform/posix/children/LaunchTool.h"
 #include "support/contracts/ApplicationContract.h"
 #include "support/contracts/RunningApplicationsContract.h"

@@ -3,6 +3,7 @@
 #include "harness/TemporaryFolder.h"
 #include "macos/RunLoop.h"
 #include "platform/macos/MacAdapters.h"
+#include "platform/macos/MacMainQueue.h"
 #include "platform/posix/children/PosixChildProcesses.h"
 #include "support/contracts/BackgroundQueueContract.h"
 #include "support/contracts/ChildProcessesContract.h"

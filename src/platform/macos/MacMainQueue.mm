@@ -1,7 +1,8 @@
 // How tasks run on the main thread, at once, delayed and repeatedly.
 
+#include "platform/macos/MacMainQueue.h"
+
 #include "platform/macos/Bridge.h"
-#include "platform/macos/MacAdapters.h"
 
 #include <algorithm>
 #include <ctime>

@@ -3,6 +3,7 @@
 #include "platform/macos/MacAdapters.h"
 #include "platform/macos/MacApplication.h"
 #include "platform/macos/MacHttpClient.h"
+#include "platform/macos/MacMainQueue.h"
 #include "platform/macos/MacStatusItem.h"
 #include "platform/posix/CrashHandler.h"
 #include "platform/posix/PosixAdapters.h"
