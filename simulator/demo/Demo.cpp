@@ -41,12 +41,12 @@ void Demo::printIntroduction() {
                     "lines with ☞ are what its user does; the others are the log of " +
                     program + ".\n");
   if (options_.interactive)
-    reporter_.message(
-        "The user is you: " + program +
-        " is at the top right of your screen. Open its menu whenever you like;\n"
-        "what it asks the desktop to open is printed here. It ends with the scenario, "
-        "or when\n"
-        "you quit it; its log is not compared with the scenario.\n");
+    reporter_.message("The user is you: " + program +
+                      " is at the top right of your screen. Open its menu whenever you like;\n"
+                      "what it asks the desktop to open is printed here. It ends " +
+                      (run_.scenario().repeats() ? "when you quit it"
+                                                 : "with the scenario, or when you quit it") +
+                      ";\nits log is not compared with the scenario.\n");
 }
 
 void Demo::printCommands() {
