@@ -42,8 +42,10 @@ void LinuxStatusItem::toggleMenu() {
     return;
   menu_ = std::make_unique<DropDownMenu>(build_(), images_, strip_);
   willOpen_();
-  QObject::connect(menu_.get(), &QMenu::aboutToHide, &strip_,
-                   [this] { strip_.setHighlighted(false); });
+  QObject::connect(menu_.get(), &QMenu::aboutToHide, &strip_, [this] {
+    strip_.setHighlighted(false);
+    strip_.giveFocusBack();
+  });
   strip_.setHighlighted(true);
   menu_->open();
 }

@@ -24,6 +24,8 @@ public:
   void doAction(const QString& name) override {
     if (name == showMenuAction() || name == pressAction())
       strip_->press();
+    else
+      QAccessibleWidget::doAction(name);
   }
   QAccessible::State state() const override {
     QAccessible::State state = QAccessibleWidget::state();

@@ -85,12 +85,11 @@ QColor translucent(QColor colour, qreal opacity) {
 
 MenuBarStrip::MenuBarStrip(SymbolImages& images, std::function<void()> onPress)
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
-      images_(images), onPress_(std::move(onPress)) {
+      panel_(*this, [this] { place(); }), images_(images), onPress_(std::move(onPress)) {
   installMenuBarAccessibility();
   setObjectName(QStringLiteral("MenuBarStrip"));
   setWindowTitle(QStringLiteral("Driftmark"));
   setAttribute(Qt::WA_ShowWithoutActivating);
-  setAttribute(Qt::WA_X11NetWmWindowTypeDock);
   setAttribute(Qt::WA_OpaquePaintEvent);
   setAttribute(Qt::WA_QuitOnClose, false);
   setFocusPolicy(Qt::TabFocus);
@@ -189,6 +188,9 @@ void MenuBarStrip::keyPressEvent(QKeyEvent* event) {
   case Qt::Key_Down:
     press();
     break;
+  case Qt::Key_Escape:
+    giveFocusBack();
+    break;
   default:
     QWidget::keyPressEvent(event);
   }
@@ -198,6 +200,12 @@ void MenuBarStrip::focusInEvent(QFocusEvent* event) {
   if (event->reason() != Qt::PopupFocusReason)
     showsFocus_ = QGuiApplication::mouseButtons() == Qt::NoButton;
   QWidget::focusInEvent(event);
+}
+
+void MenuBarStrip::showEvent(QShowEvent* event) {
+  panel_.declare();
+  place();
+  QWidget::showEvent(event);
 }
 
 /// A strip that the user closes is shown again by the event loop, unless the application ends.
@@ -239,8 +247,9 @@ void MenuBarStrip::fit() {
 
 void MenuBarStrip::place() {
   if (const QScreen* const screen = QGuiApplication::primaryScreen()) {
-    const QRect area = screen->availableGeometry();
+    const QRect area = panel_.freeArea(*screen);
     move(area.right() + 1 - width(), area.top());
+    panel_.reserve(*screen);
   }
 }
 

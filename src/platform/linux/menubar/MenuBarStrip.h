@@ -2,6 +2,7 @@
 
 #include "platform/linux/looks/Look.h"
 #include "platform/linux/looks/SymbolImages.h"
+#include "platform/linux/menubar/X11Panel.h"
 
 #include <functional>
 #include <string>
@@ -13,7 +14,8 @@ namespace driftmark {
 /// The strip at the top right of the primary screen that replaces the system's menu bar: a symbol
 /// and an optional title behind it. It stays above other windows, is in no task bar and never takes
 /// the keyboard focus by itself. A click presses it; so do the space bar, Enter and the down key
-/// when it has the focus. Screen readers read the symbol's description. Main thread only.
+/// when it has the focus; Escape gives that back. On an X display it is a panel on all workspaces,
+/// beside the other panels. Screen readers read the symbol's description. Main thread only.
 class MenuBarStrip final : public QWidget {
 public:
   /// `images` outlives the strip.
@@ -25,6 +27,9 @@ public:
 
   /// Draws the strip as the owner of an open menu, or not.
   void setHighlighted(bool highlighted);
+
+  /// Gives the keyboard focus back to the window that had it before the strip.
+  void giveFocusBack() { panel_.giveFocusBack(); }
 
   /// Presses the strip, as a click does.
   void press() { onPress_(); }
@@ -42,6 +47,7 @@ protected:
   void mousePressEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
+  void showEvent(QShowEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
 
 private:
@@ -51,6 +57,7 @@ private:
   void fit();
   void place();
 
+  X11Panel panel_;
   SymbolImages& images_;
   const std::function<void()> onPress_;
   std::string symbol_;

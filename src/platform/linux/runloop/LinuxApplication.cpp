@@ -34,7 +34,7 @@ void LinuxApplication::willTerminate() {
 
 void LinuxApplication::activateIgnoringOtherApplications() {
   for (QWidget* const window : QApplication::topLevelWidgets()) {
-    if (!window->isVisible() || window->windowFlags().testFlag(Qt::WindowDoesNotAcceptFocus))
+    if (!window->isVisible() || window->testAttribute(Qt::WA_ShowWithoutActivating))
       continue;
     window->raise();
     window->activateWindow();

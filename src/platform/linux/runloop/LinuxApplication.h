@@ -17,8 +17,8 @@ public:
   /// has ended.
   void run() override;
 
-  /// Raises the open windows of this program, as far as the desktop allows. Does nothing without
-  /// windows.
+  /// Raises the open windows of this program, as far as the desktop allows, except those that are
+  /// shown without activating them, such as the strip. Does nothing without windows.
   void activateIgnoringOtherApplications() override;
 
   /// Ends the event loop by an event, so that earlier events are still handled. Called before the
