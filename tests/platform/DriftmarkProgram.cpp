@@ -112,15 +112,41 @@ TEST_F(DriftmarkProgram, stateChangesAreLogged) {
   EXPECT_EQ(exitStatus(), 0);
 }
 
-TEST_F(DriftmarkProgram, programRunsWithoutDisplay) {
+TEST_F(DriftmarkProgram, programSaysThatItIsInvisibleWithoutDisplay) {
   const ScopedVariable platform("QT_QPA_PLATFORM", std::nullopt);
   const ScopedVariable display("DISPLAY", std::nullopt);
   const ScopedVariable wayland("WAYLAND_DISPLAY", "");
   setBrctl(waitForever);
   start();
   ASSERT_TRUE(says("brctl monitor -g started"));
+  EXPECT_TRUE(errors().starts_with("Driftmark: there is no display, so the program is invisible: "
+                                   "DISPLAY and WAYLAND_DISPLAY are not set\n"))
+      << errors();
   send(SIGTERM);
   EXPECT_EQ(exitStatus(), 0);
+}
+
+TEST_F(DriftmarkProgram, displayThatCannotBeOpenedIsNamed) {
+  const std::string runtime = root_.path("run");
+  const ScopedVariable folder("XDG_RUNTIME_DIR", runtime);
+  const ScopedVariable platform("QT_QPA_PLATFORM", std::nullopt);
+  const ScopedVariable wayland("WAYLAND_DISPLAY", std::nullopt);
+  const ScopedVariable display("DISPLAY", ":no-such-display");
+  start();
+  EXPECT_EQ(exitStatus(), 3);
+  EXPECT_EQ(errors(), "driftmark: the display cannot be opened: DISPLAY=:no-such-display\n");
+
+  const ScopedVariable both("WAYLAND_DISPLAY", "no-such-display");
+  start();
+  EXPECT_EQ(exitStatus(), 3);
+  EXPECT_EQ(errors(), "driftmark: the display cannot be opened: DISPLAY=:no-such-display, "
+                      "WAYLAND_DISPLAY=no-such-display\n");
+
+  const ScopedVariable chosen("QT_QPA_PLATFORM", "no-such-platform");
+  start();
+  EXPECT_EQ(exitStatus(), 3);
+  EXPECT_EQ(errors(), "driftmark: the display cannot be opened: QT_QPA_PLATFORM=no-such-platform, "
+                      "DISPLAY=:no-such-display, WAYLAND_DISPLAY=no-such-display\n");
 }
 
 TEST_F(DriftmarkProgram, programRunsWithoutBrctl) {
