@@ -149,6 +149,15 @@ TEST_F(Accessibility, elidedNameIsReadWhole) {
   EXPECT_TRUE(opened.named(name + "  —  uploading 45%").isEnabled);
 }
 
+TEST_F(Accessibility, pathDescribesRowOfFile) {
+  session_.writeTool("/usr/bin/brctl", brctlUploading("Papers/a.txt", "45"));
+  start();
+  const Accessible opened = openMenu(awaitStrip("iCloud Drive: uploading 45%"));
+  EXPECT_EQ(opened.named("a.txt  —  uploading 45%").description,
+            session_.home() / "Library/Mobile Documents/com~apple~CloudDocs/Papers/a.txt");
+  EXPECT_EQ(opened.named("Open iCloud Drive").description, "");
+}
+
 TEST_F(Accessibility, aboutPanelIsRead) {
   session_.writeTool("/usr/bin/brctl", execChildTool("wait"));
   start();

@@ -53,7 +53,8 @@ private:
   MenuBarStrip* const strip_;
 };
 
-/// A row of a menu: described by its whole title, which is the action's data(), whatever is drawn.
+/// A row of a menu: named by its whole title, which is the action's data(), whatever is drawn, and
+/// described by its tool tip, such as the path of a file.
 class RowAccessible final : public QAccessibleObject, public QAccessibleActionInterface {
 public:
   /// The menu holds the action and outlives it.
@@ -104,6 +105,8 @@ QString RowAccessible::text(QAccessible::Text text) const {
   switch (text) {
   case QAccessible::Name:
     return action_.data().toString();
+  case QAccessible::Description:
+    return action_.whatsThis();
   case QAccessible::Accelerator:
     return action_.shortcut().toString(QKeySequence::NativeText);
   default:

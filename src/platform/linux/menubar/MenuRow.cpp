@@ -41,6 +41,7 @@ MenuRow::MenuRow(const MenuItem& item, QObject* parent)
     nameLength_ = std::min(nameLength_,
                            QString::fromStdString(item.title.substr(0, *item.nameLength)).size());
   setToolTip(QString::fromStdString(item.toolTip));
+  setWhatsThis(QString::fromStdString(item.toolTip));
   setEnabled(item.kind == MenuItem::Kind::command && item.action != nullptr);
   setCheckable(item.isChecked);
   setChecked(item.isChecked);

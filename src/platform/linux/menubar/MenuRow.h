@@ -8,7 +8,8 @@
 
 namespace driftmark {
 
-/// A row of a menu. Its data() is the item's title, its text() what is drawn. Main thread only.
+/// A row of a menu. Its data() is the item's title, its text() what is drawn, its whatsThis() the
+/// item's tool tip, which toolTip() replaces by the text when it is empty. Main thread only.
 class MenuRow final : public QAction {
 public:
   MenuRow(const MenuItem& item, QObject* parent);

@@ -131,9 +131,4 @@ bool X11Display::isComposited() const {
   return reply && reply->owner != XCB_WINDOW_NONE;
 }
 
-bool canDrawTranslucentWindows() {
-  const auto display = X11Display::current();
-  return !display || display->isComposited();
-}
-
 } // namespace driftmark

@@ -49,7 +49,7 @@ public:
   /// Asks the window manager to give `window` the keyboard focus, in the name of the user.
   void activate(Window window);
 
-  /// Whether a compositing manager runs, so that windows can be translucent.
+  /// Whether a compositor runs, so that windows can be translucent.
   bool isComposited() const;
 
 private:
@@ -59,9 +59,5 @@ private:
   Window root_;
   mutable std::map<std::string, Atom> atoms_;
 };
-
-/// Whether windows with translucent pixels are drawn as such: elsewhere these are black. Changes
-/// when a compositing manager starts or ends. Main thread only.
-bool canDrawTranslucentWindows();
 
 } // namespace driftmark
