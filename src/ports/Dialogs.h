@@ -30,6 +30,9 @@ struct FolderPanel {
   std::string prompt;    ///< the title of the button that confirms
   std::string directory; ///< the folder that the panel opens at, as an absolute path
 
+  /// What a list of places calls that folder, where the panel has such a list of its own.
+  std::string directoryName = {};
+
   bool operator==(const FolderPanel&) const = default;
 };
 

@@ -21,6 +21,7 @@ namespace driftmark {
 namespace {
 
 constexpr std::size_t removeDownloads = 0; ///< the index of the button
+constexpr const char* cloudDriveName = "iCloud Drive";
 
 Alert nothingToFree(const std::string& name) {
   return {"Nothing to Free in " + name, "No downloaded iCloud files were found there.", {}};
@@ -69,7 +70,8 @@ void StatusItemController::freeUpSpace() {
        .message = "Choose a folder. Downloaded files inside it will be removed from this Mac; they "
                   "stay in iCloud and download again when opened.",
        .prompt = "Choose",
-       .directory = SyncMonitor::cloudDocsPath(platform_.fileSystem)});
+       .directory = SyncMonitor::cloudDocsPath(platform_.fileSystem),
+       .directoryName = cloudDriveName});
   if (!folder)
     return;
   inBackground(
@@ -83,7 +85,7 @@ void StatusItemController::freeUpSpace() {
 
 void StatusItemController::confirmEviction(Evictor::Survey survey, const std::string& folder) {
   const std::string name = folder == SyncMonitor::cloudDocsPath(platform_.fileSystem)
-                               ? "iCloud Drive"
+                               ? cloudDriveName
                                : std::string(lastPathComponent(folder));
   if (survey.files.empty()) {
     platform_.dialogs.runModal(nothingToFree(name));

@@ -71,7 +71,7 @@ TEST_F(FreeUpSpaceTest, panelForFolderOpensInFront) {
                   "Free Up Space",
                   "Choose a folder. Downloaded files inside it will be removed from this Mac; they "
                   "stay in iCloud and download again when opened.",
-                  "Choose", drive}));
+                  "Choose", drive, "iCloud Drive"}));
 }
 
 TEST_F(FreeUpSpaceTest, cancelledPanelEndsSilently) {

@@ -111,6 +111,13 @@ TEST_F(StatusItemTest, stripFollowsTheme) {
   }
 }
 
+TEST_F(StatusItemTest, changeOfThemeIsFollowed) {
+  QApplication::setPalette(QPalette(Qt::green));
+  QEvent change(QEvent::ThemeChange);
+  QCoreApplication::sendEvent(&strip(), &change);
+  EXPECT_EQ(strip().palette().color(QPalette::Window), QColor("#f6f6f7"));
+}
+
 TEST_F(StatusItemTest, symbolAndTitleGrowWithFont) {
   const int usual = widthWith("42%");
   const FontOfSize font(26);

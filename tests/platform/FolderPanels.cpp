@@ -20,6 +20,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
 #include <QPushButton>
 #include <QScreen>
 #include <QTimer>
@@ -111,7 +112,8 @@ protected:
             .message = "Choose a folder. Downloaded files inside it will be removed from this Mac; "
                        "they stay in iCloud and download again when opened.",
             .prompt = "Choose",
-            .directory = directory};
+            .directory = directory,
+            .directoryName = "iCloud Drive"};
   }
 
   /// Shows the panel at `directory`. `answer` runs once it has the keyboard focus and must close
@@ -180,6 +182,30 @@ TEST_F(FolderPanels, confirmingAtOnceChoosesOpeningFolder) {
   EXPECT_EQ(show(in("link/com~apple~CloudDocs"), choose), in("link/com~apple~CloudDocs"));
   EXPECT_EQ(show(in("link"), choose), in("link"));
   EXPECT_EQ(show("/", choose), "/");
+}
+
+TEST_F(FolderPanels, placesHaveNamesOfTheirOwn) {
+  const ScopedVariable home("HOME", make("ada"));
+  const auto places = [this](const std::string& directory) {
+    QStringList names;
+    show(directory, [&names] {
+      const auto& model = *part<QListView>("sidebar").model();
+      for (int row = 0; row < model.rowCount(); ++row)
+        names.append(model.index(row, 0).data().toString());
+      cancel();
+    });
+    return names;
+  };
+  EXPECT_EQ(places(make("ada/com~apple~CloudDocs")), (QStringList{"iCloud Drive", "Home"}));
+  EXPECT_EQ(places(in("ada/missing")), QStringList{"Home"}) << "opens there";
+}
+
+TEST_F(FolderPanels, buttonsHaveNoIcons) {
+  show(folder_.path(), [] {
+    EXPECT_TRUE(buttonTitled("Choose").icon().isNull());
+    EXPECT_TRUE(buttonTitled("Cancel").icon().isNull());
+    cancel();
+  });
 }
 
 TEST_F(FolderPanels, trailingSlashIsRemoved) {

@@ -176,6 +176,7 @@ TEST_F(LinuxDialogsTest, alertHasIconUsualSizesAndNoButtonsToMinimise) {
       EXPECT_GE(button(index)->height(), 28);
       EXPECT_TRUE(button(index)->icon().isNull());
     }
+    EXPECT_FALSE(openAlert()->windowIcon().pixmap(32, 32).isNull());
     EXPECT_FALSE(openAlert()->windowFlags() & Qt::WindowMinMaxButtonsHint);
     EXPECT_TRUE(openAlert()->windowFlags() & Qt::WindowCloseButtonHint);
     openAlert()->close();

@@ -36,6 +36,7 @@ class AboutWindow final : public QDialog {
 public:
   AboutWindow() : QDialog(nullptr, Qt::Dialog | Qt::WindowTitleHint | Qt::WindowCloseButtonHint) {
     setObjectName(QStringLiteral("AboutPanel"));
+    setWindowIcon(applicationIcon());
     setAttribute(Qt::WA_QuitOnClose, false);
     const Look look(palette(), font());
     const QFont small = look.font(smallSize);

@@ -84,6 +84,7 @@ AlertDialog::AlertDialog(const Alert& alert)
       look_(palette(), font()) {
   setObjectName("alert");
   setWindowTitle("Driftmark");
+  setWindowIcon(applicationIcon());
   setLayoutDirection(Qt::LeftToRight);
   setModal(true);
 

@@ -1,5 +1,6 @@
 // How the folder panel looks, and which folder is the chosen one.
 
+#include "platform/linux/dialogs/IconView.h"
 #include "platform/linux/dialogs/LinuxDialogs.h"
 #include "platform/linux/dialogs/WrappingLabel.h"
 #include "support/Paths.h"
@@ -78,6 +79,7 @@ protected:
 private:
   void addMessage(const std::string& text);
   void arrange();
+  void listPlaces(const std::string& directoryName);
   void followNameField();
   QString folder() const;
   bool hasFolder() const;
@@ -101,13 +103,13 @@ FolderDialog::FolderDialog(const FolderPanel& panel)
   setViewMode(Detail);
   setLayoutDirection(Qt::LeftToRight);
   setWindowTitle(QString::fromStdString(panel.title));
+  setWindowIcon(applicationIcon());
   setLabelText(Accept, QString::fromStdString(panel.prompt));
   setLabelText(FileName, QStringLiteral("Folder:"));
   setDirectory(displayed(directory_));
-  setSidebarUrls(
-      {QUrl::fromLocalFile(QDir::homePath()), QUrl::fromLocalFile(displayed(directory_))});
   addMessage(panel.message);
   arrange();
+  listPlaces(directory_ == withoutTrailingSlashes(panel.directory) ? panel.directoryName : "");
   followNameField();
 }
 
@@ -145,6 +147,27 @@ void FolderDialog::arrange() {
   resize(defaultSize.boundedTo(screen()->availableSize() - QSize(2 * margin, 2 * margin)));
   const int sidebar = std::min(maxSidebarWidth, width() / 3);
   part<QSplitter>("splitter").setSizes({sidebar, width() - sidebar});
+}
+
+/// Lists the opening folder, if it has a name for that, and the home folder. Qt names both after
+/// their folders, and does so again whenever it has read these.
+void FolderDialog::listPlaces(const std::string& directoryName) {
+  QStringList names{QStringLiteral("Home")};
+  QList<QUrl> folders{QUrl::fromLocalFile(QDir::homePath())};
+  if (!directoryName.empty()) {
+    names.prepend(QString::fromStdString(directoryName));
+    folders.prepend(QUrl::fromLocalFile(displayed(directory_)));
+  }
+  setSidebarUrls(folders);
+  auto* const places = part<QListView>("sidebar").model();
+  const auto rename = [places, names] {
+    for (int row = 0; row < names.size(); ++row)
+      if (const QModelIndex place = places->index(row, 0);
+          place.isValid() && place.data().toString() != names[row])
+        places->setData(place, names[row], Qt::DisplayRole);
+  };
+  connect(places, &QAbstractItemModel::dataChanged, this, rename);
+  rename();
 }
 
 void FolderDialog::followNameField() {

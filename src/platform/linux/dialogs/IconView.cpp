@@ -6,8 +6,20 @@
 
 namespace driftmark {
 
-IconView::IconView(int size, QWidget* parent)
-    : QWidget(parent), icon_(QStringLiteral(":/driftmark/icon.svg")) {
+namespace {
+
+const QString& file() {
+  static const QString file = QStringLiteral(":/driftmark/icon.svg");
+  return file;
+}
+
+} // namespace
+
+QIcon applicationIcon() {
+  return QIcon(file());
+}
+
+IconView::IconView(int size, QWidget* parent) : QWidget(parent), icon_(file()) {
   setObjectName(QStringLiteral("icon"));
   setFixedSize(size, size);
 }

@@ -11,7 +11,6 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QFontInfo>
-#include <QIcon>
 
 namespace driftmark {
 
@@ -94,7 +93,6 @@ void Look::apply() {
     QApplication::setFont(font);
   if (dynamic_cast<WindowStyle*>(QApplication::style()) == nullptr)
     QApplication::setStyle(new WindowStyle(QApplication::style()->name()));
-  QApplication::setWindowIcon(QIcon(QStringLiteral(":/driftmark/icon.svg")));
 }
 
 QPalette Look::paletteFor(const QPalette& desktop) {
@@ -125,8 +123,7 @@ QFont Look::fontFor(const QFont& desktop) {
   if (desktop.family() != QLatin1String(unnamedFamily))
     return desktop;
   QFont font = desktop;
-  if (QFontDatabase::hasFamily(QStringLiteral("Inter")))
-    font.setFamily(QStringLiteral("Inter"));
+  font.setFamilies({QStringLiteral("Inter"), desktop.family()});
   if (font.pointSizeF() == unnamedPointSize)
     font.setPixelSize(static_cast<int>(usualFontSize));
   return font;

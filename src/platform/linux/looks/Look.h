@@ -12,8 +12,8 @@ class Look {
 public:
   Look(const QPalette& palette, const QFont& font);
 
-  /// Gives the application its look: palette, font, style and icon, as far as the desktop has not
-  /// decided them. Called again when the desktop's theme has changed.
+  /// Gives the application its look: palette, font and style, as far as the desktop has not decided
+  /// them. Called again when the desktop's theme has changed.
   static void apply();
 
   /// The palette for a desktop with this one: light or dark as that is. A palette of high contrast
