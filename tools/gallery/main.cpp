@@ -1,5 +1,6 @@
 // Saves pictures of what the program shows in a folder.
 
+#include "Overview.h"
 #include "SampleMenus.h"
 #include "Themes.h"
 #include "platform/linux/desktop/LinuxAdapters.h"
@@ -172,7 +173,8 @@ private:
                                        "removed from this Mac; they stay in iCloud and download "
                                        "again when opened.",
                             .prompt = "Choose",
-                            .directory = QDir::homePath().toStdString()});
+                            .directory = folder_.absolutePath().toStdString(),
+                            .directoryName = "iCloud Drive"});
     });
   }
 
@@ -215,5 +217,5 @@ int main(int argc, char* argv[]) {
     QApplication::setPalette(Look::paletteFor(theme.palette));
     Gallery(folder, theme.name).saveAll();
   }
-  return EXIT_SUCCESS;
+  return gallery::saveOverviews(folder) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
