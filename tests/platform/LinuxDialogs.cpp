@@ -4,10 +4,8 @@
 
 #include "harness/qt/EventLoop.h"
 #include "platform/linux/desktop/LinuxAdapters.h"
-#include "platform/linux/looks/Look.h"
 #include "platform/linux/runloop/LinuxMainQueue.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <functional>
 #include <string>
@@ -145,62 +143,6 @@ TEST_F(LinuxDialogsTest, buttonsAreOrderedFromLeftToRight) {
     openAlert()->close();
   });
   QApplication::setLayoutDirection(Qt::LeftToRight);
-}
-
-TEST_F(LinuxDialogsTest, desktopOrdersButtons) {
-  const auto isFirstOnRight = [this] {
-    bool isOnRight = false;
-    show(offer, [&] {
-      isOnRight = button(0)->x() > button(1)->x();
-      EXPECT_TRUE(button(0)->isDefault());
-      openAlert()->close();
-    });
-    return isOnRight;
-  };
-  EXPECT_FALSE(isFirstOnRight());
-  qApp->setStyleSheet("QDialogButtonBox { button-layout: 3 }");
-  EXPECT_TRUE(isFirstOnRight());
-  qApp->setStyleSheet({});
-}
-
-TEST_F(LinuxDialogsTest, alertHasIconUsualSizesAndNoButtonsToMinimise) {
-  show({"m", "", {"A", "B"}}, [] {
-    const int screen = openAlert()->screen()->availableSize().width();
-    EXPECT_EQ(openAlert()->width(), std::min(420, screen));
-    const auto* const icon = openAlert()->findChild<QWidget*>("icon");
-    ASSERT_NE(icon, nullptr);
-    EXPECT_EQ(icon->size(), QSize(64, 64));
-    EXPECT_LT(icon->geometry().right(), label("messageText")->geometry().left());
-    for (const int index : {0, 1}) {
-      EXPECT_GE(button(index)->width(), 90);
-      EXPECT_GE(button(index)->height(), 28);
-      EXPECT_TRUE(button(index)->icon().isNull());
-    }
-    EXPECT_FALSE(openAlert()->windowIcon().pixmap(32, 32).isNull());
-    EXPECT_FALSE(openAlert()->windowFlags() & Qt::WindowMinMaxButtonsHint);
-    EXPECT_TRUE(openAlert()->windowFlags() & Qt::WindowCloseButtonHint);
-    openAlert()->close();
-  });
-}
-
-TEST_F(LinuxDialogsTest, defaultButtonIsFilledAndReadable) {
-  const QPalette before = QApplication::palette();
-  for (const QColor& desktop : {QColor(239, 239, 239), QColor(45, 45, 48)}) {
-    QApplication::setPalette(Look::paletteFor(QPalette(desktop)));
-    show({"m", "", {"\u2588", "\u2588"}}, [] {
-      const auto fill = [](int index) {
-        const QImage image = button(index)->grab().toImage();
-        return image.pixelColor(image.width() / 8, image.height() / 2);
-      };
-      const QColor chosen = QApplication::palette().color(QPalette::Highlight);
-      EXPECT_EQ(fill(0), chosen);
-      EXPECT_NE(fill(1), chosen);
-      const QImage image = button(0)->grab().toImage();
-      EXPECT_EQ(image.pixelColor(image.width() / 2, image.height() / 2), QColor(Qt::white));
-      openAlert()->close();
-    });
-  }
-  QApplication::setPalette(before);
 }
 
 TEST_F(LinuxDialogsTest, returnPressesFirstButtonAndEscapeLast) {
