@@ -1,4 +1,4 @@
-// How well what was drawn can be told from its ground.
+// How much what was drawn differs from its ground.
 
 #include "Items.h"
 #include "Themes.h"
