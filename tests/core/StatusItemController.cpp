@@ -1,4 +1,4 @@
-// When the system is told that the program is in use, and that no delay holds back what is shown.
+// When the program says to the system that it is in use, and that no delay holds back what is shown.
 
 #include "core/ControllerTest.h"
 #include "support/LateTimers.h"

@@ -1,4 +1,4 @@
-// What window managers are told about the strip, and what they make of it.
+// What the strip says to window managers, and what they make of it.
 
 #include "desktop/Session.h"
 #include "desktop/XClient.h"
