@@ -3,10 +3,10 @@
 #include "platform/linux/menubar/DropDownMenu.h"
 
 #include "platform/linux/looks/Look.h"
-#include "platform/linux/menubar/Compositor.h"
 #include "platform/linux/menubar/ElidedText.h"
 #include "platform/linux/menubar/MenuBarStrip.h"
 #include "platform/linux/menubar/MenuStyle.h"
+#include "platform/linux/menubar/X11Display.h"
 #include "support/Weakly.h"
 
 #include <algorithm>
@@ -28,6 +28,12 @@ namespace {
 constexpr qreal minWidth = 220;
 constexpr qreal usualMaxWidth = 440;
 constexpr qreal minNameWidth = 90;
+
+/// Whether windows can have transparent parts.
+bool canBlendWindows() {
+  const auto display = X11Display::current();
+  return !display || display->isComposited();
+}
 
 } // namespace
 
