@@ -102,8 +102,8 @@ class MacRunningApplications final : public PosixRunningApplications {
 public:
   std::vector<std::int32_t> withBundleIdentifier(const std::string& identifier) const override;
 
-  /// In ticks of the system's uptime, also for a program that was not opened as an application. The
-  /// system tells it of this user's processes.
+  /// In ticks of the system's uptime. Known for this user's processes, also for a program that was
+  /// not opened as an application.
   std::optional<StartTime> startTime(std::int32_t process) const override;
 };
 
