@@ -73,13 +73,13 @@ protected:
                                           "<plist version=\"1.0\"><dict>"
                                           "<key>CFBundleIdentifier</key><string>" +
                                               bundleIdentifier + "</string></dict></plist>\n");
-    const std::string executable = folder.path(contents + "MacOS/Driftmark");
+    std::string executable = folder.path(contents + "MacOS/Driftmark");
     std::filesystem::create_directories(std::filesystem::path(executable).parent_path());
     std::filesystem::copy_file(childToolPath(), executable);
     return executable;
   }
 
-  SystemRoot root() {
+  static SystemRoot root() {
     TestEnvironment environment;
     return std::get<SystemRoot>(SystemRoot::of(environment));
   }
