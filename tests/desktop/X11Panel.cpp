@@ -1,4 +1,4 @@
-// What the strip says to window managers, and what they make of it.
+// What window managers learn about the strip, and what they make of it.
 
 #include "desktop/Session.h"
 #include "desktop/XClient.h"
@@ -163,6 +163,11 @@ TEST_F(X11Panel, closedMenuLeavesFocusToUsersWindow) {
   awaitNoMenu();
   awaitFocus(editor);
   expectKeysReach(editor);
+}
+
+TEST_F(X11Panel, clicksOnStripLeaveFocusToUsersWindow) {
+  startBoth();
+  const auto editor = screen_.open("Editor", {100, 100, 300, 200});
   clickOnStrip();
   driver_->awaitMenu();
   clickOnStrip();

@@ -52,6 +52,11 @@ XClient::Window XClient::await(const std::string& title) {
   return found;
 }
 
+bool XClient::shows(const std::string& title) {
+  return std::ranges::any_of(
+      candidates(), [&](Window window) { return this->title(window) == title && isShown(window); });
+}
+
 XClient::Window XClient::open(const std::string& title, const QRect& place) {
   const Window window = add(title, place);
   xcb_map_window(connection_.get(), window);
@@ -200,12 +205,25 @@ void XClient::setProperty(Window window, const std::string& name, std::uint32_t 
                       static_cast<std::uint32_t>(values.size()), values.data());
 }
 
-/// The windows that the window manager lists; without one, those of the display.
+/// The windows that the window manager lists; without such a list, those of the display and what
+/// these frame.
 std::vector<XClient::Window> XClient::candidates() {
-  if (!property(root_, "_NET_SUPPORTING_WM_CHECK").empty())
-    return property(root_, "_NET_CLIENT_LIST");
+  std::vector<Window> windows = property(root_, "_NET_CLIENT_LIST");
+  if (!windows.empty())
+    return windows;
+  for (const Window outer : children(root_)) {
+    const auto inner = children(outer);
+    windows.push_back(outer);
+    windows.insert(windows.end(), inner.begin(), inner.end());
+  }
+  return windows;
+}
+
+std::vector<XClient::Window> XClient::children(Window window) {
   const auto tree = owned(
-      xcb_query_tree_reply(connection_.get(), xcb_query_tree(connection_.get(), root_), nullptr));
+      xcb_query_tree_reply(connection_.get(), xcb_query_tree(connection_.get(), window), nullptr));
+  if (!tree)
+    return {};
   const auto* const first = xcb_query_tree_children(tree.get());
   return {first, first + xcb_query_tree_children_length(tree.get())};
 }

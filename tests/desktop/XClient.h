@@ -26,6 +26,9 @@ public:
   /// Waits until the display shows a window with that title that its window manager, if any, lists.
   Window await(const std::string& title);
 
+  /// Whether a window with that title is shown now.
+  bool shows(const std::string& title);
+
   /// Shows an ordinary window and waits until it has the keyboard focus.
   Window open(const std::string& title, const QRect& place);
 
@@ -74,6 +77,7 @@ private:
   void setProperty(Window window, const std::string& name, std::uint32_t type,
                    const Values& values);
   std::vector<Window> candidates();
+  std::vector<Window> children(Window window);
   std::string title(Window window);
   bool readEvents();
 

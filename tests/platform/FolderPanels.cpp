@@ -410,6 +410,61 @@ TEST_F(FolderPanels, partsAreInsideWindowAndFit) {
   });
 }
 
+/// Renames every object when it gets a name, as another release of Qt may.
+class Renaming : public QObject {
+public:
+  Renaming() { qApp->installEventFilter(this); }
+
+  bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+    if (event->type() == QEvent::ChildAdded) {
+      QObject* const child = static_cast<QChildEvent*>(event)->child();
+      connect(child, &QObject::objectNameChanged, this, [child](const QString& name) {
+        if (!name.endsWith("Renamed"))
+          child->setObjectName(name + "Renamed");
+      });
+    }
+    return false;
+  }
+};
+
+TEST_F(FolderPanels, partsAreFoundWhateverQtCallsThem) {
+  make("inside");
+  const Renaming renaming;
+  const auto show = [this](const std::function<void()>& answer) {
+    QTimer::singleShot(0, &context_, [answer] {
+      answer();
+      if (openPanel() != nullptr)
+        openPanel()->close();
+    });
+    return dialogs_.chooseFolder(panel(folder_.path()));
+  };
+  EXPECT_EQ(show([] {
+              EXPECT_EQ(openPanel()->findChild<QLineEdit*>("fileNameEdit"), nullptr);
+              EXPECT_FALSE(openPanel()->findChild<QTreeView*>()->isColumnHidden(0));
+              EXPECT_TRUE(openPanel()->findChild<QTreeView*>()->isColumnHidden(1));
+              openPanel()->findChild<QLineEdit*>()->setText("inside");
+              choose();
+            }),
+            in("inside"));
+  EXPECT_EQ(show([] {
+              openPanel()->findChild<QLineEdit*>()->setText("missing");
+              EXPECT_FALSE(buttonTitled("Choose").isEnabled());
+            }),
+            std::nullopt);
+}
+
+TEST_F(FolderPanels, onlyUsefulPartsAreVisible) {
+  show(folder_.path(), [] {
+    for (const char* const name : {"fileTypeLabel", "fileTypeCombo", "newFolderButton",
+                                   "listModeButton", "detailModeButton"})
+      EXPECT_FALSE(part<QWidget>(name).isVisible()) << name;
+    for (const char* const name : {"backButton", "forwardButton", "toParentButton", "lookInCombo",
+                                   "fileNameLabel", "fileNameEdit", "buttonBox", "sidebar"})
+      EXPECT_TRUE(part<QWidget>(name).isVisible()) << name;
+    cancel();
+  });
+}
+
 TEST_F(FolderPanels, mainQueueRunsWhilePanelIsOpen) {
   LinuxMainQueue queue;
   std::string order;

@@ -22,6 +22,7 @@
 #include <QScreen>
 #include <QSettings>
 #include <QSplitter>
+#include <QToolButton>
 #include <QTreeView>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -34,6 +35,9 @@ constexpr int margin = 20;
 constexpr QSize defaultSize(680, 480);
 constexpr int gapBelowMessage = 12;
 constexpr int maxSidebarWidth = 190;
+
+/// Qt's first buttons: back, forward, up. The others make folders and change the view.
+constexpr qsizetype usedTools = 3;
 
 QString displayed(const std::string& path) {
   return QFile::decodeName(path.c_str());
@@ -52,6 +56,19 @@ std::string openingFolder(const std::string& path) {
   return folder;
 }
 
+/// The row of that widget; -1 when it is not in the grid.
+int rowOf(const QGridLayout& grid, QWidget& widget) {
+  const int index = grid.indexOf(&widget);
+  if (index < 0)
+    return -1;
+  int row = 0;
+  int column = 0;
+  int rowSpan = 0;
+  int columnSpan = 0;
+  grid.getItemPosition(index, &row, &column, &rowSpan, &columnSpan);
+  return row;
+}
+
 /// Qt saves the state of its file dialogs in the user's settings, and reads it when a dialog is
 /// constructed. This redirects the settings to a path that cannot exist. Returns the dialog's
 /// parent, which is none.
@@ -63,7 +80,8 @@ QWidget* withoutSettings() {
 /// The window in which a folder is chosen, with the message above the folders. Hidden folders are
 /// chosen by typing their path. A folder whose name is not UTF-8 cannot be shown: the panel opens
 /// at the next folder above it instead. The panel changes no folders and saves neither settings nor
-/// a history. Object name of the message: `message`.
+/// a history. The parts of Qt's dialog are found by their types; one that is missing is left as it
+/// is. Object name of the message: `message`.
 class FolderDialog final : public QFileDialog {
 public:
   explicit FolderDialog(const FolderPanel& panel);
@@ -79,22 +97,16 @@ protected:
 private:
   void addMessage(const std::string& text);
   void arrange();
+  void arrangeBelowFolders(QGridLayout& grid);
   void listPlaces(const std::string& directoryName);
   void followNameField();
   QString folder() const;
   bool hasFolder() const;
 
-  /// A widget of Qt's dialog.
-  template <class Widget> Widget& part(const char* name) const;
+  QListView* places() const;
 
   const std::string directory_; ///< the one that it opens at
 };
-
-template <class Widget> Widget& FolderDialog::part(const char* name) const {
-  auto* const widget = findChild<Widget*>(QLatin1String(name));
-  Q_ASSERT(widget != nullptr);
-  return *widget;
-}
 
 FolderDialog::FolderDialog(const FolderPanel& panel)
     : QFileDialog(withoutSettings()), directory_(openingFolder(panel.directory)) {
@@ -125,28 +137,48 @@ void FolderDialog::addMessage(const std::string& text) {
 }
 
 void FolderDialog::arrange() {
-  for (const char* const name :
-       {"fileTypeLabel", "fileTypeCombo", "newFolderButton", "listModeButton", "detailModeButton"})
-    part<QWidget>(name).hide();
-  auto& folders = part<QTreeView>("treeView");
-  for (int column = 1; column < folders.model()->columnCount(); ++column)
-    folders.hideColumn(column);
-  folders.header()->setSectionResizeMode(0, QHeaderView::Stretch);
-  folders.setHeaderHidden(true);
-  folders.setAccessibleName(QStringLiteral("Folders"));
-  auto& places = part<QListView>("sidebar");
-  places.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  places.setAccessibleName(QStringLiteral("Places"));
-  layout()->setContentsMargins(margin, gapBelowMessage, margin, margin);
-  if (auto* const grid = qobject_cast<QGridLayout*>(layout())) {
-    grid->addWidget(&part<QWidget>("fileNameEdit"), grid->rowCount() - 2, 1, 1, -1);
-    auto& buttons = part<QDialogButtonBox>("buttonBox");
-    buttons.setOrientation(Qt::Horizontal);
-    grid->addWidget(&buttons, grid->rowCount(), 0, 1, -1);
+  const auto tools = findChildren<QToolButton*>();
+  for (qsizetype index = usedTools; index < tools.size(); ++index)
+    tools[index]->hide();
+  if (auto* const folders = findChild<QTreeView*>()) {
+    for (int column = 1; column < folders->model()->columnCount(); ++column)
+      folders->hideColumn(column);
+    folders->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    folders->setHeaderHidden(true);
+    folders->setAccessibleName(QStringLiteral("Folders"));
   }
+  if (auto* const list = places()) {
+    list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    list->setAccessibleName(QStringLiteral("Places"));
+  }
+  layout()->setContentsMargins(margin, gapBelowMessage, margin, margin);
+  if (auto* const grid = qobject_cast<QGridLayout*>(layout()))
+    arrangeBelowFolders(*grid);
   resize(defaultSize.boundedTo(screen()->availableSize() - QSize(2 * margin, 2 * margin)));
   const int sidebar = std::min(maxSidebarWidth, width() / 3);
-  part<QSplitter>("splitter").setSizes({sidebar, width() - sidebar});
+  if (auto* const splitter = findChild<QSplitter*>())
+    splitter->setSizes({sidebar, width() - sidebar});
+}
+
+/// Leaves the field for the name and, below it, the buttons. Qt has the types of files there, too.
+void FolderDialog::arrangeBelowFolders(QGridLayout& grid) {
+  auto* const field = findChild<QLineEdit*>();
+  auto* const buttons = findChild<QDialogButtonBox*>();
+  if (field == nullptr || buttons == nullptr)
+    return;
+  const int fieldRow = rowOf(grid, *field);
+  for (QWidget* const widget : findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+    if (widget != buttons && rowOf(grid, *widget) > fieldRow)
+      widget->hide();
+  grid.addWidget(field, fieldRow, 1, 1, -1);
+  buttons->setOrientation(Qt::Horizontal);
+  grid.addWidget(buttons, grid.rowCount(), 0, 1, -1);
+}
+
+/// The list beside the folders.
+QListView* FolderDialog::places() const {
+  const auto* const splitter = findChild<QSplitter*>();
+  return splitter != nullptr ? qobject_cast<QListView*>(splitter->widget(0)) : nullptr;
 }
 
 /// Lists the opening folder, if it has a name for that, and the home folder. Qt names both after
@@ -159,7 +191,10 @@ void FolderDialog::listPlaces(const std::string& directoryName) {
     folders.prepend(QUrl::fromLocalFile(displayed(directory_)));
   }
   setSidebarUrls(folders);
-  auto* const places = part<QListView>("sidebar").model();
+  auto* const list = this->places();
+  if (list == nullptr)
+    return;
+  auto* const places = list->model();
   const auto rename = [places, names] {
     for (int row = 0; row < names.size(); ++row)
       if (const QModelIndex place = places->index(row, 0);
@@ -171,15 +206,21 @@ void FolderDialog::listPlaces(const std::string& directoryName) {
 }
 
 void FolderDialog::followNameField() {
-  connect(&part<QLineEdit>("fileNameEdit"), &QLineEdit::textChanged, this, [this] {
-    part<QDialogButtonBox>("buttonBox").button(QDialogButtonBox::Open)->setEnabled(hasFolder());
+  auto* const field = findChild<QLineEdit*>();
+  auto* const buttons = findChild<QDialogButtonBox*>();
+  if (field == nullptr || buttons == nullptr)
+    return;
+  connect(field, &QLineEdit::textChanged, this, [this, buttons] {
+    if (auto* const choose = buttons->button(QDialogButtonBox::Open))
+      choose->setEnabled(hasFolder());
   });
 }
 
 /// The name field decides; Qt writes the name of a selected folder into it. Qt itself would refuse
 /// a hidden folder, as its list does not show it.
 QString FolderDialog::folder() const {
-  const QString written = part<QLineEdit>("fileNameEdit").text();
+  const auto* const field = findChild<QLineEdit*>();
+  const QString written = field != nullptr ? field->text() : QString();
   if (written.isEmpty())
     return QDir::cleanPath(selectedFiles().value(0));
   QString path = QDir::cleanPath(directory().absoluteFilePath(written));

@@ -1,4 +1,4 @@
-// How the X display is asked and told what Qt has no functions for.
+// How the X display is asked for, and changed in, what Qt has no functions for.
 
 #include "platform/linux/menubar/X11Display.h"
 

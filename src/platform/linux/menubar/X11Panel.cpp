@@ -1,4 +1,4 @@
-// What an X display and its window manager get to know about the strip.
+// What an X display and its window manager learn about the strip.
 
 #include "platform/linux/menubar/X11Panel.h"
 
