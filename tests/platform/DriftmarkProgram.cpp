@@ -22,6 +22,7 @@ namespace driftmark::test {
 namespace {
 
 using testing::IsEmpty;
+using testing::Not;
 
 /// The program below a system root of its own.
 class DriftmarkProgram : public testing::Test {
@@ -59,6 +60,24 @@ protected:
 constexpr std::chrono::seconds soon{10};
 
 const std::string waitForever = execChildTool("wait");
+
+/// Loading one takes two megabytes; only a title or a menu needs it.
+TEST_F(DriftmarkProgram, idleProgramLoadsNoFont) {
+  setBrctl("[ $1 != quota ] || exec echo 7 bytes of quota remaining in personal account\n" +
+           waitForever);
+  start();
+  ASSERT_TRUE(says("quota remaining 7 bytes"));
+  std::ifstream maps("/proc/" + std::to_string(program_->process.identifier()) + "/maps");
+  bool draws = false;
+  std::vector<std::string> fonts;
+  for (std::string line; std::getline(maps, line);) {
+    draws = draws || line.find("libQt6Gui") != std::string::npos;
+    if (line.ends_with(".otf") || line.ends_with(".ttf") || line.ends_with(".ttc"))
+      fonts.push_back(line);
+  }
+  EXPECT_TRUE(draws);
+  EXPECT_THAT(fonts, IsEmpty());
+}
 
 TEST_F(DriftmarkProgram, stateAndMonitorsAreLoggedFirst) {
   setBrctl(waitForever);

@@ -10,7 +10,7 @@
 
 #include <QApplication>
 #include <QFontDatabase>
-#include <QFontInfo>
+#include <QScreen>
 
 namespace driftmark {
 
@@ -79,10 +79,20 @@ QColor mixed(const QColor& ground, const QColor& ink, float part) {
                           mix(ground.blueF(), ink.blueF()));
 }
 
+/// The size that the font asks for. The font is not loaded: that takes two megabytes, which a strip
+/// without a title does without.
+qreal pixelSize(const QFont& font) {
+  constexpr qreal pointsPerInch = 72;
+  const QScreen* const screen = QGuiApplication::primaryScreen();
+  if (font.pixelSize() > 0 || screen == nullptr)
+    return font.pixelSize() > 0 ? font.pixelSize() : font.pointSizeF();
+  return std::round(font.pointSizeF() * screen->logicalDotsPerInchY() / pointsPerInch);
+}
+
 } // namespace
 
 Look::Look(const QPalette& palette, const QFont& font)
-    : palette_(palette), font_(font), scale_(QFontInfo(font).pixelSize() / usualFontSize),
+    : palette_(palette), font_(font), scale_(pixelSize(font) / usualFontSize),
       hasHighContrast_(hasHighContrast(palette)) {}
 
 void Look::apply() {
@@ -123,6 +133,7 @@ QFont Look::fontFor(const QFont& desktop) {
   if (desktop.family() != QLatin1String(unnamedFamily))
     return desktop;
   QFont font = desktop;
+  // The first that is installed, once the font is needed.
   font.setFamilies({QStringLiteral("Inter"), desktop.family()});
   if (font.pointSizeF() == unnamedPointSize)
     font.setPixelSize(static_cast<int>(usualFontSize));

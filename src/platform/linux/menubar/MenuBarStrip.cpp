@@ -234,13 +234,15 @@ void MenuBarStrip::followScreen() {
 /// Sets the width that the contents need.
 void MenuBarStrip::fit() {
   const Look look = this->look();
-  const QFontMetricsF metrics(font(), this);
-  elidedTitle_ =
-      elidedLine(QString::fromStdString(title_), metrics, look.length(maxTitleWidth)).text;
   qreal needed = 2 * look.length(margin) + look.symbolSize();
-  if (!elidedTitle_.isEmpty())
+  elidedTitle_.clear();
+  if (!title_.empty()) {
+    const QFontMetricsF metrics(font(), this);
+    elidedTitle_ =
+        elidedLine(QString::fromStdString(title_), metrics, look.length(maxTitleWidth)).text;
     needed += look.length(titleGap) +
               std::max(titleWidth(elidedTitle_, metrics), titleWidth(usualTitle(), metrics));
+  }
   setFixedSize(static_cast<int>(std::ceil(needed)), look.length(barHeight));
   place();
 }
