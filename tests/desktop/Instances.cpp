@@ -37,7 +37,11 @@ void copyProgram(const fs::path& from, const fs::path& to) {
 
 class Instances : public testing::Test {
 protected:
-  Instances() { session_.writeTool("/usr/bin/brctl", execChildTool("wait")); }
+  Instances() {
+    session_.writeTool("/usr/bin/brctl", execChildTool("wait"));
+    // Without this the program first reports that it has no display.
+    session_.setVariable("QT_QPA_PLATFORM", "offscreen");
+  }
 
   /// Makes a bundle whose identifier belongs to this test. Returns the path of its executable.
   fs::path bundle(const std::string& name, const fs::path& program = driftmarkProgram()) const {
