@@ -22,7 +22,6 @@ namespace driftmark::test {
 namespace {
 
 using testing::IsEmpty;
-using testing::Not;
 
 /// The program below a system root of its own.
 class DriftmarkProgram : public testing::Test {
