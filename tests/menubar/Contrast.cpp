@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
+#include <utility>
 
 #include <QAction>
 #include <QImage>
@@ -43,13 +44,13 @@ protected:
   void SetUp() override {
     MenuItem drive = command("\u2588");
     drive.keyEquivalent = "o";
-    const Menu items{label("\u2588"),
-                     separator(),
-                     file("\u2588", "arrow.up.circle", "uploading \u2588"),
-                     file("a", "exclamationmark.circle", "stalled"),
-                     command("\u2588"),
-                     drive};
-    item_.setMenu([items] { return items; }, [] {});
+    Menu items{label("\u2588"),
+               separator(),
+               file("\u2588", "arrow.up.circle", "uploading \u2588"),
+               file("a", "exclamationmark.circle", "stalled"),
+               command("\u2588"),
+               drive};
+    item_.setMenu([items = std::move(items)] { return items; }, [] {});
     item_.strip().press();
     item_.menu()->setActiveAction(item_.menu()->actions().at(second));
     picture_ = item_.menu()->grab().toImage();

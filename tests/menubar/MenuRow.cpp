@@ -158,7 +158,7 @@ TEST_F(MenuRowTest, rowsAreMirroredFromRightToLeft) {
   const auto picture = [&](int index) {
     open(items);
     const QRect place = menu().actionGeometry(&action(index));
-    const QImage image = menu().grab(place).toImage();
+    QImage image = menu().grab(place).toImage();
     menu().close();
     return image;
   };

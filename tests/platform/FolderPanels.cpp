@@ -107,7 +107,7 @@ protected:
     return in(name);
   }
 
-  FolderPanel panel(const std::string& directory) const {
+  static FolderPanel panel(const std::string& directory) {
     return {.title = "Free Up Space",
             .message = "Choose a folder. Downloaded files inside it will be removed from this Mac; "
                        "they stay in iCloud and download again when opened.",
@@ -130,7 +130,7 @@ protected:
         unanswered->close();
       }
     });
-    const auto folder = dialogs_.chooseFolder(panel(directory));
+    auto folder = dialogs_.chooseFolder(panel(directory));
     EXPECT_TRUE(wasOpen);
     EXPECT_EQ(openPanel(), nullptr);
     return folder;

@@ -3,6 +3,7 @@
 #include "Overview.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <vector>
 
 #include <QImage>
@@ -53,10 +54,15 @@ QImage states(const QDir& folder) {
 
 } // namespace
 
-bool saveOverviews(const QDir& folder) {
-  return besideEachOther(folder, "menu-transferring").save(folder.filePath("overview-menus.png")) &&
-         besideEachOther(folder, "alert").save(folder.filePath("overview-alerts.png")) &&
-         states(folder).save(folder.filePath("overview-states.png"));
+void saveOverviews(const QDir& folder) {
+  const auto save = [&folder](const QImage& picture, const char* name) {
+    const QString file = folder.filePath(QStringLiteral("overview-%1.png").arg(name));
+    if (!picture.save(file))
+      throw std::runtime_error("cannot write " + file.toStdString());
+  };
+  save(besideEachOther(folder, "menu-transferring"), "menus");
+  save(besideEachOther(folder, "alert"), "alerts");
+  save(states(folder), "states");
 }
 
 } // namespace driftmark::gallery

@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <functional>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,7 +31,8 @@ constexpr const char* usage =
     "usage: driftmark_gallery FOLDER\n"
     "\n"
     "Saves pictures of what the program shows in FOLDER: symbols, the status item in each state,\n"
-    "menus, alerts and panels, in light, dark and high-contrast colours. Set QT_SCALE_FACTOR=2 for high resolution and\n"
+    "menus, alerts and panels, in light, dark and high-contrast colours. Set QT_SCALE_FACTOR=2 for "
+    "high resolution and\n"
     "QT_QPA_PLATFORM=offscreen without a display.\n";
 
 const std::vector<std::string> symbolNames{"icloud",
@@ -91,10 +93,8 @@ public:
 private:
   void save(const QPixmap& picture, const QString& name) const {
     const QString file = folder_.filePath(QStringLiteral("%1-%2.png").arg(name, look_));
-    if (picture.save(file))
-      return;
-    std::cerr << "driftmark_gallery: cannot write " << file.toStdString() << '\n';
-    std::exit(EXIT_FAILURE);
+    if (!picture.save(file))
+      throw std::runtime_error("cannot write " + file.toStdString());
   }
 
   /// Each symbol at 16, 24 and 32 pixels, and enlarged by 8.
@@ -180,12 +180,14 @@ private:
 
   /// Saves a picture of the window that `show` opens, and closes it.
   void saveModal(const char* name, const std::function<void()>& show) const {
-    QTimer::singleShot(500, qApp, [this, name] {
+    QPixmap picture;
+    QTimer::singleShot(500, qApp, [&picture] {
       QWidget* const window = QApplication::activeModalWidget();
-      save(window->grab(), name);
+      picture = window->grab();
       window->close();
     });
     show();
+    save(picture, name);
   }
 
   const QDir folder_;
@@ -213,9 +215,15 @@ int main(int argc, char* argv[]) {
   }
   QApplication::setQuitOnLastWindowClosed(false);
   Look::apply();
-  for (const gallery::Theme& theme : gallery::themes()) {
-    QApplication::setPalette(Look::paletteFor(theme.palette));
-    Gallery(folder, theme.name).saveAll();
+  try {
+    for (const gallery::Theme& theme : gallery::themes()) {
+      QApplication::setPalette(Look::paletteFor(theme.palette));
+      Gallery(folder, theme.name).saveAll();
+    }
+    gallery::saveOverviews(folder);
+  } catch (const std::runtime_error& error) {
+    std::cerr << "driftmark_gallery: " << error.what() << '\n';
+    return EXIT_FAILURE;
   }
-  return gallery::saveOverviews(folder) ? EXIT_SUCCESS : EXIT_FAILURE;
+  return EXIT_SUCCESS;
 }
