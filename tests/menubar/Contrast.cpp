@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ostream>
 #include <string>
 #include <utility>
 
@@ -22,6 +23,10 @@ struct Desktop {
   QPalette palette;
   bool hasHighContrast;
 };
+
+std::ostream& operator<<(std::ostream& stream, const Desktop& desktop) {
+  return stream << desktop.name;
+}
 
 double luminance(QRgb pixel) {
   const auto linear = [](int part) {
