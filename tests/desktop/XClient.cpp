@@ -24,6 +24,8 @@ template <class Reply> std::unique_ptr<Reply, Free> owned(Reply* reply) {
   return std::unique_ptr<Reply, Free>(reply);
 }
 
+constexpr std::uint32_t maxValues = 1000; ///< of a property
+
 constexpr std::uint32_t ownEvents = XCB_EVENT_MASK_KEY_PRESS;
 
 } // namespace
@@ -40,21 +42,21 @@ XClient::XClient(const std::string& display) : connection_(xcb_connect(display.c
 }
 
 XClient::Window XClient::await(const std::string& title) {
-  Window found = XCB_WINDOW_NONE;
+  std::vector<Window> windows;
   await("the window " + title, [&] {
-    for (const Window window : candidates()) {
-      watch(window);
-      if (this->title(window) == title && isShown(window))
-        found = window;
-    }
-    return found != XCB_WINDOW_NONE;
+    windows = shown(title);
+    return !windows.empty();
   });
-  return found;
+  return windows.front();
 }
 
-bool XClient::shows(const std::string& title) {
-  return std::ranges::any_of(
-      candidates(), [&](Window window) { return this->title(window) == title && isShown(window); });
+std::vector<XClient::Window> XClient::shown(const std::string& title) {
+  std::vector<Window> windows = candidates();
+  std::erase_if(windows, [&](Window window) {
+    watch(window);
+    return this->title(window) != title || !isShown(window);
+  });
+  return windows;
 }
 
 XClient::Window XClient::open(const std::string& title, const QRect& place) {
@@ -122,13 +124,14 @@ std::uint32_t XClient::atom(const std::string& name) {
 }
 
 XClient::Values XClient::property(Window window, const std::string& name) {
-  const auto cookie =
-      xcb_get_property(connection_.get(), 0, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY, 0, 999);
+  const auto cookie = xcb_get_property(connection_.get(), 0, window, atom(name),
+                                       XCB_GET_PROPERTY_TYPE_ANY, 0, maxValues);
   const auto reply = owned(xcb_get_property_reply(connection_.get(), cookie, nullptr));
   if (!reply || reply->format != 32)
     return {};
   const auto* const first = static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
-  return {first, first + xcb_get_property_value_length(reply.get()) / sizeof(std::uint32_t)};
+  const auto bytes = static_cast<std::size_t>(xcb_get_property_value_length(reply.get()));
+  return {first, first + bytes / sizeof(std::uint32_t)};
 }
 
 std::string XClient::firstAtom(Window window, const std::string& name) {
@@ -147,6 +150,12 @@ QRect XClient::place(Window window) {
   const auto corner = owned(xcb_translate_coordinates_reply(
       connection_.get(), xcb_translate_coordinates(connection_.get(), window, root_, 0, 0), {}));
   return size && corner ? QRect(corner->dst_x, corner->dst_y, size->width, size->height) : QRect();
+}
+
+int XClient::depth(Window window) {
+  const auto geometry = owned(
+      xcb_get_geometry_reply(connection_.get(), xcb_get_geometry(connection_.get(), window), {}));
+  return geometry ? geometry->depth : 0;
 }
 
 bool XClient::isShown(Window window) {
@@ -229,13 +238,15 @@ std::vector<XClient::Window> XClient::children(Window window) {
 }
 
 std::string XClient::title(Window window) {
-  const auto cookie = xcb_get_property(connection_.get(), 0, window, XCB_ATOM_WM_NAME,
-                                       XCB_GET_PROPERTY_TYPE_ANY, 0, 999);
-  const auto reply = owned(xcb_get_property_reply(connection_.get(), cookie, nullptr));
-  if (!reply)
-    return {};
-  return {static_cast<const char*>(xcb_get_property_value(reply.get())),
-          static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
+  for (const std::uint32_t name : {atom("_NET_WM_NAME"), std::uint32_t{XCB_ATOM_WM_NAME}}) {
+    const auto cookie = xcb_get_property(connection_.get(), 0, window, name,
+                                         XCB_GET_PROPERTY_TYPE_ANY, 0, maxValues);
+    const auto reply = owned(xcb_get_property_reply(connection_.get(), cookie, nullptr));
+    if (const int length = reply ? xcb_get_property_value_length(reply.get()) : 0; length > 0)
+      return {static_cast<const char*>(xcb_get_property_value(reply.get())),
+              static_cast<std::size_t>(length)};
+  }
+  return {};
 }
 
 } // namespace driftmark::test

@@ -26,8 +26,8 @@ public:
   /// Waits until the display shows a window with that title that its window manager, if any, lists.
   Window await(const std::string& title);
 
-  /// Whether a window with that title is shown now.
-  bool shows(const std::string& title);
+  /// The windows with that title that are shown now.
+  std::vector<Window> shown(const std::string& title);
 
   /// Shows an ordinary window and waits until it has the keyboard focus.
   Window open(const std::string& title, const QRect& place);
@@ -52,6 +52,9 @@ public:
 
   QRect place(Window window);
   bool isShown(Window window);
+
+  /// The bits of a pixel: 32 with transparency.
+  int depth(Window window);
 
   /// Whether it is one of the windows that programs show.
   bool isListed(Window window);
