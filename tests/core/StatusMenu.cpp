@@ -118,6 +118,7 @@ TEST_F(StatusMenuTest, fifteenMostRecentlyUpdatedTransfersAreShown) {
 }
 
 TEST_F(StatusMenuTest, namesAreShownUnchanged) {
+  // NOLINTNEXTLINE(misc-misleading-bidirectional): such a name is tested
   for (const std::string name : {"a_b.txt", "R&D", " leading", "\u202eabc", "100%", "a  b"}) {
     upload("/" + name);
     open();
