@@ -53,7 +53,8 @@ public:
   /// `timeout`, which is unlimited without a value.
   bool waitForInput(std::optional<std::chrono::milliseconds> timeout);
 
-  /// Ends the program, if it runs, and passes on what it wrote. Returns the status as `waitpid` does.
+  /// Ends the program, if it runs, and passes on what it wrote. Returns the status as `waitpid`
+  /// does.
   int endProgram(std::chrono::milliseconds gracePeriod);
 
   /// The signal that interrupted the run; 0 without one.

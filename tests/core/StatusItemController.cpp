@@ -1,4 +1,5 @@
-// When the program says to the system that it is in use, and that no delay holds back what is shown.
+// When the program says to the system that it is in use, and that no delay holds back what is
+// shown.
 
 #include "core/ControllerTest.h"
 #include "support/LateTimers.h"
