@@ -53,13 +53,15 @@ Displays::Displays(const Environment& environment, int count, char* arguments[])
     return !value.empty();
   };
   const bool isChosen = isSet("QT_QPA_PLATFORM");
-  const bool hasX11 = isSet("DISPLAY");
+  bool hasX11 = isSet("DISPLAY");
   const bool hasWayland = isSet("WAYLAND_DISPLAY");
   if (!hasX11 && !hasWayland)
     add("DISPLAY and WAYLAND_DISPLAY are not set", "", "");
   for (int index = 1; index + 1 < count; ++index)
-    if (choosesDisplay(arguments[index]))
+    if (choosesDisplay(arguments[index])) {
       add(arguments[index], " ", arguments[index + 1]);
+      hasX11 = hasX11 || std::string_view(arguments[index]).ends_with("-display");
+    }
 
   if (!isChosen && count > 0) {
     if (hasX11)

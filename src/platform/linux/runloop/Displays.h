@@ -16,6 +16,8 @@ public:
 
   /// `count` arguments of the program, which outlive this object.
   Displays(const Environment& environment, int count, char* arguments[]);
+  Displays(const Displays&) = delete;
+  Displays& operator=(const Displays&) = delete;
 
   /// The arguments for a QApplication, ended by a null pointer and valid as long as this object:
   /// those of the program, and before them the platforms of Qt to try. X is tried first wherever
@@ -33,7 +35,7 @@ public:
 
 private:
   std::string option_ = "-platform";
-  std::string platforms_; ///< the value of that option; empty when the user has chosen
+  std::string platforms_; ///< the value of that option; empty when QT_QPA_PLATFORM is set
   std::string choice_;    ///< the variables and arguments that decide
   std::vector<char*> arguments_;
 };
