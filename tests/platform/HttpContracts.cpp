@@ -47,8 +47,7 @@ private:
   ScopedVariable temporary_{"TMPDIR", folder_.path()};
   HttpsServer server_;
   HttpsServer stranger_;
-  ScopedVariable caCertificates_{LinuxHttpClient::extraCaCertificatesVariable,
-                                 server_.certificateFile()};
+  ScopedVariable caCertificates_{"DRIFTMARK_EXTRA_CA_CERTIFICATES", server_.certificateFile()};
   LinuxFileSystem fileSystem_{""};
   std::optional<LinuxHttpClient> client_{std::in_place, fileSystem_, fetchProgram()};
   int pages_ = 0;

@@ -12,7 +12,8 @@ namespace driftmark {
 
 /// Fetches a URL to standard output, then ends the event loop: with status 0 when the reply was
 /// complete, else with 1 and the reason on standard error. No more than a buffer is read ahead of
-/// whoever reads standard output.
+/// whoever reads standard output. The variable DRIFTMARK_EXTRA_CA_CERTIFICATES may name a PEM file
+/// with CA certificates to trust beside those of the system; a file without any is a failure.
 class Fetch final : public QObject {
 public:
   /// Begins once the event loop runs.

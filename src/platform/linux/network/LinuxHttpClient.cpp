@@ -54,7 +54,7 @@ void endWith(pid_t parent) {
   sigset_t none{};
   sigemptyset(&none);
   pthread_sigmask(SIG_SETMASK, &none, nullptr);
-  prctl(PR_SET_PDEATHSIG, SIGTERM);
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent)
     _exit(1);
 }

@@ -15,11 +15,6 @@ namespace driftmark {
 /// through a buffer of bounded size. Handlers are called on the main thread, from the event loop.
 class LinuxHttpClient final : public HttpClient {
 public:
-  /// The environment variable that may name a PEM file with CA certificates to trust beside those
-  /// of the system. It is read for each request. A file without certificates makes the request
-  /// fail.
-  static constexpr const char* extraCaCertificatesVariable = "DRIFTMARK_EXTRA_CA_CERTIFICATES";
-
   /// Downloads go to the temporary folder of `fileSystem`, readable by this user alone. `program`
   /// is the path of the program that fetches. It stays open: whatever happens to the path later,
   /// requests run the same program.
