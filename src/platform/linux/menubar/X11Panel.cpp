@@ -159,7 +159,8 @@ bool X11Panel::nativeEventFilter(const QByteArray& eventType, void* message, qin
       onChange_();
   } else if ((type & ~sentByProgram) == XCB_CLIENT_MESSAGE) {
     const auto& request = *static_cast<const xcb_client_message_event_t*>(message);
-    if (request.window == number() && request.data.data32[0] == display_->atom("WM_TAKE_FOCUS"))
+    if (request.window == number() && request.type == display_->atom("WM_PROTOCOLS") &&
+        request.format == 32 && request.data.data32[0] == display_->atom("WM_TAKE_FOCUS"))
       answerFocusRequest(request.data.data32[1]);
   }
   return false;

@@ -22,7 +22,8 @@ public:
   /// `window` outlives the panel. `onChange` is called when other panels leave another area free.
   X11Panel(QWidget& window, std::function<void()> onChange);
 
-  /// The part of the screen that other panels leave free.
+  /// The part of the screen that other panels leave free, as far as they say so by
+  /// _NET_WM_STRUT_PARTIAL.
   QRect freeArea(const QScreen& screen) const;
 
   /// Declares the window to be a panel. Called each time before it is shown: its native window is
