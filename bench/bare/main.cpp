@@ -1,6 +1,7 @@
 // Nothing but a QApplication: what every Qt program costs. With the argument "window" it also shows
 // a small window with a frame and a text, which is the least that a status item draws.
 
+#include <optional>
 #include <string_view>
 
 #include <QApplication>
@@ -23,8 +24,8 @@ protected:
 
 int main(int argc, char* argv[]) {
   const QApplication application(argc, argv);
-  Window window;
+  std::optional<Window> window;
   if (argc > 1 && std::string_view(argv[1]) == "window")
-    window.show();
+    window.emplace().show();
   return QApplication::exec();
 }

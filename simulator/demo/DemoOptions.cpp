@@ -34,8 +34,7 @@ const char* DemoOptions::usage() {
          "  --out DIR          also writes log.txt, transcript.txt, summary.txt, menus.txt and "
          "the\n"
          "                     user's screenshots there\n"
-         "  --timeout SECONDS  gives up when the scenario has not ended so long after its time "
-         "(150)\n"
+         "  --timeout SECONDS  gives up this long after the scenario should have ended (150)\n"
          "  --tools DIR        a system root to copy the tools from (\"root\" beside this "
          "program)\n";
 }

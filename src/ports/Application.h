@@ -53,7 +53,7 @@ public:
   /// Begins an activity: until it ends, the system treats this process as one in use, although it
   /// is in the background and draws little. Its timers are in time and its threads keep their
   /// priority; the machine may still sleep. Activities may overlap. A system that slows no process
-  /// down does nothing. Never null. `reason` is for who inspects the system.
+  /// down does nothing. Never null. `reason` is shown by tools that inspect the system.
   virtual std::unique_ptr<Activity> beginActivity(const std::string& reason) = 0;
 
   /// The identifier of this process.

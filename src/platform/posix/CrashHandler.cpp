@@ -24,7 +24,7 @@ std::terminate_handler terminateBefore = nullptr;
 std::atomic<SystemLog*> reasonLog = nullptr;
 std::atomic<bool> crashing = false;
 
-/// What the handler runs on when the main thread's own stack is full.
+/// The stack of the handler in the main thread, whose own stack may be full.
 alignas(std::max_align_t) std::array<std::byte, 65536> handlerStack;
 stack_t stackBefore{};
 
