@@ -186,7 +186,7 @@ await runCase({
   missingCommandIsNamed() {
     assert.equal(read('missing_command', menu.join('\n')), '');
     assert.equal(read('missing_command', menu.slice(0, -1).join('\n')), 'Quit Driftmark');
-    assert.equal(read('missing_command', menu.toReversed().join('\n')), 'Free Up Space…');
+    assert.equal(read('missing_command', [...menu].reverse().join('\n')), 'Free Up Space…');
     assert.equal(read('missing_command', ''), 'Open iCloud Drive');
   },
 
